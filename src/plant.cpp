@@ -1,0 +1,165 @@
+#include "plant.h"
+
+#include "plant_database.h"
+
+#include <cstddef>
+#include <ctime>
+#include <utility>
+
+namespace
+{
+
+// The stored names, in the order of the enumerators.
+constexpr const char* StageNames[] = {"Seed", "Clone", "Veg", "Flower", "Dry", "Cure", "Harvested", "Archived"};
+constexpr const char* SexNames[] = {"Unknown", "Female", "Male", "Hermaphrodite"};
+constexpr const char* EventTypeNames[] = {"Clone", "Transplant", "Flip",        "Harvest",    "Feed", "Water",
+                                          "Stage", "Topped",     "LST Trained", "Defoliated", "Note"};
+constexpr const char* CareActionNames[] = {"Feed", "Water"};
+constexpr const char* JournalTypeNames[] = {"Observation", "Training",    "Pruning",
+                                            "Topping",     "Defoliation", "Milestone"};
+
+template <typename Enum, std::size_t Count>
+const char* NameOf(const char* const (&names)[Count], Enum value, Enum fallback)
+{
+    const auto number = static_cast<std::size_t>(value); // a negative one becomes larger than any
+    return names[number < Count ? number : static_cast<std::size_t>(fallback)];
+}
+
+template <typename Enum, std::size_t Count>
+Enum FromName(const char* const (&names)[Count], const std::string& name, Enum fallback)
+{
+    for (std::size_t number = 0; number < Count; ++number)
+        if (name == names[number])
+            return static_cast<Enum>(number);
+    return fallback;
+}
+
+// Works on a copy: a failed create may have numbered its record already, and saving that one again would update a row
+// that does not exist and call it success.
+template <typename Record, typename Create, typename Update>
+bool SaveRecord(PlantRepository& repository, Record& record, Create create, Update update)
+{
+    Record copy = record;
+    const bool saved = record.ID == 0 ? (repository.*create)(copy) : (repository.*update)(copy);
+    if (saved)
+        record = std::move(copy);
+    return saved;
+}
+
+} // namespace
+
+const char* PlantStageName(PlantStage stage)
+{
+    return NameOf(StageNames, stage, PlantStage::Veg);
+}
+
+PlantStage PlantStageFromName(const std::string& name)
+{
+    return FromName(StageNames, name, PlantStage::Veg);
+}
+
+const char* PlantSexName(PlantSex sex)
+{
+    return NameOf(SexNames, sex, PlantSex::Unknown);
+}
+
+PlantSex PlantSexFromName(const std::string& name)
+{
+    return FromName(SexNames, name, PlantSex::Unknown);
+}
+
+const char* PlantEventTypeName(PlantEventType type)
+{
+    return NameOf(EventTypeNames, type, PlantEventType::Note);
+}
+
+PlantEventType PlantEventTypeFromName(const std::string& name)
+{
+    return FromName(EventTypeNames, name, PlantEventType::Note);
+}
+
+const char* PlantCareActionName(PlantCareAction action)
+{
+    return NameOf(CareActionNames, action, PlantCareAction::Water);
+}
+
+PlantCareAction PlantCareActionFromName(const std::string& name)
+{
+    return FromName(CareActionNames, name, PlantCareAction::Water);
+}
+
+const char* PlantJournalTypeName(PlantJournalType type)
+{
+    return NameOf(JournalTypeNames, type, PlantJournalType::Observation);
+}
+
+PlantJournalType PlantJournalTypeFromName(const std::string& name)
+{
+    return FromName(JournalTypeNames, name, PlantJournalType::Observation);
+}
+
+std::string PlantEventCurrentDate()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm today{};
+#ifdef _WIN32
+    localtime_s(&today, &now);
+#else
+    localtime_r(&now, &today); // std::localtime's result is shared by all threads
+#endif
+    char date[32];
+    return {date, std::strftime(date, sizeof date, "%Y-%m-%d", &today)};
+}
+
+bool Plant::Load(PlantRepository& repository, const std::string& uuid)
+{
+    return repository.GetPlant(uuid, *this);
+}
+
+bool Plant::Save(PlantRepository& repository)
+{
+    return SaveRecord(repository, *this, &PlantRepository::CreatePlant, &PlantRepository::UpdatePlant);
+}
+
+bool Plant::Delete(PlantRepository& repository) const
+{
+    return repository.DeletePlant(UUID);
+}
+
+Plant Plant::Duplicate(PlantRepository& repository) const
+{
+    Plant copy;
+    repository.DuplicatePlant(*this, copy);
+    return copy;
+}
+
+bool PlantEvent::Save(PlantRepository& repository)
+{
+    return SaveRecord(repository, *this, &PlantRepository::CreatePlantEvent, &PlantRepository::UpdatePlantEvent);
+}
+
+bool PlantEvent::Delete(PlantRepository& repository) const
+{
+    return repository.DeletePlantEvent(ID);
+}
+
+bool PlantCareEntry::Save(PlantRepository& repository)
+{
+    return SaveRecord(repository, *this, &PlantRepository::CreatePlantCareEntry,
+                      &PlantRepository::UpdatePlantCareEntry);
+}
+
+bool PlantCareEntry::Delete(PlantRepository& repository) const
+{
+    return repository.DeletePlantCareEntry(ID);
+}
+
+bool PlantPhoto::Save(PlantRepository& repository)
+{
+    return SaveRecord(repository, *this, &PlantRepository::CreatePlantPhoto, &PlantRepository::UpdatePlantPhoto);
+}
+
+bool PlantPhoto::Delete(PlantRepository& repository) const
+{
+    return repository.DeletePlantPhoto(UUID);
+}
