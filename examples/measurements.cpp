@@ -1,0 +1,276 @@
+#include "measurements.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <fstream>
+#include <iomanip>
+#include <limits>
+#include <sstream>
+#include <system_error>
+
+namespace
+{
+
+/// One line of a data file.
+struct Row
+{
+    std::string Place; ///< `file:line`, for messages.
+    std::string Date;
+    std::vector<std::string> Cells;
+};
+
+/// A column and the values that make sense in it. Its position counts from 1; one file's headings are incomplete, so
+/// that the name serves only for messages.
+struct Column
+{
+    std::size_t Position;
+    const char* Name;
+    double Lowest;
+    double Highest;
+};
+
+constexpr Column Irrigation = {6, "Irr", 0, 1000};
+constexpr Column Drain = {7, "Drain", 0, 1000};
+constexpr Column IrrigationPH = {2, "irr_PH", 0, 14};
+constexpr Column IrrigationEC = {3, "irr_EC", 0, 100};
+constexpr Column DrainPH = {21, "drain_PH", 0, 14};
+constexpr Column DrainEC = {22, "drain_EC", 0, 100};
+constexpr Column ClassA = {2, "ProdA", 0, 100};
+constexpr Column ClassB = {3, "ProdB", 0, 100};
+constexpr Column Flavour = {2, "Flavour", 0, 100};
+constexpr Column SolubleSolids = {3, "TSS", 0, 100};
+constexpr Column DryMatter = {8, "DMC_fruit", 0, 100};
+constexpr Column StemGrowth = {2, "Stem_elong", 0, 1000};
+constexpr Column StemThickness = {3, "Stem_thick", 0, 1000};
+constexpr Column Trusses = {4, "Cum_trusses", 0, 1000};
+constexpr Column PlantDensity = {6, "plant_dens", 0.01, 1000};
+
+/// Reads all of `text` as a number, alike in every locale.
+template <typename Value> bool ParseNumber(const std::string& text, Value& out)
+{
+    const char* const end = &text[text.size()];
+    const std::from_chars_result result = std::from_chars(text.data(), end, out);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+/// The number in a cell, or not-a-number where the measurement is missing.
+double NumberOrMissing(const Row& row, const Column& column)
+{
+    const std::string& text = row.Cells.at(column.Position - 1);
+    if (text == "NaN" || text == "nan")
+        return std::numeric_limits<double>::quiet_NaN();
+    const std::string cell = row.Place + ": " + column.Name + " \"" + text + "\" is ";
+    double number = 0;
+    Require(ParseNumber(text, number) && std::isfinite(number), cell + "not a number");
+    Require(number >= column.Lowest && number <= column.Highest, cell + "out of range");
+    return number;
+}
+
+double Number(const Row& row, const Column& column)
+{
+    const double number = NumberOrMissing(row, column);
+    Require(!std::isnan(number), row.Place + ": " + column.Name + " is missing, and is needed");
+    return number;
+}
+
+/// The cell as it was written, once it has proved to be a number or missing.
+const std::string& Text(const Row& row, const Column& column)
+{
+    NumberOrMissing(row, column);
+    return row.Cells.at(column.Position - 1);
+}
+
+/// The date of a spreadsheet's day number: day n is 1899-12-30 plus n days.
+/// The way from a day to its date is Howard Hinnant's, "chrono-Compatible Low-Level Date Algorithms" (public domain).
+std::string DateOfDay(int day)
+{
+    const int sinceMarch0 = day + 693899; // days since 0000-03-01: a leap day is the last of its year
+    const int era = sinceMarch0 / 146097; // 400 years each
+    const int dayOfEra = sinceMarch0 % 146097;
+    const int yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const int dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const int monthFromMarch = (5 * dayOfYear + 2) / 153;
+    const int dayOfMonth = dayOfYear - (153 * monthFromMarch + 2) / 5 + 1;
+    const int month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
+    const int year = era * 400 + yearOfEra + (month <= 2 ? 1 : 0);
+
+    std::ostringstream date;
+    date << std::setfill('0') << std::setw(4) << year << '-' << std::setw(2) << month << '-' << std::setw(2)
+         << dayOfMonth;
+    return date.str();
+}
+
+/// The trimmed cells of a line.
+std::vector<std::string> Cells(const std::string& line)
+{
+    constexpr const char* blanks = " \t\r";
+    std::vector<std::string> cells;
+    std::istringstream stream(line + ","); // the last cell counts even if it is empty
+    for (std::string cell; std::getline(stream, cell, ',');)
+    {
+        cell.erase(cell.find_last_not_of(blanks) + 1);
+        cell.erase(0, cell.find_first_not_of(blanks));
+        cells.push_back(cell);
+    }
+    return cells;
+}
+
+/// Reads the rows below the heading. Empty cells beyond `columnCount` are dropped, since one file has such.
+std::vector<Row> ReadRows(const std::string& path, std::size_t columnCount)
+{
+    const std::string byteOrderMark = "\xEF\xBB\xBF"; // one file begins with it
+    constexpr int firstDay = 43466;                   // 2019-01-01
+    constexpr int lastDay = 44196;                    // 2020-12-31
+
+    errno = 0;
+    std::ifstream file(path);
+    Require(file.is_open(), path + ": cannot be opened: " + std::generic_category().message(errno));
+
+    std::string line;
+    std::getline(file, line);
+    if (line.rfind(byteOrderMark, 0) == 0)
+        line.erase(0, byteOrderMark.size());
+    const std::string heading = Cells(line).front();
+    Require(heading == "%Time" || heading == "%time", path + ":1: headings are expected, beginning with %Time");
+
+    std::vector<Row> rows;
+    for (int lineNumber = 2; std::getline(file, line); ++lineNumber)
+    {
+        Row row = {path + ":" + std::to_string(lineNumber), "", Cells(line)};
+        while (row.Cells.size() > columnCount && row.Cells.back().empty())
+            row.Cells.pop_back();
+        Require(row.Cells.size() == columnCount, row.Place + ": has " + std::to_string(row.Cells.size()) +
+                                                     " columns, not " + std::to_string(columnCount));
+        int day = 0;
+        Require(ParseNumber(row.Cells.front(), day) && day >= firstDay && day <= lastDay,
+                row.Place + ": \"" + row.Cells.front() + "\" is not a day number of 2019 or 2020");
+        row.Date = DateOfDay(day);
+        rows.push_back(row);
+    }
+    Require(!file.bad(), path + ": cannot be read to its end");
+    Require(!rows.empty(), path + ":2: a row of data is expected");
+    return rows;
+}
+
+/// One care entry for each day with irrigation. What was given is known from the laboratory's latest sample; before the
+/// first one, it counts as water. `density` turns litres per square metre into millilitres per plant.
+std::vector<PlantCareEntry> ReadCare(const std::vector<Row>& days, const std::vector<Row>& analyses, double density)
+{
+    std::vector<PlantCareEntry> samples;
+    for (const Row& row : analyses)
+    {
+        PlantCareEntry sample;
+        sample.CareDate = row.Date;
+        sample.Action = PlantCareAction::Feed;
+        sample.Product = "Nutrient solution";
+        sample.EC = Number(row, IrrigationEC);
+        sample.PH = Number(row, IrrigationPH);
+        sample.Notes = "drain EC " + Text(row, DrainEC) + " pH " + Text(row, DrainPH);
+        samples.push_back(sample);
+    }
+
+    std::vector<PlantCareEntry> care;
+    for (const Row& row : days)
+    {
+        PlantCareEntry entry;
+        for (const PlantCareEntry& sample : samples)
+        {
+            if (sample.CareDate <= row.Date && sample.CareDate >= entry.CareDate)
+                entry = sample;
+        }
+        if (entry.CareDate != row.Date)
+            entry.Notes.clear();
+        entry.CareDate = row.Date;
+        entry.AmountMl = Number(row, Irrigation) * 1000 / density;
+        entry.RunoffMl = Number(row, Drain) * 1000 / density;
+        if (entry.AmountMl > 0)
+            care.push_back(entry);
+    }
+    return care;
+}
+
+Compartment ReadCompartment(const std::string& dataDirectory, const std::string& name)
+{
+    const std::string folder = dataDirectory + "/" + name + "/";
+    const std::vector<Row> resources = ReadRows(folder + "Resources.csv", 7);
+    const std::vector<Row> analyses = ReadRows(folder + "LabAnalysis.csv", 39);
+    const std::vector<Row> pickings = ReadRows(folder + "Production.csv", 9);
+    const std::vector<Row> tastings = ReadRows(folder + "TomQuality.csv", 8);
+    const std::vector<Row> weeks = ReadRows(folder + "CropParameters.csv", 6);
+    const double density = Number(weeks.front(), PlantDensity);
+
+    Compartment measured;
+    measured.Subject.Name = name;
+    measured.Subject.Strain = "Axiany";
+    measured.Subject.Tent = "Bleiswijk";
+    measured.Subject.Medium = "slab";
+    measured.Subject.TransplantDate = resources.front().Date;
+    measured.Care = ReadCare(resources, analyses, density);
+
+    double picked = 0;
+    for (const Row& row : pickings)
+    {
+        PlantEvent event;
+        event.EventDate = row.Date;
+        event.Type = PlantEventType::Harvest;
+        event.Details = "Class A " + Text(row, ClassA) + " kg/m2, class B " + Text(row, ClassB) + " kg/m2";
+        measured.Events.push_back(event);
+        picked += Number(row, ClassA) + Number(row, ClassB);
+    }
+
+    for (const Row& row : weeks)
+    {
+        PlantJournalEntry entry;
+        entry.EntryDate = row.Date;
+        entry.Type = PlantJournalType::Observation;
+        entry.Details = "Stem growth " + Text(row, StemGrowth) + " cm, thickness " + Text(row, StemThickness) +
+                        " mm, trusses " + Text(row, Trusses);
+        Require(Number(row, PlantDensity) == density, row.Place + ": plant_dens differs from the first row's");
+        measured.Journal.push_back(entry);
+    }
+
+    double flavours = 0;
+    double dryMatters = 0;
+    std::size_t dryMatterCount = 0;
+    for (const Row& row : tastings)
+    {
+        PlantJournalEntry entry;
+        entry.EntryDate = row.Date;
+        entry.Type = PlantJournalType::Milestone;
+        entry.Details = "Flavour " + Text(row, Flavour) + ", Brix " + Text(row, SolubleSolids) + ", dry matter " +
+                        Text(row, DryMatter);
+        measured.Journal.push_back(entry);
+        flavours += Number(row, Flavour);
+        if (const double percent = NumberOrMissing(row, DryMatter); !std::isnan(percent))
+        {
+            dryMatters += percent;
+            ++dryMatterCount;
+        }
+    }
+    Require(dryMatterCount > 0, folder + "TomQuality.csv: DMC_fruit is missing in every row, and is needed in one");
+
+    measured.Harvest.HarvestDate = pickings.back().Date;
+    measured.Harvest.WetWeightG = picked * 1000 / density;
+    measured.Harvest.DryWeightG =
+        measured.Harvest.WetWeightG * (dryMatters / static_cast<double>(dryMatterCount)) / 100;
+    measured.Harvest.QualityRating = flavours / static_cast<double>(tastings.size()) / 10;
+    return measured;
+}
+
+} // namespace
+
+void Require(bool answer, const std::string& problem)
+{
+    if (!answer)
+        throw Problem(problem);
+}
+
+std::vector<Compartment> ReadMeasurements(const std::string& dataDirectory)
+{
+    std::vector<Compartment> season;
+    for (const char* name : {"AICU", "Automatoes", "Digilog", "IUACAAS", "Reference", "TheAutomators"})
+        season.push_back(ReadCompartment(dataDirectory, name));
+    return season;
+}
