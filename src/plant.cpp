@@ -36,11 +36,10 @@ Enum FromName(const char* const (&names)[Count], const std::string& name, Enum f
 
 // Works on a copy: a failed create may have numbered its record already, and saving that one again would update a row
 // that does not exist and call it success.
-template <typename Record, typename Create, typename Update>
-bool SaveRecord(PlantRepository& repository, Record& record, Create create, Update update)
+template <auto Create, auto Update, typename Record> bool SaveRecord(PlantRepository& repository, Record& record)
 {
     Record copy = record;
-    const bool saved = record.ID == 0 ? (repository.*create)(copy) : (repository.*update)(copy);
+    const bool saved = record.ID == 0 ? (repository.*Create)(copy) : (repository.*Update)(copy);
     if (saved)
         record = std::move(copy);
     return saved;
@@ -105,7 +104,8 @@ std::string PlantEventCurrentDate()
 #ifdef _WIN32
     localtime_s(&today, &now);
 #else
-    localtime_r(&now, &today); // std::localtime's result is shared by all threads
+    tzset(); // a journal stays open while its grower travels
+    localtime_r(&now, &today);
 #endif
     char date[32];
     return {date, std::strftime(date, sizeof date, "%Y-%m-%d", &today)};
@@ -118,7 +118,7 @@ bool Plant::Load(PlantRepository& repository, const std::string& uuid)
 
 bool Plant::Save(PlantRepository& repository)
 {
-    return SaveRecord(repository, *this, &PlantRepository::CreatePlant, &PlantRepository::UpdatePlant);
+    return SaveRecord<&PlantRepository::CreatePlant, &PlantRepository::UpdatePlant>(repository, *this);
 }
 
 bool Plant::Delete(PlantRepository& repository) const
@@ -135,7 +135,7 @@ Plant Plant::Duplicate(PlantRepository& repository) const
 
 bool PlantEvent::Save(PlantRepository& repository)
 {
-    return SaveRecord(repository, *this, &PlantRepository::CreatePlantEvent, &PlantRepository::UpdatePlantEvent);
+    return SaveRecord<&PlantRepository::CreatePlantEvent, &PlantRepository::UpdatePlantEvent>(repository, *this);
 }
 
 bool PlantEvent::Delete(PlantRepository& repository) const
@@ -145,8 +145,8 @@ bool PlantEvent::Delete(PlantRepository& repository) const
 
 bool PlantCareEntry::Save(PlantRepository& repository)
 {
-    return SaveRecord(repository, *this, &PlantRepository::CreatePlantCareEntry,
-                      &PlantRepository::UpdatePlantCareEntry);
+    return SaveRecord<&PlantRepository::CreatePlantCareEntry, &PlantRepository::UpdatePlantCareEntry>(repository,
+                                                                                                      *this);
 }
 
 bool PlantCareEntry::Delete(PlantRepository& repository) const
@@ -156,7 +156,7 @@ bool PlantCareEntry::Delete(PlantRepository& repository) const
 
 bool PlantPhoto::Save(PlantRepository& repository)
 {
-    return SaveRecord(repository, *this, &PlantRepository::CreatePlantPhoto, &PlantRepository::UpdatePlantPhoto);
+    return SaveRecord<&PlantRepository::CreatePlantPhoto, &PlantRepository::UpdatePlantPhoto>(repository, *this);
 }
 
 bool PlantPhoto::Delete(PlantRepository& repository) const

@@ -8,12 +8,12 @@
 /// Texts are byte strings, UTF-8 by convention. Dates are texts too, written `YYYY-MM-DD` in local time; an empty text
 /// means that no date is set. Dates are sorted as texts, so any other form should also sort chronologically as text.
 ///
-/// Every stored record carries `ID`, its row number in the journal file, 0 while it is not stored. A row number may be
-/// given to another record once its own was deleted: to remember a plant or a photo, keep its `UUID`.
+/// Every record carries `ID`, its row number in the journal file, 0 until it is stored. A row number may be given to
+/// another record once its own was deleted: to remember a plant or a photo, keep its `UUID`.
 ///
 /// The methods of the records are short forms of the repository's operations. `Save` creates the record where its `ID`
 /// is 0 and updates it otherwise; when it fails, by `false` or by an exception, the record is left exactly as it was,
-/// so that saving it again later is safe. `Delete` leaves the record itself alone.
+/// so that saving it again later is safe. `Delete` leaves the record itself alone: to store it anew, set its `ID` to 0.
 #pragma once
 
 #include <cstdint>

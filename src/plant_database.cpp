@@ -207,7 +207,18 @@ bool List(sqlite3* db, const char* sql, std::vector<Record>& out, const ReadRow&
     if (!Prepare(db, sql, &statement.Handle) || !BindAll(statement.Handle, keys...))
         return false;
     while (sqlite3_step(statement.Handle) == SQLITE_ROW)
-        read(statement.Handle, out.emplace_back());
+    {
+        Record& record = out.emplace_back();
+        try
+        {
+            read(statement.Handle, record);
+        }
+        catch (...)
+        {
+            out.pop_back(); // half a record is none
+            throw;
+        }
+    }
     return true;
 }
 
@@ -221,18 +232,12 @@ template <typename Work> bool InTransaction(sqlite3* db, const Work& work)
 {
     if (!Execute(db, "BEGIN IMMEDIATE;"))
         return false;
-    struct Rollback
-    {
-        sqlite3* DB;
-        bool Needed;
-        ~Rollback()
-        {
-            if (Needed)
-                Execute(DB, "ROLLBACK;");
-        }
-    } rollback{db, true};
-    rollback.Needed = !(work() && Execute(db, "COMMIT;"));
-    return !rollback.Needed;
+    const auto rollBack = [](sqlite3* connection) { Execute(connection, "ROLLBACK;"); };
+    std::unique_ptr<sqlite3, decltype(rollBack)> rollback(db, rollBack);
+    if (!work() || !Execute(db, "COMMIT;"))
+        return false;
+    static_cast<void>(rollback.release());
+    return true;
 }
 
 // A stream for the texts that we compose: the same digits in every locale, and an exception where memory runs out,
@@ -793,8 +798,9 @@ bool PlantRepository::CreatePlantCareEntry(PlantCareEntry& entry)
         db,
         [&]
         {
+            const std::string details = CareTimelineDetails(entry);
             return InsertEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry),
-                               CareTimelineDetails(entry)) &&
+                               details) &&
                    Insert(db, entry.ID,
                           "INSERT INTO PlantCareEntries(TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,"
                           "PH,RunoffMl,Notes) VALUES(?,?,?,?,?,?,?,?,?,?);",
@@ -812,8 +818,9 @@ bool PlantRepository::UpdatePlantCareEntry(PlantCareEntry& entry)
         db,
         [&]
         {
+            const std::string details = CareTimelineDetails(entry);
             return SaveOwnedEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry),
-                                  CareTimelineDetails(entry)) &&
+                                  details) &&
                    Run(db,
                        "UPDATE PlantCareEntries SET TimelineEventID=?,CareDate=?,Action=?,Product=?,AmountMl=?,EC=?,"
                        "PH=?,RunoffMl=?,Notes=? WHERE ID=? AND PlantUUID=?;",
@@ -884,30 +891,32 @@ bool PlantRepository::SaveHarvestRecord(Plant& plant, HarvestRecord& record)
 
     sqlite3* db = DB.NativeHandle();
     const bool creating = record.ID == 0;
-    const auto saveRow = [&]
+    const auto save = [&]
     {
-        return creating
-                   ? Insert(db, record.ID,
-                            "INSERT INTO HarvestRecords(TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,"
-                            "QualityRating,SeedYield,CureOutcome,Notes) VALUES(?,?,?,?,?,?,?,?,?);",
-                            record.TimelineEventID, record.PlantUUID, record.HarvestDate, record.WetWeightG,
-                            record.DryWeightG, record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes)
-                   : Run(db,
-                         "UPDATE HarvestRecords SET TimelineEventID=?,HarvestDate=?,WetWeightG=?,DryWeightG=?,"
-                         "QualityRating=?,SeedYield=?,CureOutcome=?,Notes=? WHERE ID=? AND PlantUUID=?;",
-                         record.TimelineEventID, record.HarvestDate, record.WetWeightG, record.DryWeightG,
-                         record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes, record.ID,
-                         record.PlantUUID);
+        const std::string details = HarvestTimelineDetails(record);
+        const auto saveRow = [&]
+        {
+            return creating ? Insert(db, record.ID,
+                                     "INSERT INTO HarvestRecords(TimelineEventID,PlantUUID,HarvestDate,WetWeightG,"
+                                     "DryWeightG,QualityRating,SeedYield,CureOutcome,Notes) VALUES(?,?,?,?,?,?,?,?,?);",
+                                     record.TimelineEventID, record.PlantUUID, record.HarvestDate, record.WetWeightG,
+                                     record.DryWeightG, record.QualityRating, record.SeedYield, record.CureOutcome,
+                                     record.Notes)
+                            : Run(db,
+                                  "UPDATE HarvestRecords SET TimelineEventID=?,HarvestDate=?,WetWeightG=?,"
+                                  "DryWeightG=?,QualityRating=?,SeedYield=?,CureOutcome=?,Notes=? WHERE ID=? AND "
+                                  "PlantUUID=?;",
+                                  record.TimelineEventID, record.HarvestDate, record.WetWeightG, record.DryWeightG,
+                                  record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes, record.ID,
+                                  record.PlantUUID);
+        };
+        return SaveOwnedEvent(db, record.TimelineEventID, record.PlantUUID, record.HarvestDate, PlantEventType::Harvest,
+                              details) &&
+               saveRow() &&
+               Run(db, "UPDATE Plants SET Stage='Harvested',HarvestDate=? WHERE UUID=?;", record.HarvestDate,
+                   plant.UUID);
     };
-    if (!InTransaction(db,
-                       [&]
-                       {
-                           return SaveOwnedEvent(db, record.TimelineEventID, record.PlantUUID, record.HarvestDate,
-                                                 PlantEventType::Harvest, HarvestTimelineDetails(record)) &&
-                                  saveRow() &&
-                                  Run(db, "UPDATE Plants SET Stage='Harvested',HarvestDate=? WHERE UUID=?;",
-                                      record.HarvestDate, plant.UUID);
-                       }))
+    if (!InTransaction(db, save))
         return false;
     plant.Stage = PlantStage::Harvested;
     plant.HarvestDate = record.HarvestDate;

@@ -87,15 +87,18 @@ class PlantDatabase
 ///
 /// Results: `true` means done, and for a write that it is in the file for good. `false` means refused or failed, with
 /// nothing written (the one exception is a plant's new strain, see `CreatePlant`). No operation throws on its own
-/// account; an exception of the standard library, for lack of memory, leaves no statement and no transaction open. On a
-/// closed database every operation that would use the file returns `false`.
+/// account; an exception of the standard library, for lack of memory or of random numbers, leaves no statement and no
+/// transaction open. On a closed database every operation that would use the file returns `false`. Inside a transaction
+/// that you began yourself through the native handle, a write is for good when yours is, and the operations that need
+/// one of their own (strain updates, care entries, harvest records) return `false`.
 ///
 /// Texts are stored whole and read back up to their first zero byte. Numbers must be numbers: a not-a-number is
 /// refused. Arguments may alias: a key may be a member of the very record or vector that is being filled.
 ///
-/// Lists empty `out` first and return `false` only when the query cannot be started; a failure on the way ends the list
-/// early, with the rows read so far and `true`. Lists of a plant's records come newest date first, and newest row first
-/// within a date; for a plant without records, or an unknown one, they are empty.
+/// Lists empty `out` first and return `false` only when the query cannot be prepared; a failure on the way, another
+/// process's lock included, ends the list early, with the rows read so far and `true`. Lists of a plant's records come
+/// newest date first, and newest row first within a date; for a plant without records, or an unknown one, they are
+/// empty.
 ///
 /// Creates write the new `ID` back into the record and ignore the one that it holds. A record whose create returned
 /// `false` is not stored, whatever numbers it carries. Updates overwrite every field of the row, but neither its plant
@@ -118,14 +121,15 @@ class PlantRepository
 
     /// Stores a new plant. A strain name that is new is registered as a strain first and stays registered even when the
     /// plant is then refused.
-    /// Writes back `UUID` where it was empty (whatever the result) and, on success, `ID`.
-    /// @return `false` when the UUID exists, or when the mother is unknown, the plant itself, or one of its
-    /// descendants.
+    /// Writes back `UUID` where it was empty (also when refused, unless its strain could not be registered) and, on
+    /// success, `ID`.
+    /// @return `false` when the UUID exists, or when the mother is unknown, the plant itself, or one of its descendants
+    /// (or the file has a circle of mothers above it already).
     bool CreatePlant(Plant& p);
 
     /// Overwrites the plant with the UUID `p.UUID`; `p.ID` is not used. Registers a new strain name as `CreatePlant`
-    /// does. An unknown UUID without a mother changes nothing and returns `true`.
-    /// @return `false` when the mother is unknown, the plant itself, or one of its descendants.
+    /// does, for an unknown UUID too, which otherwise changes nothing.
+    /// @return `false` when the mother is refused as in `CreatePlant`, or the UUID is empty and there is a mother.
     bool UpdatePlant(const Plant& p);
 
     /// Deletes the plant `uuid` with its events, care entries, harvest record, photos, health observations and journal
@@ -157,7 +161,7 @@ class PlantRepository
     bool UpdateStrain(const Strain& strain);
 
     /// Deletes a strain.
-    /// @return `false` while a plant has it.
+    /// @return `false` while a plant has it. Where the plants cannot be looked through, it counts as unused.
     bool DeleteStrain(std::int64_t id);
 
     /// Counts a strain's plants by stage and averages their harvests. Dry weights and ratings of 0 count as not entered
