@@ -1,0 +1,341 @@
+// Opening and closing a journal file, and the reports of what went wrong.
+
+#include "plant_database.h"
+#include "support/journal_test.h"
+#include "support/operations.h"
+#include "support/schema_statements.h"
+
+#include <filesystem>
+#include <fstream>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+namespace
+{
+
+static_assert(std::is_default_constructible_v<PlantDatabase>);
+static_assert(!std::is_copy_constructible_v<PlantDatabase> && !std::is_copy_assignable_v<PlantDatabase>);
+static_assert(!std::is_move_constructible_v<PlantDatabase> && !std::is_move_assignable_v<PlantDatabase>);
+static_assert(!std::is_polymorphic_v<PlantDatabase>);
+
+constexpr auto CannotOpen = "unable to open database file";
+
+void WriteFile(const std::string& path, const std::string& content)
+{
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+// A closed database, and a scratch directory for its files.
+class DatabaseTest : public testing::Test
+{
+  protected:
+    DatabaseTest() { std::filesystem::create_directory(Folder); }
+
+    void ExpectClosed() const
+    {
+        EXPECT_FALSE(Database.IsOpen());
+        EXPECT_EQ(Database.NativeHandle(), nullptr);
+        EXPECT_EQ(Database.Path(), "");
+    }
+
+    void ExpectOpen(const std::string& path) const
+    {
+        ASSERT_TRUE(Database.IsOpen()) << Database.LastError();
+        EXPECT_NE(Database.NativeHandle(), nullptr);
+        EXPECT_EQ(Database.Path(), path);
+        EXPECT_EQ(Query(Database.NativeHandle(), "SELECT COUNT(*) FROM sqlite_master WHERE sql IS NOT NULL;"),
+                  Rows{{"16"}});
+    }
+
+    // Opening fails for `reason`, which is told everywhere where it should be.
+    void ExpectRefused(const std::string& path, const std::string& reason)
+    {
+        std::string error = "untouched";
+        EXPECT_FALSE(Database.Open(path, &error));
+        EXPECT_EQ(error, reason);
+        EXPECT_EQ(Database.LastError(), reason);
+        ExpectClosed();
+    }
+
+    // Whether nobody else has `path` locked.
+    static bool IsFree(const std::string& path)
+    {
+        const PlainConnection other(path);
+        return sqlite3_exec(other.NativeHandle(), "BEGIN EXCLUSIVE; COMMIT;", nullptr, nullptr, nullptr) == SQLITE_OK;
+    }
+
+    void Lock() const { Execute(Database.NativeHandle(), "BEGIN EXCLUSIVE;"); }
+
+    ScratchDirectory Scratch;
+    std::string Path = Scratch.File("journal.db");
+    std::string Folder = Scratch.File("a folder where a file should be");
+    PlantDatabase Database;
+};
+
+// ---- Opening
+
+TEST_F(DatabaseTest, StartsClosedAndWithoutAnError)
+{
+    ExpectClosed();
+    EXPECT_EQ(Database.LastError(), "");
+}
+
+TEST_F(DatabaseTest, OpenMakesTheFileAndLeavesTheErrorAlone)
+{
+    std::string error = "untouched";
+    EXPECT_TRUE(Database.Open(Path, &error));
+    ExpectOpen(Path);
+    EXPECT_EQ(error, "untouched");
+    EXPECT_EQ(Database.LastError(), "");
+    EXPECT_TRUE(std::filesystem::is_regular_file(Path));
+}
+
+TEST_F(DatabaseTest, OpenMakesTheWholeChainOfFolders)
+{
+    const std::string path = Scratch.File("one/two/three/journal.db");
+    EXPECT_TRUE(Database.Open(path));
+    ExpectOpen(path);
+    EXPECT_TRUE(std::filesystem::is_regular_file(path));
+}
+
+TEST_F(DatabaseTest, OpenTakesThePathAsUTF8)
+{
+    const std::string path = Scratch.File("Mein Gärtchen/Pflänzchen № 1.db");
+    EXPECT_TRUE(Database.Open(path));
+    ExpectOpen(path);
+    EXPECT_TRUE(std::filesystem::is_regular_file(path));
+}
+
+TEST_F(DatabaseTest, OpenTakesABareFileNameInTheCurrentFolder)
+{
+    const std::filesystem::path previous = std::filesystem::current_path();
+    std::filesystem::current_path(Folder);
+    EXPECT_TRUE(Database.Open("bare.db"));
+    std::filesystem::current_path(previous);
+    ExpectOpen("bare.db");
+    EXPECT_TRUE(std::filesystem::is_regular_file(Folder + "/bare.db"));
+}
+
+// Each of the two is the connection's own and gone with it.
+TEST_F(DatabaseTest, OpenMakesADatabaseInMemoryAndATemporaryOne)
+{
+    for (const std::string& path : {std::string(":memory:"), std::string()})
+    {
+        SCOPED_TRACE(path);
+        for (int time = 0; time < 2; ++time)
+        {
+            EXPECT_TRUE(Database.Open(path));
+            ExpectOpen(path);
+            EXPECT_STREQ(sqlite3_db_filename(Database.NativeHandle(), "main"), "");
+            PlantRepository repository(Database);
+            std::vector<Plant> plants;
+            EXPECT_TRUE(repository.ListPlants(plants));
+            EXPECT_TRUE(plants.empty());
+            Plant plant;
+            EXPECT_TRUE(repository.CreatePlant(plant));
+        }
+    }
+    EXPECT_FALSE(std::filesystem::exists(":memory:"));
+}
+
+TEST_F(DatabaseTest, OpenRunsTheWholeSchemaInItsOrder)
+{
+    const CallRecorder recorder;
+    EXPECT_TRUE(Database.Open(Path));
+    ASSERT_FALSE(recorder.Calls().empty());
+    EXPECT_EQ(recorder.Calls().front().Call, SQLiteCall::Open);
+    EXPECT_EQ(recorder.Calls().front().SQL, Path);
+    EXPECT_EQ(recorder.Count(SQLiteCall::Open), 1);
+    EXPECT_EQ(recorder.Statements(), OpeningStatements());
+    EXPECT_EQ(recorder.Count(SQLiteCall::Finalize), recorder.Count(SQLiteCall::Prepare));
+}
+
+TEST_F(DatabaseTest, AConnectionWaitsForLocksAndEnforcesForeignKeys)
+{
+    ASSERT_TRUE(Database.Open(Path));
+    EXPECT_EQ(Query(Database.NativeHandle(), "PRAGMA busy_timeout;"), Rows{{"2500"}});
+    EXPECT_EQ(Query(Database.NativeHandle(), "PRAGMA foreign_keys;"), Rows{{"1"}});
+    EXPECT_EQ(sqlite3_db_readonly(Database.NativeHandle(), "main"), 0);
+}
+
+// Where the program has SQLite's connections unprotected unless asked for.
+TEST_F(DatabaseTest, AConnectionIsSerialized)
+{
+    const auto restart = [](int mode)
+    {
+        EXPECT_EQ(sqlite3_shutdown(), SQLITE_OK);
+        EXPECT_EQ(sqlite3_config(mode), SQLITE_OK);
+        EXPECT_EQ(sqlite3_initialize(), SQLITE_OK);
+    };
+    restart(SQLITE_CONFIG_MULTITHREAD);
+    EXPECT_TRUE(Database.Open(Path));
+    EXPECT_NE(sqlite3_db_mutex(Database.NativeHandle()), nullptr);
+    Database.Close();
+    restart(SQLITE_CONFIG_SERIALIZED);
+}
+
+TEST_F(DatabaseTest, OpenOfAnotherFileClosesTheFirst)
+{
+    const std::string other = Scratch.File("other.db");
+    ASSERT_TRUE(Database.Open(Path));
+    Lock();
+    EXPECT_TRUE(Database.Open(other));
+    ExpectOpen(other);
+    EXPECT_TRUE(IsFree(Path));
+}
+
+// ---- Closing
+
+TEST_F(DatabaseTest, CloseReleasesTheFile)
+{
+    ASSERT_TRUE(Database.Open(Path));
+    Lock();
+    EXPECT_FALSE(IsFree(Path));
+    Database.Close();
+    ExpectClosed();
+    EXPECT_TRUE(IsFree(Path));
+    Database.Close();
+    ExpectClosed();
+}
+
+TEST_F(DatabaseTest, DestructionReleasesTheFile)
+{
+    {
+        PlantDatabase another;
+        ASSERT_TRUE(another.Open(Path));
+        Execute(another.NativeHandle(), "BEGIN EXCLUSIVE;");
+        EXPECT_FALSE(IsFree(Path));
+    }
+    EXPECT_TRUE(IsFree(Path));
+}
+
+// The connection then lives as long as the statement.
+TEST_F(DatabaseTest, CloseIsNotHeldUpByAStatementLeftOpen)
+{
+    ASSERT_TRUE(Database.Open(Path));
+    Lock();
+    sqlite3_stmt* statement = nullptr;
+    ASSERT_EQ(sqlite3_prepare_v2(Database.NativeHandle(), "SELECT 1;", -1, &statement, nullptr), SQLITE_OK);
+    Database.Close();
+    ExpectClosed();
+    EXPECT_EQ(sqlite3_step(statement), SQLITE_ROW);
+    EXPECT_FALSE(IsFree(Path));
+    EXPECT_EQ(sqlite3_finalize(statement), SQLITE_OK);
+    EXPECT_TRUE(IsFree(Path));
+}
+
+// ---- Failures
+
+TEST_F(DatabaseTest, OpenOfWhatIsNoFileTellsSQLitesReason)
+{
+    ExpectRefused(Folder, CannotOpen);
+}
+
+TEST_F(DatabaseTest, OpenInAFolderThatCannotBeMadeTellsSQLitesReason)
+{
+    WriteFile(Path, "");
+    ExpectRefused(Path + "/journal.db", CannotOpen);
+    EXPECT_EQ(FileBytes(Path), "");
+}
+
+TEST_F(DatabaseTest, OpenOfAnotherKindOfFileIsRefusedAndLeavesItAlone)
+{
+    const std::string content(2'000, '\n');
+    WriteFile(Path, content);
+    ExpectRefused(Path, "file is not a database");
+    EXPECT_EQ(FileBytes(Path), content);
+}
+
+TEST_F(DatabaseTest, OpenOfAnEmptyFileMakesItAJournal)
+{
+    WriteFile(Path, "");
+    EXPECT_TRUE(Database.Open(Path));
+    ExpectOpen(Path);
+}
+
+TEST_F(DatabaseTest, OpenWithoutAConnectionIsReportedInItsOwnWords)
+{
+    const CallFailure failure(SQLiteCall::Open, 1, SQLITE_NOMEM);
+    ExpectRefused(Path, "Could not open database");
+    EXPECT_TRUE(failure.Happened());
+    EXPECT_FALSE(std::filesystem::exists(Path));
+}
+
+// SQLite would see the part before it as the whole name.
+TEST_F(DatabaseTest, OpenRefusesANameWithAZeroByte)
+{
+    using namespace std::string_literals;
+    const std::string folder = Scratch.File("new folder");
+    for (const std::string& path :
+         {Path + '\0', Path + "\0.db"s, "\0"s, ":memory:\0"s, folder + "\0/journal.db"s, folder + "/journal.db\0"s})
+    {
+        const CallRecorder recorder;
+        ExpectRefused(path, "Could not open database");
+        EXPECT_TRUE(recorder.Calls().empty());
+    }
+    EXPECT_FALSE(std::filesystem::exists(Path));
+    EXPECT_FALSE(std::filesystem::exists(folder));
+}
+
+TEST_F(DatabaseTest, AFailedOpenClosesTheFileThatWasOpen)
+{
+    using namespace std::string_literals;
+    for (const std::string& path : {Folder, Folder + "\0.db"s})
+    {
+        ASSERT_TRUE(Database.Open(Path));
+        Lock();
+        EXPECT_FALSE(Database.Open(path));
+        ExpectClosed();
+        EXPECT_TRUE(IsFree(Path));
+    }
+}
+
+TEST_F(DatabaseTest, OpenWithoutAPlaceForTheErrorReportsTheSame)
+{
+    WriteFile(Path, std::string(2'000, '\n'));
+    EXPECT_FALSE(Database.Open(Folder));
+    EXPECT_EQ(Database.LastError(), CannotOpen);
+    EXPECT_FALSE(Database.Open(Path, nullptr));
+    EXPECT_EQ(Database.LastError(), "file is not a database");
+    ExpectClosed();
+    EXPECT_TRUE(Database.Open(":memory:", nullptr));
+}
+
+TEST_F(DatabaseTest, TheLastErrorOutlivesLaterSuccess)
+{
+    ExpectRefused(Folder, CannotOpen);
+    std::string error = "untouched";
+    EXPECT_TRUE(Database.Open(Path, &error));
+    EXPECT_EQ(error, "untouched");
+    EXPECT_EQ(Database.LastError(), CannotOpen);
+    Database.Close();
+    EXPECT_EQ(Database.LastError(), CannotOpen);
+}
+
+TEST_F(DatabaseTest, TheLastErrorIsACopy)
+{
+    const std::string before = Database.LastError();
+    ExpectRefused(Folder, CannotOpen);
+    EXPECT_EQ(before, "");
+    static_assert(std::is_same_v<decltype(Database.LastError()), std::string>);
+    static_assert(std::is_same_v<decltype(Database.Path()), const std::string&>);
+}
+
+TEST_F(DatabaseTest, OperationsThatFailLeaveTheLastErrorAlone)
+{
+    ExpectRefused(Folder, CannotOpen);
+    ASSERT_TRUE(Database.Open(Path));
+    PlantRepository repository(Database);
+    const Garden garden = PlantGarden(repository);
+    for (const Operation& operation : Operations())
+    {
+        Garden copy = garden;
+        const CallFailure failure(SQLiteCall::Prepare, 1, SQLITE_ERROR);
+        EXPECT_FALSE(operation.Call(repository, copy)) << operation;
+        EXPECT_EQ(Database.LastError(), CannotOpen) << operation;
+    }
+}
+
+} // namespace

@@ -1,0 +1,312 @@
+#include "support/journal_test.h"
+#include "support/operations.h"
+#include "support/statements.h"
+
+#include <string_view>
+
+#include <sqlite3.h>
+
+namespace
+{
+
+class LineageTest : public JournalTest
+{
+  protected:
+    static Plant Make(const std::string& uuid, const std::string& mother = {})
+    {
+        Plant plant;
+        plant.UUID = uuid;
+        plant.Name = uuid;
+        plant.MotherPlantUUID = mother;
+        return plant;
+    }
+
+    // Whether the plant could be stored.
+    bool Grow(const std::string& uuid, const std::string& mother = {})
+    {
+        Plant plant = Make(uuid, mother);
+        return Repository.CreatePlant(plant);
+    }
+
+    bool Move(const std::string& uuid, const std::string& mother) { return Repository.UpdatePlant(Make(uuid, mother)); }
+
+    // Stores a link without its being tested.
+    void Link(const std::string& uuid, const std::string& mother) const
+    {
+        Execute("UPDATE Plants SET MotherPlantID=(SELECT ID FROM Plants WHERE UUID='" + mother + "') WHERE UUID='" +
+                uuid + "';");
+    }
+
+    // Every plant and its mother, as stored.
+    Rows Links() const
+    {
+        return Query("SELECT p.UUID,m.UUID FROM Plants p LEFT JOIN Plants m ON m.ID=p.MotherPlantID ORDER BY p.UUID;");
+    }
+};
+
+TEST_F(LineageTest, APlantWithoutAMotherIsAcceptedWithoutReadingTheOthers)
+{
+    Plant plant = Make("a");
+    EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.CreatePlant(plant)); }), (Statements{SQL::InsertPlant}));
+    EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.UpdatePlant(plant)); }), (Statements{SQL::UpdatePlant}));
+}
+
+TEST_F(LineageTest, AMotherThatIsNotStoredIsRefused)
+{
+    ASSERT_TRUE(Grow("a"));
+    for (const char* mother : {"b", "A", "a ", "aa"})
+    {
+        Plant plant = Make("c", mother);
+        plant.ID = 77;
+        EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.CreatePlant(plant)) << mother; }),
+                  (Statements{SQL::ListPlants}));
+        EXPECT_EQ(plant.ID, 77);
+        EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Move("a", mother)) << mother; }), (Statements{SQL::ListPlants}));
+    }
+    EXPECT_EQ(Links(), (Rows{{"a", "NULL"}}));
+}
+
+TEST_F(LineageTest, APlantIsNeverItsOwnMother)
+{
+    Plant own = Make("b", "b");
+    EXPECT_TRUE(Refused([&] { return Repository.CreatePlant(own); }));
+    ASSERT_TRUE(Grow("a"));
+    EXPECT_TRUE(Refused([&] { return Move("a", "a"); }));
+    EXPECT_EQ(Links(), (Rows{{"a", "NULL"}}));
+}
+
+TEST_F(LineageTest, APlantWithoutAUUIDCannotBeGivenAMother)
+{
+    ASSERT_TRUE(Grow("a"));
+    EXPECT_TRUE(Refused([&] { return Move("", "a"); }));
+}
+
+TEST_F(LineageTest, ANewPlantWithoutAUUIDMayHaveAMother)
+{
+    ASSERT_TRUE(Grow("a"));
+    EXPECT_TRUE(Grow("", "a"));
+    EXPECT_EQ(Count("Plants", "MotherPlantID=1"), 1);
+}
+
+TEST_F(LineageTest, ALinkThatWouldCloseACycleIsRefused)
+{
+    ASSERT_TRUE(Grow("a") && Grow("b", "a") && Grow("c", "b") && Grow("other"));
+    const Rows before = Links();
+    EXPECT_FALSE(Move("a", "b"));
+    EXPECT_FALSE(Move("a", "c"));
+    EXPECT_FALSE(Move("b", "c"));
+    EXPECT_EQ(Links(), before);
+
+    EXPECT_TRUE(Move("c", "a"));
+    EXPECT_TRUE(Move("a", "other"));
+    EXPECT_EQ(Links(), (Rows{{"a", "other"}, {"b", "a"}, {"c", "a"}, {"other", "NULL"}}));
+}
+
+TEST_F(LineageTest, ALinkMayTurnRoundOnceTheOldOneIsGone)
+{
+    ASSERT_TRUE(Grow("a") && Grow("b", "a"));
+    EXPECT_FALSE(Move("a", "b"));
+    EXPECT_TRUE(Move("b", ""));
+    EXPECT_TRUE(Move("a", "b"));
+    EXPECT_EQ(Links(), (Rows{{"a", "b"}, {"b", "NULL"}}));
+}
+
+TEST_F(LineageTest, AMotherMayKeepHerPlaceAndHaveManyClones)
+{
+    ASSERT_TRUE(Grow("a") && Grow("b", "a") && Grow("c", "a"));
+    EXPECT_TRUE(Move("b", "a"));
+    EXPECT_TRUE(Grow("d", "b"));
+    EXPECT_EQ(Links(), (Rows{{"a", "NULL"}, {"b", "a"}, {"c", "a"}, {"d", "b"}}));
+}
+
+TEST_F(LineageTest, ALongLineageIsFollowedToItsEnd)
+{
+    ASSERT_TRUE(Grow("0"));
+    for (int i = 1; i < 60; ++i)
+        ASSERT_TRUE(Grow(std::to_string(i), std::to_string(i - 1)));
+    EXPECT_TRUE(Grow("youngest", "59"));
+    EXPECT_FALSE(Move("0", "youngest"));
+    EXPECT_EQ(Count("Plants", "MotherPlantID IS NULL"), 1);
+}
+
+TEST_F(LineageTest, ACycleThatIsStoredAlreadyIsRefusedAsALineage)
+{
+    ASSERT_TRUE(Grow("a") && Grow("b", "a") && Grow("c", "b") && Grow("self"));
+    Link("a", "b");
+    Link("self", "self");
+    for (const char* mother : {"a", "b", "c", "self"})
+    {
+        EXPECT_FALSE(Grow("new", mother)) << mother;
+        EXPECT_EQ(Count("Plants"), 4);
+    }
+    EXPECT_TRUE(Move("a", ""));
+    EXPECT_TRUE(Grow("new", "c"));
+}
+
+TEST_F(LineageTest, ThePlantsOwnStoredLinkIsNotFollowed)
+{
+    ASSERT_TRUE(Grow("a") && Grow("b"));
+    Link("a", "a");
+    EXPECT_TRUE(Move("a", "b"));
+    EXPECT_EQ(Links(), (Rows{{"a", "b"}, {"b", "NULL"}}));
+}
+
+TEST_F(LineageTest, AnAncestorWhoIsGoneFromTheTableEndsTheLineage)
+{
+    ASSERT_TRUE(Grow("a") && Grow("b", "a"));
+    Execute("PRAGMA foreign_keys=OFF; DELETE FROM Plants WHERE UUID='a'; PRAGMA foreign_keys=ON;");
+    EXPECT_TRUE(Grow("c", "b"));
+}
+
+TEST_F(LineageTest, AnAncestorWhoCouldNotBeReadIsTakenForUnknown)
+{
+    ASSERT_TRUE(Grow("z") && Grow("b", "z") && Grow("a", "b"));
+    // The list is "a", "b", "z"; it ends before "z".
+    const CallFailure failure(SQLiteCall::Step, 3, SQLITE_IOERR, "SELECT");
+    EXPECT_FALSE(Grow("new", "a"));
+    EXPECT_TRUE(failure.Happened());
+}
+
+TEST_F(LineageTest, ALinkIsRefusedWhenThePlantsCannotBeRead)
+{
+    ASSERT_TRUE(Grow("a") && Grow("b"));
+    const CallFailure failure(SQLiteCall::Prepare, 1, SQLITE_NOMEM, "SELECT");
+    EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Move("b", "a")); }), (Statements{SQL::ListPlants}));
+}
+
+class DuplicateTest : public JournalTest
+{
+  protected:
+    DuplicateTest()
+    {
+        const Plant mother = NewPlant("Mother");
+        Source = {.ID = 0,
+                  .UUID = "basil",
+                  .Name = "Basil",
+                  .Strain = "Genovese",
+                  .MotherPlantUUID = mother.UUID,
+                  .Stage = PlantStage::Cure,
+                  .Sex = PlantSex::Male,
+                  .Tent = "Shed",
+                  .PotSize = "7 l",
+                  .Medium = "Soil",
+                  .SeedDate = "2023-01-09",
+                  .FlipHeightCm = 12.5,
+                  .FinalHeightCm = 99.75,
+                  .CloneDate = "2023-02-08",
+                  .TransplantDate = "2023-03-07",
+                  .FlipDate = "2023-04-06",
+                  .HarvestDate = "2023-05-05",
+                  .Notes = "Smells of summer"};
+        EXPECT_TRUE(Repository.CreatePlant(Source));
+    }
+
+    // What the duplicate of `source` must be, but for its identifiers, which are those of `duplicate`.
+    static Plant Expected(const Plant& source, const Plant& duplicate)
+    {
+        Plant expected = source;
+        expected.ID = duplicate.ID;
+        expected.UUID = duplicate.UUID;
+        expected.Name = source.Name + " copy";
+        expected.MotherPlantUUID = "";
+        return expected;
+    }
+
+    Plant Source;
+};
+
+TEST_F(DuplicateTest, IsANewPlantWithoutAMotherAndAlikeInAllElse)
+{
+    const Plant source = Source;
+    Plant copy = StoredPlant(source.MotherPlantUUID); // nothing of it may remain
+    ASSERT_TRUE(Repository.DuplicatePlant(Source, copy));
+    EXPECT_EQ(copy.ID, 3);
+    EXPECT_EQ(copy.UUID.size(), 36U);
+    EXPECT_EQ(copy, Expected(source, copy));
+    EXPECT_EQ(StoredPlant(copy.UUID), copy);
+    EXPECT_EQ(Source, source);
+    EXPECT_EQ(StoredPlant("basil"), source);
+}
+
+TEST_F(DuplicateTest, RunsTheStatementsOfACreateWithoutAMother)
+{
+    Plant copy;
+    EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DuplicatePlant(Source, copy)); }),
+              (Statements{SQL::RegisterStrain, SQL::InsertPlant}));
+}
+
+TEST_F(DuplicateTest, OfADuplicateIsNamedACopyTwice)
+{
+    Plant copy;
+    Plant copyOfCopy;
+    ASSERT_TRUE(Repository.DuplicatePlant(Source, copy));
+    ASSERT_TRUE(Repository.DuplicatePlant(copy, copyOfCopy));
+    EXPECT_EQ(copyOfCopy.Name, "Basil copy copy");
+    EXPECT_NE(copyOfCopy.UUID, copy.UUID);
+    EXPECT_EQ(Count("Plants"), 4);
+}
+
+TEST_F(DuplicateTest, MayTakeTheSourcesOwnRecord)
+{
+    const Plant source = Source;
+    ASSERT_TRUE(Repository.DuplicatePlant(Source, Source));
+    EXPECT_NE(Source.UUID, "basil");
+    EXPECT_EQ(Source, Expected(source, Source));
+    EXPECT_EQ(StoredPlant(Source.UUID), Source);
+    EXPECT_EQ(StoredPlant("basil"), source);
+}
+
+TEST_F(DuplicateTest, TakesNothingThatHangsOffTheSource)
+{
+    const Garden garden = PlantGarden(Repository);
+    const auto hangsOff = [&](const std::string& plantUUID)
+    {
+        int records = 0;
+        for (const char* table : {"PlantEvents", "PlantCareEntries", "HarvestRecords", "PlantPhotos",
+                                  "PlantHealthObservations", "PlantJournalEntries"})
+            records += Count(table, "PlantUUID='" + plantUUID + "'");
+        return records;
+    };
+    const int before = hangsOff(garden.Mother.UUID);
+    EXPECT_GE(before, 6);
+
+    Plant copy;
+    ASSERT_TRUE(Repository.DuplicatePlant(garden.Mother, copy));
+    EXPECT_EQ(hangsOff(copy.UUID), 0);
+    EXPECT_EQ(hangsOff(garden.Mother.UUID), before);
+    EXPECT_EQ(Count("Plants", "MotherPlantID=(SELECT ID FROM Plants WHERE Name='Mother' AND Strain<>'')"), 1);
+}
+
+TEST_F(DuplicateTest, WorksForASourceThatIsNotStored)
+{
+    Plant source;
+    source.ID = 4711;
+    source.MotherPlantUUID = "nobody";
+    Plant copy;
+    ASSERT_TRUE(Repository.DuplicatePlant(source, copy));
+    EXPECT_EQ(copy.ID, 3);
+    EXPECT_EQ(Query("SELECT Name,Strain,MotherPlantID FROM Plants WHERE ID=3;"), (Rows{{" copy", "", "NULL"}}));
+}
+
+TEST_F(DuplicateTest, ThatFailsIsLeftPreparedAndStoresNothing)
+{
+    const std::string before = Content();
+    Plant copy;
+    const CallFailure failure(SQLiteCall::Step, 1, SQLITE_FULL, "INSERT INTO Plants");
+    EXPECT_FALSE(Repository.DuplicatePlant(Source, copy));
+    EXPECT_EQ(copy.ID, 0);
+    EXPECT_EQ(copy.UUID.size(), 36U);
+    EXPECT_EQ(copy, Expected(Source, copy));
+    EXPECT_EQ(Content(), before);
+}
+
+TEST_F(DuplicateTest, ThatFailsStillRegistersTheStrain)
+{
+    Source.Strain = "Thai";
+    Plant copy;
+    const CallFailure failure(SQLiteCall::Step, 1, SQLITE_FULL, "INSERT INTO Plants");
+    EXPECT_FALSE(Repository.DuplicatePlant(Source, copy));
+    EXPECT_EQ(Query("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Genovese"}, {"Thai"}}));
+}
+
+} // namespace

@@ -1,0 +1,29 @@
+#include "support/scratch_directory.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+TEST(ReadmeTest, ItsFirstProgramIsTheOneThatIsBuilt)
+{
+    const std::string readme = FileBytes(PLANTJOURNAL_SOURCE_DIR "/README.md");
+    const std::string program = FileBytes(PLANTJOURNAL_SOURCE_DIR "/examples/first_program.cpp");
+    EXPECT_NE(readme.find("```cpp\n" + program + "```\n"), std::string::npos);
+}
+
+TEST(ReadmeTest, ItsFirstProgramKeepsAFeeding)
+{
+    const ScratchDirectory scratch;
+    const std::string run = "cd '" + scratch.File("") + "' && '" PLANTJOURNAL_FIRST_PROGRAM "' >out 2>&1";
+    EXPECT_EQ(std::system(run.c_str()), 0);
+    const std::string out = FileBytes(scratch.File("out"));
+    EXPECT_EQ(out.substr(out.find(' ')), "  Feed  250 ml\n");
+    EXPECT_TRUE(std::filesystem::exists(scratch.File("journal.db")));
+}
+
+} // namespace

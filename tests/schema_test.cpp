@@ -1,0 +1,386 @@
+// The form of a journal file, as other programs see it, and what it enforces.
+
+#include "support/journal_test.h"
+#include "support/operations.h"
+#include "support/schema_statements.h"
+
+#include <algorithm>
+#include <ostream>
+#include <set>
+#include <utility>
+
+#include <sqlite3.h>
+
+namespace
+{
+
+// ---- Tables
+
+struct TableForm
+{
+    std::string Name;
+    Rows Columns;     // name, type, whether it must not be NULL, default, place in the primary key
+    Rows ForeignKeys; // column, the table and column that it refers to, on delete
+    Statements Unique;
+};
+
+std::ostream& operator<<(std::ostream& out, const TableForm& form)
+{
+    return out << form.Name;
+}
+
+const Row Number = {"ID", "INTEGER", "0", "NULL", "1"};
+const Row OfAPlant = {"PlantUUID", "TEXT", "1", "NULL", "0"};
+const Row Mirror = {"TimelineEventID", "INTEGER", "0", "NULL", "0"};
+const Row ToThePlant = {"PlantUUID", "Plants", "UUID", "CASCADE"};
+const Row ToTheEvent = {"TimelineEventID", "PlantEvents", "ID", "SET NULL"};
+
+Row Text(const std::string& name, const std::string& initial = "''")
+{
+    return {name, "TEXT", "1", initial, "0"};
+}
+
+Row Needed(const std::string& name)
+{
+    return Text(name, "NULL");
+}
+
+Row Real(const std::string& name)
+{
+    return {name, "REAL", "1", "0", "0"};
+}
+
+Row Integer(const std::string& name, const std::string& initial = "0")
+{
+    return {name, "INTEGER", "1", initial, "0"};
+}
+
+const TableForm TableForms[] = {
+    {"SchemaMeta", {{"Key", "TEXT", "0", "NULL", "1"}, Needed("Value")}, {}, {"Key"}},
+    {"Strains", {Number, Needed("Name"), Text("Breeder"), Integer("FloweringWeeks"), Text("Notes")}, {}, {"Name"}},
+    {"Plants",
+     {Number,
+      Needed("UUID"),
+      Needed("Name"),
+      Text("Strain"),
+      {"MotherPlantID", "INTEGER", "0", "NULL", "0"},
+      Text("Stage", "'Veg'"),
+      Text("Sex", "'Unknown'"),
+      Text("Tent"),
+      Text("PotSize"),
+      Text("Medium"),
+      Text("SeedDate"),
+      Real("FlipHeightCm"),
+      Real("FinalHeightCm"),
+      Text("CloneDate"),
+      Text("TransplantDate"),
+      Text("FlipDate"),
+      Text("HarvestDate"),
+      Text("Notes")},
+     {{"MotherPlantID", "Plants", "ID", "SET NULL"}},
+     {"UUID"}},
+    {"PlantEvents",
+     {Number, OfAPlant, Text("EventDate"), Text("EventType", "'Note'"), Text("Details")},
+     {ToThePlant},
+     {}},
+    {"PlantCareEntries",
+     {Number, Mirror, OfAPlant, Text("CareDate"), Text("Action", "'Water'"), Text("Product"), Real("AmountMl"),
+      Real("EC"), Real("PH"), Real("RunoffMl"), Text("Notes")},
+     {ToThePlant, ToTheEvent},
+     {}},
+    {"HarvestRecords",
+     {Number, Mirror, OfAPlant, Text("HarvestDate"), Real("WetWeightG"), Real("DryWeightG"), Real("QualityRating"),
+      Integer("SeedYield"), Text("CureOutcome"), Text("Notes")},
+     {ToThePlant, ToTheEvent},
+     {"PlantUUID"}},
+    {"PlantPhotos",
+     {Number, Needed("UUID"), OfAPlant, Text("PhotoDate"), Needed("FilePath"), Text("Caption")},
+     {ToThePlant},
+     {"UUID"}},
+    {"PlantHealthObservations",
+     {Number, OfAPlant, Text("ObservationDate"), Needed("Issue"), Integer("Severity", "1"), Text("Treatment"),
+      Text("Notes")},
+     {ToThePlant},
+     {}},
+    {"PlantJournalEntries",
+     {Number, OfAPlant, Text("EntryDate"), Text("Type", "'Observation'"), Text("Details")},
+     {ToThePlant},
+     {}},
+};
+
+class TableTest : public JournalTest, public testing::WithParamInterface<TableForm>
+{
+};
+
+TEST_P(TableTest, HasTheseColumnsInThisOrder)
+{
+    EXPECT_EQ(Query("SELECT name,type,\"notnull\",dflt_value,pk FROM pragma_table_info('" + GetParam().Name +
+                    "') ORDER BY cid;"),
+              GetParam().Columns);
+}
+
+TEST_P(TableTest, RefersToTheseTables)
+{
+    EXPECT_EQ(Query("SELECT \"from\",\"table\",\"to\",on_delete FROM pragma_foreign_key_list('" + GetParam().Name +
+                    "') ORDER BY 1;"),
+              GetParam().ForeignKeys);
+    EXPECT_EQ(Query("SELECT 1 FROM pragma_foreign_key_list('" + GetParam().Name +
+                    "') WHERE on_update<>'NO ACTION' OR \"match\"<>'NONE';"),
+              Rows{});
+}
+
+TEST_P(TableTest, HoldsTheseValuesOnce)
+{
+    Rows expected;
+    for (const std::string& column : GetParam().Unique)
+        expected.push_back({column});
+    EXPECT_EQ(Query("SELECT i.name FROM pragma_index_list('" + GetParam().Name +
+                    "') l, pragma_index_info(l.name) i WHERE l.\"unique\" ORDER BY 1;"),
+              expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, TableTest, testing::ValuesIn(TableForms),
+                         [](const auto& test) { return test.param.Name; });
+
+// ---- The whole file
+
+class SchemaTest : public JournalTest
+{
+  protected:
+    // Whether the file takes a row. It is not kept.
+    bool Takes(const std::string& insert) const
+    {
+        Execute("SAVEPOINT trial;");
+        const int result = sqlite3_exec(Database.NativeHandle(), insert.c_str(), nullptr, nullptr, nullptr);
+        Execute("ROLLBACK TO trial; RELEASE trial;");
+        EXPECT_TRUE(result == SQLITE_OK || result == SQLITE_CONSTRAINT) << insert;
+        return result == SQLITE_OK;
+    }
+};
+
+TEST_F(SchemaTest, TheFileHoldsTheTablesAndIndexesToTheByteAndNothingElse)
+{
+    std::set<std::string> expected;
+    for (const Statements& statements : {CreateTableStatements(), CreateIndexStatements()})
+        for (const std::string& statement : statements)
+            expected.insert(Stored(statement));
+    std::set<std::string> stored;
+    for (const Row& row : Query("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL;"))
+        stored.insert(row[0]);
+    EXPECT_EQ(stored, expected);
+    EXPECT_EQ(expected.size(), 16U);
+    EXPECT_EQ(Query("SELECT name FROM sqlite_master WHERE sql IS NULL AND name NOT LIKE 'sqlite_autoindex_%';"),
+              Rows{});
+    EXPECT_EQ(Query("SELECT type,COUNT(*) FROM sqlite_master WHERE sql IS NOT NULL GROUP BY type ORDER BY type;"),
+              (Rows{{"index", "7"}, {"table", "9"}}));
+}
+
+TEST_F(SchemaTest, TheTablesAreCalledLikeThis)
+{
+    EXPECT_EQ(Query("SELECT name FROM sqlite_master WHERE type='table' ORDER BY rowid;"),
+              (Rows{{"SchemaMeta"},
+                    {"Strains"},
+                    {"Plants"},
+                    {"PlantEvents"},
+                    {"PlantCareEntries"},
+                    {"HarvestRecords"},
+                    {"PlantPhotos"},
+                    {"PlantHealthObservations"},
+                    {"PlantJournalEntries"}}));
+}
+
+TEST_F(SchemaTest, TheFileCarriesNoMarksOfItsOwn)
+{
+    for (const std::string pragma : {"user_version", "application_id"})
+        EXPECT_EQ(Query("PRAGMA " + pragma + ';'), Rows{{"0"}}) << pragma;
+    EXPECT_EQ(Query("PRAGMA journal_mode;"), Rows{{"delete"}});
+    EXPECT_EQ(Query("PRAGMA encoding;"), Rows{{"UTF-8"}});
+    EXPECT_EQ(Query("PRAGMA integrity_check;"), Rows{{"ok"}});
+}
+
+TEST_F(SchemaTest, TheIndexesHaveTheseKeys)
+{
+    Rows expected = {{"PlantsByStrain", "Plants", "Strain", "0"}, {"PlantsByMother", "Plants", "MotherPlantID", "0"}};
+    const std::string byPlantDate[][3] = {{"PlantEventsByPlantDate", "PlantEvents", "EventDate"},
+                                          {"PlantCareByPlantDate", "PlantCareEntries", "CareDate"},
+                                          {"PlantPhotosByPlantDate", "PlantPhotos", "PhotoDate"},
+                                          {"PlantHealthByPlantDate", "PlantHealthObservations", "ObservationDate"},
+                                          {"PlantJournalByPlantDate", "PlantJournalEntries", "EntryDate"}};
+    for (const auto& [index, table, date] : byPlantDate)
+    {
+        expected.push_back({index, table, "PlantUUID", "0"});
+        expected.push_back({index, table, date, "1"});
+        expected.push_back({index, table, "ID", "1"});
+    }
+    EXPECT_EQ(Query("SELECT m.name,m.tbl_name,k.name,k.\"desc\" FROM sqlite_master m, pragma_index_xinfo(m.name) k "
+                    "WHERE m.type='index' AND m.sql IS NOT NULL AND k.\"key\" ORDER BY m.rowid,k.seqno;"),
+              expected);
+}
+
+TEST_F(SchemaTest, ARowThatSaysNothingReadsAsADefaultRecord)
+{
+    Execute("INSERT INTO Strains(ID,Name) VALUES(1,'s');"
+            "INSERT INTO Plants(ID,UUID,Name) VALUES(1,'p','');"
+            "INSERT INTO PlantEvents(ID,PlantUUID) VALUES(1,'p');"
+            "INSERT INTO PlantCareEntries(ID,PlantUUID) VALUES(1,'p');"
+            "INSERT INTO HarvestRecords(ID,PlantUUID) VALUES(1,'p');"
+            "INSERT INTO PlantPhotos(ID,UUID,PlantUUID,FilePath) VALUES(1,'f','p','');"
+            "INSERT INTO PlantHealthObservations(ID,PlantUUID,Issue) VALUES(1,'p','');"
+            "INSERT INTO PlantJournalEntries(ID,PlantUUID) VALUES(1,'p');");
+    // The record that is read, with all that the row did say set back.
+    const auto withoutKeys = [](auto record)
+    {
+        record.ID = 0;
+        if constexpr (requires { record.PlantUUID; })
+            record.PlantUUID.clear();
+        if constexpr (requires { record.UUID; })
+            record.UUID.clear();
+        return record;
+    };
+    Plant plant;
+    EXPECT_TRUE(Repository.GetPlant("p", plant));
+    EXPECT_EQ(withoutKeys(plant), Plant{});
+    Strain strain;
+    EXPECT_TRUE(Repository.GetStrain(1, strain));
+    strain.Name.clear();
+    EXPECT_EQ(withoutKeys(strain), Strain{});
+    HarvestRecord harvest;
+    EXPECT_TRUE(Repository.GetHarvestRecord("p", harvest));
+    EXPECT_EQ(withoutKeys(harvest), HarvestRecord{});
+    EXPECT_EQ(withoutKeys(Listed(&PlantRepository::ListPlantEvents, "p").at(0)), PlantEvent{});
+    EXPECT_EQ(withoutKeys(Listed(&PlantRepository::ListPlantCareEntries, "p").at(0)), PlantCareEntry{});
+    EXPECT_EQ(withoutKeys(Listed(&PlantRepository::ListPlantPhotos, "p").at(0)), PlantPhoto{});
+    EXPECT_EQ(withoutKeys(Listed(&PlantRepository::ListPlantHealthObservations, "p").at(0)), PlantHealthObservation{});
+    EXPECT_EQ(withoutKeys(Listed(&PlantRepository::ListPlantJournalEntries, "p").at(0)), PlantJournalEntry{});
+}
+
+TEST_F(SchemaTest, AColumnOfNamesTakesItsNamesAndNoOthers)
+{
+    const struct
+    {
+        std::string Insert;
+        Statements Names;
+    } columns[] = {
+        {"INSERT INTO Plants(UUID,Name,Stage) VALUES('q','','?');",
+         {"Seed", "Clone", "Veg", "Flower", "Dry", "Cure", "Harvested", "Archived"}},
+        {"INSERT INTO Plants(UUID,Name,Sex) VALUES('q','','?');", {"Unknown", "Female", "Male", "Hermaphrodite"}},
+        {"INSERT INTO PlantEvents(PlantUUID,EventType) VALUES('p','?');",
+         {"Clone", "Transplant", "Flip", "Harvest", "Feed", "Water", "Stage", "Topped", "LST Trained", "Defoliated",
+          "Note"}},
+        {"INSERT INTO PlantCareEntries(PlantUUID,Action) VALUES('p','?');", {"Feed", "Water"}},
+        {"INSERT INTO PlantJournalEntries(PlantUUID,Type) VALUES('p','?');",
+         {"Observation", "Training", "Pruning", "Topping", "Defoliation", "Milestone"}},
+    };
+    Execute("INSERT INTO Plants(UUID,Name) VALUES('p','');");
+    std::set<std::string> words;
+    for (const auto& column : columns)
+        words.insert(column.Names.begin(), column.Names.end());
+    for (const std::string other : {"", " ", "LSTTrained", "lst trained", "0", "1"})
+        words.insert(other);
+    for (const auto& [insert, names] : columns)
+    {
+        for (const std::string& word : words)
+        {
+            const bool known = std::find(names.begin(), names.end(), word) != names.end();
+            EXPECT_EQ(Takes(Replaced(insert, "?", word)), known) << insert << word;
+        }
+        for (const std::string& name : names)
+            for (const std::string& value : {'\'' + name + " '", "lower('" + name + "')", "upper('" + name + "')"})
+                EXPECT_FALSE(Takes(Replaced(insert, "'?'", value))) << insert << value;
+        EXPECT_FALSE(Takes(Replaced(insert, "'?'", "NULL"))) << insert;
+    }
+}
+
+TEST_F(SchemaTest, ASeverityIsFromOneToFive)
+{
+    Execute("INSERT INTO Plants(UUID,Name) VALUES('p','');");
+    for (int severity = -1; severity <= 7; ++severity)
+        EXPECT_EQ(Takes("INSERT INTO PlantHealthObservations(PlantUUID,Issue,Severity) VALUES('p','thrips'," +
+                        std::to_string(severity) + ");"),
+                  severity >= 1 && severity <= 5)
+            << severity;
+}
+
+TEST_F(SchemaTest, WhatMustBeUniqueIsAndNamesDifferByCase)
+{
+    Execute("INSERT INTO Strains(Name) VALUES('Roma');"
+            "INSERT INTO Plants(UUID,Name) VALUES('p','Name');"
+            "INSERT INTO HarvestRecords(PlantUUID) VALUES('p');"
+            "INSERT INTO PlantPhotos(UUID,PlantUUID,FilePath) VALUES('f','p','');");
+    const std::pair<std::string, bool> rows[] = {
+        {"Strains(Name) VALUES('Roma')", false},
+        {"Strains(Name) VALUES('roma')", true},
+        {"Plants(UUID,Name) VALUES('p','')", false},
+        {"Plants(UUID,Name) VALUES('P','Name')", true},
+        {"HarvestRecords(PlantUUID) VALUES('p')", false},
+        {"PlantPhotos(UUID,PlantUUID,FilePath) VALUES('f','p','another')", false},
+        {"PlantPhotos(UUID,PlantUUID,FilePath) VALUES('F','p','')", true},
+    };
+    for (const auto& [row, taken] : rows)
+        EXPECT_EQ(Takes("INSERT INTO " + row + ';'), taken) << row;
+}
+
+TEST_F(SchemaTest, ARowOfAnUnknownPlantOrEventIsRefused)
+{
+    Execute("INSERT INTO Plants(UUID,Name) VALUES('p','');");
+    for (const std::string row :
+         {"PlantEvents(PlantUUID) VALUES('?')", "PlantCareEntries(PlantUUID) VALUES('?')",
+          "HarvestRecords(PlantUUID) VALUES('?')", "PlantPhotos(UUID,PlantUUID,FilePath) VALUES('f','?','')",
+          "PlantHealthObservations(PlantUUID,Issue) VALUES('?','')", "PlantJournalEntries(PlantUUID) VALUES('?')",
+          "PlantCareEntries(PlantUUID,TimelineEventID) VALUES('p',1)",
+          "HarvestRecords(PlantUUID,TimelineEventID) VALUES('p',1)",
+          "Plants(UUID,Name,MotherPlantID) VALUES('q','',4711)"})
+        EXPECT_FALSE(Takes("INSERT INTO " + row + ';')) << row;
+}
+
+// ---- A journal in use
+
+class PlantedSchemaTest : public JournalTest
+{
+  protected:
+    Garden Planted = PlantGarden(Repository);
+};
+
+TEST_F(PlantedSchemaTest, APlantTakesItsRecordsWithItAndLeavesItsClonesAndItsStrain)
+{
+    const std::string ofTheMother = "PlantUUID='" + Planted.Mother.UUID + '\'';
+    const Statements tables = {"PlantEvents", "PlantCareEntries",        "HarvestRecords",
+                               "PlantPhotos", "PlantHealthObservations", "PlantJournalEntries"};
+    for (const std::string& table : tables)
+        EXPECT_GT(Count(table, ofTheMother), 0) << table;
+    EXPECT_EQ(Count("Plants", "MotherPlantID=" + std::to_string(Planted.Mother.ID)), 1);
+    const int strains = Count("Strains");
+
+    Execute("DELETE FROM Plants WHERE UUID='" + Planted.Mother.UUID + "';");
+    for (const std::string& table : tables)
+        EXPECT_EQ(Count(table), 0) << table;
+    EXPECT_EQ(Query("SELECT UUID,MotherPlantID FROM Plants;"), (Rows{{Planted.Clone.UUID, "NULL"}}));
+    EXPECT_EQ(Count("Strains"), strains);
+}
+
+TEST_F(PlantedSchemaTest, AnEventLeavesTheCareEntryAndTheHarvestRecordThatItMirrored)
+{
+    for (const auto& [table, event] :
+         {std::pair<std::string, std::int64_t>("PlantCareEntries", Planted.Care.TimelineEventID),
+          {"HarvestRecords", Planted.Harvest.TimelineEventID}})
+    {
+        const int rows = Count(table);
+        const int unlinked = Count(table, "TimelineEventID IS NULL");
+        EXPECT_EQ(Count(table, "TimelineEventID=" + std::to_string(event)), 1) << table;
+        Execute("DELETE FROM PlantEvents WHERE ID=" + std::to_string(event) + ';');
+        EXPECT_EQ(Count(table), rows) << table;
+        EXPECT_EQ(Count(table, "TimelineEventID IS NULL"), unlinked + 1) << table;
+    }
+}
+
+TEST_F(PlantedSchemaTest, NoOperationWritesSchemaMeta)
+{
+    for (const Operation& operation : Operations())
+    {
+        Garden garden = Planted;
+        operation.Call(Repository, garden);
+        EXPECT_EQ(Count("SchemaMeta"), 0) << operation;
+    }
+}
+
+} // namespace

@@ -1,0 +1,84 @@
+#include "support/allocation_failure.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+#include <sqlite3.h>
+
+namespace
+{
+
+thread_local int untilNewFails = 0; // 0: it does not
+thread_local int untilSQLiteFails = 0;
+thread_local bool happened = false;
+
+bool FailsNow(int& remaining)
+{
+    if (remaining == 0 || --remaining > 0)
+        return false;
+    happened = true;
+    return true;
+}
+
+sqlite3_mem_methods original;
+
+void* Allocate(int bytes)
+{
+    return FailsNow(untilSQLiteFails) ? nullptr : original.xMalloc(bytes);
+}
+
+void* Reallocate(void* memory, int bytes)
+{
+    return FailsNow(untilSQLiteFails) ? nullptr : original.xRealloc(memory, bytes);
+}
+
+// SQLite takes another allocator only before its first use.
+const bool Installed = []
+{
+    if (sqlite3_config(SQLITE_CONFIG_GETMALLOC, &original) != SQLITE_OK)
+        std::abort();
+    sqlite3_mem_methods failing = original;
+    failing.xMalloc = Allocate;
+    failing.xRealloc = Reallocate;
+    if (sqlite3_config(SQLITE_CONFIG_MALLOC, &failing) != SQLITE_OK)
+        std::abort();
+    return true;
+}();
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    void* memory = FailsNow(untilNewFails) ? nullptr : std::malloc(size);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+AllocationFailure::AllocationFailure(Allocator allocator, int number)
+{
+    happened = false;
+    (allocator == Allocator::New ? untilNewFails : untilSQLiteFails) = number;
+}
+
+AllocationFailure::~AllocationFailure()
+{
+    untilNewFails = 0;
+    untilSQLiteFails = 0;
+}
+
+bool AllocationFailure::Happened() const
+{
+    return happened;
+}

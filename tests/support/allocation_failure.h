@@ -1,0 +1,20 @@
+#pragma once
+
+enum class Allocator
+{
+    New,   // operator new, whose failure is an exception
+    SQLite // SQLite's own, whose failure is a result
+};
+
+// Makes one allocation of the thread fail while in scope: the `number`-th, counted from 1. One at a time.
+class AllocationFailure
+{
+  public:
+    AllocationFailure(Allocator allocator, int number);
+    ~AllocationFailure();
+    AllocationFailure(const AllocationFailure&) = delete;
+    AllocationFailure& operator=(const AllocationFailure&) = delete;
+
+    // Whether that many allocations were asked for at all.
+    bool Happened() const;
+};

@@ -1,0 +1,30 @@
+#include "support/fixed_time.h"
+
+#include <chrono>
+#include <optional>
+
+namespace
+{
+
+std::optional<std::time_t> now;
+
+} // namespace
+
+FixedTime::FixedTime(std::time_t secondsSince1970)
+{
+    now = secondsSince1970;
+}
+
+FixedTime::~FixedTime()
+{
+    now.reset();
+}
+
+// The C library's function, in its place in the tests' executable.
+extern "C" std::time_t time(std::time_t* result) noexcept
+{
+    const std::time_t told = now ? *now : std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    if (result != nullptr)
+        *result = told;
+    return told;
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <ctime>
+
+// What the system tells the process as the time while in scope: always this. One at a time.
+class FixedTime
+{
+  public:
+    explicit FixedTime(std::time_t secondsSince1970);
+    ~FixedTime();
+    FixedTime(const FixedTime&) = delete;
+    FixedTime& operator=(const FixedTime&) = delete;
+};

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "plant_database.h"
+#include "support/plain_connection.h"
+#include "support/records.h"
+#include "support/scratch_directory.h"
+#include "support/sqlite_calls.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+// An empty, open journal in a scratch directory.
+class JournalTest : public testing::Test
+{
+  protected:
+    JournalTest();
+    ~JournalTest() override;
+
+    // Opens the journal at Path.
+    void OpenJournal();
+    // A stored plant.
+    Plant NewPlant(const std::string& name, const std::string& strain = {}, const std::string& mother = {});
+    // A plant as it is stored.
+    Plant StoredPlant(const std::string& uuid);
+
+    Rows Query(const std::string& sql) const { return ::Query(Database.NativeHandle(), sql); }
+    void Execute(const std::string& sql) const { ::Execute(Database.NativeHandle(), sql); }
+    std::string Content() const { return ::Content(Database.NativeHandle()); }
+    // The number of rows of `table`, with a condition if need be.
+    int Count(const std::string& table, const std::string& condition = "1") const;
+
+    // The texts of the statements that `work` prepares or executes on the library's connection.
+    template <typename Work> static std::vector<std::string> StatementsOf(const Work& work)
+    {
+        const CallRecorder recorder;
+        work();
+        return recorder.Statements();
+    }
+
+    // Whether `operation` returns false without so much as one call of SQLite.
+    template <typename Work> static bool Refused(const Work& operation)
+    {
+        const CallRecorder recorder;
+        return !operation() && recorder.Calls().empty();
+    }
+
+    // What a list operation gives for a plant.
+    template <typename Type>
+    std::vector<Type> Listed(bool (PlantRepository::*list)(const std::string&, std::vector<Type>&),
+                             const std::string& plantUUID)
+    {
+        std::vector<Type> records;
+        EXPECT_TRUE((Repository.*list)(plantUUID, records));
+        return records;
+    }
+
+    // Replaces `text` in the stored definitions of all tables: the file is then of a form that no version of ours has
+    // made, and lets in what ours keeps out.
+    void ReplaceInDefinitions(const std::string& text, const std::string& replacement) const;
+
+    // No statement is left prepared and no transaction open. Checked at the end of every test, too.
+    void ExpectNothingOpen() const;
+
+    ScratchDirectory Scratch;
+    std::string Path = Scratch.File("journal.db");
+    PlantDatabase Database;
+    PlantRepository Repository{Database};
+};
+
+using Statements = std::vector<std::string>;

@@ -1,0 +1,151 @@
+#include "support/sqlite_calls.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <dlfcn.h>
+#include <sqlite3.h>
+
+namespace
+{
+
+thread_local CallRecorder* recorder = nullptr;
+thread_local CallFailure* failure = nullptr;
+thread_local int depth = 0; // SQLite calls its own functions too; only the outermost call is the library's
+
+struct Depth
+{
+    Depth() { ++depth; }
+    ~Depth() { --depth; }
+    Depth(const Depth&) = delete;
+    Depth& operator=(const Depth&) = delete;
+};
+
+} // namespace
+
+class CallGate
+{
+  public:
+    template <typename Function> static Function* Original(const char* name)
+    {
+        void* symbol = dlsym(RTLD_NEXT, name);
+        if (symbol == nullptr)
+            std::abort(); // SQLite is not a shared library here: nothing could be tested
+        return reinterpret_cast<Function*>(symbol);
+    }
+
+    template <typename Pass> static int Through(SQLiteCall call, const char* sql, const Pass& pass)
+    {
+        if (depth > 0)
+            return pass();
+        const Depth inside;
+        if (recorder != nullptr)
+            recorder->Recorded.push_back({call, sql});
+        if (failure != nullptr && failure->Call == call && std::string_view(sql).starts_with(failure->SQL) &&
+            failure->Remaining > 0 && --failure->Remaining == 0)
+            return failure->Result;
+        return pass();
+    }
+};
+
+CallRecorder::CallRecorder()
+{
+    recorder = this;
+}
+
+CallRecorder::~CallRecorder()
+{
+    recorder = nullptr;
+}
+
+std::vector<std::string> CallRecorder::Statements() const
+{
+    std::vector<std::string> statements;
+    for (const RecordedCall& recorded : Recorded)
+        if (recorded.Call == SQLiteCall::Exec || recorded.Call == SQLiteCall::Prepare)
+            statements.push_back(recorded.SQL);
+    return statements;
+}
+
+int CallRecorder::Count(SQLiteCall call) const
+{
+    return static_cast<int>(std::count_if(Recorded.begin(), Recorded.end(),
+                                          [&](const RecordedCall& recorded) { return recorded.Call == call; }));
+}
+
+CallFailure::CallFailure(SQLiteCall call, int number, int result, std::string sql)
+    : Call(call), Remaining(number), Result(result), SQL(std::move(sql))
+{
+    failure = this;
+}
+
+CallFailure::~CallFailure()
+{
+    failure = nullptr;
+}
+
+// ---- SQLite's functions, as the library meets them.
+
+extern "C"
+{
+    int sqlite3_open_v2(const char* filename, sqlite3** db, int flags, const char* vfs)
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_open_v2)>("sqlite3_open_v2");
+        return CallGate::Through(SQLiteCall::Open, filename, [&] { return original(filename, db, flags, vfs); });
+    }
+
+    int sqlite3_exec(sqlite3* db, const char* sql, int (*callback)(void*, int, char**, char**), void* argument,
+                     char** message)
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_exec)>("sqlite3_exec");
+        return CallGate::Through(SQLiteCall::Exec, sql, [&] { return original(db, sql, callback, argument, message); });
+    }
+
+    int sqlite3_prepare_v2(sqlite3* db, const char* sql, int bytes, sqlite3_stmt** statement, const char** tail)
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_prepare_v2)>("sqlite3_prepare_v2");
+        return CallGate::Through(SQLiteCall::Prepare, sql, [&] { return original(db, sql, bytes, statement, tail); });
+    }
+
+    int sqlite3_bind_text(sqlite3_stmt* statement, int index, const char* text, int bytes, void (*destructor)(void*))
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_bind_text)>("sqlite3_bind_text");
+        return CallGate::Through(SQLiteCall::Bind, sqlite3_sql(statement),
+                                 [&] { return original(statement, index, text, bytes, destructor); });
+    }
+
+    int sqlite3_bind_int(sqlite3_stmt* statement, int index, int value)
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_bind_int)>("sqlite3_bind_int");
+        return CallGate::Through(SQLiteCall::Bind, sqlite3_sql(statement),
+                                 [&] { return original(statement, index, value); });
+    }
+
+    int sqlite3_bind_int64(sqlite3_stmt* statement, int index, sqlite3_int64 value)
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_bind_int64)>("sqlite3_bind_int64");
+        return CallGate::Through(SQLiteCall::Bind, sqlite3_sql(statement),
+                                 [&] { return original(statement, index, value); });
+    }
+
+    int sqlite3_bind_double(sqlite3_stmt* statement, int index, double value)
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_bind_double)>("sqlite3_bind_double");
+        return CallGate::Through(SQLiteCall::Bind, sqlite3_sql(statement),
+                                 [&] { return original(statement, index, value); });
+    }
+
+    int sqlite3_step(sqlite3_stmt* statement)
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_step)>("sqlite3_step");
+        return CallGate::Through(SQLiteCall::Step, sqlite3_sql(statement), [&] { return original(statement); });
+    }
+
+    int sqlite3_finalize(sqlite3_stmt* statement)
+    {
+        static const auto original = CallGate::Original<decltype(sqlite3_finalize)>("sqlite3_finalize");
+        if (statement == nullptr) // harmless, and no statement's end
+            return original(statement);
+        return CallGate::Through(SQLiteCall::Finalize, sqlite3_sql(statement), [&] { return original(statement); });
+    }
+}
