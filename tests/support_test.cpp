@@ -53,6 +53,19 @@ TEST(PlainConnectionTest, TellsContentsApartByTypeAndByTheLastDigit)
     EXPECT_NE(contentOf("0.1"), contentOf("0.10000000000000002"));
 }
 
+TEST(PlainConnectionTest, FindsDamageAndLinksThatLeadNowhere)
+{
+    const PlainConnection connection(":memory:");
+    connection.Execute("CREATE TABLE A(X PRIMARY KEY); CREATE TABLE B(Y REFERENCES A(X)); INSERT INTO A VALUES('a');");
+    connection.Execute("INSERT INTO B VALUES('a');");
+    EXPECT_EQ(Damage(connection.NativeHandle()), "ok");
+    connection.Execute("INSERT INTO B VALUES('b');");
+    EXPECT_EQ(Damage(connection.NativeHandle()), "ok\nrow 2 of B has lost its A");
+    connection.Execute("DELETE FROM B; CREATE TABLE C(Z CHECK(Z>0)); PRAGMA ignore_check_constraints=ON; "
+                       "INSERT INTO C VALUES(0); PRAGMA ignore_check_constraints=OFF;");
+    EXPECT_EQ(Damage(connection.NativeHandle()), "CHECK constraint failed in C");
+}
+
 TEST(RecordsTest, DifferInEveryFieldThatDiffers)
 {
     PlantEvent event;

@@ -68,6 +68,16 @@ std::string Content(sqlite3* db)
     return content;
 }
 
+std::string Damage(sqlite3* db)
+{
+    std::string damage;
+    for (const Row& finding : Query(db, "PRAGMA integrity_check;"))
+        damage += finding[0];
+    for (const Row& finding : Query(db, "PRAGMA foreign_key_check;"))
+        damage += "\nrow " + finding[1] + " of " + finding[0] + " has lost its " + finding[2];
+    return damage;
+}
+
 PlainConnection::PlainConnection(const std::string& path)
 {
     const int result = sqlite3_open(path.c_str(), &Handle);

@@ -36,3 +36,7 @@ void Execute(sqlite3* db, const std::string& sql);
 
 // Every row of every table of a journal, and its schema: two files with the same content compare equal.
 std::string Content(sqlite3* db);
+
+// What SQLite's own checks of the whole file find, "ok" where that is nothing: its structure, and links that lead
+// nowhere.
+std::string Damage(sqlite3* db);

@@ -1,0 +1,27 @@
+#include "support/old_files.h"
+
+#include "support/plain_connection.h"
+#include "support/scratch_directory.h"
+
+#include <algorithm>
+#include <filesystem>
+
+const std::vector<OldFile>& OldFiles()
+{
+    static const std::vector<OldFile> files = []
+    {
+        std::vector<OldFile> read;
+        for (const auto& entry : std::filesystem::directory_iterator(PLANTJOURNAL_SOURCE_DIR "/tests/faults/old_files"))
+            read.push_back({entry.path().stem().string(), FileBytes(entry.path().string())});
+        std::sort(read.begin(), read.end(), [](const OldFile& a, const OldFile& b) { return a.Name < b.Name; });
+        return read;
+    }();
+    return files;
+}
+
+void WriteOldFile(const std::string& path, const OldFile& file)
+{
+    std::filesystem::remove(path);
+    const PlainConnection connection(path);
+    connection.Execute("BEGIN;" + file.SQL + "COMMIT;");
+}
