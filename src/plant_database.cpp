@@ -232,7 +232,13 @@ template <typename Work> bool InTransaction(sqlite3* db, const Work& work)
 {
     if (!Execute(db, "BEGIN IMMEDIATE;"))
         return false;
-    const auto rollBack = [](sqlite3* connection) { Execute(connection, "ROLLBACK;"); };
+    const auto rollBack = [](sqlite3* connection)
+    {
+        // Undoing takes memory, too. An attempt that found none must not leave the transaction open: what is written
+        // afterwards would look stored, and be gone when the file is closed.
+        if (!Execute(connection, "ROLLBACK;") && sqlite3_get_autocommit(connection) == 0)
+            Execute(connection, "ROLLBACK;");
+    };
     std::unique_ptr<sqlite3, decltype(rollBack)> rollback(db, rollBack);
     if (!work() || !Execute(db, "COMMIT;"))
         return false;

@@ -1,13 +1,15 @@
-// Every operation, with every single one of its calls of SQLite failing in turn, and with every single allocation.
+// Every operation, with every single one of its calls of SQLite failing in turn.
 
 #include "support/allocation_failure.h"
 #include "support/journal_test.h"
 #include "support/operations.h"
+#include "support/statements.h"
 
 #include <algorithm>
 #include <climits>
 #include <filesystem>
 #include <new>
+#include <optional>
 
 #include <sqlite3.h>
 
@@ -118,36 +120,30 @@ TEST_P(FailureTest, OfAnyCallOfSQLiteIsReportedAndLeavesNothingHalfDone)
     EXPECT_EQ(Content(), After);
 }
 
-TEST_P(FailureTest, OfAnyAllocationLeavesNothingOpenAndNothingHalfDone)
+class RefusalTest : public JournalTest, public testing::WithParamInterface<Operation>
 {
-    for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
-        for (int number = 1;; ++number)
-        {
-            SCOPED_TRACE("allocation " + std::to_string(number));
-            Garden garden = Planted;
-            bool done = false;
-            bool happened = true;
-            {
-                const AllocationFailure failure(allocator, number);
-                try
-                {
-                    done = GetParam().Call(Repository, garden);
-                }
-                catch (const std::bad_alloc&)
-                {
-                    done = false;
-                }
-                happened = failure.Happened();
-            }
-            ExpectHonest(done);
-            Replant();
-            if (!happened)
-            {
-                EXPECT_TRUE(done);
-                break;
-            }
-        }
+};
+
+// An open transaction would swallow all that is written afterwards.
+TEST_P(RefusalTest, IsTakenBackAlsoWhereTheFirstAttemptFails)
+{
+    const Garden planted = PlantGarden(Repository);
+    const std::string before = Content();
+    for (const bool fails : {false, true})
+    {
+        Garden garden = planted;
+        std::optional<CallFailure> failure;
+        if (fails)
+            failure.emplace(SQLiteCall::Exec, 1, SQLITE_NOMEM, SQL::Rollback);
+        const Statements ran = StatementsOf([&] { EXPECT_FALSE(GetParam().Call(Repository, garden)); });
+        EXPECT_EQ(std::count(ran.begin(), ran.end(), SQL::Rollback), fails ? 2 : 1);
+        ExpectNothingOpen();
+        EXPECT_EQ(Content(), before);
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(Every, RefusalTest, testing::ValuesIn(RefusedOperations()),
+                         [](const auto& test) { return test.param.Name; });
 
 TEST(ListFailureTest, AListThatAnExceptionEndsHoldsWholeRecordsOnly)
 {

@@ -1,6 +1,5 @@
 // Files of earlier versions, brought up to date when they are opened.
 
-#include "support/allocation_failure.h"
 #include "support/journal_test.h"
 #include "support/schema_statements.h"
 
@@ -8,11 +7,8 @@
 #include <cctype>
 #include <chrono>
 #include <filesystem>
-#include <new>
-#include <optional>
 #include <ostream>
 #include <tuple>
-#include <type_traits>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -577,27 +573,18 @@ class InterruptionTest : public MigrationTest, public testing::WithParamInterfac
             std::filesystem::copy_file(Original, Path);
     }
 
-    // Opens the file, as it was at first, with a failure in force. True once that has not happened any more.
-    template <typename Failure, typename... Arguments> bool OpenedWithout(Arguments... failure)
+    // Opens the file, as it was at first, with a failing call. True once that has not happened any more.
+    template <typename... Arguments> bool OpenedWithout(Arguments... call)
     {
         Restore();
         Error = "untouched";
         bool happened = false;
         {
-            std::optional<CallRecorder> recorder;
-            if constexpr (std::is_same_v<Failure, CallFailure>) // an allocation that fails must not be the recorder's
-                recorder.emplace();
-            const Failure inForce(failure...);
-            try
-            {
-                Opened = Database.Open(Path, &Error);
-            }
-            catch (const std::bad_alloc&)
-            {
-                Opened = false;
-            }
-            happened = inForce.Happened();
-            Run = recorder ? recorder->Statements() : Statements();
+            const CallRecorder recorder;
+            const CallFailure failure(call...);
+            Opened = Database.Open(Path, &Error);
+            happened = failure.Happened();
+            Run = recorder.Statements();
         }
         if (Opened)
         {
@@ -647,7 +634,7 @@ TEST_P(InterruptionTest, OfAStatementEndsTheOpening)
         if (IsLookUp(statement))
             continue;
         SCOPED_TRACE(statement);
-        EXPECT_FALSE(OpenedWithout<CallFailure>(SQLiteCall::Exec, ++number, SQLITE_IOERR));
+        EXPECT_FALSE(OpenedWithout(SQLiteCall::Exec, ++number, SQLITE_IOERR));
 
         Statements expected(Opening.begin(), Opening.begin() + place + 1);
         const std::ptrdiff_t step = place - rebuild;
@@ -671,13 +658,13 @@ TEST_P(InterruptionTest, OfAStatementEndsTheOpening)
         }
         ExpectThatNothingIsLost();
     }
-    EXPECT_TRUE(OpenedWithout<CallFailure>(SQLiteCall::Exec, ++number, SQLITE_IOERR));
+    EXPECT_TRUE(OpenedWithout(SQLiteCall::Exec, ++number, SQLITE_IOERR));
 }
 
 TEST_P(InterruptionTest, OfALookForAColumnTakesItForMissing)
 {
     for (const SQLiteCall call : {SQLiteCall::Prepare, SQLiteCall::Step})
-        for (int number = 1; !OpenedWithout<CallFailure>(call, number, SQLITE_IOERR, "PRAGMA table_info"); ++number)
+        for (int number = 1; !OpenedWithout(call, number, SQLITE_IOERR, "PRAGMA table_info"); ++number)
         {
             SCOPED_TRACE(number);
             if (GetParam().HasTheColumns)
@@ -710,7 +697,7 @@ TEST_P(InterruptionTest, OfTheLookAtTheEventTableEndsTheOpeningWithoutAReasonOfI
         {
             EXPECT_FALSE(Database.Open(Scratch.File("")));
         }
-        EXPECT_FALSE(OpenedWithout<CallFailure>(SQLiteCall::Prepare, 1, SQLITE_IOERR, "SELECT sql FROM sqlite_master"));
+        EXPECT_FALSE(OpenedWithout(SQLiteCall::Prepare, 1, SQLITE_IOERR, "SELECT sql FROM sqlite_master"));
         ExpectFailed(before);
         EXPECT_TRUE(Run.back().starts_with("SELECT sql"));
         ExpectThatNothingIsLost();
@@ -719,19 +706,10 @@ TEST_P(InterruptionTest, OfTheLookAtTheEventTableEndsTheOpeningWithoutAReasonOfI
 
 TEST_P(InterruptionTest, OfReadingTheEventTablesDefinitionPutsTheRebuildOff)
 {
-    EXPECT_FALSE(OpenedWithout<CallFailure>(SQLiteCall::Step, 1, SQLITE_IOERR, "SELECT sql FROM sqlite_master"));
+    EXPECT_FALSE(OpenedWithout(SQLiteCall::Step, 1, SQLITE_IOERR, "SELECT sql FROM sqlite_master"));
     EXPECT_TRUE(Opened);
     EXPECT_EQ(Run, OpeningStatements(GetParam().File.MissingColumns));
     ExpectThatNothingIsLost();
-}
-
-TEST_P(InterruptionTest, OfTheMemorySupplyLeavesItClosedAndWhole)
-{
-    for (int number = 1; !OpenedWithout<AllocationFailure>(Allocator::New, number); ++number)
-        ExpectThatNothingIsLost();
-    // SQLite's are too many to try each.
-    for (int number = 1; !OpenedWithout<AllocationFailure>(Allocator::SQLite, number); number += 1 + number / 16)
-        ExpectThatNothingIsLost();
 }
 
 INSTANTIATE_TEST_SUITE_P(OfA, InterruptionTest,

@@ -11,6 +11,7 @@ namespace
 
 thread_local int untilNewFails = 0; // 0: it does not
 thread_local int untilSQLiteFails = 0;
+thread_local bool fromThenOn = false;
 thread_local bool happened = false;
 
 bool FailsNow(int& remaining)
@@ -18,6 +19,8 @@ bool FailsNow(int& remaining)
     if (remaining == 0 || --remaining > 0)
         return false;
     happened = true;
+    if (fromThenOn)
+        remaining = 1;
     return true;
 }
 
@@ -66,9 +69,10 @@ void operator delete(void* memory, std::size_t) noexcept
     std::free(memory);
 }
 
-AllocationFailure::AllocationFailure(Allocator allocator, int number)
+AllocationFailure::AllocationFailure(Allocator allocator, int number, bool lasting)
 {
     happened = false;
+    fromThenOn = lasting;
     (allocator == Allocator::New ? untilNewFails : untilSQLiteFails) = number;
 }
 

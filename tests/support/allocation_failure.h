@@ -6,11 +6,12 @@ enum class Allocator
     SQLite // SQLite's own, whose failure is a result
 };
 
-// Makes one allocation of the thread fail while in scope: the `number`-th, counted from 1. One at a time.
+// Makes one allocation of the thread fail while in scope, the `number`-th, counted from 1; where it is `lasting`, all
+// that follow, too. One at a time.
 class AllocationFailure
 {
   public:
-    AllocationFailure(Allocator allocator, int number);
+    AllocationFailure(Allocator allocator, int number, bool lasting = false);
     ~AllocationFailure();
     AllocationFailure(const AllocationFailure&) = delete;
     AllocationFailure& operator=(const AllocationFailure&) = delete;

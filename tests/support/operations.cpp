@@ -1,5 +1,6 @@
 #include "support/operations.h"
 
+#include <limits>
 #include <ostream>
 #include <stdexcept>
 
@@ -239,6 +240,44 @@ const std::vector<Operation>& Operations()
              return r.UpdatePlantJournalEntry(g.Entry);
          }},
         {"DeletePlantJournalEntry", [](R& r, Garden& g) { return r.DeletePlantJournalEntry(g.Entry.ID); }},
+    };
+    return operations;
+}
+
+const std::vector<Operation>& RefusedOperations()
+{
+    using R = PlantRepository;
+    static const std::vector<Operation> operations = {
+        {"UpdateStrainToATakenName",
+         [](R& r, Garden& g)
+         {
+             g.Kind.Name = g.Unused.Name;
+             return r.UpdateStrain(g.Kind);
+         }},
+        {"CreatePlantCareEntryOfNoPlant",
+         [](R& r, Garden& g)
+         {
+             g.Care.PlantUUID = "nobody";
+             return r.CreatePlantCareEntry(g.Care);
+         }},
+        {"CreatePlantCareEntryWithoutANumber",
+         [](R& r, Garden& g)
+         {
+             g.Care.RunoffMl = std::numeric_limits<double>::quiet_NaN();
+             return r.CreatePlantCareEntry(g.Care);
+         }},
+        {"UpdatePlantCareEntryWithALostEvent",
+         [](R& r, Garden& g)
+         {
+             g.Care.TimelineEventID = 4711;
+             return r.UpdatePlantCareEntry(g.Care);
+         }},
+        {"SaveHarvestRecordOfAHarvestedPlant",
+         [](R& r, Garden& g)
+         {
+             HarvestRecord another;
+             return r.SaveHarvestRecord(g.Mother, another);
+         }},
     };
     return operations;
 }

@@ -37,3 +37,6 @@ std::ostream& operator<<(std::ostream& out, const Operation& operation);
 
 // Every operation of the repository, in the header's order, those with several ways through more than once.
 const std::vector<Operation>& Operations();
+
+// Operations that the file refuses, after they have written something that must be taken back.
+const std::vector<Operation>& RefusedOperations();

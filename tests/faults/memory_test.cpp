@@ -1,0 +1,279 @@
+// Memory that runs out: every operation and every opening, with each allocation failing in turn, and with less and less
+// memory left for SQLite.
+
+#include "support/allocation_failure.h"
+#include "support/journal_test.h"
+#include "support/old_files.h"
+#include "support/operations.h"
+#include "support/soak.h"
+
+#include <filesystem>
+#include <functional>
+#include <new>
+#include <optional>
+
+#include <sqlite3.h>
+
+namespace
+{
+
+// Leaves SQLite this many bytes more than it has in use. Unlike an allocator that refuses, a full heap has room again
+// for what was given back.
+class HeapLimit
+{
+  public:
+    explicit HeapLimit(std::int64_t bytes) { sqlite3_hard_heap_limit64(sqlite3_memory_used() + bytes); }
+    ~HeapLimit() { sqlite3_hard_heap_limit64(0); }
+    HeapLimit(const HeapLimit&) = delete;
+    HeapLimit& operator=(const HeapLimit&) = delete;
+};
+
+// What a call came to while memory was short.
+struct Outcome
+{
+    bool Done = false;
+    bool Clean = false; // memory did not run out
+};
+
+template <typename Call> Outcome WithFailure(Allocator allocator, int number, const Call& call)
+{
+    Outcome outcome;
+    const AllocationFailure failure(allocator, number);
+    try
+    {
+        outcome.Done = call();
+    }
+    catch (const std::bad_alloc&)
+    {
+    }
+    outcome.Clean = !failure.Happened();
+    return outcome;
+}
+
+template <typename Call> bool WithHeapOf(std::int64_t bytes, const Call& call)
+{
+    const HeapLimit limit(bytes);
+    try
+    {
+        return call();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+}
+
+std::string ContentOf(const std::string& path)
+{
+    return Content(PlainConnection(path).NativeHandle());
+}
+
+// A file that each trial starts from anew.
+class MemoryTest : public testing::Test
+{
+  protected:
+    void Restore() const
+    {
+        std::filesystem::copy_file(Original, Path, std::filesystem::copy_options::overwrite_existing);
+    }
+
+    ScratchDirectory Scratch;
+    std::string Original = Scratch.File("original.db");
+    std::string Path = Scratch.File("journal.db");
+};
+
+// ---- Operations
+
+class OperationMemoryTest : public MemoryTest, public testing::WithParamInterface<Operation>
+{
+  protected:
+    OperationMemoryTest()
+    {
+        PlantDatabase database;
+        EXPECT_TRUE(database.Open(Original));
+        PlantRepository repository(database);
+        Planted = PlantGarden(repository);
+        Before = Content(database.NativeHandle());
+        Execute(database.NativeHandle(), "BEGIN; INSERT INTO Strains(Name) VALUES('a new strain');");
+        WithTheStrain = Content(database.NativeHandle());
+        Execute(database.NativeHandle(), "ROLLBACK;");
+
+        Restore();
+        EXPECT_TRUE(database.Open(Path));
+        Garden garden = Planted;
+        const CallRecorder recorder;
+        Succeeds = GetParam().Call(repository, garden);
+        RegistersAStrain = recorder.Calls().front().SQL.starts_with("INSERT INTO Strains(Name) VALUES(?) ON CONFLICT");
+        After = Content(database.NativeHandle());
+    }
+
+    // One call, in an open journal that is as it was at first, while memory is short.
+    Outcome Try(const std::function<Outcome(const std::function<bool()>&)>& shortOfMemory)
+    {
+        Restore();
+        PlantDatabase database;
+        EXPECT_TRUE(database.Open(Path));
+        PlantRepository repository(database);
+        Garden garden = Planted;
+        const Outcome outcome = shortOfMemory([&] { return GetParam().Call(repository, garden); });
+
+        EXPECT_EQ(sqlite3_next_stmt(database.NativeHandle(), nullptr), nullptr);
+        EXPECT_NE(sqlite3_get_autocommit(database.NativeHandle()), 0);
+        EXPECT_EQ(database.LastError(), "");
+        ExpectHonest(outcome.Done, Content(database.NativeHandle()));
+
+        garden = Planted;
+        if (!outcome.Done)
+        {
+            EXPECT_EQ(GetParam().Call(repository, garden), Succeeds) << "once there is memory again";
+            EXPECT_EQ(Content(database.NativeHandle()), After);
+        }
+        database.Close();
+        EXPECT_EQ(Damage(PlainConnection(Path).NativeHandle()), "ok");
+        EXPECT_EQ(ContentOf(Path), After);
+        Count("allocations failed in operations", outcome.Clean ? 0 : 1);
+        return outcome;
+    }
+
+    void ExpectHonest(bool done, const std::string& content) const
+    {
+        const bool strainOnly = !done && RegistersAStrain && content == WithTheStrain;
+        EXPECT_TRUE(strainOnly || content == (done ? After : Before)) << content;
+    }
+
+    Garden Planted;
+    std::string Before;
+    std::string WithTheStrain; // a plant's new strain is registered first, and stays where the plant is refused
+    std::string After;
+    bool Succeeds = false;
+    bool RegistersAStrain = false;
+};
+
+TEST_P(OperationMemoryTest, EachAllocationThatFailsIsReportedAndLeavesNothingOpenOrHalfDone)
+{
+    for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
+        for (int number = 1;; ++number)
+        {
+            SCOPED_TRACE((allocator == Allocator::New ? "operator new " : "SQLite's allocation ") +
+                         std::to_string(number));
+            const Outcome outcome = Try([&](const auto& call) { return WithFailure(allocator, number, call); });
+            if (!outcome.Clean)
+                continue;
+            EXPECT_EQ(outcome.Done, Succeeds);
+            break;
+        }
+}
+
+TEST_P(OperationMemoryTest, AFullHeapIsReportedAndLeavesNothingOpenOrHalfDone)
+{
+    const std::int64_t step = ShortOrLong(1'000, 50);
+    int untroubled = 0; // SQLite may do with less than it would like to have: one success is not the end
+    for (std::int64_t bytes = 0; untroubled < 20; bytes += step)
+    {
+        SCOPED_TRACE(std::to_string(bytes) + " bytes left");
+        const Outcome outcome = Try([&](const auto& call) { return Outcome{WithHeapOf(bytes, call), false}; });
+        untroubled += outcome.Done == Succeeds ? 1 : 0;
+    }
+}
+
+std::string NameOf(const testing::TestParamInfo<Operation>& test)
+{
+    return test.param.Name;
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryOperation, OperationMemoryTest, testing::ValuesIn(Operations()), NameOf);
+INSTANTIATE_TEST_SUITE_P(EveryRefusal, OperationMemoryTest, testing::ValuesIn(RefusedOperations()), NameOf);
+
+// ---- Opening
+
+struct File
+{
+    std::string Name;
+    std::function<void(const std::string&)> Write; // empty: there is none
+};
+
+std::vector<File> Files()
+{
+    std::vector<File> files = {{"NoFile", {}},
+                               {"CurrentFile", [](const std::string& path)
+                                {
+                                    PlantDatabase database;
+                                    EXPECT_TRUE(database.Open(path));
+                                    PlantRepository repository(database);
+                                    PlantGarden(repository);
+                                }}};
+    for (const OldFile& old : OldFiles())
+        files.push_back({"Form" + old.Name, [&](const std::string& path) { WriteOldFile(path, old); }});
+    return files;
+}
+
+class OpeningMemoryTest : public MemoryTest, public testing::WithParamInterface<File>
+{
+  protected:
+    OpeningMemoryTest()
+    {
+        if (GetParam().Write)
+            GetParam().Write(Original);
+        Restore();
+        EXPECT_TRUE(PlantDatabase().Open(Path));
+        After = ContentOf(Path);
+    }
+
+    void Restore() const
+    {
+        std::filesystem::remove(Path);
+        if (GetParam().Write)
+            MemoryTest::Restore();
+    }
+
+    // One opening while memory is short. What it did not come to, the next one does.
+    Outcome Try(const std::function<Outcome(const std::function<bool()>&)>& shortOfMemory)
+    {
+        Restore();
+        PlantDatabase database;
+        const Outcome outcome = shortOfMemory([&] { return database.Open(Path); });
+        EXPECT_EQ(database.IsOpen(), outcome.Done);
+        EXPECT_TRUE(!outcome.Done || sqlite3_next_stmt(database.NativeHandle(), nullptr) == nullptr);
+
+        std::string error;
+        EXPECT_TRUE(database.Open(Path, &error)) << error;
+        EXPECT_EQ(Damage(database.NativeHandle()), "ok");
+        EXPECT_EQ(Content(database.NativeHandle()), After);
+        Count("allocations failed in openings", outcome.Clean ? 0 : 1);
+        return outcome;
+    }
+
+    std::string After;
+};
+
+TEST_P(OpeningMemoryTest, EachAllocationThatFailsLeavesTheFileForTheNextOpening)
+{
+    for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
+    {
+        const int step = allocator == Allocator::New ? 1 : ShortOrLong(29, 1); // SQLite's are too many for every build
+        Outcome outcome;
+        for (int number = 1; !outcome.Clean; number += step)
+        {
+            SCOPED_TRACE((allocator == Allocator::New ? "operator new " : "SQLite's allocation ") +
+                         std::to_string(number));
+            outcome = Try([&](const auto& call) { return WithFailure(allocator, number, call); });
+        }
+        EXPECT_TRUE(outcome.Done);
+    }
+}
+
+TEST_P(OpeningMemoryTest, AFullHeapLeavesTheFileForTheNextOpening)
+{
+    const std::int64_t step = ShortOrLong(5'000, 200);
+    int untroubled = 0;
+    for (std::int64_t bytes = 0; untroubled < 20; bytes += step)
+    {
+        SCOPED_TRACE(std::to_string(bytes) + " bytes left");
+        untroubled += Try([&](const auto& call) { return Outcome{WithHeapOf(bytes, call), false}; }).Done ? 1 : 0;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, OpeningMemoryTest, testing::ValuesIn(Files()),
+                         [](const auto& test) { return test.param.Name; });
+
+} // namespace
