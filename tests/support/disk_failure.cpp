@@ -1,0 +1,148 @@
+#include "support/disk_failure.h"
+
+#include <cstdlib>
+#include <iterator>
+#include <optional>
+#include <ostream>
+
+#include <sqlite3.h>
+
+namespace
+{
+
+std::optional<DiskFault> inForce;
+int made = 0; // calls of its kind
+
+// What the call gives instead of reaching the disk; SQLITE_OK where it is to reach it.
+int Failure(DiskCall call, int ioError)
+{
+    if (!inForce || inForce->Call != call)
+        return SQLITE_OK;
+    ++made;
+    if (made < inForce->Number || (made > inForce->Number && !inForce->Lasting))
+        return SQLITE_OK;
+    return inForce->Error == DiskError::Full ? SQLITE_FULL : ioError;
+}
+
+sqlite3_vfs* real = nullptr;
+
+// The file of the real file system lies right behind ours.
+sqlite3_file* Real(sqlite3_file* file)
+{
+    return file + 1;
+}
+
+template <auto Method, typename... Arguments> int Pass(sqlite3_file* file, Arguments... arguments)
+{
+    return (Real(file)->pMethods->*Method)(Real(file), arguments...);
+}
+
+template <DiskCall Call, int IOError, auto Method, typename... Arguments>
+int Fail(sqlite3_file* file, Arguments... arguments)
+{
+    const int failure = Failure(Call, IOError);
+    return failure != SQLITE_OK ? failure : Pass<Method>(file, arguments...);
+}
+
+// A disk that is full takes what still fits.
+int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset)
+{
+    const int failure = Failure(DiskCall::Write, SQLITE_IOERR_WRITE);
+    if (failure == SQLITE_OK)
+        return Pass<&sqlite3_io_methods::xWrite>(file, bytes, count, offset);
+    if (failure == SQLITE_FULL)
+        Pass<&sqlite3_io_methods::xWrite>(file, bytes, count / 2, offset);
+    return failure;
+}
+
+// Of version 1, that is without shared memory and memory maps: our journals have no use for them.
+const sqlite3_io_methods FileMethods = {
+    1,
+    Pass<&sqlite3_io_methods::xClose>,
+    Fail<DiskCall::Read, SQLITE_IOERR_READ, &sqlite3_io_methods::xRead>,
+    Write,
+    Fail<DiskCall::Truncate, SQLITE_IOERR_TRUNCATE, &sqlite3_io_methods::xTruncate>,
+    Fail<DiskCall::Sync, SQLITE_IOERR_FSYNC, &sqlite3_io_methods::xSync>,
+    Fail<DiskCall::Size, SQLITE_IOERR_FSTAT, &sqlite3_io_methods::xFileSize>,
+    Fail<DiskCall::Lock, SQLITE_IOERR_LOCK, &sqlite3_io_methods::xLock>,
+    Pass<&sqlite3_io_methods::xUnlock>,
+    Fail<DiskCall::Lock, SQLITE_IOERR_CHECKRESERVEDLOCK, &sqlite3_io_methods::xCheckReservedLock>,
+    Pass<&sqlite3_io_methods::xFileControl>,
+    Pass<&sqlite3_io_methods::xSectorSize>,
+    Pass<&sqlite3_io_methods::xDeviceCharacteristics>,
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr,
+};
+
+int Open(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* outFlags)
+{
+    file->pMethods = nullptr; // there is nothing to close
+    if (const int failure = Failure(DiskCall::Open, SQLITE_CANTOPEN); failure != SQLITE_OK)
+        return failure;
+    const int result = real->xOpen(real, name, Real(file), flags, outFlags);
+    if (Real(file)->pMethods != nullptr)
+        file->pMethods = &FileMethods;
+    return result;
+}
+
+int Delete(sqlite3_vfs*, const char* name, int syncDirectory)
+{
+    const int failure = Failure(DiskCall::Delete, SQLITE_IOERR_DELETE);
+    return failure != SQLITE_OK ? failure : real->xDelete(real, name, syncDirectory);
+}
+
+int Access(sqlite3_vfs*, const char* name, int flags, int* result)
+{
+    const int failure = Failure(DiskCall::Access, SQLITE_IOERR_ACCESS);
+    return failure != SQLITE_OK ? failure : real->xAccess(real, name, flags, result);
+}
+
+sqlite3_vfs failing;
+
+} // namespace
+
+std::ostream& operator<<(std::ostream& out, const DiskFault& fault)
+{
+    constexpr const char* calls[] = {"open", "read", "write", "truncate", "sync", "size", "lock", "delete", "access"};
+    static_assert(std::size(calls) == static_cast<int>(DiskCall::Access) + 1);
+    return out << calls[static_cast<int>(fault.Call)] << ' ' << fault.Number << (fault.Lasting ? " and all after" : "")
+               << (fault.Error == DiskError::Full ? ": disk full" : ": I/O error");
+}
+
+FailingDisk::FailingDisk()
+{
+    real = sqlite3_vfs_find(nullptr);
+    failing = *real; // what is not replaced here works on the real one's data
+    failing.zName = "failing";
+    failing.szOsFile += static_cast<int>(sizeof(sqlite3_file));
+    failing.xOpen = Open;
+    failing.xDelete = Delete;
+    failing.xAccess = Access;
+    if (sqlite3_vfs_register(&failing, 1) != SQLITE_OK)
+        std::abort();
+}
+
+FailingDisk::~FailingDisk()
+{
+    sqlite3_vfs_unregister(&failing);
+}
+
+DiskFailure::DiskFailure(const DiskFault& fault)
+{
+    inForce = fault;
+    made = 0;
+}
+
+DiskFailure::~DiskFailure()
+{
+    inForce.reset();
+}
+
+bool DiskFailure::Happened() const
+{
+    return made >= inForce->Number;
+}
