@@ -240,4 +240,293 @@ TEST_P(OperationTest, IsWhollyDoneOrNotAtAllWhateverTheDiskDoes)
 INSTANTIATE_TEST_SUITE_P(Every, OperationTest, testing::ValuesIn(Operations()),
                          [](const auto& test) { return test.param.Name; });
 
+// ---- What is read
+
+using Records = std::vector<std::string>; // in print
+
+// A read of the repository: the records that it gives, nothing where it returns false.
+struct Read
+{
+    std::string Name;
+    bool RowByRow; // rather than in one piece, or sorted after all was read
+    std::function<std::optional<Records>(PlantRepository&, const Garden&)> Call;
+};
+
+std::ostream& operator<<(std::ostream& out, const Read& read)
+{
+    return out << read.Name;
+}
+
+// A list into a vector that is not empty before.
+template <typename Record, typename List> std::optional<Records> Listed(const List& list)
+{
+    std::vector<Record> records(1);
+    const bool done = list(records);
+    EXPECT_TRUE(done || records.empty());
+    Records printed;
+    for (const Record& record : records)
+        printed.push_back(Print(record));
+    return done ? std::optional(printed) : std::nullopt;
+}
+
+template <typename Record> auto ListOf(bool (PlantRepository::*list)(const std::string&, std::vector<Record>&))
+{
+    return [list](PlantRepository& repository, const Garden& garden)
+    { return Listed<Record>([&](auto& records) { return (repository.*list)(garden.Mother.UUID, records); }); };
+}
+
+template <typename Record> auto ListAll(bool (PlantRepository::*list)(std::vector<Record>&))
+{
+    return [list](PlantRepository& repository, const Garden&)
+    { return Listed<Record>([&](auto& records) { return (repository.*list)(records); }); };
+}
+
+// One record; where there is none, the new one that was passed stays new.
+template <typename Key, typename Record, typename KeyOf>
+auto Get(bool (PlantRepository::*get)(Key, Record&), const KeyOf& keyOf)
+{
+    return [get, keyOf](PlantRepository& repository, const Garden& garden)
+    {
+        Record record;
+        const bool done = (repository.*get)(keyOf(garden), record);
+        EXPECT_TRUE(done || record == Record());
+        return done ? std::optional(Records{Print(record)}) : std::nullopt;
+    };
+}
+
+const std::vector<Read>& Reads()
+{
+    using R = PlantRepository;
+    const auto mother = [](const Garden& g) { return g.Mother.UUID; };
+    const auto kind = [](const Garden& g) { return g.Kind.ID; };
+    static const std::vector<Read> reads = {
+        {"ListPlants", false, ListAll(&R::ListPlants)},
+        {"GetPlant", false, Get(&R::GetPlant, mother)},
+        {"ListStrains", false, ListAll(&R::ListStrains)},
+        {"GetStrain", false, Get(&R::GetStrain, kind)},
+        {"GetStrainSummary", false, Get(&R::GetStrainSummary, kind)},
+        {"ListPlantEvents", true, ListOf(&R::ListPlantEvents)},
+        {"ListPlantCareEntries", true, ListOf(&R::ListPlantCareEntries)},
+        {"GetHarvestRecord", false, Get(&R::GetHarvestRecord, mother)},
+        {"ListPlantPhotos", true, ListOf(&R::ListPlantPhotos)},
+        {"ListPlantHealthObservations", true, ListOf(&R::ListPlantHealthObservations)},
+        {"ListPlantJournalEntries", true, ListOf(&R::ListPlantJournalEntries)},
+    };
+    return reads;
+}
+
+class ReadTest : public DiskErrorTest, public testing::WithParamInterface<Read>
+{
+  protected:
+    // A garden whose records fill many pages of the file, so that a list may fail on its way.
+    ReadTest()
+    {
+        Lay(Path, GardenFiles().Journal);
+        PlantDatabase database;
+        EXPECT_TRUE(database.Open(Path));
+        Execute(database.NativeHandle(), "BEGIN;");
+        PlantRepository repository(database);
+        Garden garden = Planted;
+        for (int i = 0; i < 20; ++i)
+        {
+            const std::string text(1'000, static_cast<char>('a' + i));
+            garden.Clone.UUID = garden.Photo.UUID = garden.Kind.Name = garden.Clone.Notes = text;
+            garden.Clone.Strain = Planted.Kind.Name;
+            garden.Event.Details = garden.Care.Notes = garden.Photo.Caption = text;
+            garden.Observation.Notes = garden.Entry.Details = text;
+            EXPECT_TRUE(repository.CreatePlant(garden.Clone) && repository.CreateStrain(garden.Kind) &&
+                        repository.CreatePlantEvent(garden.Event) && repository.CreatePlantPhoto(garden.Photo) &&
+                        repository.CreatePlantHealthObservation(garden.Observation) &&
+                        repository.CreatePlantJournalEntry(garden.Entry));
+        }
+        Execute(database.NativeHandle(), "COMMIT;");
+        for (int i = 0; i < 20; ++i)
+            EXPECT_TRUE(repository.CreatePlantCareEntry(garden.Care));
+    }
+
+    const Garden Planted = GardenFiles().Planted;
+};
+
+TEST_P(ReadTest, TellsNothingThatIsNotInTheFileWhateverTheDiskDoes)
+{
+    std::optional<Records> whole;
+    {
+        PlantDatabase database;
+        EXPECT_TRUE(database.Open(Path));
+        PlantRepository repository(database);
+        whole = GetParam().Call(repository, Planted);
+        ASSERT_TRUE(whole);
+    }
+    bool cutOnItsWay = false;
+    const auto attempt = [&](const DiskFault& fault)
+    {
+        PlantDatabase database;
+        EXPECT_TRUE(database.Open(Path));
+        PlantRepository repository(database);
+        std::optional<Records> told;
+        bool happened = false;
+        {
+            const DiskFailure failure(fault);
+            told = GetParam().Call(repository, Planted);
+            happened = failure.Happened();
+        }
+        EXPECT_TRUE(happened || told == whole);
+        if (told) // a list may end early
+        {
+            EXPECT_LE(told->size(), whole->size());
+            EXPECT_TRUE(std::equal(told->begin(), told->end(), whole->begin()));
+            cutOnItsWay = cutOnItsWay || (!told->empty() && told->size() < whole->size());
+        }
+        EXPECT_EQ(sqlite3_next_stmt(database.NativeHandle(), nullptr), nullptr);
+        EXPECT_NE(sqlite3_get_autocommit(database.NativeHandle()), 0);
+        EXPECT_EQ(GetParam().Call(repository, Planted), whole);
+        return happened;
+    };
+    EXPECT_GE(TryEveryFault(attempt), 10U);
+    EXPECT_EQ(cutOnItsWay, GetParam().RowByRow);
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, ReadTest, testing::ValuesIn(Reads()), [](const auto& test) { return test.param.Name; });
+
+// ---- Opening
+
+struct Start
+{
+    std::string Name;
+    std::function<Files(const std::string& path)> Make; // may use the file at `path`
+    bool EveryFault;                                    // in the short form, too
+};
+
+std::ostream& operator<<(std::ostream& out, const Start& start)
+{
+    return out << start.Name;
+}
+
+// A garden whose grower lost power while a long entry was being written.
+Files InterruptedFiles(const std::string& path)
+{
+    Lay(path, GardenFiles().Journal);
+    PlantDatabase database;
+    EXPECT_TRUE(database.Open(path));
+    PlantRepository repository(database);
+    PlantJournalEntry entry = GardenFiles().Planted.Entry;
+    entry.Details.assign(20'000, 'x');
+    const DiskFailure failure({DiskCall::Delete, DiskError::IO, true, 1}); // the undo file stays, and counts
+    EXPECT_FALSE(repository.CreatePlantJournalEntry(entry));
+    return FilesAt(path);
+}
+
+std::vector<Start> Starts()
+{
+    std::vector<Start> starts = {{"NoFile", [](const std::string&) { return Files(); }, true},
+                                 {"CurrentFile", [](const std::string&) { return GardenFiles().Journal; }, true},
+                                 {"InterruptedFile", InterruptedFiles, true}};
+    for (const OldFile& file : OldFiles())
+        starts.push_back({file.Name,
+                          [file](const std::string& path)
+                          {
+                              WriteOldFile(path, file);
+                              return FilesAt(path);
+                          },
+                          file.Name == OldFiles().front().Name});
+    return starts;
+}
+
+class OpeningTest : public DiskErrorTest, public testing::WithParamInterface<Start>
+{
+  protected:
+    OpeningTest()
+    {
+        const PlainConnection file = Restored();
+        for (const std::string& table : CreateTableStatements())
+            file.Execute(table);
+        Statements missing;
+        for (const AddedColumn& column : AddedColumns())
+            if (file.Query("SELECT * FROM pragma_table_info('" + column.Table + "') WHERE name='" + column.Name + "';")
+                    .empty())
+                missing.push_back(column.Name);
+        const bool oldEvents =
+            file.Query("SELECT * FROM sqlite_master WHERE name='PlantEvents' AND sql LIKE '%''LST Trained''%';")
+                .empty();
+        After = ContentAfter(OpeningStatements(missing, oldEvents));
+        // Where it cannot be told whether the event table is old, its rebuild is left to the next opening.
+        PutOff = ContentAfter(OpeningStatements(missing));
+    }
+
+    // A connection to the file as it was at first.
+    PlainConnection Restored() const
+    {
+        Lay(Path, Original);
+        return PlainConnection(Path);
+    }
+
+    // The content after the statements, each of which may be the last that is executed.
+    std::string ContentAfter(const Statements& statements)
+    {
+        const PlainConnection file = Restored();
+        std::string content = Content(file.NativeHandle());
+        Between.insert(content);
+        for (const std::string& statement : statements)
+        {
+            file.Execute(statement);
+            if (sqlite3_get_autocommit(file.NativeHandle()) == 0)
+                continue;
+            content = Content(file.NativeHandle());
+            Between.insert(content);
+        }
+        return content;
+    }
+
+    const Files Original = GetParam().Make(Path);
+    std::set<std::string> Between;
+    std::string After;
+    std::string PutOff;
+};
+
+TEST_P(OpeningTest, StopsBetweenTwoStepsAndIsFinishedByTheNextWhateverTheDiskDoes)
+{
+    const auto attempt = [&](const DiskFault& fault)
+    {
+        Lay(Path, Original);
+        PlantDatabase database;
+        std::string error = "untouched";
+        bool opened = false;
+        bool happened = false;
+        {
+            const DiskFailure failure(fault);
+            opened = database.Open(Path, &error);
+            happened = failure.Happened();
+        }
+        const auto expectHonestFiles = [&]
+        {
+            const Finding& found = Found();
+            EXPECT_EQ(found.Damage, "ok");
+            EXPECT_TRUE(Between.contains(found.Content)) << found.Content;
+            EXPECT_EQ(found.ContentOnceOpened, After);
+            if (opened && found.Content != After)
+            {
+                EXPECT_EQ(found.Content, PutOff);
+                Count("rebuilds put off");
+            }
+        };
+        EXPECT_EQ(database.IsOpen(), opened);
+        EXPECT_EQ(error, opened ? "untouched" : database.LastError());
+        EXPECT_EQ(database.LastError().empty(), opened);
+        expectHonestFiles();
+        if (opened)
+        {
+            ExpectWorking(database);
+            database.Close();
+            expectHonestFiles();
+        }
+        EXPECT_TRUE(happened || Found().Content == After);
+        return happened;
+    };
+    EXPECT_GE(TryEveryFault(attempt, GetParam().EveryFault ? 1 : ShortOrLong(7, 1)), 30U);
+    Count("states", Between.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(From, OpeningTest, testing::ValuesIn(Starts()),
+                         [](const auto& test) { return test.param.Name; });
+
 } // namespace
