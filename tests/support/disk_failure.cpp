@@ -1,7 +1,6 @@
 #include "support/disk_failure.h"
 
 #include <cstdlib>
-#include <iterator>
 #include <optional>
 #include <ostream>
 
@@ -105,11 +104,15 @@ sqlite3_vfs failing;
 
 } // namespace
 
+std::ostream& operator<<(std::ostream& out, DiskCall call)
+{
+    constexpr const char* names[] = {"open", "read", "write", "truncate", "sync", "size", "lock", "delete", "access"};
+    return out << names[static_cast<int>(call)];
+}
+
 std::ostream& operator<<(std::ostream& out, const DiskFault& fault)
 {
-    constexpr const char* calls[] = {"open", "read", "write", "truncate", "sync", "size", "lock", "delete", "access"};
-    static_assert(std::size(calls) == static_cast<int>(DiskCall::Access) + 1);
-    return out << calls[static_cast<int>(fault.Call)] << ' ' << fault.Number << (fault.Lasting ? " and all after" : "")
+    return out << fault.Call << ' ' << fault.Number << (fault.Lasting ? " and all after it" : "")
                << (fault.Error == DiskError::Full ? ": disk full" : ": I/O error");
 }
 

@@ -24,6 +24,7 @@ enum class DiskError
     Full // of a write, the first half was done
 };
 
+// Which calls fail, and how.
 struct DiskFault
 {
     DiskCall Call;
@@ -32,6 +33,7 @@ struct DiskFault
     int Number;   // which call of its kind, counted from 1
 };
 
+std::ostream& operator<<(std::ostream& out, DiskCall call);
 std::ostream& operator<<(std::ostream& out, const DiskFault& fault);
 
 // While in scope, a connection that is opened without naming a file system gets one that can be made to fail, in front
@@ -45,7 +47,7 @@ class FailingDisk
     FailingDisk& operator=(const FailingDisk&) = delete;
 };
 
-// Makes calls of the failing disk fail while in scope. One at a time, and for one thread.
+// Makes calls of the failing disk fail while in scope. One at a time, and not for several threads.
 class DiskFailure
 {
   public:
