@@ -1,10 +1,14 @@
 // The helpers themselves: a test that leans on one which never fails would prove nothing.
 
 #include "support/allocation_failure.h"
+#include "support/disk_failure.h"
 #include "support/journal_test.h"
 
 #include <array>
+#include <cstddef>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -137,6 +141,126 @@ TEST_F(SupportTest, AnAllocationFailureMeetsTheOneAllocationThatItIsMeantFor)
     }
     const std::unique_ptr<void, decltype(&sqlite3_free)> memory(sqlite3_malloc(100'000), sqlite3_free);
     EXPECT_NE(memory, nullptr);
+}
+
+// A file on the disk that a connection gets which names none.
+class DiskFile
+{
+  public:
+    explicit DiskFile(const std::string& path)
+        : Memory(static_cast<std::size_t>(sqlite3_vfs_find(nullptr)->szOsFile)), Path(path)
+    {
+        sqlite3_vfs* disk = sqlite3_vfs_find(nullptr);
+        Result = disk->xOpen(disk, Path.c_str(), Handle(),
+                             SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MAIN_DB, nullptr);
+    }
+    ~DiskFile()
+    {
+        if (Methods() != nullptr)
+            Methods()->xClose(Handle());
+    }
+    DiskFile(const DiskFile&) = delete;
+    DiskFile& operator=(const DiskFile&) = delete;
+
+    sqlite3_file* Handle() { return reinterpret_cast<sqlite3_file*>(Memory.data()); }
+    const sqlite3_io_methods* Methods() { return Handle()->pMethods; }
+    int Opened() const { return Result; }
+    int Write(const std::string& bytes)
+    {
+        return Methods()->xWrite(Handle(), bytes.data(), static_cast<int>(bytes.size()), 0);
+    }
+
+  private:
+    std::vector<char> Memory;
+    std::string Path; // the disk may hold on to it
+    int Result = SQLITE_OK;
+};
+
+class DiskFailureTest : public testing::Test
+{
+  protected:
+    ScratchDirectory Scratch;
+    FailingDisk Disk;
+};
+
+TEST_F(DiskFailureTest, MeetsTheCallsThatItIsMeantForAndNoOthers)
+{
+    DiskFile file(Scratch.File("file"));
+    ASSERT_EQ(file.Opened(), SQLITE_OK);
+    const auto* methods = file.Methods();
+    sqlite3_vfs* disk = sqlite3_vfs_find(nullptr);
+    const std::string other = Scratch.File("other");
+    char byte = 0;
+    int result = 0;
+    sqlite3_int64 size = 0;
+    const struct
+    {
+        DiskCall Call;
+        int IOError;
+        std::function<int()> Make;
+    } calls[] = {
+        {DiskCall::Open, SQLITE_CANTOPEN, [&] { return DiskFile(other).Opened(); }},
+        {DiskCall::Write, SQLITE_IOERR_WRITE, [&] { return file.Write("a"); }},
+        {DiskCall::Read, SQLITE_IOERR_READ, [&] { return methods->xRead(file.Handle(), &byte, 1, 0); }},
+        {DiskCall::Truncate, SQLITE_IOERR_TRUNCATE, [&] { return methods->xTruncate(file.Handle(), 1); }},
+        {DiskCall::Sync, SQLITE_IOERR_FSYNC, [&] { return methods->xSync(file.Handle(), SQLITE_SYNC_NORMAL); }},
+        {DiskCall::Size, SQLITE_IOERR_FSTAT, [&] { return methods->xFileSize(file.Handle(), &size); }},
+        {DiskCall::Lock, SQLITE_IOERR_LOCK, [&] { return methods->xLock(file.Handle(), SQLITE_LOCK_SHARED); }},
+        {DiskCall::Lock, SQLITE_IOERR_CHECKRESERVEDLOCK,
+         [&] { return methods->xCheckReservedLock(file.Handle(), &result); }},
+        {DiskCall::Delete, SQLITE_IOERR_DELETE,
+         [&]
+         {
+             const std::ofstream there(other);
+             return disk->xDelete(disk, other.c_str(), 0);
+         }},
+        {DiskCall::Access, SQLITE_IOERR_ACCESS,
+         [&] { return disk->xAccess(disk, other.c_str(), SQLITE_ACCESS_EXISTS, &result); }},
+    };
+    for (const auto& call : calls)
+        for (const auto& failing : calls)
+            for (const DiskError error : {DiskError::IO, DiskError::Full})
+                for (const bool lasting : {false, true})
+                {
+                    const DiskFault fault{failing.Call, error, lasting, 2};
+                    SCOPED_TRACE(testing::Message() << fault << ", " << call.Call);
+                    const DiskFailure failure(fault);
+                    const bool meant = failing.Call == call.Call;
+                    const int expected = !meant ? SQLITE_OK : error == DiskError::Full ? SQLITE_FULL : call.IOError;
+                    EXPECT_EQ(call.Make(), SQLITE_OK);
+                    EXPECT_FALSE(failure.Happened());
+                    EXPECT_EQ(call.Make(), expected);
+                    EXPECT_EQ(failure.Happened(), meant);
+                    EXPECT_EQ(call.Make(), lasting ? expected : SQLITE_OK);
+                }
+}
+
+TEST_F(DiskFailureTest, ForLackOfRoomKeepsHalfOfWhatWasWritten)
+{
+    const std::string path = Scratch.File("file");
+    DiskFile file(path);
+    ASSERT_EQ(file.Write("before"), SQLITE_OK);
+    {
+        const DiskFailure failure({DiskCall::Write, DiskError::IO, false, 1});
+        EXPECT_EQ(file.Write("AFTER!"), SQLITE_IOERR_WRITE);
+    }
+    EXPECT_EQ(FileBytes(path), "before");
+    const DiskFailure failure({DiskCall::Write, DiskError::Full, false, 1});
+    EXPECT_EQ(file.Write("AFTER!"), SQLITE_FULL);
+    EXPECT_EQ(FileBytes(path), "AFTore");
+}
+
+TEST(FailingDiskTest, IsTheOneThatAJournalIsOpenedOnInItsScope)
+{
+    const ScratchDirectory scratch;
+    PlantDatabase database;
+    const DiskFailure failure({DiskCall::Open, DiskError::IO, true, 1});
+    {
+        const FailingDisk disk;
+        EXPECT_FALSE(database.Open(scratch.File("journal.db")));
+        EXPECT_EQ(database.LastError(), "unable to open database file");
+    }
+    EXPECT_TRUE(database.Open(scratch.File("journal.db")));
 }
 
 } // namespace

@@ -28,8 +28,8 @@ namespace
 constexpr DiskCall Calls[] = {DiskCall::Open, DiskCall::Read, DiskCall::Write,  DiskCall::Truncate, DiskCall::Sync,
                               DiskCall::Size, DiskCall::Lock, DiskCall::Delete, DiskCall::Access};
 
-// Gives each fault to `attempt`, which tells whether it happened, until one does not: each `stride`-th from the first
-// on. Returns how many happened.
+// Gives each fault to `attempt`, which tells whether it happened, until one does not happen any more: those of the
+// first call of a kind, the second, and so on, or every `stride`-th. Returns how many happened.
 template <typename Attempt> std::uint64_t TryEveryFault(const Attempt& attempt, int stride = 1)
 {
     std::uint64_t faults = 0;
@@ -235,7 +235,6 @@ TEST_P(OperationTest, IsWhollyDoneOrNotAtAllWhateverTheDiskDoes)
         EXPECT_TRUE(happened || done);
         expectHonestFiles();
         ExpectWorking(Database);
-        expectHonest(Content());
         Database.Close();
         expectHonestFiles();
         return happened;
@@ -399,8 +398,8 @@ INSTANTIATE_TEST_SUITE_P(Every, ReadTest, testing::ValuesIn(Reads()), [](const a
 struct Start
 {
     std::string Name;
-    std::function<Files(const std::string& path)> Make; // may use the file at `path`
     bool EveryFault;                                    // in the short form, too
+    std::function<Files(const std::string& path)> Make; // may use the file at `path`
 };
 
 std::ostream& operator<<(std::ostream& out, const Start& start)
@@ -424,17 +423,16 @@ Files InterruptedFiles(const std::string& path)
 
 std::vector<Start> Starts()
 {
-    std::vector<Start> starts = {{"NoFile", [](const std::string&) { return Files(); }, true},
-                                 {"CurrentFile", [](const std::string&) { return GardenFiles().Journal; }, true},
-                                 {"InterruptedFile", InterruptedFiles, true}};
+    std::vector<Start> starts = {{"NoFile", true, [](const std::string&) { return Files(); }},
+                                 {"CurrentFile", true, [](const std::string&) { return GardenFiles().Journal; }},
+                                 {"InterruptedFile", true, InterruptedFiles}};
     for (const OldFile& file : OldFiles())
-        starts.push_back({file.Name,
+        starts.push_back({file.Name, file.Name == OldFiles().front().Name,
                           [file](const std::string& path)
                           {
                               WriteOldFile(path, file);
                               return FilesAt(path);
-                          },
-                          file.Name == OldFiles().front().Name});
+                          }});
     return starts;
 }
 
@@ -443,17 +441,19 @@ class OpeningTest : public DiskErrorTest, public testing::WithParamInterface<Sta
   protected:
     OpeningTest()
     {
-        const PlainConnection file = Restored();
-        for (const std::string& table : CreateTableStatements())
-            file.Execute(table);
         Statements missing;
-        for (const AddedColumn& column : AddedColumns())
-            if (file.Query("SELECT * FROM pragma_table_info('" + column.Table + "') WHERE name='" + column.Name + "';")
-                    .empty())
-                missing.push_back(column.Name);
-        const bool oldEvents =
-            file.Query("SELECT * FROM sqlite_master WHERE name='PlantEvents' AND sql LIKE '%''LST Trained''%';")
-                .empty();
+        bool oldEvents = false;
+        {
+            const PlainConnection file = Restored();
+            for (const std::string& table : CreateTableStatements())
+                file.Execute(table);
+            for (const AddedColumn& column : AddedColumns())
+                if (file.Value("SELECT COUNT(*) FROM pragma_table_info('" + column.Table + "') WHERE name='" +
+                               column.Name + "';") == "0")
+                    missing.push_back(column.Name);
+            oldEvents =
+                file.Value("SELECT instr(sql,'LST Trained')=0 FROM sqlite_master WHERE name='PlantEvents';") == "1";
+        }
         Between = ContentsAfter(OpeningStatements(missing, oldEvents));
         After = Between.back();
         PutOff = ContentsAfter(OpeningStatements(missing)).back();
@@ -524,7 +524,7 @@ TEST_P(OpeningTest, StopsBetweenTwoStepsAndIsFinishedByTheNextWhateverTheDiskDoe
         }
         return happened;
     };
-    EXPECT_GE(TryEveryFault(attempt, GetParam().EveryFault ? 1 : ShortOrLong(7, 1)), 30U);
+    EXPECT_GE(TryEveryFault(attempt, GetParam().EveryFault ? 1 : ShortOrLong(5, 1)), 100U);
 }
 
 INSTANTIATE_TEST_SUITE_P(From, OpeningTest, testing::ValuesIn(Starts()),

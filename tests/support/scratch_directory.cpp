@@ -1,8 +1,8 @@
 #include "support/scratch_directory.h"
 
 #include <fstream>
-#include <iterator>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -27,5 +27,7 @@ std::string FileBytes(const std::string& path)
     std::ifstream file(path, std::ios::binary);
     if (!file)
         throw std::runtime_error("cannot read " + path);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
 }
