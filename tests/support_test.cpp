@@ -12,6 +12,7 @@
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include <sqlite3.h>
 
@@ -147,8 +148,8 @@ TEST_F(SupportTest, AnAllocationFailureMeetsTheOneAllocationThatItIsMeantFor)
 class DiskFile
 {
   public:
-    explicit DiskFile(const std::string& path)
-        : Memory(static_cast<std::size_t>(sqlite3_vfs_find(nullptr)->szOsFile)), Path(path)
+    explicit DiskFile(std::string path)
+        : Memory(static_cast<std::size_t>(sqlite3_vfs_find(nullptr)->szOsFile)), Path(std::move(path))
     {
         sqlite3_vfs* disk = sqlite3_vfs_find(nullptr);
         Result = disk->xOpen(disk, Path.c_str(), Handle(),

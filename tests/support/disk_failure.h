@@ -13,7 +13,7 @@ enum class DiskCall
     Truncate,
     Sync,
     Size,
-    Lock, // taking one, and asking for that of others
+    Lock, // taken or asked for; one is given back without fail, since SQLite would call a write failed that is done
     Delete,
     Access // whether a file is there
 };
