@@ -17,6 +17,13 @@ void Require(bool done, const char* call)
         throw std::system_error(errno, std::generic_category(), call);
 }
 
+std::array<int, 2> Pipe()
+{
+    std::array<int, 2> ends{};
+    Require(pipe(ends.data()) == 0, "pipe");
+    return ends;
+}
+
 } // namespace
 
 void ParentProcess::Tell(const std::string& line) const
@@ -32,9 +39,8 @@ void ParentProcess::Await() const
 }
 
 ChildProcess::ChildProcess(const std::function<void(const ParentProcess&)>& work)
+    : LinePipe(Pipe()), WordPipe(Pipe()), Process(fork())
 {
-    Require(pipe(LinePipe.data()) == 0 && pipe(WordPipe.data()) == 0, "pipe");
-    Process = fork();
     Require(Process >= 0, "fork");
     if (Process > 0)
     {
@@ -61,8 +67,11 @@ ChildProcess::ChildProcess(const std::function<void(const ParentProcess&)>& work
 
 ChildProcess::~ChildProcess()
 {
-    Kill();
-    End();
+    if (!Ended)
+    {
+        kill(Process, SIGKILL);
+        waitpid(Process, nullptr, 0);
+    }
     close(LinePipe[0]);
     close(WordPipe[0]);
     close(WordPipe[1]);

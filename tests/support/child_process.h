@@ -46,9 +46,9 @@ class ChildProcess
     std::string End();
 
   private:
-    pid_t Process = -1;
-    std::array<int, 2> LinePipe{};
-    std::array<int, 2> WordPipe{};
+    std::array<int, 2> LinePipe;
+    std::array<int, 2> WordPipe;
+    pid_t Process;
     std::string Unread;
     std::optional<std::string> Ended;
 };
