@@ -1,0 +1,391 @@
+#include "support/simulated_disk.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+
+#include <sqlite3.h>
+
+// ---- The disk
+
+namespace
+{
+
+// Disks write whole sectors. Many have larger ones: the smallest is the hardest for what lies on them.
+constexpr std::size_t SectorSize = 512;
+
+void Put(std::string& file, std::size_t offset, std::string_view bytes)
+{
+    if (file.size() < offset + bytes.size())
+        file.resize(offset + bytes.size(), '\0');
+    std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+// Where a file has grown and was not written, there is what the disk held there before.
+void Grow(std::string& file, std::size_t size, std::mt19937_64& random)
+{
+    while (file.size() < size)
+        file += static_cast<char>(random() & 0xFF);
+}
+
+// Puts those of the sectors that are written.
+template <typename IsWritten>
+void PutSectors(std::string& file, std::size_t offset, std::string_view bytes, const IsWritten& isWritten,
+                std::mt19937_64& random)
+{
+    Grow(file, offset + bytes.size(), random);
+    while (!bytes.empty())
+    {
+        const std::string_view inSector = bytes.substr(0, SectorSize - offset % SectorSize);
+        if (isWritten())
+            Put(file, offset, inSector);
+        offset += inSector.size();
+        bytes.remove_prefix(inSector.size());
+    }
+}
+
+} // namespace
+
+int SimulatedDisk::Open(const std::string& name)
+{
+    const auto [entry, isNew] = Directory.try_emplace(name, LastFile + 1);
+    if (isNew)
+        Files[++LastFile];
+    return entry->second;
+}
+
+// Counts a call. False where it is the last one.
+bool SimulatedDisk::Survived()
+{
+    Dead = ++Made == Death;
+    return !Dead;
+}
+
+bool SimulatedDisk::Write(int file, std::size_t offset, std::string_view bytes)
+{
+    if (Dead)
+        return false;
+    File& written = Files.at(file);
+    Put(written.Bytes, offset, bytes);
+    written.Unsynced.push_back({false, offset, std::string(bytes)});
+    return Survived();
+}
+
+bool SimulatedDisk::Truncate(int file, std::size_t size)
+{
+    if (Dead)
+        return false;
+    File& truncated = Files.at(file);
+    truncated.Bytes.resize(size);
+    truncated.Unsynced.push_back({true, size, {}});
+    return Survived();
+}
+
+bool SimulatedDisk::Sync(int file)
+{
+    if (Dead || !Survived())
+        return false;
+    File& synced = Files.at(file);
+    synced.Synced = synced.Bytes;
+    synced.Unsynced.clear();
+    return true;
+}
+
+bool SimulatedDisk::SyncDirectory()
+{
+    if (Dead || !Survived())
+        return false;
+    SyncedDirectory = Directory;
+    ForgetFilesWithoutName();
+    return true;
+}
+
+bool SimulatedDisk::Unlink(const std::string& name)
+{
+    if (Dead)
+        return false;
+    Directory.erase(name);
+    if (!Survived())
+        return false;
+    if (UnlinksLast)
+        SyncedDirectory.erase(name);
+    ForgetFilesWithoutName();
+    return true;
+}
+
+void SimulatedDisk::ForgetFilesWithoutName()
+{
+    const auto names = [](const Names& directory, int file) {
+        return std::any_of(directory.begin(), directory.end(), [&](const auto& entry) { return entry.second == file; });
+    };
+    std::erase_if(Files, [&](const auto& file)
+                  { return !names(Directory, file.first) && !names(SyncedDirectory, file.first); });
+}
+
+void SimulatedDisk::Settle()
+{
+    for (auto& [number, file] : Files)
+        Sync(number);
+    SyncDirectory();
+}
+
+void SimulatedDisk::DieAt(int call)
+{
+    Made = 0;
+    Death = call;
+}
+
+void SimulatedDisk::Reboot(std::mt19937_64& random)
+{
+    // Chance alone would hardly ever keep all of many changes, or drop all.
+    const std::uint64_t luck = random() % 5;
+    const auto lucky = [&] { return random() % 4 < luck; };
+
+    for (auto& [number, file] : Files)
+    {
+        for (const Change& change : file.Unsynced)
+        {
+            const bool kept = lucky();
+            if (change.IsTruncation && kept)
+                file.Synced.resize(change.Offset);
+            else if (!change.IsTruncation && (kept || random() % 2 == 0))
+                PutSectors(
+                    file.Synced, change.Offset, change.Bytes, [&] { return kept || random() % 2 == 0; }, random);
+        }
+        file.Unsynced.clear();
+        file.Bytes = file.Synced;
+    }
+
+    Names names;
+    for (const Names* directory : {&Directory, &SyncedDirectory})
+        for (const auto& [name, file] : *directory)
+            names[name] = 0;
+    for (auto& [name, file] : names)
+    {
+        const Names& survivor = lucky() ? Directory : SyncedDirectory;
+        const auto entry = survivor.find(name);
+        file = entry != survivor.end() ? entry->second : 0;
+    }
+    std::erase_if(names, [](const auto& entry) { return entry.second == 0; });
+    Directory = SyncedDirectory = names;
+    ForgetFilesWithoutName();
+    Dead = false;
+    DieAt(0);
+}
+
+// ---- SQLite's files on the disk
+
+namespace
+{
+
+struct FileOfSQLite : sqlite3_file
+{
+    SimulatedDisk* Disk; // null: a temporary file
+    int Number;
+    bool HasNewName; // the directory is to be synced with the file
+    std::string* Temporary;
+};
+
+FileOfSQLite& Of(sqlite3_file* file)
+{
+    return *static_cast<FileOfSQLite*>(file);
+}
+
+std::string_view BytesOf(const FileOfSQLite& file)
+{
+    return file.Disk != nullptr ? file.Disk->Bytes(file.Number) : *file.Temporary;
+}
+
+int CloseFile(sqlite3_file* file)
+{
+    delete Of(file).Temporary;
+    return SQLITE_OK;
+}
+
+int ReadFile(sqlite3_file* file, void* into, int amount, sqlite3_int64 offset)
+{
+    const FileOfSQLite& read = Of(file);
+    if (read.Disk != nullptr && read.Disk->IsDead())
+        return SQLITE_IOERR_READ;
+    const std::string_view bytes = BytesOf(read);
+    const auto begin = std::min(static_cast<std::size_t>(offset), bytes.size());
+    const std::string_view found = bytes.substr(begin, static_cast<std::size_t>(amount));
+    std::memset(into, 0, static_cast<std::size_t>(amount));
+    std::memcpy(into, found.data(), found.size());
+    return found.size() == static_cast<std::size_t>(amount) ? SQLITE_OK : SQLITE_IOERR_SHORT_READ;
+}
+
+int WriteFile(sqlite3_file* file, const void* from, int amount, sqlite3_int64 offset)
+{
+    const FileOfSQLite& written = Of(file);
+    const std::string_view bytes(static_cast<const char*>(from), static_cast<std::size_t>(amount));
+    if (written.Disk == nullptr)
+        Put(*written.Temporary, static_cast<std::size_t>(offset), bytes);
+    else if (!written.Disk->Write(written.Number, static_cast<std::size_t>(offset), bytes))
+        return SQLITE_IOERR_WRITE;
+    return SQLITE_OK;
+}
+
+int TruncateFile(sqlite3_file* file, sqlite3_int64 size)
+{
+    const FileOfSQLite& truncated = Of(file);
+    if (truncated.Disk == nullptr)
+        truncated.Temporary->resize(static_cast<std::size_t>(size));
+    else if (!truncated.Disk->Truncate(truncated.Number, static_cast<std::size_t>(size)))
+        return SQLITE_IOERR_TRUNCATE;
+    return SQLITE_OK;
+}
+
+int SyncFile(sqlite3_file* file, int)
+{
+    FileOfSQLite& synced = Of(file);
+    if (synced.Disk == nullptr)
+        return SQLITE_OK;
+    if (!synced.Disk->Sync(synced.Number))
+        return SQLITE_IOERR_FSYNC;
+    if (synced.HasNewName && !synced.Disk->SyncDirectory())
+        return SQLITE_IOERR_DIR_FSYNC;
+    synced.HasNewName = false;
+    return SQLITE_OK;
+}
+
+int SizeOfFile(sqlite3_file* file, sqlite3_int64* size)
+{
+    *size = static_cast<sqlite3_int64>(BytesOf(Of(file)).size());
+    return SQLITE_OK;
+}
+
+int LockFile(sqlite3_file*, int)
+{
+    return SQLITE_OK;
+}
+
+int LookForLock(sqlite3_file*, int* locked)
+{
+    *locked = 0;
+    return SQLITE_OK;
+}
+
+int ControlFile(sqlite3_file*, int, void*)
+{
+    return SQLITE_NOTFOUND;
+}
+
+int SectorSizeAsOnUnix(sqlite3_file*)
+{
+    return 4096;
+}
+
+int PropertiesAsOnUnix(sqlite3_file*)
+{
+    return SQLITE_IOCAP_POWERSAFE_OVERWRITE;
+}
+
+constexpr sqlite3_io_methods FileMethods = []
+{
+    sqlite3_io_methods methods{};
+    methods.iVersion = 1; // neither shared memory nor mapped files
+    methods.xClose = CloseFile;
+    methods.xRead = ReadFile;
+    methods.xWrite = WriteFile;
+    methods.xTruncate = TruncateFile;
+    methods.xSync = SyncFile;
+    methods.xFileSize = SizeOfFile;
+    methods.xLock = LockFile;
+    methods.xUnlock = LockFile;
+    methods.xCheckReservedLock = LookForLock;
+    methods.xFileControl = ControlFile;
+    methods.xSectorSize = SectorSizeAsOnUnix;
+    methods.xDeviceCharacteristics = PropertiesAsOnUnix;
+    return methods;
+}();
+
+SimulatedDisk& DiskOf(sqlite3_vfs* vfs)
+{
+    return *static_cast<SimulatedDisk*>(vfs->pAppData);
+}
+
+int OpenFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* given)
+{
+    FileOfSQLite& opened = Of(file);
+    opened.pMethods = nullptr; // there is nothing to close after a failure
+    opened.Disk = nullptr;
+    opened.Number = 0;
+    opened.HasNewName = false;
+    opened.Temporary = nullptr;
+    if (name == nullptr)
+        opened.Temporary = new std::string;
+    else
+    {
+        SimulatedDisk& disk = DiskOf(vfs);
+        const bool isNew = !disk.Exists(name);
+        if (disk.IsDead() || (isNew && (flags & SQLITE_OPEN_CREATE) == 0))
+            return SQLITE_CANTOPEN;
+        opened.Disk = &disk;
+        opened.Number = disk.Open(name);
+        opened.HasNewName = isNew && (flags & (SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL)) != 0;
+    }
+    if (given != nullptr)
+        *given = flags;
+    opened.pMethods = &FileMethods;
+    return SQLITE_OK;
+}
+
+int DeleteFile(sqlite3_vfs* vfs, const char* name, int syncDirectory)
+{
+    SimulatedDisk& disk = DiskOf(vfs);
+    if (!disk.IsDead() && !disk.Exists(name))
+        return SQLITE_IOERR_DELETE_NOENT;
+    if (!disk.Unlink(name))
+        return SQLITE_IOERR_DELETE;
+    return syncDirectory == 0 || disk.SyncDirectory() ? SQLITE_OK : SQLITE_IOERR_DIR_FSYNC;
+}
+
+int LookForFile(sqlite3_vfs* vfs, const char* name, int flags, int* found)
+{
+    SimulatedDisk& disk = DiskOf(vfs);
+    if (disk.IsDead())
+        return SQLITE_IOERR_ACCESS;
+    // On Unix a file without bytes does not count as one that is there.
+    *found = disk.Exists(name) && (flags != SQLITE_ACCESS_EXISTS || !disk.Bytes(disk.Open(name)).empty()) ? 1 : 0;
+    return SQLITE_OK;
+}
+
+int FullNameOfFile(sqlite3_vfs*, const char* name, int size, char* fullName)
+{
+    sqlite3_snprintf(size, fullName, "%s", name);
+    return SQLITE_OK;
+}
+
+int FixedRandomness(sqlite3_vfs*, int size, char* bytes)
+{
+    std::fill_n(bytes, size, 'r');
+    return size;
+}
+
+std::optional<sqlite3_vfs> inUse;
+
+} // namespace
+
+DiskInUse::DiskInUse(SimulatedDisk& disk)
+{
+    inUse = *sqlite3_vfs_find(nullptr);
+    inUse->pNext = nullptr;
+    inUse->zName = "simulated disk";
+    inUse->szOsFile = sizeof(FileOfSQLite);
+    inUse->pAppData = &disk;
+    inUse->xOpen = OpenFile;
+    inUse->xDelete = DeleteFile;
+    inUse->xAccess = LookForFile;
+    inUse->xFullPathname = FullNameOfFile;
+    inUse->xRandomness = FixedRandomness;
+    sqlite3_vfs_register(&*inUse, 1);
+    sqlite3_randomness(0, nullptr); // it begins anew, with what this VFS gives
+}
+
+DiskInUse::~DiskInUse()
+{
+    sqlite3_vfs_unregister(&*inUse);
+    sqlite3_randomness(0, nullptr);
+}
