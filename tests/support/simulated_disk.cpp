@@ -179,17 +179,18 @@ void SimulatedDisk::Reboot(std::mt19937_64& random)
 namespace
 {
 
-struct FileOfSQLite : sqlite3_file
+struct FileOfSQLite
 {
+    sqlite3_file Base;
     SimulatedDisk* Disk; // null: a temporary file
     int Number;
-    bool HasNewName; // the directory is to be synced with the file
+    bool SyncsDirectory; // a new journal does, when it is first synced
     std::string* Temporary;
 };
 
 FileOfSQLite& Of(sqlite3_file* file)
 {
-    return *static_cast<FileOfSQLite*>(file);
+    return reinterpret_cast<FileOfSQLite&>(*file);
 }
 
 std::string_view BytesOf(const FileOfSQLite& file)
@@ -244,9 +245,9 @@ int SyncFile(sqlite3_file* file, int)
         return SQLITE_OK;
     if (!synced.Disk->Sync(synced.Number))
         return SQLITE_IOERR_FSYNC;
-    if (synced.HasNewName && !synced.Disk->SyncDirectory())
+    if (synced.SyncsDirectory && !synced.Disk->SyncDirectory())
         return SQLITE_IOERR_DIR_FSYNC;
-    synced.HasNewName = false;
+    synced.SyncsDirectory = false;
     return SQLITE_OK;
 }
 
@@ -309,26 +310,25 @@ SimulatedDisk& DiskOf(sqlite3_vfs* vfs)
 int OpenFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* given)
 {
     FileOfSQLite& opened = Of(file);
-    opened.pMethods = nullptr; // there is nothing to close after a failure
+    opened.Base.pMethods = nullptr; // there is nothing to close after a failure
     opened.Disk = nullptr;
     opened.Number = 0;
-    opened.HasNewName = false;
+    opened.SyncsDirectory = false;
     opened.Temporary = nullptr;
     if (name == nullptr)
         opened.Temporary = new std::string;
     else
     {
         SimulatedDisk& disk = DiskOf(vfs);
-        const bool isNew = !disk.Exists(name);
-        if (disk.IsDead() || (isNew && (flags & SQLITE_OPEN_CREATE) == 0))
+        if (disk.IsDead() || (!disk.Exists(name) && (flags & SQLITE_OPEN_CREATE) == 0))
             return SQLITE_CANTOPEN;
         opened.Disk = &disk;
         opened.Number = disk.Open(name);
-        opened.HasNewName = isNew && (flags & (SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL)) != 0;
+        opened.SyncsDirectory = (flags & SQLITE_OPEN_CREATE) != 0 && (flags & SQLITE_OPEN_MAIN_JOURNAL) != 0;
     }
     if (given != nullptr)
         *given = flags;
-    opened.pMethods = &FileMethods;
+    opened.Base.pMethods = &FileMethods;
     return SQLITE_OK;
 }
 

@@ -17,9 +17,9 @@ class SimulatedDisk
     // where the directory was not synced since.
     bool UnlinksLast = true;
 
-    // ---- What the operating system offers to programs. All of it fails on a dead machine.
+    // ---- What the operating system offers to programs. Changes fail on a dead machine.
 
-    bool Exists(const std::string& name) const { return !Dead && Directory.count(name) != 0; }
+    bool Exists(const std::string& name) const { return !Dead && Directory.contains(name); }
     // The number of the file, which is made where there is none.
     int Open(const std::string& name);
     std::string_view Bytes(int file) const { return Files.at(file).Bytes; }
