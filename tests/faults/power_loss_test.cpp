@@ -659,6 +659,13 @@ class SeasonPowerLossTest : public PowerLossTest
         {
             while (!Disk.IsDead() && !HasFailure())
             {
+                if (Random() % 8 == 0)
+                {
+                    PlantCareEntry ofNoPlant;
+                    ofNoPlant.PlantUUID = "no plant";
+                    EXPECT_FALSE(repository.CreatePlantCareEntry(ofNoPlant)); // and what follows is kept all the same
+                    continue;
+                }
                 const Change change = gardener.Next(repository);
                 const bool done = change.Make(repository);
                 EXPECT_TRUE(done || Disk.IsDead());
