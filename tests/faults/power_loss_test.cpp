@@ -838,7 +838,7 @@ TEST_F(MigrationPowerLossTest, ALargeEventTableIsRebuiltWholeOrNotAtAll)
         "END,CASE i%4 WHEN 0 THEN 'Watered' WHEN 1 THEN 'Topped' ELSE i||printf('%300s','') END FROM n;"
         "INSERT INTO PlantCareEntries(TimelineEventID,PlantUUID,CareDate) "
         "SELECT ID,PlantUUID,EventDate FROM PlantEvents WHERE ID>=100 AND ID%8=0;";
-    Write(UnlinksLast, OldFiles().front(), many);
+    Write(UnlinksLast, OldFiles().at(1), many); // the oldest form that has every table
     const SimulatedDisk written = Disk;
     int calls = 0;
     {

@@ -256,11 +256,12 @@ TEST_F(ProcessTest, ALockIsWaitedForAndOneThatOutlastsTheWaitLeavesTheFileAsItWa
         }
     }
     std::vector<OldFile> files = OldFiles();
+    std::erase_if(files, IsUpToDate); // these are opened without a lock
     files.push_back({"an empty file", "SELECT 1;"});
     for (const OldFile& file : files)
         for (const Lock& lock : locks)
         {
-            const bool hasEveryColumn = file.Name == "7_seed_yield" || file.Name == "9_unchecked";
+            const bool hasEveryColumn = file.Name == "08_seed_yield" || file.Name == "10_unchecked";
             Case& c = newCase("opening " + file.Name, lock, hasEveryColumn ? lock.RebuildRefusal : locked, "open");
             WriteOldFile(c.Path, file);
             c.After = ContentOnceOpen(c.Path);
@@ -383,6 +384,9 @@ class OpeningAtOnceTest : public ProcessTest, public testing::WithParamInterface
             "duplicate column name: FinalHeightCm",
             "duplicate column name: Sex",
             "duplicate column name: SeedYield",
+            // Where the machine lets one of them stand still for longer than the other waits.
+            "database is locked",
+            "cannot rollback - no transaction is active",
         };
         for (const std::string& result : {first, second})
         {
@@ -609,7 +613,9 @@ TEST_F(PermissionTest, WhatIsNotPermittedIsRefusedAndChangesNothing)
             const std::string whole = ContentOnceOpen(Path);
             WriteOldFile(Path, file);
             EXPECT_EQ(prohibited([&](const ParentProcess& parent) { parent.Tell(Opening(Path)); }),
-                      std::vector<std::string>{prohibition.Reading ? readOnly : cannotOpen});
+                      std::vector<std::string>{!prohibition.Reading ? cannotOpen
+                                               : IsUpToDate(file)   ? "open"
+                                                                    : readOnly});
             EXPECT_EQ(ContentOnceOpen(Path), whole);
         }
 

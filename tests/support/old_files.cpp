@@ -5,6 +5,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <ostream>
+
+std::ostream& operator<<(std::ostream& out, const OldFile& file)
+{
+    return out << file.Name;
+}
 
 const std::vector<OldFile>& OldFiles()
 {
@@ -17,6 +23,11 @@ const std::vector<OldFile>& OldFiles()
         return read;
     }();
     return files;
+}
+
+bool IsUpToDate(const OldFile& file)
+{
+    return file.Name == "12_grown_to_the_end" || file.Name == "13_current";
 }
 
 void WriteOldFile(const std::string& path, const OldFile& file)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -11,8 +12,13 @@ struct OldFile
     std::string SQL;
 };
 
+std::ostream& operator<<(std::ostream& out, const OldFile& file);
+
 // All of them, the oldest first.
 const std::vector<OldFile>& OldFiles();
+
+// Whether such a file lacks nothing, so that opening it has nothing to do.
+bool IsUpToDate(const OldFile& file);
 
 // Makes a file of that form at `path`, in the place of any that is there.
 void WriteOldFile(const std::string& path, const OldFile& file);

@@ -1,6 +1,7 @@
 #include "support/sqlite_calls.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 
 #include <dlfcn.h>
@@ -11,6 +12,7 @@ namespace
 
 thread_local CallRecorder* recorder = nullptr;
 thread_local CallFailure* failure = nullptr;
+thread_local CallCrash* crash = nullptr;
 thread_local int depth = 0; // SQLite calls its own functions too; only the outermost call is the library's
 
 struct Depth
@@ -44,7 +46,10 @@ class CallGate
         if (failure != nullptr && failure->Call == call && std::string_view(sql).starts_with(failure->SQL) &&
             failure->Remaining > 0 && --failure->Remaining == 0)
             return failure->Result;
-        return pass();
+        const int result = pass();
+        if (crash != nullptr && crash->Call == call && --crash->Remaining == 0)
+            static_cast<void>(std::raise(SIGKILL));
+        return result;
     }
 };
 
@@ -82,6 +87,16 @@ CallFailure::CallFailure(SQLiteCall call, int number, int result, std::string sq
 CallFailure::~CallFailure()
 {
     failure = nullptr;
+}
+
+CallCrash::CallCrash(SQLiteCall call, int number) : Call(call), Remaining(number)
+{
+    crash = this;
+}
+
+CallCrash::~CallCrash()
+{
+    crash = nullptr;
 }
 
 // ---- SQLite's functions, as the library meets them.

@@ -63,3 +63,19 @@ class CallFailure
     int Result;
     std::string SQL;
 };
+
+// Kills the process, as a crash would, right after the `number`-th call of the kind `call` has come back, counted
+// from 1. One at a time.
+class CallCrash
+{
+  public:
+    CallCrash(SQLiteCall call, int number);
+    ~CallCrash();
+    CallCrash(const CallCrash&) = delete;
+    CallCrash& operator=(const CallCrash&) = delete;
+
+  private:
+    friend class CallGate;
+    SQLiteCall Call;
+    int Remaining;
+};

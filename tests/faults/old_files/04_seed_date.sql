@@ -17,23 +17,38 @@ CREATE INDEX PlantHealthByPlantDate ON PlantHealthObservations(PlantUUID,Observa
 CREATE INDEX PlantJournalByPlantDate ON PlantJournalEntries(PlantUUID,EntryDate DESC,ID DESC);
 
 INSERT INTO SchemaMeta VALUES('a key','a value');
-INSERT INTO Strains VALUES(3,'Roma','a breeder',9,'keeps well');
-INSERT INTO Strains VALUES(4,'San Marzano','',0,'');
-INSERT INTO Plants(ID,UUID,Name,Strain,MotherPlantID,Stage,Tent,PotSize,Medium,CloneDate,TransplantDate,FlipDate,HarvestDate,Notes,SeedDate) VALUES(5,'0f0f0f0f-0000-4000-8000-000000000005','Mother','Roma',NULL,'Flower','Tent','5 l','soil','2019-03-01','2019-03-12','2019-04-20','','the one by the door','2019-02-03');
-INSERT INTO Plants(ID,UUID,Name,Strain,MotherPlantID,Stage,Tent,PotSize,Medium,CloneDate,TransplantDate,FlipDate,HarvestDate,Notes,SeedDate) VALUES(8,'0f0f0f0f-0000-4000-8000-000000000008','Clone of Mother','Roma',5,'Harvested','','','','2019-04-01','','','2019-05-03','','');
-INSERT INTO PlantEvents VALUES(11,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-01','Note','Topped');
-INSERT INTO PlantEvents VALUES(12,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-02','Water','500 ml');
-INSERT INTO PlantEvents VALUES(13,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-02','Note','LST Trained');
-INSERT INTO PlantEvents VALUES(14,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-04','Feed','Fed');
-INSERT INTO PlantEvents VALUES(15,'0f0f0f0f-0000-4000-8000-000000000005','2019-04-20','Flip','Flip to Flower');
-INSERT INTO PlantEvents VALUES(16,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-06','Note','a note of the grower');
-INSERT INTO PlantEvents VALUES(17,'0f0f0f0f-0000-4000-8000-000000000008','2019-05-03','Harvest','Harvested');
-INSERT INTO PlantEvents VALUES(18,'0f0f0f0f-0000-4000-8000-000000000008','2019-04-01','Clone','Cloned');
-INSERT INTO PlantEvents VALUES(19,'0f0f0f0f-0000-4000-8000-000000000008','','Feed','Fed 2 ml');
-INSERT INTO PlantCareEntries VALUES(21,12,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-02','Water','',500,0,6.5,20,'');
-INSERT INTO PlantCareEntries VALUES(22,14,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-04','Feed','Bloom A',250,1.25,6.25,0,'half strength');
-INSERT INTO PlantCareEntries VALUES(23,NULL,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-05','Feed','',0,0,0,0,'');
-INSERT INTO HarvestRecords(ID,TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,CureOutcome,Notes) VALUES(31,17,'0f0f0f0f-0000-4000-8000-000000000008','2019-05-03',100.5,20.25,8.5,'good','');
-INSERT INTO PlantPhotos VALUES(41,'0f0f0f0f-0000-4000-8000-000000000041','0f0f0f0f-0000-4000-8000-000000000005','2019-05-05','photos/mother.jpg','a caption');
-INSERT INTO PlantHealthObservations VALUES(51,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-06','thrips',3,'soap','');
-INSERT INTO PlantJournalEntries VALUES(61,'0f0f0f0f-0000-4000-8000-000000000008','2019-05-07','Topping','above the fifth node');
+INSERT INTO Strains VALUES
+(3,'Roma','a breeder',9,'keeps well'),
+(4,'San Marzano','',0,'');
+INSERT INTO Plants(ID,UUID,Name,Strain,MotherPlantID,Stage,Tent,PotSize,Medium,CloneDate,TransplantDate,FlipDate,HarvestDate,Notes,
+SeedDate) VALUES
+(5,'0f0f0f0f-0000-4000-8000-000000000005','Mother','Roma',NULL,'Flower','Tent','5 l','soil','2019-03-01','2019-03-12','2019-04-20','',
+'the one by the door','2019-02-03'),
+(8,'0f0f0f0f-0000-4000-8000-000000000008','Clone of Mother','Roma',5,'Harvested','','','','2019-04-01','','','2019-05-03','','');
+INSERT INTO PlantEvents VALUES
+(11,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-01','Note','Topped'),
+(12,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-02','Water','500 ml'),
+(13,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-02','Note','LST Trained'),
+(14,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-04','Feed','Fed'),
+(15,'0f0f0f0f-0000-4000-8000-000000000005','2019-04-20','Flip','Flip to Flower'),
+(16,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-06','Note','the grower''s "own" note: Süßkirsche, ½ l'),
+(17,'0f0f0f0f-0000-4000-8000-000000000008','2019-05-03','Harvest','Harvested'),
+(18,'0f0f0f0f-0000-4000-8000-000000000008','2019-04-01','Clone','Cloned'),
+(19,'0f0f0f0f-0000-4000-8000-000000000008','','Feed','Fed 2 ml'),
+(71,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-07','Note','Defoliated'),
+(72,'0f0f0f0f-0000-4000-8000-000000000005','2019-03-12','Transplant','Transplanted'),
+(73,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-08','Water','Watered'),
+(74,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-08','Stage','Topped'),
+(75,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-09','Note','topped');
+INSERT INTO PlantCareEntries VALUES
+(21,12,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-02','Water','',500,0,6.5,20,''),
+(22,14,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-04','Feed','Bloom A',250,1.25,6.25,0,'half strength'),
+(23,NULL,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-05','Feed','',0,0,0,0,'');
+INSERT INTO HarvestRecords(ID,TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,CureOutcome,Notes) VALUES
+(31,17,'0f0f0f0f-0000-4000-8000-000000000008','2019-05-03',100.5,20.25,8.5,'good','');
+INSERT INTO PlantPhotos VALUES
+(41,'0f0f0f0f-0000-4000-8000-000000000041','0f0f0f0f-0000-4000-8000-000000000005','2019-05-05','photos/mother.jpg','a caption');
+INSERT INTO PlantHealthObservations VALUES
+(51,'0f0f0f0f-0000-4000-8000-000000000005','2019-05-06','thrips',3,'soap','');
+INSERT INTO PlantJournalEntries VALUES
+(61,'0f0f0f0f-0000-4000-8000-000000000008','2019-05-07','Topping','above the fifth node');
