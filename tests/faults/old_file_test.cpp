@@ -361,7 +361,7 @@ TEST_P(OldFileTest, AfterCrashUponCrashTheNextOpeningFinishes)
     const std::string finished = Finished();
     std::mt19937_64 random(Seed());
     const TimeLimit time;
-    for (int round = 0; Soaking() ? !time.IsOver() : round < 10; ++round)
+    for (int round = 0; Soaking() ? !time.IsOver() : round < 5; ++round)
     {
         SCOPED_TRACE(round);
         Restore();

@@ -1,0 +1,266 @@
+// A journal file with its bytes changed, and all that a program can do with it. A damaged file may answer anything, but
+// it must answer: no crash, no leak, nothing left open behind a call.
+
+#include "plant_database.h"
+#include "support/old_files.h"
+#include "support/operations.h"
+#include "support/plain_connection.h"
+#include "support/scratch_directory.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include <sqlite3.h>
+
+namespace
+{
+
+void Require(bool holds, const char* what)
+{
+    if (holds)
+        return;
+    std::cerr << what << '\n';
+    std::abort();
+}
+
+// ---- The files
+
+// A sound file; and one whose writer died in the middle of a transaction, with the journal to go back by.
+struct BaseFile
+{
+    std::string Whole;
+    std::string Torn;
+    std::string Journal;
+};
+
+// With pages as small as SQLite has them, so that a changed byte is likely to matter.
+BaseFile ReadBaseFile(const std::string& path)
+{
+    const PlainConnection file(path);
+    file.Execute("PRAGMA page_size=512; VACUUM;");
+    BaseFile base;
+    base.Whole = FileBytes(path);
+    file.Execute("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.4000c','x'); DELETE FROM PlantEvents;");
+    base.Torn = FileBytes(path);
+    base.Journal = FileBytes(path + "-journal");
+    Require(base.Torn != base.Whole && base.Journal.starts_with('\xd9'), "the torn file is not torn");
+    return base;
+}
+
+// A garden of today, then every older form.
+std::vector<BaseFile> ReadBaseFiles()
+{
+    std::vector<BaseFile> files;
+    const ScratchDirectory scratch;
+    {
+        PlantDatabase database;
+        Require(database.Open(scratch.File("garden.db")), "the garden could not be planted");
+        PlantRepository repository(database);
+        PlantGarden(repository);
+    }
+    files.push_back(ReadBaseFile(scratch.File("garden.db")));
+    for (const OldFile& old : OldFiles())
+    {
+        WriteOldFile(scratch.File(old.Name), old);
+        files.push_back(ReadBaseFile(scratch.File(old.Name)));
+    }
+    return files;
+}
+
+// The bytes of an input, one after the other; zeros and nothing behind their end.
+class Input
+{
+  public:
+    Input(const std::uint8_t* data, std::size_t size) : Left(reinterpret_cast<const char*>(data), size) {}
+
+    bool IsEmpty() const { return Left.empty(); }
+
+    std::string_view Bytes(std::size_t count)
+    {
+        const std::string_view bytes = Left.substr(0, count);
+        Left.remove_prefix(bytes.size());
+        return bytes;
+    }
+
+    unsigned Byte()
+    {
+        const std::string_view byte = Bytes(1);
+        return byte.empty() ? 0 : static_cast<unsigned char>(byte.front());
+    }
+
+    std::size_t Size() // the lower byte first
+    {
+        const std::size_t low = Byte();
+        return low + (std::size_t{Byte()} << 8U);
+    }
+
+  private:
+    std::string_view Left;
+};
+
+// An input's first byte chooses the base file, or WholeFile; the second says whether it is torn, whether it is cut
+// short and at which size. Patches follow, each as its place, its length and its bytes, in the file, or in the journal
+// beside it where the length has its highest bit set. Behind WholeFile come the file's own bytes, up to a size and
+// followed by the journal's where it is torn.
+//
+// The inputs in corpus/journal_file/ were written by hand, each named after what it damages: the places of their
+// patches were looked up in the base files (https://www.sqlite.org/fileformat.html), the whole files built with SQLite.
+constexpr unsigned WholeFile = 255;
+constexpr unsigned Torn = 1;
+constexpr unsigned Cut = 2;
+constexpr unsigned InJournal = 128;
+
+void Write(const std::string& path, std::string_view bytes)
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+void WriteFiles(const std::string& path, Input input)
+{
+    static const std::vector<BaseFile> bases = ReadBaseFiles();
+    for (const char* const suffix : {"-journal", "-wal", "-shm"})
+        std::filesystem::remove(path + suffix);
+    const unsigned number = input.Byte();
+    const unsigned flags = input.Byte();
+    if (number == WholeFile)
+    {
+        Write(path, input.Bytes((flags & Torn) != 0 ? input.Size() : std::string_view::npos));
+        if ((flags & Torn) != 0)
+            Write(path + "-journal", input.Bytes(std::string_view::npos));
+        return;
+    }
+    const BaseFile& base = bases[number % bases.size()];
+    std::string file = (flags & Torn) != 0 ? base.Torn : base.Whole;
+    std::string journal = base.Journal;
+    if ((flags & Cut) != 0)
+        file.resize(std::min(file.size(), input.Size()));
+    while (!input.IsEmpty())
+    {
+        const std::size_t place = input.Size();
+        const unsigned length = input.Byte();
+        std::string& patched = (length & InJournal) != 0 ? journal : file;
+        const std::string_view patch = input.Bytes(length % InJournal);
+        if (place < patched.size())
+            patched.replace(place, std::min(patch.size(), patched.size() - place), patch);
+    }
+    Write(path, file);
+    if ((flags & Torn) != 0)
+        Write(path + "-journal", journal);
+}
+
+// ---- What is done with them
+
+// SQLite is not compiled for the fuzzer, which therefore sees nothing of the ways through it. What SQLite came to after
+// each call is the next best: the fuzzer takes these counters for more of its own.
+[[gnu::section("__libfuzzer_extra_counters")]] std::uint8_t outcomes[64 * 64];
+
+// A call, after which nothing is open.
+template <typename Work> void Call(sqlite3* db, std::size_t number, const Work& work)
+{
+    const bool done = work();
+    const auto code = static_cast<std::size_t>(sqlite3_errcode(db)) % 32;
+    outcomes[number % 64 * 64 + code * 2 + (done ? 1 : 0)] = 1;
+    Require(sqlite3_next_stmt(db, nullptr) == nullptr, "a statement was left open");
+    Require(sqlite3_get_autocommit(db) != 0, "a transaction was left open");
+}
+
+// Reads all there is, of so many plants as a torn file may have, and takes what it finds for the garden.
+Garden ReadGarden(sqlite3* db, PlantRepository& repository)
+{
+    Garden garden;
+    std::vector<Plant> plants;
+    Call(db, 0, [&] { return repository.ListPlants(plants); });
+    plants.resize(std::min<std::size_t>(plants.size(), 8));
+    for (const Plant& plant : plants)
+    {
+        const auto list = [&](std::size_t number, auto operation, auto& first, auto& last)
+        {
+            std::vector<std::decay_t<decltype(first)>> records;
+            Call(db, number, [&] { return (repository.*operation)(plant.UUID, records); });
+            if (records.empty())
+                return;
+            first = records.front();
+            last = records.back();
+        };
+        Call(db, 1, [&] { return repository.GetPlant(plant.UUID, garden.Clone); });
+        list(2, &PlantRepository::ListPlantEvents, garden.Event, garden.Event);
+        list(3, &PlantRepository::ListPlantCareEntries, garden.Care, garden.Unlinked);
+        list(4, &PlantRepository::ListPlantPhotos, garden.Photo, garden.Photo);
+        list(5, &PlantRepository::ListPlantHealthObservations, garden.Observation, garden.Observation);
+        list(6, &PlantRepository::ListPlantJournalEntries, garden.Entry, garden.Entry);
+        Call(db, 7, [&] { return repository.GetHarvestRecord(plant.UUID, garden.Harvest); });
+        garden.Mother = plant;
+    }
+    if (!plants.empty())
+        garden.Clone = plants.front();
+
+    std::vector<Strain> strains;
+    Call(db, 8, [&] { return repository.ListStrains(strains); });
+    strains.resize(std::min<std::size_t>(strains.size(), 8));
+    for (const Strain& strain : strains)
+    {
+        StrainSummary summary;
+        Call(db, 9, [&] { return repository.GetStrain(strain.ID, garden.Unused); });
+        Call(db, 10, [&] { return repository.GetStrainSummary(strain.ID, summary); });
+        garden.Kind = strain;
+    }
+    return garden;
+}
+
+// Every operation, the deletes last and from the leaves to the root.
+std::vector<Operation> InAnOrderThatLeavesEachSomething()
+{
+    const auto deletes = [](const Operation& operation) { return operation.Name.starts_with("Delete"); };
+    std::vector<Operation> operations;
+    std::remove_copy_if(Operations().begin(), Operations().end(), std::back_inserter(operations), deletes);
+    std::copy_if(Operations().rbegin(), Operations().rend(), std::back_inserter(operations), deletes);
+    return operations;
+}
+
+bool Open(PlantDatabase& database, const std::string& path)
+{
+    std::string error;
+    const bool opened = database.Open(path, &error);
+    Require(database.IsOpen() == opened && database.Path() == (opened ? path : ""), "half open");
+    Require(opened || error == database.LastError(), "two reasons");
+    return opened;
+}
+
+} // namespace
+
+// libFuzzer's name: https://llvm.org/docs/LibFuzzer.html#fuzz-target
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static const ScratchDirectory scratch;
+    static const std::string path = scratch.File("journal.db");
+    static const std::vector<Operation> operations = InAnOrderThatLeavesEachSomething();
+    WriteFiles(path, Input(data, size));
+
+    PlantDatabase database;
+    if (Open(database, path))
+    {
+        PlantRepository repository(database);
+        const Garden garden = ReadGarden(database.NativeHandle(), repository);
+        std::size_t number = 16;
+        for (const Operation& operation : operations)
+        {
+            Garden copy = garden;
+            Call(database.NativeHandle(), number++, [&] { return operation.Call(repository, copy); });
+        }
+        database.Close();
+    }
+    Open(database, path);
+    return 0;
+}
