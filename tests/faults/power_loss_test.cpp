@@ -538,7 +538,11 @@ class Gardener
     std::string Name(const std::string& of) { return of + ' ' + std::to_string(++Names); }
     std::string Date() { return "2020-05-" + std::to_string(10 + Random() % 20); }
     // Some texts fill pages of their own.
-    std::string Text() { return Name("text") + std::string(Random() % (Random() % 8 == 0 ? 9000 : 60), '.'); }
+    std::string Text()
+    {
+        const std::size_t longest = Random() % 8 == 0 ? 9000 : 60;
+        return Name("text") + std::string(Random() % longest, '.');
+    }
 
     Change NewPlant(const std::vector<Plant>& plants)
     {
