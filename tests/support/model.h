@@ -1,0 +1,91 @@
+#pragma once
+
+#include "plant.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// A journal kept in plain lists in memory: for every operation of the repository one of the same name and with the same
+// result, the same write-backs and the same effect on what is read afterwards. It shares no code with the library, so
+// that the two agree only where both are right.
+class JournalModel
+{
+  public:
+    bool ListPlants(std::vector<Plant>& out) const;
+    bool GetPlant(const std::string& uuid, Plant& out) const;
+    bool CreatePlant(Plant& p);
+    bool UpdatePlant(const Plant& p);
+    bool DeletePlant(const std::string& uuid);
+    bool DuplicatePlant(const Plant& source, Plant& out);
+
+    bool ListStrains(std::vector<Strain>& out) const;
+    bool GetStrain(std::int64_t id, Strain& out) const;
+    bool CreateStrain(Strain& strain);
+    bool UpdateStrain(const Strain& strain);
+    bool DeleteStrain(std::int64_t id);
+    bool GetStrainSummary(std::int64_t strainID, StrainSummary& out) const;
+
+    bool ListPlantEvents(const std::string& plantUUID, std::vector<PlantEvent>& out) const;
+    bool CreatePlantEvent(PlantEvent& event);
+    bool UpdatePlantEvent(const PlantEvent& event);
+    bool DeletePlantEvent(std::int64_t id);
+
+    bool ListPlantCareEntries(const std::string& plantUUID, std::vector<PlantCareEntry>& out) const;
+    bool CreatePlantCareEntry(PlantCareEntry& entry);
+    bool UpdatePlantCareEntry(PlantCareEntry& entry);
+    bool DeletePlantCareEntry(std::int64_t id);
+    std::string CareTimelineDetails(const PlantCareEntry& entry) const;
+
+    bool GetHarvestRecord(const std::string& plantUUID, HarvestRecord& out) const;
+    bool SaveHarvestRecord(Plant& plant, HarvestRecord& record);
+    bool DeleteHarvestRecord(const std::string& plantUUID);
+
+    bool ListPlantPhotos(const std::string& plantUUID, std::vector<PlantPhoto>& out) const;
+    bool CreatePlantPhoto(PlantPhoto& photo);
+    bool UpdatePlantPhoto(const PlantPhoto& photo);
+    bool DeletePlantPhoto(const std::string& photoUUID);
+
+    bool ListPlantHealthObservations(const std::string& plantUUID, std::vector<PlantHealthObservation>& out) const;
+    bool CreatePlantHealthObservation(PlantHealthObservation& o);
+    bool UpdatePlantHealthObservation(const PlantHealthObservation& o);
+    bool DeletePlantHealthObservation(std::int64_t id);
+
+    bool ListPlantJournalEntries(const std::string& plantUUID, std::vector<PlantJournalEntry>& out) const;
+    bool CreatePlantJournalEntry(PlantJournalEntry& e);
+    bool UpdatePlantJournalEntry(const PlantJournalEntry& e);
+    bool DeletePlantJournalEntry(std::int64_t id);
+
+    // What a model cannot foresee: the next identifier that is made up, and the date.
+    std::string NextUUID;
+    std::string Today;
+
+    // Plants, and strains, that sort alike may be listed in any order: from now on they are in that of these lists.
+    void OrderAlikeAs(const std::vector<Plant>& plants, const std::vector<Strain>& strains);
+
+    // The keys by which records are found, whole: a list gives them only up to their first zero byte.
+    std::vector<std::string> PlantUUIDs() const;
+    std::vector<std::string> StrainNames() const;
+
+  private:
+    struct StoredPlant : Plant
+    {
+        std::int64_t MotherID = 0; // 0 for none; counts in the place of MotherPlantUUID
+    };
+
+    std::int64_t IDOfPlant(const std::string& uuid) const;
+    void RegisterStrain(const std::string& name);
+    bool MayHaveItsMother(const Plant& plant) const;
+    bool HasEvent(std::int64_t id) const;
+    void WriteEvent(const PlantEvent& event, bool isNew);
+    void RemoveEvent(std::int64_t id);
+
+    std::vector<StoredPlant> Plants;
+    std::vector<Strain> Strains;
+    std::vector<PlantEvent> Events;
+    std::vector<PlantCareEntry> CareEntries;
+    std::vector<HarvestRecord> HarvestRecords;
+    std::vector<PlantPhoto> Photos;
+    std::vector<PlantHealthObservation> HealthObservations;
+    std::vector<PlantJournalEntry> JournalEntries;
+};
