@@ -1,11 +1,13 @@
 // Random operations with hostile arguments, on a journal and on a plain model of it in memory, compared after each.
 
 #include "support/model.h"
+#include "support/scratch_directory.h"
 #include "support/soak.h"
 #include "support/steps.h"
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <set>
 #include <sstream>
 #include <string>
@@ -65,6 +67,24 @@ TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
     EXPECT_GE(Count("operations", 0), 20'000);
     EXPECT_EQ(done, OperationNames());
     EXPECT_GE(refused.size(), 25);
+}
+
+// What the fuzzer starts with.
+TEST(ModelTest, TheFuzzersCorpusDoesWhatTheModelDoes)
+{
+    std::set<std::string> operations;
+    const std::filesystem::path corpus = PLANTJOURNAL_SOURCE_DIR "/tests/fuzz/corpus/operations";
+    for (const auto& file : std::filesystem::directory_iterator(corpus))
+    {
+        const std::string bytes = FileBytes(file.path().string());
+        const std::vector<std::uint8_t> data(bytes.begin(), bytes.end());
+        std::vector<Outcome> outcomes;
+        EXPECT_NO_THROW(outcomes = TakeAndCount(StepsFrom(data.data(), data.size()))) << file.path();
+        for (const Outcome& outcome : outcomes)
+            operations.insert(outcome.Operation);
+        Count("files of the corpus");
+    }
+    EXPECT_EQ(operations, OperationNames());
 }
 
 constexpr auto CreatePlant = [](auto& journal, Plant& plant) { return journal.CreatePlant(plant); };
