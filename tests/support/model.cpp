@@ -196,6 +196,12 @@ int CompareNames(const std::string& left, const std::string& right)
     return left.size() < right.size() ? -1 : static_cast<int>(left.size() > right.size());
 }
 
+template <typename Row> std::vector<Row> ByID(std::vector<Row> rows)
+{
+    std::sort(rows.begin(), rows.end(), [](const Row& l, const Row& r) { return l.ID < r.ID; });
+    return rows;
+}
+
 // Puts a row behind those that sort like it.
 template <typename Row, typename Less> void InsertSorted(std::vector<Row>& rows, const Row& row, const Less& less)
 {
@@ -780,7 +786,7 @@ void JournalModel::OrderAlikeAs(const std::vector<Plant>& plants, const std::vec
 std::vector<std::string> JournalModel::PlantUUIDs() const
 {
     std::vector<std::string> uuids;
-    for (const StoredPlant& plant : Plants)
+    for (const StoredPlant& plant : ByID(Plants))
         uuids.push_back(plant.UUID);
     return uuids;
 }
@@ -788,7 +794,7 @@ std::vector<std::string> JournalModel::PlantUUIDs() const
 std::vector<std::string> JournalModel::StrainNames() const
 {
     std::vector<std::string> names;
-    for (const Strain& strain : Strains)
+    for (const Strain& strain : ByID(Strains))
         names.push_back(strain.Name);
     return names;
 }

@@ -63,7 +63,8 @@ class JournalModel
     // Plants, and strains, that sort alike may be listed in any order: from now on they are in that of these lists.
     void OrderAlikeAs(const std::vector<Plant>& plants, const std::vector<Strain>& strains);
 
-    // The keys by which records are found, whole: a list gives them only up to their first zero byte.
+    // The keys by which records are found, the oldest row's first. They are whole: a list gives them only up to their
+    // first zero byte.
     std::vector<std::string> PlantUUIDs() const;
     std::vector<std::string> StrainNames() const;
 

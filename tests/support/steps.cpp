@@ -432,6 +432,15 @@ class Walk
         return Listed(&JournalModel::ListPlantJournalEntries);
     }
 
+    // The same in the order of the rows: that of a list may hang on the identifiers that the library made up, and these
+    // are others every time.
+    template <typename Type> std::vector<Type> Stored() const
+    {
+        std::vector<Type> records = AllStored(Type{});
+        std::sort(records.begin(), records.end(), [](const Type& l, const Type& r) { return l.ID < r.ID; });
+        return records;
+    }
+
     // The last records of a kind as they came back from a call, whether or not it stored them.
     template <typename Type> std::vector<Type>& Returned() { return std::get<std::vector<Type>>(ReturnedRecords); }
 
@@ -455,7 +464,7 @@ class Walk
 
     template <typename Type> Type From(Source source, Choices& choices)
     {
-        const std::vector<Type> records = source == Source::File          ? AllStored(Type{})
+        const std::vector<Type> records = source == Source::File          ? Stored<Type>()
                                           : source == Source::EarlierCall ? Returned<Type>()
                                                                           : std::vector<Type>{};
         return records.empty() ? Fresh<Type>(choices) : records[choices.Next() % records.size()];
@@ -487,7 +496,7 @@ class Walk
     // The row number of a stored record, or some other.
     template <typename Type> std::int64_t SomeID(Choices& choices)
     {
-        const std::vector<Type> records = AllStored(Type{});
+        const std::vector<Type> records = Stored<Type>();
         const std::uint8_t choice = choices.Next();
         return choice < 192 && !records.empty() ? records[choice % records.size()].ID : RowID(choices);
     }
