@@ -51,15 +51,25 @@ const bool Installed = []
 
 } // namespace
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return FailsNow(untilNewFails) ? nullptr : std::malloc(size);
+}
+
 void* operator new(std::size_t size)
 {
-    void* memory = FailsNow(untilNewFails) ? nullptr : std::malloc(size);
+    void* memory = operator new(size, std::nothrow);
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;
 }
 
 void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept
 {
     std::free(memory);
 }
