@@ -227,17 +227,19 @@ bool Execute(sqlite3* db, const char* sql)
     return db != nullptr && sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-// All of `work` or nothing: every way out but a commit rolls back, an exception's too.
+// All of `work` or nothing: every way out but a commit rolls back, an exception's too. Rolling back takes memory; it is
+// kept back from the beginning, for a transaction that stayed open would swallow all that is written after it.
 template <typename Work> bool InTransaction(sqlite3* db, const Work& work)
 {
-    if (!Execute(db, "BEGIN IMMEDIATE;"))
+    constexpr int enough = 8192;
+    std::unique_ptr<void, decltype(&sqlite3_free)> memory(sqlite3_malloc(enough), sqlite3_free);
+    if (memory == nullptr || !Execute(db, "BEGIN IMMEDIATE;"))
         return false;
-    const auto rollBack = [](sqlite3* connection)
+    const auto rollBack = [&memory](sqlite3* connection)
     {
-        // Undoing takes memory, too. An attempt that found none must not leave the transaction open: what is written
-        // afterwards would look stored, and be gone when the file is closed.
+        memory.reset();
         if (!Execute(connection, "ROLLBACK;") && sqlite3_get_autocommit(connection) == 0)
-            Execute(connection, "ROLLBACK;");
+            Execute(connection, "ROLLBACK;"); // what found no memory once may find it the next time
     };
     std::unique_ptr<sqlite3, decltype(rollBack)> rollback(db, rollBack);
     if (!work() || !Execute(db, "COMMIT;"))

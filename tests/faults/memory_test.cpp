@@ -178,7 +178,7 @@ TEST_P(OperationMemoryTest, EachAllocationThatFailsIsReportedAndLeavesNothingOpe
 
 TEST_P(OperationMemoryTest, AFullHeapIsReportedAndLeavesNothingOpenOrHalfDone)
 {
-    const std::int64_t step = ShortOrLong(2'000, 50);
+    const std::int64_t step = ShortOrLong(400, 50);
     int untroubled = 0; // SQLite may do with less than it would like to have: one success is not the end
     for (std::int64_t bytes = 0; untroubled < 20; bytes += step)
     {
