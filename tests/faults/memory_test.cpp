@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <new>
+#include <optional>
 
 #include <sqlite3.h>
 
@@ -185,6 +186,28 @@ TEST_P(OperationMemoryTest, AFullHeapIsReportedAndLeavesNothingOpenOrHalfDone)
         SCOPED_TRACE(std::to_string(bytes) + " bytes left");
         const Outcome outcome = Try([&](const auto& call) { return Outcome{WithHeapOf(bytes, call), false}; });
         untroubled += outcome.Done == Succeeds ? 1 : 0;
+    }
+}
+
+// Another thread may take whatever a statement gives back at its end, so that nothing is left for the rollback.
+TEST_P(OperationMemoryTest, AHeapThatFillsUpOnTheWayIsReportedAndLeavesNothingOpenOrHalfDone)
+{
+    for (const SQLiteCall call : {SQLiteCall::Exec, SQLiteCall::Finalize})
+    {
+        Outcome outcome;
+        for (int number = 1; !outcome.Clean; ++number)
+        {
+            SCOPED_TRACE((call == SQLiteCall::Exec ? "execution " : "finalization ") + std::to_string(number));
+            outcome = Try(
+                [&](const auto& operation)
+                {
+                    std::optional<HeapLimit> full;
+                    const AfterCall fill(call, number, [&] { full.emplace(0); });
+                    const bool done = operation();
+                    return Outcome{done, !fill.Happened()};
+                });
+        }
+        EXPECT_EQ(outcome.Done, Succeeds);
     }
 }
 

@@ -212,7 +212,7 @@ class OldFileTest : public testing::TestWithParam<OldFile>
         const pid_t child = fork();
         if (child == 0)
         {
-            const CallCrash crash(call, number);
+            const AfterCall crash(call, number, [] { static_cast<void>(std::raise(SIGKILL)); });
             PlantDatabase database;
             _exit(database.Open(Path) ? 0 : 1);
         }

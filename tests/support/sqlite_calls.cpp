@@ -1,7 +1,6 @@
 #include "support/sqlite_calls.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 
 #include <dlfcn.h>
@@ -12,7 +11,7 @@ namespace
 
 thread_local CallRecorder* recorder = nullptr;
 thread_local CallFailure* failure = nullptr;
-thread_local CallCrash* crash = nullptr;
+thread_local AfterCall* after = nullptr;
 thread_local int depth = 0; // SQLite calls its own functions too; only the outermost call is the library's
 
 struct Depth
@@ -47,8 +46,8 @@ class CallGate
             failure->Remaining > 0 && --failure->Remaining == 0)
             return failure->Result;
         const int result = pass();
-        if (crash != nullptr && crash->Call == call && --crash->Remaining == 0)
-            static_cast<void>(std::raise(SIGKILL));
+        if (after != nullptr && after->Call == call && after->Remaining > 0 && --after->Remaining == 0)
+            after->Act();
         return result;
     }
 };
@@ -89,14 +88,15 @@ CallFailure::~CallFailure()
     failure = nullptr;
 }
 
-CallCrash::CallCrash(SQLiteCall call, int number) : Call(call), Remaining(number)
+AfterCall::AfterCall(SQLiteCall call, int number, std::function<void()> act)
+    : Call(call), Remaining(number), Act(std::move(act))
 {
-    crash = this;
+    after = this;
 }
 
-CallCrash::~CallCrash()
+AfterCall::~AfterCall()
 {
-    crash = nullptr;
+    after = nullptr;
 }
 
 // ---- SQLite's functions, as the library meets them.

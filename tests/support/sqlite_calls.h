@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -64,18 +64,21 @@ class CallFailure
     std::string SQL;
 };
 
-// Kills the process, as a crash would, right after the `number`-th call of the kind `call` has come back, counted
-// from 1. One at a time.
-class CallCrash
+// Acts, while in scope, right after the `number`-th call of the kind `call` has come back, counted from 1. One at a
+// time.
+class AfterCall
 {
   public:
-    CallCrash(SQLiteCall call, int number);
-    ~CallCrash();
-    CallCrash(const CallCrash&) = delete;
-    CallCrash& operator=(const CallCrash&) = delete;
+    AfterCall(SQLiteCall call, int number, std::function<void()> act);
+    ~AfterCall();
+    AfterCall(const AfterCall&) = delete;
+    AfterCall& operator=(const AfterCall&) = delete;
+
+    bool Happened() const { return Remaining == 0; }
 
   private:
     friend class CallGate;
     SQLiteCall Call;
     int Remaining;
+    std::function<void()> Act;
 };
