@@ -22,6 +22,14 @@ ScratchDirectory::~ScratchDirectory()
     std::filesystem::remove_all(Root, ignored);
 }
 
+std::map<std::string, std::string> ScratchDirectory::Files() const
+{
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(Root))
+        files[entry.path().filename().string()] = FileBytes(entry.path().string());
+    return files;
+}
+
 std::string FileBytes(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);

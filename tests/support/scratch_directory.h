@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 
 // A new, empty directory, removed with all that it holds at the end of its scope. It is in memory where the system has
@@ -15,6 +16,8 @@ class ScratchDirectory
 
     // The path of `name` inside the directory.
     std::string File(const std::string& name) const { return (Root / name).string(); }
+    // All files in it by their names, with their bytes. Reading a file drops the locks that this process holds on it.
+    std::map<std::string, std::string> Files() const;
 
   private:
     std::filesystem::path Root;

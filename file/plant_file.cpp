@@ -1,0 +1,764 @@
+#include "plant_file.h"
+
+#include "plant_database.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <new>
+#include <set>
+#include <sstream>
+#include <string_view>
+#include <system_error>
+#include <unordered_map>
+#include <utility>
+
+#include <sqlite3.h>
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Names
+
+namespace
+{
+
+constexpr const char* FileKindNames[] = {"Missing", "Empty",        "Current", "Older", "Interrupted",
+                                         "Foreign", "NotADatabase", "Damaged", "Locked"};
+constexpr const char* FindingKindNames[] = {"Damage",       "ForeignKey",      "UnknownName",   "Severity",
+                                            "LineageCycle", "MissingMother",   "MissingStrain", "MissingEvent",
+                                            "EventDiffers", "MissingPhotoFile"};
+
+template <typename Enum, std::size_t Count> const char* NameOf(const char* const (&names)[Count], Enum value)
+{
+    const auto number = static_cast<std::size_t>(value); // a negative one becomes larger than any
+    return names[number < Count ? number : 0];
+}
+
+} // namespace
+
+const char* PlantFileKindName(PlantFileKind kind)
+{
+    return NameOf(FileKindNames, kind);
+}
+
+const char* PlantFindingKindName(PlantFindingKind kind)
+{
+    return NameOf(FindingKindNames, kind);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Failures, files and statements
+
+namespace
+{
+
+// Why a call ends early. It never leaves this file: the functions of the header make it their result.
+struct Failure
+{
+    int Code; // SQLite's
+    std::string Step;
+    std::string Reason;
+};
+
+[[noreturn]] void Fail(const std::string& step, const std::string& reason)
+{
+    throw Failure{SQLITE_OK, step, reason};
+}
+
+[[noreturn]] void Fail(sqlite3* db, const std::string& step)
+{
+    const int code = sqlite3_errcode(db);
+    if (code == SQLITE_READONLY) // nothing here writes but SQLite, to take back what a dead writer left behind
+        throw Failure{code, step, "its last writer died amid a write, which the next opening takes back"};
+    throw Failure{code, step, sqlite3_errmsg(db)};
+}
+
+template <typename Work> PlantFileResult Attempt(const std::string& file, const Work& work)
+{
+    try
+    {
+        work();
+        return {};
+    }
+    catch (const Failure& failure)
+    {
+        return {file + ": " + failure.Step + ": " + failure.Reason};
+    }
+    catch (const std::filesystem::filesystem_error& failure)
+    {
+        return {file + ": finding it: " + failure.code().message()};
+    }
+}
+
+// An absolute path can be no URI and nothing else that has a meaning to SQLite.
+std::filesystem::path FileAt(const std::string& path)
+{
+    if (path.empty() || path.find('\0') != std::string::npos)
+        Fail("finding it", "a path that is empty or holds a zero byte names no file");
+    return std::filesystem::absolute(std::filesystem::u8path(path));
+}
+
+constexpr std::int64_t NoFile = -1;
+
+std::int64_t SizeOf(const std::filesystem::path& file)
+{
+    const std::filesystem::file_status status = std::filesystem::status(file);
+    if (!std::filesystem::exists(status))
+        return NoFile;
+    if (!std::filesystem::is_regular_file(status)) // to open a pipe would be to wait for its other end
+        Fail("finding it", "it is no regular file");
+    return static_cast<std::int64_t>(std::filesystem::file_size(file));
+}
+
+struct Closer
+{
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+
+void Execute(sqlite3* db, const std::string& step, const char* sql)
+{
+    if (sqlite3_exec(db, sql, nullptr, nullptr, nullptr) != SQLITE_OK)
+        Fail(db, step);
+}
+
+template <typename Read> void ForEach(sqlite3* db, const std::string& step, const std::string& sql, const Read& read)
+{
+    sqlite3_stmt* raw = nullptr;
+    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK)
+        Fail(db, step);
+    const std::unique_ptr<sqlite3_stmt, Closer> statement(raw);
+    int result = SQLITE_OK;
+    while ((result = sqlite3_step(raw)) == SQLITE_ROW)
+        read(raw);
+    if (result != SQLITE_DONE)
+        Fail(db, step);
+}
+
+// A text whole, beyond a zero byte, too: events were composed of whole texts.
+std::string Text(sqlite3_stmt* row, int column)
+{
+    const unsigned char* text = sqlite3_column_text(row, column);
+    if (text != nullptr)
+        return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(sqlite3_column_bytes(row, column))};
+    if (sqlite3_errcode(sqlite3_db_handle(row)) == SQLITE_NOMEM) // otherwise it is a NULL
+        throw std::bad_alloc();
+    return {};
+}
+
+// A stored text within a sentence: on one line and of bounded length.
+std::string Quoted(std::string text)
+{
+    constexpr std::size_t enough = 80;
+    if (text.size() > enough)
+    {
+        std::size_t end = enough;
+        while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) // amid a character
+            --end;
+        text.resize(end);
+        text += "...";
+    }
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
+    return '"' + text + '"';
+}
+
+// A connection to a file that is there. Nobody here opens the file but SQLite: closing it would drop the locks that
+// other connections of the program hold on it, https://www.sqlite.org/howtocorrupt.html section 2.2
+struct Connection
+{
+    sqlite3* DB = nullptr;
+    std::int64_t Patience = 0;
+
+    Connection(const std::filesystem::path& file, int flags) : Connection()
+    {
+        const std::int64_t bytes = SizeOf(file);
+        if (bytes == NoFile)
+            Fail("finding it", "there is no such file");
+        if (sqlite3_open_v2(file.u8string().c_str(), &DB, flags, nullptr) != SQLITE_OK)
+            Fail(DB, "opening");
+        sqlite3_busy_timeout(DB, 2500);
+        // Far more than any sound file takes, but not endless: the pages of a damaged one may lead in circles.
+        Patience = 10'000 + bytes / 10;
+        sqlite3_progress_handler(
+            DB, 1000, [](void* connection) { return --static_cast<Connection*>(connection)->Patience < 0 ? 1 : 0; },
+            this);
+        // https://www.sqlite.org/security.html
+        Execute(DB, "opening", "PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON;");
+    }
+    ~Connection() { sqlite3_close_v2(DB); }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+  private:
+    Connection() = default; // once this is done, the destructor runs even where the rest fails
+};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// What a file is
+
+// All that a file holds but rows, as SQLite lists it.
+struct SchemaObject
+{
+    std::string Type;
+    std::string Name;
+    std::string Table;
+    std::string Definition;
+
+    bool operator==(const SchemaObject& other) const
+    {
+        return Type == other.Type && Name == other.Name && Table == other.Table;
+    }
+};
+
+constexpr const char* ReadingSchema = "reading the schema";
+
+// The columns that opening adds where they are missing.
+using ColumnOfTable = std::pair<std::string_view, std::string_view>;
+constexpr std::array<ColumnOfTable, 5> AddedColumns = {{
+    {"Plants", "SeedDate"},
+    {"Plants", "FlipHeightCm"},
+    {"Plants", "FinalHeightCm"},
+    {"Plants", "Sex"},
+    {"HarvestRecords", "SeedYield"},
+}};
+
+template <typename Range, typename Value> bool Contains(const Range& range, const Value& value)
+{
+    return std::find(range.begin(), range.end(), value) != range.end();
+}
+
+std::vector<SchemaObject> Objects(sqlite3* db)
+{
+    std::vector<SchemaObject> objects;
+    ForEach(db, ReadingSchema,
+            "SELECT CASE WHEN type='table' AND rootpage=0 THEN 'virtual table' ELSE type END,name,tbl_name,sql "
+            "FROM sqlite_master WHERE name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY rowid;",
+            [&](sqlite3_stmt* row) {
+                objects.push_back({Text(row, 0), Text(row, 1), Text(row, 2), Text(row, 3)});
+            });
+    return objects;
+}
+
+std::vector<std::string> Columns(sqlite3* db, const std::string& table)
+{
+    std::vector<std::string> columns;
+    ForEach(db, ReadingSchema, "PRAGMA table_info(" + table + ");",
+            [&](sqlite3_stmt* row) { columns.push_back(Text(row, 1)); });
+    return columns;
+}
+
+bool IsEventType(const std::string& name)
+{
+    return PlantEventTypeName(PlantEventTypeFromName(name)) == name;
+}
+
+// A write-ahead log is a setting that the file keeps, in two bytes of its header, and no journal of ours has it. Asking
+// SQLite about it would make the log's files: https://www.sqlite.org/fileformat.html#file_format_version_numbers
+bool KeepsWriteAheadLog(sqlite3* db)
+{
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(db, nullptr, SQLITE_FCNTL_FILE_POINTER, &file);
+    std::array<char, 2> versions{};
+    file->pMethods->xRead(file, versions.data(), 2, 18); // what cannot be read will be missed soon enough
+    return Contains(versions, 2) || std::filesystem::exists(std::string(sqlite3_db_filename(db, "main")) + "-wal");
+}
+
+// A file held against a new journal.
+struct Comparison
+{
+    PlantFileKind Kind = PlantFileKind::Foreign; // or Empty, Current, Older
+    std::vector<std::string> Steps;
+    std::vector<std::string> Reasons;
+    std::vector<std::pair<std::string, std::vector<std::string>>> Tables; // ours that it has, with their columns
+    std::string EventTable;                                               // its definition, where opening leaves it
+
+    bool HasTable(std::string_view table) const
+    {
+        return std::any_of(Tables.begin(), Tables.end(), [&](const auto& each) { return each.first == table; });
+    }
+    bool HasColumn(std::string_view table, std::string_view column) const
+    {
+        return std::any_of(Tables.begin(), Tables.end(),
+                           [&](const auto& each) { return each.first == table && Contains(each.second, column); });
+    }
+};
+
+void CompareTables(sqlite3* db, const std::vector<SchemaObject>& theirs, sqlite3* journal,
+                   const std::vector<SchemaObject>& ours, Comparison& result)
+{
+    for (const SchemaObject& table : ours)
+    {
+        if (table.Type != "table")
+            continue;
+        if (!Contains(theirs, table))
+        {
+            result.Steps.push_back("create table " + table.Name);
+            continue;
+        }
+        std::vector<std::string> columns = Columns(db, table.Name);
+        const std::vector<std::string> known = Columns(journal, table.Name);
+        for (const std::string& column : columns)
+            if (!Contains(known, column))
+                result.Reasons.push_back("The column " + Quoted(column) + " of " + table.Name + " is not ours.");
+        for (const std::string& column : known)
+            if (!Contains(columns, column) && !Contains(AddedColumns, ColumnOfTable(table.Name, column)))
+                result.Reasons.push_back("The table " + table.Name + " has no column " + column + '.');
+        result.Tables.emplace_back(table.Name, std::move(columns));
+    }
+}
+
+// Begins the transaction in which the file is read.
+Comparison Compare(sqlite3* db)
+{
+    Comparison result;
+    if (KeepsWriteAheadLog(db))
+    {
+        result.Reasons.emplace_back("The file keeps a write-ahead log, which no journal does.");
+        return result;
+    }
+    PlantDatabase journal;
+    std::string error;
+    if (!journal.Open(":memory:", &error))
+        Fail("making a journal to compare it with", error);
+    const std::vector<SchemaObject> ours = Objects(journal.NativeHandle());
+
+    Execute(db, ReadingSchema, "BEGIN;");
+    const std::vector<SchemaObject> theirs = Objects(db);
+    for (const SchemaObject& object : theirs)
+        if (!Contains(ours, object))
+            result.Reasons.push_back("The " + object.Type + ' ' + Quoted(object.Name) + " is not ours.");
+
+    // What opening does, in its order.
+    CompareTables(db, theirs, journal.NativeHandle(), ours, result);
+    for (const auto& [table, column] : AddedColumns)
+        if (result.HasTable(table) && !result.HasColumn(table, column))
+            result.Steps.push_back("add column " + std::string(table) + '.' + std::string(column));
+    const auto events = std::find_if(theirs.begin(), theirs.end(),
+                                     [](const SchemaObject& object) { return object.Name == "PlantEvents"; });
+    const bool rebuilt = events != theirs.end() && events->Definition.find("'LST Trained'") == std::string::npos;
+    if (rebuilt)
+        result.Steps.emplace_back("rebuild table PlantEvents");
+    else if (events != theirs.end())
+        result.EventTable = events->Definition;
+    for (const SchemaObject& index : ours)
+        if (index.Type == "index" && (!Contains(theirs, index) || (rebuilt && index.Table == "PlantEvents")))
+            result.Steps.push_back("create index " + index.Name);
+
+    if (result.Reasons.empty())
+        result.Kind = theirs.empty()         ? PlantFileKind::Empty
+                      : result.Steps.empty() ? PlantFileKind::Current
+                                             : PlantFileKind::Older;
+    return result;
+}
+
+// The event types in a definition's list and in the rows that are none of ours, as a newer version may have them.
+std::set<std::string> UnknownEventTypes(sqlite3* db, const std::string& definition)
+{
+    std::set<std::string> types;
+    std::istringstream pieces(definition);
+    std::string piece;
+    for (bool quoted = false; std::getline(pieces, piece, '\''); quoted = !quoted)
+        if (quoted && !piece.empty() && !IsEventType(piece))
+            types.insert(piece);
+    ForEach(db, "reading PlantEvents", "SELECT DISTINCT EventType FROM PlantEvents;",
+            [&](sqlite3_stmt* row)
+            {
+                if (const std::string type = Text(row, 0); !IsEventType(type))
+                    types.insert(type);
+            });
+    return types;
+}
+
+void Count(sqlite3* db, const std::string& table, const std::vector<std::string>& columns, PlantFileInspection& found)
+{
+    constexpr std::string_view suffix = "Date";
+    std::string sql = "SELECT COUNT(1)"; // COUNT(*) would run through pages in circles without looking up
+    for (const std::string& column : columns)
+        if (column.size() > suffix.size() && column.substr(column.size() - suffix.size()) == suffix)
+            sql.append(",MIN(NULLIF(").append(column).append(",'')),MAX(").append(column).append(")");
+    ForEach(db, "reading " + table, sql + " FROM " + table + " NOT INDEXED;",
+            [&](sqlite3_stmt* row)
+            {
+                found.Tables.push_back({table, sqlite3_column_int64(row, 0)});
+                for (int column = 1; column < sqlite3_column_count(row); ++column)
+                {
+                    const std::string date = Text(row, column);
+                    if (!date.empty() && (found.FirstDate.empty() || date < found.FirstDate))
+                        found.FirstDate = date;
+                    found.LastDate = std::max(found.LastDate, date);
+                }
+            });
+}
+
+void Look(sqlite3* db, PlantFileInspection& found)
+{
+    Comparison schema = Compare(db);
+    if (schema.Reasons.empty() && !schema.EventTable.empty())
+        for (const std::string& type : UnknownEventTypes(db, schema.EventTable))
+            schema.Reasons.push_back("The event type " + Quoted(type) + " is not ours.");
+    found.Kind = schema.Reasons.empty() ? schema.Kind : PlantFileKind::Foreign;
+    found.Reasons = std::move(schema.Reasons);
+    if (found.Kind == PlantFileKind::Older)
+        found.Steps = std::move(schema.Steps);
+    if (found.Kind == PlantFileKind::Older || found.Kind == PlantFileKind::Current)
+        for (const auto& [table, columns] : schema.Tables)
+            Count(db, table, columns, found);
+}
+
+// What a file is whose reading failed, as the handler of that knows it.
+PlantFileKind KindOf(const Failure& failure)
+{
+    switch (failure.Code)
+    {
+    case SQLITE_BUSY:
+        return PlantFileKind::Locked;
+    case SQLITE_READONLY:
+        return PlantFileKind::Interrupted;
+    case SQLITE_NOTADB:
+        return PlantFileKind::NotADatabase;
+    case SQLITE_CORRUPT:
+    case SQLITE_ERROR:     // a format or a schema that this SQLite does not understand
+    case SQLITE_INTERRUPT: // out of patience
+        return PlantFileKind::Damaged;
+    default:
+        throw;
+    }
+}
+
+} // namespace
+
+PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out)
+{
+    PlantFileInspection found;
+    const auto inspect = [&]
+    {
+        const std::filesystem::path file = FileAt(path);
+        const std::int64_t bytes = SizeOf(file);
+        try
+        {
+            if (bytes > 0)
+                Look(Connection(file, SQLITE_OPEN_READONLY).DB, found);
+            else if (bytes == 0)
+                found.Kind = PlantFileKind::Empty;
+        }
+        catch (const Failure& failure)
+        {
+            found = {};
+            found.Kind = KindOf(failure);
+            if (found.Kind == PlantFileKind::Damaged)
+                found.Reasons = {failure.Step + ": " + failure.Reason + '.'};
+        }
+        found.Bytes = std::max<std::int64_t>(bytes, 0);
+    };
+    PlantFileResult result = Attempt(path, inspect);
+    out = result ? std::move(found) : PlantFileInspection();
+    return result;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// What is wrong in a journal
+
+namespace
+{
+
+void RequireJournal(PlantFileKind kind, const std::vector<std::string>& reasons)
+{
+    if (kind == PlantFileKind::Empty)
+        Fail(ReadingSchema, "it is no journal, it has no table");
+    if (kind == PlantFileKind::Foreign)
+        Fail(ReadingSchema, "it is no journal of ours: " + reasons.front());
+}
+
+// Tells each line of SQLite's check of the whole file.
+template <typename Tell> void FindDamage(sqlite3* db, const Tell& tell)
+{
+    constexpr const char* step = "checking the file";
+    ForEach(db, step, "PRAGMA integrity_check;",
+            [&](sqlite3_stmt* row)
+            {
+                std::istringstream lines(Text(row, 0));
+                for (std::string line; std::getline(lines, line);)
+                {
+                    if (line.find("unable to get the page") != std::string::npos) // for lack of memory, or the disk's
+                        Fail(step, line);
+                    if (line != "ok" && line.substr(0, 3) != "***") // which is a heading
+                        tell(line);
+                }
+            });
+}
+
+// Checks one thing after the other, in one transaction.
+struct Checker
+{
+    sqlite3* DB;
+    std::vector<PlantFileFinding>& Findings;
+
+    void Find(PlantFindingKind kind, const std::string& table, std::int64_t id, const std::string& description) const
+    {
+        Findings.push_back({kind, table, id, description});
+    }
+
+    template <typename Read> void ForEach(const std::string& table, const std::string& sql, const Read& read) const
+    {
+        ::ForEach(DB, "checking " + table, sql, read);
+    }
+
+    void Structure() const
+    {
+        FindDamage(DB, [&](const std::string& line) { Find(PlantFindingKind::Damage, "", 0, line + '.'); });
+    }
+
+    // Links to mothers and events have kinds of their own.
+    void ForeignKeys() const
+    {
+        ::ForEach(DB, "checking the foreign keys", "PRAGMA foreign_key_check;",
+                  [&](sqlite3_stmt* row)
+                  {
+                      const std::string table = Text(row, 0);
+                      const std::string parent = Text(row, 2);
+                      if (table != parent && parent != "PlantEvents")
+                          Find(PlantFindingKind::ForeignKey, table, sqlite3_column_int64(row, 1),
+                               "It refers to a row of " + parent + " that does not exist.");
+                  });
+    }
+
+    template <typename Enum>
+    void Names(const std::string& table, const std::string& column, Enum (*fromName)(const std::string&),
+               const char* (*nameOf)(Enum)) const
+    {
+        ForEach(table, "SELECT ID," + column + " FROM " + table + ';',
+                [&](sqlite3_stmt* row)
+                {
+                    const std::string name = Text(row, 1);
+                    const std::string read = nameOf(fromName(name));
+                    if (read != name)
+                        Find(PlantFindingKind::UnknownName, table, sqlite3_column_int64(row, 0),
+                             "Its " + column + ' ' + Quoted(name) + " has no meaning and reads as " + Quoted(read) +
+                                 '.');
+                });
+    }
+
+    void Severities() const
+    {
+        ForEach("PlantHealthObservations",
+                "SELECT ID,Severity FROM PlantHealthObservations WHERE COALESCE(Severity,0) NOT BETWEEN 1 AND 5;",
+                [&](sqlite3_stmt* row)
+                {
+                    Find(PlantFindingKind::Severity, "PlantHealthObservations", sqlite3_column_int64(row, 0),
+                         "Its severity " + Quoted(Text(row, 1)) + " is not from 1 to 5.");
+                });
+    }
+
+    void Mothers() const
+    {
+        std::vector<std::int64_t> clones;
+        std::unordered_map<std::int64_t, std::int64_t> mothers;
+        ForEach("Plants", "SELECT ID,MotherPlantID FROM Plants WHERE MotherPlantID IS NOT NULL ORDER BY ID;",
+                [&](sqlite3_stmt* row)
+                {
+                    clones.push_back(sqlite3_column_int64(row, 0));
+                    mothers[clones.back()] = sqlite3_column_int64(row, 1);
+                });
+        ForEach("Plants",
+                "SELECT ID,MotherPlantID FROM Plants WHERE MotherPlantID NOT IN (SELECT ID FROM Plants) ORDER BY ID;",
+                [&](sqlite3_stmt* row)
+                {
+                    Find(PlantFindingKind::MissingMother, "Plants", sqlite3_column_int64(row, 0),
+                         "Its mother, row " + Text(row, 1) + ", does not exist.");
+                });
+
+        std::unordered_map<std::int64_t, std::int64_t> walks; // from which clone the walk came that came by first
+        for (const std::int64_t clone : clones)
+        {
+            std::int64_t current = clone;
+            while (mothers.count(current) != 0 && walks.emplace(current, clone).second)
+                current = mothers[current];
+            if (mothers.count(current) == 0 || walks[current] != clone)
+                continue;
+            const std::int64_t first = current; // this walk came by it twice
+            do
+            {
+                Find(PlantFindingKind::LineageCycle, "Plants", current, "It descends from itself.");
+                current = mothers[current];
+            } while (current != first);
+        }
+    }
+
+    void Strains() const
+    {
+        ForEach("Plants",
+                "SELECT ID,Strain FROM Plants WHERE Strain<>'' AND "
+                "Strain NOT IN (SELECT Name FROM Strains WHERE Name IS NOT NULL) ORDER BY ID;",
+                [&](sqlite3_stmt* row)
+                {
+                    Find(PlantFindingKind::MissingStrain, "Plants", sqlite3_column_int64(row, 0),
+                         "Its strain " + Quoted(Text(row, 1)) + " does not exist.");
+                });
+    }
+
+    // The row begins with the owner's ID, its link, and the event's ID, plant, date, type and details.
+    void Event(sqlite3_stmt* row, const std::string& table, const PlantEvent& due) const
+    {
+        const std::int64_t id = sqlite3_column_int64(row, 0);
+        if (sqlite3_column_type(row, 2) == SQLITE_NULL)
+        {
+            const std::string link = Text(row, 1);
+            Find(PlantFindingKind::MissingEvent, table, id,
+                 link.empty() ? "It has no event." : "Its event, row " + link + ", does not exist.");
+            return;
+        }
+        std::string differences;
+        const auto compare = [&](const char* what, int column, const std::string& text)
+        {
+            if (Text(row, column) != text)
+                differences += differences.empty() ? what : std::string(" and ") + what;
+        };
+        compare("plant", 3, due.PlantUUID);
+        compare("date", 4, due.EventDate);
+        compare("type", 5, PlantEventTypeName(due.Type));
+        compare("details", 6, due.Details);
+        if (!differences.empty())
+            Find(PlantFindingKind::EventDiffers, table, id,
+                 "Its event, row " + Text(row, 1) + ", differs in " + differences + '.');
+    }
+
+    void CareEvents() const
+    {
+        PlantDatabase none; // composing needs no file
+        const PlantRepository composer(none);
+        ForEach("PlantCareEntries",
+                "SELECT o.ID,o.TimelineEventID,e.ID,e.PlantUUID,e.EventDate,e.EventType,e.Details,o.PlantUUID,"
+                "o.CareDate,o.Action,o.Product,o.AmountMl,o.EC,o.PH,o.RunoffMl,o.Notes "
+                "FROM PlantCareEntries o LEFT JOIN PlantEvents e ON e.ID=o.TimelineEventID;",
+                [&](sqlite3_stmt* row)
+                {
+                    PlantCareEntry entry;
+                    entry.Action = PlantCareActionFromName(Text(row, 9));
+                    entry.Product = Text(row, 10);
+                    entry.AmountMl = sqlite3_column_double(row, 11);
+                    entry.EC = sqlite3_column_double(row, 12);
+                    entry.PH = sqlite3_column_double(row, 13);
+                    entry.RunoffMl = sqlite3_column_double(row, 14);
+                    entry.Notes = Text(row, 15);
+                    Event(row, "PlantCareEntries",
+                          {0, Text(row, 7), Text(row, 8),
+                           entry.Action == PlantCareAction::Feed ? PlantEventType::Feed : PlantEventType::Water,
+                           composer.CareTimelineDetails(entry)});
+                });
+    }
+
+    // A harvest's details are composed only when it is saved: each is saved to another journal, and read back.
+    void HarvestEvents(bool withSeedYield) const
+    {
+        PlantDatabase journal;
+        PlantRepository repository(journal);
+        Plant plant;
+        std::string error;
+        const auto require = [&](bool done)
+        {
+            if (!done)
+                Fail("composing the details of a harvest", sqlite3_errmsg(journal.NativeHandle()));
+        };
+        require(journal.Open(":memory:") && repository.CreatePlant(plant));
+        HarvestRecord record;
+        ForEach("HarvestRecords",
+                std::string("SELECT o.ID,o.TimelineEventID,e.ID,e.PlantUUID,e.EventDate,e.EventType,e.Details,"
+                            "o.PlantUUID,o.HarvestDate,o.WetWeightG,o.DryWeightG,o.QualityRating,o.CureOutcome,"
+                            "o.Notes,") +
+                    (withSeedYield ? "o.SeedYield" : "0") +
+                    " FROM HarvestRecords o LEFT JOIN PlantEvents e ON e.ID=o.TimelineEventID;",
+                [&](sqlite3_stmt* row)
+                {
+                    record.WetWeightG = sqlite3_column_double(row, 9);
+                    record.DryWeightG = sqlite3_column_double(row, 10);
+                    record.QualityRating = sqlite3_column_double(row, 11);
+                    record.CureOutcome = Text(row, 12);
+                    record.Notes = Text(row, 13);
+                    record.SeedYield = sqlite3_column_int(row, 14);
+                    require(repository.SaveHarvestRecord(plant, record));
+                    PlantEvent due{0, Text(row, 7), Text(row, 8), PlantEventType::Harvest, {}};
+                    ::ForEach(journal.NativeHandle(), "composing the details of a harvest",
+                              "SELECT Details FROM PlantEvents;",
+                              [&](sqlite3_stmt* event) { due.Details = Text(event, 0); });
+                    Event(row, "HarvestRecords", due);
+                });
+    }
+
+    // The photos, to be looked for when others may write again: a slow disk must not hold them up.
+    std::vector<PlantPhoto> Photos() const
+    {
+        std::vector<PlantPhoto> photos;
+        ForEach("PlantPhotos", "SELECT ID,FilePath FROM PlantPhotos;",
+                [&](sqlite3_stmt* row)
+                {
+                    PlantPhoto& photo = photos.emplace_back();
+                    photo.ID = sqlite3_column_int64(row, 0);
+                    photo.FilePath = Text(row, 1);
+                });
+        return photos;
+    }
+};
+
+std::vector<PlantPhoto> Check(sqlite3* db, std::vector<PlantFileFinding>& findings)
+{
+    const Comparison schema = Compare(db);
+    RequireJournal(schema.Kind, schema.Reasons);
+    const auto has = [&](std::initializer_list<const char*> tables)
+    { return std::all_of(tables.begin(), tables.end(), [&](const char* table) { return schema.HasTable(table); }); };
+
+    const Checker check{db, findings};
+    check.Structure();
+    check.ForeignKeys();
+    if (has({"Plants"}))
+        check.Names("Plants", "Stage", PlantStageFromName, PlantStageName);
+    if (schema.HasColumn("Plants", "Sex"))
+        check.Names("Plants", "Sex", PlantSexFromName, PlantSexName);
+    if (has({"PlantEvents"}))
+        check.Names("PlantEvents", "EventType", PlantEventTypeFromName, PlantEventTypeName);
+    if (has({"PlantCareEntries"}))
+        check.Names("PlantCareEntries", "Action", PlantCareActionFromName, PlantCareActionName);
+    if (has({"PlantJournalEntries"}))
+        check.Names("PlantJournalEntries", "Type", PlantJournalTypeFromName, PlantJournalTypeName);
+    if (has({"PlantHealthObservations"}))
+        check.Severities();
+    if (has({"Plants"}))
+        check.Mothers();
+    if (has({"Plants", "Strains"}))
+        check.Strains();
+    if (has({"PlantCareEntries", "PlantEvents"}))
+        check.CareEvents();
+    if (has({"HarvestRecords", "PlantEvents"}))
+        check.HarvestEvents(schema.HasColumn("HarvestRecords", "SeedYield"));
+    return has({"PlantPhotos"}) ? check.Photos() : std::vector<PlantPhoto>();
+}
+
+void LookForFile(const PlantPhoto& photo, const std::filesystem::path& directory,
+                 std::vector<PlantFileFinding>& findings)
+{
+    std::error_code error;
+    const std::string path = photo.FilePath.substr(0, photo.FilePath.find('\0')); // as far as it is read
+    if (std::filesystem::is_regular_file(directory / std::filesystem::u8path(path), error))
+        return;
+    findings.push_back(
+        {PlantFindingKind::MissingPhotoFile, "PlantPhotos", photo.ID,
+         "Its file " + Quoted(path) + " cannot be found: " + (error ? error.message() : "that is no file") + '.'});
+}
+
+} // namespace
+
+PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFileFinding>& out)
+{
+    std::vector<PlantFileFinding> findings;
+    const auto check = [&]
+    {
+        const std::filesystem::path file = FileAt(path);
+        const std::vector<PlantPhoto> photos = Check(Connection(file, SQLITE_OPEN_READONLY).DB, findings);
+        for (const PlantPhoto& photo : photos)
+            LookForFile(photo, file.parent_path(), findings);
+    };
+    PlantFileResult result = Attempt(path, check);
+    out = std::move(findings);
+    return result;
+}
