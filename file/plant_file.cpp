@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <initializer_list>
 #include <memory>
@@ -16,7 +19,10 @@
 #include <unordered_map>
 #include <utility>
 
+#include <dirent.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Names
@@ -75,6 +81,13 @@ struct Failure
     throw Failure{code, step, sqlite3_errmsg(db)};
 }
 
+// The system's calls: they leave their reason in errno.
+void Require(bool done, const char* step)
+{
+    if (!done)
+        Fail(step, std::generic_category().message(errno));
+}
+
 template <typename Work> PlantFileResult Attempt(const std::string& file, const Work& work)
 {
     try
@@ -115,6 +128,8 @@ std::int64_t SizeOf(const std::filesystem::path& file)
 struct Closer
 {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+    void operator()(sqlite3_backup* backup) const { sqlite3_backup_finish(backup); }
+    void operator()(DIR* directory) const { closedir(directory); }
 };
 
 void Execute(sqlite3* db, const std::string& step, const char* sql)
@@ -761,4 +776,139 @@ PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFil
     PlantFileResult result = Attempt(path, check);
     out = std::move(findings);
     return result;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Backup
+
+namespace
+{
+
+// A new file, which is removed again.
+struct TemporaryFile
+{
+    std::string Name;
+    int Descriptor;
+
+    explicit TemporaryFile(std::string name) : Name(std::move(name)), Descriptor(mkstemp(Name.data()))
+    {
+        Require(Descriptor != -1, "making a file beside it");
+    }
+    ~TemporaryFile()
+    {
+        close(Descriptor);
+        unlink(Name.c_str());
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+};
+
+void RequirePlaceFor(const std::filesystem::path& source, const std::filesystem::path& destination,
+                     PlantBackUpMode mode)
+{
+    constexpr const char* step = "looking at what is there";
+    const std::int64_t bytes = SizeOf(destination);
+    if (bytes != NoFile && std::filesystem::equivalent(source, destination))
+        Fail(step, "it is the source");
+    if (bytes != NoFile && mode == PlantBackUpMode::Keep)
+        Fail(step, "it exists");
+    for (const char* suffix : {"-journal", "-wal"})
+        if (std::filesystem::exists(destination.u8string() + suffix))
+            Fail(step, std::string("a ") + suffix + " lies beside it, which would be taken for the copy's");
+}
+
+void Copy(sqlite3* source, const std::filesystem::path& destination, const std::string& step,
+          const PlantBackUpProgress& progress)
+{
+    constexpr int pages = 256;
+    constexpr int enough = 3;
+    const Connection copy(destination, SQLITE_OPEN_READWRITE);
+    // There is nothing to take back: what is not done is removed. All of it is synced at the end.
+    Execute(copy.DB, step, "PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF;");
+    const std::unique_ptr<sqlite3_backup, Closer> backup(sqlite3_backup_init(copy.DB, "main", source, "main"));
+    if (backup == nullptr)
+        Fail(copy.DB, step);
+    int result = SQLITE_OK;
+    int beginnings = 0;
+    for (std::int64_t before = 0; result != SQLITE_DONE;)
+    {
+        result = sqlite3_backup_step(backup.get(), beginnings < enough ? pages : -1);
+        if (result != SQLITE_OK && result != SQLITE_DONE)
+            Fail(step, sqlite3_errstr(result));
+        const std::int64_t total = sqlite3_backup_pagecount(backup.get());
+        const std::int64_t done = total - sqlite3_backup_remaining(backup.get());
+        if (done <= before) // another wrote, and SQLite began anew
+            ++beginnings;
+        before = done;
+        if (progress && !progress(done, total))
+            Fail(step, "interrupted");
+    }
+}
+
+// What has odd rows is worth keeping, too; a file that cannot be read to its end must not take the place of one that
+// can.
+void RequireSoundCopy(const std::filesystem::path& file)
+{
+    const Connection copy(file, SQLITE_OPEN_READONLY);
+    PlantFileInspection found;
+    Look(copy.DB, found);
+    RequireJournal(found.Kind, found.Reasons);
+    Execute(copy.DB, "checking the copy", "PRAGMA ignore_check_constraints=ON;");
+    FindDamage(copy.DB, [](const std::string& line) { Fail("checking the copy", "the journal is damaged: " + line); });
+}
+
+void GiveName(const std::string& name, const std::filesystem::path& destination, PlantBackUpMode mode)
+{
+    constexpr const char* step = "giving the copy its name";
+    const std::string to = destination.u8string();
+    const std::unique_ptr<DIR, Closer> directory(opendir(destination.parent_path().u8string().c_str()));
+    Require(directory != nullptr, step);
+    if (mode == PlantBackUpMode::Overwrite)
+        Require(std::rename(name.c_str(), to.c_str()) == 0, step);
+    else if (link(name.c_str(), to.c_str()) != 0)
+    {
+        // Where the file system knows no links, the name is taken by an empty file first, which fails if there is any.
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> empty(std::fopen(to.c_str(), "wbx"), std::fclose);
+        Require(empty != nullptr, step);
+        if (std::rename(name.c_str(), to.c_str()) != 0)
+        {
+            const std::string reason = std::generic_category().message(errno);
+            unlink(to.c_str());
+            Fail(step, reason);
+        }
+    }
+    Require(fsync(dirfd(directory.get())) == 0, "syncing the directory");
+}
+
+} // namespace
+
+PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string& destination,
+                                    const PlantBackUpProgress& progress, PlantBackUpMode mode)
+{
+    std::filesystem::path from;
+    std::unique_ptr<const Connection> journal;
+    const auto open = [&]
+    {
+        from = FileAt(source);
+        journal = std::make_unique<const Connection>(from, SQLITE_OPEN_READWRITE);
+        PlantFileInspection found;
+        Look(journal->DB, found);
+        RequireJournal(found.Kind, found.Reasons);
+        Execute(journal->DB, ReadingSchema, "COMMIT;");
+    };
+    const auto backUp = [&]
+    {
+        const std::filesystem::path to = std::filesystem::weakly_canonical(FileAt(destination));
+        RequirePlaceFor(from, to, mode);
+        const TemporaryFile copy(to.u8string() + ".part-XXXXXX");
+        Copy(journal->DB, copy.Name, "copying " + source, progress);
+        RequireSoundCopy(copy.Name);
+        const auto permissions = std::filesystem::status(from).permissions();
+        Require(fchmod(copy.Descriptor, static_cast<mode_t>(permissions)) == 0 && fsync(copy.Descriptor) == 0,
+                "syncing the copy");
+        RequirePlaceFor(from, to, mode); // which may have changed meanwhile
+        GiveName(copy.Name, to, mode);
+    };
+    PlantFileResult result = Attempt(source, open);
+    return result ? Attempt(destination, backUp) : result;
 }
