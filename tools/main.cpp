@@ -66,9 +66,19 @@ int Run(const std::vector<std::string>& arguments, int argc, char** argv)
         {
             program.parse(argc, argv);
         }
-        catch (const CLI::ParseError& mistake)
+        catch (const CLI::RequiredError& mistake)
         {
-            return program.exit(mistake) == 0 ? 0 : 2;
+            // A word that nobody knows is the mistake, not the want of what it may have been meant for.
+            if (const std::vector<std::string> unknown = program.remaining(true); !unknown.empty())
+                program.exit(CLI::ExtrasError(unknown));
+            else
+                program.exit(mistake);
+            return 2;
+        }
+        catch (const CLI::ParseError& mistake) // help and the version, too
+        {
+            if (program.exit(mistake) != 0)
+                return 2;
         }
     if (!std::cout.flush())
         throw Refusal("the output cannot be written");
