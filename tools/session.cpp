@@ -161,6 +161,8 @@ void Session::Require(bool done, const std::string& what) const
     std::string message = Path() + ": " + what;
     if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE)
         message += std::string(": ") + sqlite3_errmsg(Connection());
+    if (sqlite3_extended_errcode(Connection()) == SQLITE_CONSTRAINT_UNIQUE)
+        message += "; there is one already, so it has to be another";
     if (code == SQLITE_BUSY)
         message += "; another program is writing, try again when it is done";
     if (code == SQLITE_READONLY)
