@@ -4,6 +4,7 @@
 #include <clocale>
 #include <iostream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -99,7 +100,12 @@ int main(int argc, char** argv)
     catch (const std::exception& error)
     {
         std::cout.flush();
-        std::cerr << "plantjournal: " << error.what() << '\n';
+        std::istringstream lines(error.what());
+        std::string line;
+        std::getline(lines, line);
+        std::cerr << "plantjournal: " << Printable(line) << '\n'; // it may hold texts of the journal
+        while (std::getline(lines, line))
+            std::cerr << Printable(line) << '\n';
         return 1;
     }
 }
