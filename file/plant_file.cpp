@@ -88,21 +88,33 @@ void Require(bool done, const char* step)
         Fail(step, std::generic_category().message(errno));
 }
 
-template <typename Work> PlantFileResult Attempt(const std::string& file, const Work& work)
+// Makes a failure of <filesystem> one of ours.
+void WithFiles(const std::function<void()>& work)
 {
+    std::error_code error;
     try
     {
-        work();
-        return {};
-    }
-    catch (const Failure& failure)
-    {
-        return {file + ": " + failure.Step + ": " + failure.Reason};
+        return work();
     }
     catch (const std::filesystem::filesystem_error& failure)
     {
-        return {file + ": finding it: " + failure.code().message()};
+        error = failure.code();
     }
+    Fail("finding it", error.message());
+}
+
+PlantFileResult Attempt(const std::string& file, const std::function<void()>& work)
+{
+    PlantFileResult result;
+    try
+    {
+        WithFiles(work);
+    }
+    catch (const Failure& failure)
+    {
+        result.Error = file + ": " + failure.Step + ": " + failure.Reason;
+    }
+    return result;
 }
 
 // An absolute path can be no URI and nothing else that has a meaning to SQLite.
@@ -277,7 +289,8 @@ bool KeepsWriteAheadLog(sqlite3* db)
     sqlite3_file_control(db, nullptr, SQLITE_FCNTL_FILE_POINTER, &file);
     std::array<char, 2> versions{};
     file->pMethods->xRead(file, versions.data(), 2, 18); // what cannot be read will be missed soon enough
-    return Contains(versions, 2) || std::filesystem::exists(std::string(sqlite3_db_filename(db, "main")) + "-wal");
+    const std::filesystem::path log = std::string(sqlite3_db_filename(db, "main")) + "-wal";
+    return Contains(versions, 2) || std::filesystem::exists(log);
 }
 
 // A file held against a new journal.
@@ -391,12 +404,15 @@ void Count(sqlite3* db, const std::string& table, const std::vector<std::string>
     constexpr std::string_view suffix = "Date";
     std::string sql = "SELECT COUNT(1)"; // COUNT(*) would run through pages in circles without looking up
     for (const std::string& column : columns)
-        if (column.size() > suffix.size() && column.substr(column.size() - suffix.size()) == suffix)
+        if (column.size() > suffix.size() && column.compare(column.size() - suffix.size(), suffix.size(), suffix) == 0)
             sql.append(",MIN(NULLIF(").append(column).append(",'')),MAX(").append(column).append(")");
-    ForEach(db, "reading " + table, sql + " FROM " + table + " NOT INDEXED;",
+    sql += " FROM " + table + " NOT INDEXED;"; // an index may be whole where its table is not
+    ForEach(db, "reading " + table, sql,
             [&](sqlite3_stmt* row)
             {
-                found.Tables.push_back({table, sqlite3_column_int64(row, 0)});
+                PlantFileTable& counted = found.Tables.emplace_back();
+                counted.Name = table;
+                counted.Rows = sqlite3_column_int64(row, 0);
                 for (int column = 1; column < sqlite3_column_count(row); ++column)
                 {
                     const std::string date = Text(row, column);
@@ -463,7 +479,7 @@ PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspectio
             found = {};
             found.Kind = KindOf(failure);
             if (found.Kind == PlantFileKind::Damaged)
-                found.Reasons = {failure.Step + ": " + failure.Reason + '.'};
+                found.Reasons.push_back(failure.Step + ": " + failure.Reason + '.');
         }
         found.Bytes = std::max<std::int64_t>(bytes, 0);
     };
@@ -486,8 +502,14 @@ void RequireJournal(PlantFileKind kind, const std::vector<std::string>& reasons)
         Fail(ReadingSchema, "it is no journal of ours: " + reasons.front());
 }
 
-// Tells each line of SQLite's check of the whole file.
-template <typename Tell> void FindDamage(sqlite3* db, const Tell& tell)
+void Find(std::vector<PlantFileFinding>& findings, PlantFindingKind kind, const std::string& table, std::int64_t id,
+          const std::string& description)
+{
+    findings.push_back({kind, table, id, description});
+}
+
+// SQLite's check of the whole file.
+void FindDamage(sqlite3* db, std::vector<PlantFileFinding>& findings)
 {
     constexpr const char* step = "checking the file";
     ForEach(db, step, "PRAGMA integrity_check;",
@@ -498,8 +520,8 @@ template <typename Tell> void FindDamage(sqlite3* db, const Tell& tell)
                 {
                     if (line.find("unable to get the page") != std::string::npos) // for lack of memory, or the disk's
                         Fail(step, line);
-                    if (line != "ok" && line.substr(0, 3) != "***") // which is a heading
-                        tell(line);
+                    if (line != "ok" && line.compare(0, 3, "***") != 0) // which is a heading
+                        Find(findings, PlantFindingKind::Damage, "", 0, line + '.');
                 }
             });
 }
@@ -512,17 +534,12 @@ struct Checker
 
     void Find(PlantFindingKind kind, const std::string& table, std::int64_t id, const std::string& description) const
     {
-        Findings.push_back({kind, table, id, description});
+        ::Find(Findings, kind, table, id, description);
     }
 
     template <typename Read> void ForEach(const std::string& table, const std::string& sql, const Read& read) const
     {
         ::ForEach(DB, "checking " + table, sql, read);
-    }
-
-    void Structure() const
-    {
-        FindDamage(DB, [&](const std::string& line) { Find(PlantFindingKind::Damage, "", 0, line + '.'); });
     }
 
     // Links to mothers and events have kinds of their own.
@@ -617,18 +634,19 @@ struct Checker
     void Event(sqlite3_stmt* row, const std::string& table, const PlantEvent& due) const
     {
         const std::int64_t id = sqlite3_column_int64(row, 0);
+        const std::string link = Text(row, 1);
+        if (link.empty())
+            return Find(PlantFindingKind::MissingEvent, table, id, "It has no event.");
         if (sqlite3_column_type(row, 2) == SQLITE_NULL)
-        {
-            const std::string link = Text(row, 1);
-            Find(PlantFindingKind::MissingEvent, table, id,
-                 link.empty() ? "It has no event." : "Its event, row " + link + ", does not exist.");
-            return;
-        }
+            return Find(PlantFindingKind::MissingEvent, table, id, "Its event, row " + link + ", does not exist.");
         std::string differences;
         const auto compare = [&](const char* what, int column, const std::string& text)
         {
-            if (Text(row, column) != text)
-                differences += differences.empty() ? what : std::string(" and ") + what;
+            if (Text(row, column) == text)
+                return;
+            if (!differences.empty())
+                differences += " and ";
+            differences += what;
         };
         compare("plant", 3, due.PlantUUID);
         compare("date", 4, due.EventDate);
@@ -636,7 +654,7 @@ struct Checker
         compare("details", 6, due.Details);
         if (!differences.empty())
             Find(PlantFindingKind::EventDiffers, table, id,
-                 "Its event, row " + Text(row, 1) + ", differs in " + differences + '.');
+                 "Its event, row " + link + ", differs in " + differences + '.');
     }
 
     void CareEvents() const
@@ -657,10 +675,12 @@ struct Checker
                     entry.PH = sqlite3_column_double(row, 13);
                     entry.RunoffMl = sqlite3_column_double(row, 14);
                     entry.Notes = Text(row, 15);
-                    Event(row, "PlantCareEntries",
-                          {0, Text(row, 7), Text(row, 8),
-                           entry.Action == PlantCareAction::Feed ? PlantEventType::Feed : PlantEventType::Water,
-                           composer.CareTimelineDetails(entry)});
+                    PlantEvent due;
+                    due.PlantUUID = Text(row, 7);
+                    due.EventDate = Text(row, 8);
+                    due.Type = entry.Action == PlantCareAction::Feed ? PlantEventType::Feed : PlantEventType::Water;
+                    due.Details = composer.CareTimelineDetails(entry);
+                    Event(row, "PlantCareEntries", due);
                 });
     }
 
@@ -670,13 +690,13 @@ struct Checker
         PlantDatabase journal;
         PlantRepository repository(journal);
         Plant plant;
-        std::string error;
         const auto require = [&](bool done)
         {
             if (!done)
                 Fail("composing the details of a harvest", sqlite3_errmsg(journal.NativeHandle()));
         };
-        require(journal.Open(":memory:") && repository.CreatePlant(plant));
+        require(journal.Open(":memory:"));
+        require(repository.CreatePlant(plant));
         HarvestRecord record;
         ForEach("HarvestRecords",
                 std::string("SELECT o.ID,o.TimelineEventID,e.ID,e.PlantUUID,e.EventDate,e.EventType,e.Details,"
@@ -693,7 +713,10 @@ struct Checker
                     record.Notes = Text(row, 13);
                     record.SeedYield = sqlite3_column_int(row, 14);
                     require(repository.SaveHarvestRecord(plant, record));
-                    PlantEvent due{0, Text(row, 7), Text(row, 8), PlantEventType::Harvest, {}};
+                    PlantEvent due;
+                    due.PlantUUID = Text(row, 7);
+                    due.EventDate = Text(row, 8);
+                    due.Type = PlantEventType::Harvest;
                     ::ForEach(journal.NativeHandle(), "composing the details of a harvest",
                               "SELECT Details FROM PlantEvents;",
                               [&](sqlite3_stmt* event) { due.Details = Text(event, 0); });
@@ -724,7 +747,7 @@ std::vector<PlantPhoto> Check(sqlite3* db, std::vector<PlantFileFinding>& findin
     { return std::all_of(tables.begin(), tables.end(), [&](const char* table) { return schema.HasTable(table); }); };
 
     const Checker check{db, findings};
-    check.Structure();
+    FindDamage(db, findings);
     check.ForeignKeys();
     if (has({"Plants"}))
         check.Names("Plants", "Stage", PlantStageFromName, PlantStageName);
@@ -756,9 +779,11 @@ void LookForFile(const PlantPhoto& photo, const std::filesystem::path& directory
     const std::string path = photo.FilePath.substr(0, photo.FilePath.find('\0')); // as far as it is read
     if (std::filesystem::is_regular_file(directory / std::filesystem::u8path(path), error))
         return;
-    findings.push_back(
-        {PlantFindingKind::MissingPhotoFile, "PlantPhotos", photo.ID,
-         "Its file " + Quoted(path) + " cannot be found: " + (error ? error.message() : "that is no file") + '.'});
+    std::string reason = "that is no file";
+    if (error)
+        reason = error.message();
+    Find(findings, PlantFindingKind::MissingPhotoFile, "PlantPhotos", photo.ID,
+         "Its file " + Quoted(path) + " cannot be found: " + reason + '.');
 }
 
 } // namespace
@@ -854,7 +879,10 @@ void RequireSoundCopy(const std::filesystem::path& file)
     Look(copy.DB, found);
     RequireJournal(found.Kind, found.Reasons);
     Execute(copy.DB, "checking the copy", "PRAGMA ignore_check_constraints=ON;");
-    FindDamage(copy.DB, [](const std::string& line) { Fail("checking the copy", "the journal is damaged: " + line); });
+    std::vector<PlantFileFinding> damages;
+    FindDamage(copy.DB, damages);
+    if (!damages.empty())
+        Fail("checking the copy", "the journal is damaged: " + damages.front().Description);
 }
 
 void GiveName(const std::string& name, const std::filesystem::path& destination, PlantBackUpMode mode)

@@ -76,6 +76,13 @@ extern "C"
     {
         return Call<int(int)>("fsync", file);
     }
+    sqlite3_backup* sqlite3_backup_init(sqlite3* to, const char* toName, sqlite3* from, const char* fromName)
+    {
+        if (failingNames.contains("sqlite3_backup_init"))
+            return nullptr;
+        return reinterpret_cast<decltype(&sqlite3_backup_init)>(dlsym(RTLD_NEXT, "sqlite3_backup_init"))(
+            to, toName, from, fromName);
+    }
     int fchmod(int file, mode_t mode) noexcept
     {
         return Call<int(int, mode_t)>("fchmod", file, mode);
@@ -608,6 +615,14 @@ TEST_F(BackUpTest, ADirectoryThatCannotBeSyncedIsAnErrorWithTheCopyInPlace)
     }
     ExpectWhole();
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
+TEST_F(BackUpTest, ACopyThatCannotBeginLeavesNothing)
+{
+    const auto before = Scratch.Files();
+    const SystemFailure failure({"sqlite3_backup_init"}, EveryCall);
+    EXPECT_TRUE(BackUp().starts_with(Destination + ": copying " + Path + ": "));
+    EXPECT_TRUE(Scratch.Files() == before);
 }
 
 TEST_F(BackUpTest, WithoutMemoryNothingIsLeft)

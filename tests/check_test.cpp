@@ -50,6 +50,34 @@ std::string ErrorOf(const std::string& path)
     return result.Error;
 }
 
+// Checks a sound journal with one allocation after the other failing: it is an error or an exception, not a finding.
+void ExpectNothingWithoutMemory(const std::string& path)
+{
+    for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
+        for (int number = 1;; number += 1 + number / 50)
+        {
+            std::vector<PlantFileFinding> findings;
+            bool happened = false;
+            PlantFileResult result;
+            try
+            {
+                const AllocationFailure failure(allocator, number);
+                result = CheckPlantDatabase(path, findings);
+                happened = failure.Happened();
+            }
+            catch (const std::bad_alloc&)
+            {
+                happened = true;
+            }
+            EXPECT_EQ(Lines(findings), Texts()) << number;
+            if (!happened)
+            {
+                EXPECT_TRUE(result) << result.Error;
+                break;
+            }
+        }
+}
+
 // A journal with something in every table and nothing wrong.
 class CheckTest : public JournalTest
 {
@@ -75,6 +103,11 @@ class CheckTest : public JournalTest
         EXPECT_TRUE(Scratch.Files() == before) << sql;
         std::erase_if(found, [](const std::string& line) { return line.starts_with("Damage  0: CHECK constraint"); });
         return found;
+    }
+
+    Texts AfterChangeOf(const std::string& event, const std::string& assignments)
+    {
+        return After("UPDATE PlantEvents SET " + assignments + " WHERE ID=" + event + ';');
     }
 
     std::string Value(const std::string& sql) const { return PlainConnection(Path).Value(sql); }
@@ -136,8 +169,7 @@ TEST_F(CheckTest, ADamagedPageIsFoundAndEndsTheCheckWithAnError)
     const int page = std::stoi(Value("SELECT rootpage FROM sqlite_master WHERE name='PlantEvents';"));
     std::fstream(Path, std::ios::in | std::ios::out | std::ios::binary).seekp((page - 1) * 4096L).put('\x7F');
     std::vector<PlantFileFinding> findings;
-    EXPECT_EQ(CheckPlantDatabase(Path, findings).Error,
-              Path + ": checking the file: database disk image is malformed");
+    EXPECT_EQ(CheckPlantDatabase(Path, findings).Error, Path + ": checking the file: database disk image is malformed");
     ASSERT_FALSE(findings.empty());
     EXPECT_EQ(findings.front().Kind, PlantFindingKind::Damage);
     EXPECT_EQ(findings.front().Description.find('\n'), std::string::npos);
@@ -241,24 +273,22 @@ TEST_F(CheckTest, AnOwnerWithoutItsEventIsFoundOnce)
 
 TEST_F(CheckTest, AnEventThatDiffersFromItsOwnerIsFoundWithAllThatDiffers)
 {
-    const std::string other = Value("SELECT UUID FROM Plants WHERE ID=2;");
+    const std::string otherPlant = Value("SELECT UUID FROM Plants WHERE ID=2;");
+    const std::string sound = FileBytes(Path);
     for (const char* table : {"PlantCareEntries", "HarvestRecords"})
     {
         const std::string event = Value("SELECT TimelineEventID FROM "s + table + " WHERE ID=1;");
-        const auto change = [&](const std::string& assignment)
-        {
-            const std::string sound = FileBytes(Path);
-            Texts found = After("UPDATE PlantEvents SET " + assignment + " WHERE ID=" + event + ';');
-            std::ofstream(Path, std::ios::binary) << sound;
-            return found;
-        };
         const std::string begin = "EventDiffers "s + table + " 1: Its event, row " + event + ", differs in ";
-        EXPECT_EQ(change("PlantUUID='" + other + '\''), Texts{begin + "plant."});
-        EXPECT_EQ(change("EventDate='x'"), Texts{begin + "date."});
-        EXPECT_EQ(change("EventType='Note'"), Texts{begin + "type."});
-        EXPECT_EQ(change("Details=Details||' '"), Texts{begin + "details."});
-        EXPECT_EQ(change("EventDate='x',EventType='Note',Details=''"), Texts{begin + "date and type and details."});
-        EXPECT_EQ(After("SELECT 1;"), Texts());
+        const auto expect = [&](const std::string& differences, const std::string& change)
+        {
+            EXPECT_EQ(AfterChangeOf(event, change), Texts{begin + differences});
+            std::ofstream(Path, std::ios::binary) << sound;
+        };
+        expect("plant.", "PlantUUID='" + otherPlant + '\'');
+        expect("date.", "EventDate='x'");
+        expect("type.", "EventType='Note'");
+        expect("details.", "Details=Details||' '");
+        expect("date and type and details.", "EventDate='x',EventType='Note',Details=''");
     }
 }
 
@@ -324,6 +354,21 @@ TEST_F(CheckTest, AKindHasItsName)
 }
 
 // ---- Which files
+
+TEST_F(CheckTest, AJournalInAnotherEncodingIsCheckedAlike)
+{
+    const std::string path = Scratch.File("utf16.db");
+    PlainConnection(path).Execute("PRAGMA encoding='UTF-16'; CREATE TABLE T(X); DROP TABLE T;");
+    ASSERT_TRUE(Database.Open(path));
+    Plant plant = NewPlant("Süßkirsche");
+    HarvestRecord record;
+    record.Notes = "½ l";
+    ASSERT_TRUE(Repository.SaveHarvestRecord(plant, record));
+    Database.Close();
+    ASSERT_EQ(PlainConnection(path).Value("PRAGMA encoding;"), "UTF-16le");
+    EXPECT_EQ(FoundIn(path), Texts());
+    ExpectNothingWithoutMemory(path); // texts are converted, which takes some
+}
 
 TEST_F(CheckTest, EveryOlderFormIsCheckedAndNotChanged)
 {
@@ -473,29 +518,7 @@ TEST_F(CheckTest, AFailingDiskIsAnErrorAndChangesNothing)
 
 TEST_F(CheckTest, WithoutMemoryThereIsAnErrorOrAnException)
 {
-    for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
-        for (int number = 1;; number += 1 + number / 50)
-        {
-            std::vector<PlantFileFinding> findings;
-            bool happened = false;
-            PlantFileResult result;
-            try
-            {
-                const AllocationFailure failure(allocator, number);
-                result = CheckPlantDatabase(Path, findings);
-                happened = failure.Happened();
-            }
-            catch (const std::bad_alloc&)
-            {
-                happened = true;
-            }
-            EXPECT_EQ(Lines(findings), Texts()) << number;
-            if (!happened)
-            {
-                EXPECT_TRUE(result);
-                break;
-            }
-        }
+    ExpectNothingWithoutMemory(Path);
 }
 
 } // namespace

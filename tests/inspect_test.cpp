@@ -76,6 +76,11 @@ class InspectTest : public JournalTest
         EXPECT_TRUE(Scratch.Files() == before) << sql;
         return found;
     }
+    // Sets a column of every row.
+    void Set(const std::string& table, const std::string& column, const std::string& text) const
+    {
+        PlainConnection(Path).Execute("UPDATE " + table + " SET " + column + "='" + text + "';");
+    }
     std::vector<std::string> ReasonsAfter(const std::string& sql)
     {
         const PlantFileInspection found = After(sql);
@@ -156,11 +161,11 @@ TEST_F(InspectTest, EveryDateColumnCounts)
         {
             const std::string first = std::to_string(number);
             const std::string last = std::to_string(9000 - number++);
-            PlainConnection(Path).Execute("UPDATE " + table + " SET " + column + "='" + first + "';");
+            Set(table, column, first);
             EXPECT_EQ(Inspected(Path).FirstDate, first) << column;
-            PlainConnection(Path).Execute("UPDATE " + table + " SET " + column + "='" + last + "';");
+            Set(table, column, last);
             EXPECT_EQ(Inspected(Path).LastDate, last) << column;
-            PlainConnection(Path).Execute("UPDATE " + table + " SET " + column + "='';");
+            Set(table, column, "");
         }
     const PlantFileInspection found = After("SELECT 1;");
     EXPECT_EQ(found.FirstDate, "");

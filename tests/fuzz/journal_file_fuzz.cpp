@@ -2,6 +2,7 @@
 // it must answer: no crash, no leak, nothing left open behind a call.
 
 #include "plant_database.h"
+#include "plant_file.h"
 #include "support/old_files.h"
 #include "support/operations.h"
 #include "support/plain_connection.h"
@@ -236,6 +237,40 @@ bool Open(PlantDatabase& database, const std::string& path)
     return opened;
 }
 
+// Looks at the file from outside, which must change nothing.
+void LookAt(const ScratchDirectory& scratch, const std::string& path)
+{
+    const auto before = scratch.Files();
+    PlantFileInspection inspection;
+    const bool inspected = bool(InspectPlantDatabase(path, inspection));
+    std::vector<PlantFileFinding> findings;
+    const bool checked = bool(CheckPlantDatabase(path, findings));
+    const PlantFileKind kind = inspection.Kind;
+    Require(inspected, "a file that cannot be told");
+    Require(kind == PlantFileKind::Older || inspection.Steps.empty(), "steps without need");
+    Require((kind == PlantFileKind::Foreign || kind == PlantFileKind::Damaged) != inspection.Reasons.empty(),
+            "a reason without need, or none");
+    Require(!checked || kind == PlantFileKind::Current || kind == PlantFileKind::Older ||
+                kind == PlantFileKind::Foreign || kind == PlantFileKind::Damaged,
+            "what is no journal was checked");
+    Require(scratch.Files() == before, "a look changed something");
+}
+
+// A copy is a journal, whatever it is a copy of.
+void BackUp(const ScratchDirectory& scratch, const std::string& path)
+{
+    const std::string copy = scratch.File("copy.db");
+    if (BackUpPlantDatabase(path, copy, {}, PlantBackUpMode::Overwrite))
+    {
+        PlantFileInspection inspection;
+        Require(bool(InspectPlantDatabase(copy, inspection)), "a copy that cannot be told");
+        Require(inspection.Kind == PlantFileKind::Current || inspection.Kind == PlantFileKind::Older,
+                "a copy that is no journal");
+    }
+    std::filesystem::remove(copy);
+    Require(scratch.Files().size() <= 2, "something was left"); // the file and its journal
+}
+
 } // namespace
 
 // libFuzzer's name: https://llvm.org/docs/LibFuzzer.html#fuzz-target
@@ -247,6 +282,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const std::string path = scratch.File("journal.db");
     static const std::vector<Operation> operations = InAnOrderThatLeavesEachSomething();
     WriteFiles(path, Input(data, size));
+    LookAt(scratch, path);
 
     PlantDatabase database;
     if (Open(database, path))
@@ -262,5 +298,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         database.Close();
     }
     Open(database, path);
+    database.Close();
+    LookAt(scratch, path);
+    BackUp(scratch, path);
     return 0;
 }
