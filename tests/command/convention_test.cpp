@@ -1,7 +1,6 @@
 // What every command does alike: help, outputs, statuses, tables, colours, JSON.
 
 #include "support/command.h"
-#include "support/plain_connection.h"
 #include "support/records.h"
 
 #include <chrono>
@@ -360,13 +359,12 @@ TEST_F(CommandConventionTest, WorkLongerThanASecondShowsABarOnATerminalOnly)
     for (const int columns : {80, 0})
     {
         // Whoever backs up has to wait, but not for too long.
-        const PlainConnection other(Journal);
-        other.Execute("BEGIN EXCLUSIVE;");
+        OtherProgram other(Journal, "BEGIN EXCLUSIVE;");
         Surroundings around = Around;
         around.Columns = columns;
         RunningProgram program(Line({"backup", "slow" + std::to_string(columns) + ".db"}), around);
         std::this_thread::sleep_for(std::chrono::milliseconds(1300));
-        other.Execute("COMMIT;");
+        other.Finish();
         const Outcome outcome = program.End();
         EXPECT_EQ(outcome.Status, 0) << outcome.Out << outcome.Error;
         const std::string shown = outcome.Out + outcome.Error;

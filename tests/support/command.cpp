@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <sstream>
@@ -181,9 +180,9 @@ Outcome RunningProgram::End()
     return {status, BytesOf(Out), BytesOf(Error)};
 }
 
-bool Await(const std::function<bool()>& condition)
+bool Await(const std::function<bool()>& condition, std::chrono::milliseconds time)
 {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto end = std::chrono::steady_clock::now() + time;
     while (!condition())
     {
         if (std::chrono::steady_clock::now() > end)
@@ -191,6 +190,26 @@ bool Await(const std::function<bool()>& condition)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
+}
+
+OtherProgram::OtherProgram(const std::string& journal, const std::string& begin)
+    : Child(
+          [&](const ParentProcess& parent)
+          {
+              const PlainConnection connection(journal);
+              connection.Execute("PRAGMA busy_timeout=10000;" + begin);
+              parent.Tell("begun");
+              parent.Await();
+              connection.Execute("COMMIT;");
+          })
+{
+    EXPECT_EQ(Child.Line(), "begun");
+}
+
+void OtherProgram::Finish()
+{
+    Child.GoOn();
+    EXPECT_EQ(Child.End(), "done");
 }
 
 CommandTest::CommandTest()
@@ -207,7 +226,7 @@ CommandTest::CommandTest()
     Around.Environment.push_back("XDG_DATA_HOME=" + Scratch.File("data"));
 }
 
-CommandTest::~CommandTest()
+void CommandTest::TearDown()
 {
     if (!std::filesystem::exists(Journal))
         return;

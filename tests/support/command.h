@@ -1,8 +1,10 @@
 #pragma once
 
 #include "plant_database.h"
+#include "support/child_process.h"
 #include "support/scratch_directory.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -61,8 +63,21 @@ class RunningProgram
     std::string Shown;
 };
 
-// Waits until `condition` holds, for no longer than ten seconds.
-bool Await(const std::function<bool()>& condition);
+// Waits until `condition` holds, but no longer than `time`; gives whether it does.
+bool Await(const std::function<bool()>& condition, std::chrono::milliseconds time = std::chrono::seconds(10));
+
+// Another program that has the journal open: it has begun a transaction by `begin`, and commits it when told.
+// It is a process of its own: the locks of this one would be gone as soon as a test looks at the file's bytes,
+// https://www.sqlite.org/howtocorrupt.html section 2.2.
+class OtherProgram
+{
+  public:
+    OtherProgram(const std::string& journal, const std::string& begin);
+    void Finish();
+
+  private:
+    ChildProcess Child;
+};
 
 // Runs the command as a person does: with a home and a place for data of its own, where there is no journal yet. A
 // journal that is there at the end of a test must pass `check` and have left nothing beside it.
@@ -70,7 +85,7 @@ class CommandTest : public testing::Test
 {
   protected:
     CommandTest();
-    ~CommandTest() override;
+    void TearDown() override;
 
     // The words are what follows the command's name.
     Outcome Run(const Words& words, const std::string& input = {}) const;

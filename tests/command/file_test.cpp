@@ -1,0 +1,358 @@
+// Where the journal lies, and what may lie there: nothing, older and foreign files, files that are locked or may not be
+// written.
+
+#include "support/child_process.h"
+#include "support/command.h"
+#include "support/old_files.h"
+#include "support/plain_connection.h"
+
+#include <filesystem>
+
+namespace
+{
+
+using JournalPlaceTest = CommandTest;
+
+TEST_F(JournalPlaceTest, IsTheXDGDataDirectory)
+{
+    EXPECT_FALSE(std::filesystem::exists(Journal));
+    Done({"plant", "add", "Basil"});
+    EXPECT_TRUE(std::filesystem::exists(Journal));
+}
+
+TEST_F(JournalPlaceTest, IsBelowTheHomeDirectoryWithoutAnXDGDataDirectory)
+{
+    const std::string home = Scratch.File("home/.local/share/plantjournal/journal.db");
+    Around.Environment.pop_back();
+    for (const char* ignored : {"", "XDG_DATA_HOME=", "XDG_DATA_HOME=relative"})
+    {
+        Surroundings around = Around;
+        if (*ignored != '\0')
+            around.Environment.emplace_back(ignored);
+        EXPECT_EQ(RunningProgram(Line({"plant", "add", "Basil"}), around).End().Status, 0);
+        EXPECT_TRUE(std::filesystem::remove(home)) << ignored;
+    }
+}
+
+TEST_F(JournalPlaceTest, IsAskedForWhereThereIsNoHomeDirectory)
+{
+    std::erase_if(Around.Environment,
+                  [](const std::string& text) { return text.starts_with("HOME=") || text.starts_with("XDG_"); });
+    EXPECT_NE(Refused({"plant", "add", "Basil"}).find("name the journal by --file"), std::string::npos);
+}
+
+TEST_F(JournalPlaceTest, IsWhatTheEnvironmentNamesUnlessTheFlagNamesAnother)
+{
+    Around.Environment.push_back("PLANTJOURNAL_FILE=" + Scratch.File("named.db"));
+    Done({"plant", "add", "Basil"});
+    Done({"plant", "add", "Mint", "--file", "flag.db"});
+    Done({"--file=flag.db", "plant", "add", "Thyme"});
+    EXPECT_FALSE(std::filesystem::exists(Journal));
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 1U);
+    EXPECT_EQ(Parsed({"plant", "list", "--file", "flag.db"}).size(), 2U);
+    Around.Environment.back() = "PLANTJOURNAL_FILE=";
+    EXPECT_NE(Refused({"plant", "list"}).find(Journal), std::string::npos);
+}
+
+TEST_F(JournalPlaceTest, IsNotMadeByReading)
+{
+    for (const Words& words : {Words{"plant", "list"},
+                               {"plant", "tree"},
+                               {"strain", "list"},
+                               {"care", "list"},
+                               {"timeline", "Basil"},
+                               {"feed", "Basil"},
+                               {"plant", "edit", "Basil", "--tent", "x"},
+                               {"export", "-"},
+                               {"backup", "copy.db"},
+                               {"check"}})
+        Refused(words);
+    EXPECT_EQ(Parsed({"info"}).at("Kind"), "Missing");
+    EXPECT_FALSE(std::filesystem::exists(Journal));
+}
+
+TEST_F(JournalPlaceTest, IsNotMadeByAWriteThatIsRefused)
+{
+    Refused({"plant", "add", "Cutting", "--mother", "Basil"});
+    EXPECT_FALSE(std::filesystem::exists(Journal));
+}
+
+TEST_F(JournalPlaceTest, MayBeAnEmptyFile)
+{
+    Write("data/plantjournal/journal.db", "");
+    EXPECT_NE(Refused({"plant", "list"}).find("there is no journal yet"), std::string::npos);
+    Done({"plant", "add", "Basil"});
+}
+
+// ---- Older files
+
+class OlderJournalTest : public CommandTest, public testing::WithParamInterface<OldFile>
+{
+  protected:
+    OlderJournalTest()
+    {
+        std::filesystem::create_directories(std::filesystem::path(Journal).parent_path());
+        WriteOldFile(Journal, GetParam());
+        Sound = false; // what earlier versions wrote may well be told of
+    }
+};
+
+TEST_P(OlderJournalTest, IsBackedUpBesideItselfAndBroughtUpToDateAndThatIsSaidOnce)
+{
+    const std::string before = Content();
+    const JSON info = Parsed({"info"});
+    EXPECT_EQ(info.at("Kind"), IsUpToDate(GetParam()) ? "Current" : "Older");
+    EXPECT_EQ(info.at("Steps").empty(), IsUpToDate(GetParam()));
+    Run({"check"});
+    EXPECT_EQ(Content(), before); // neither changes anything
+
+    const Outcome first = Run({"plant", "list", "--json"});
+    EXPECT_EQ(first.Status, 0);
+    EXPECT_EQ(JSON::parse(first.Out).size(), 2U);
+    if (IsUpToDate(GetParam()))
+    {
+        EXPECT_EQ(first.Error, "");
+        EXPECT_EQ(Content(), before);
+        return;
+    }
+    Left.push_back("journal.db.before-update-" + PlantEventCurrentDate());
+    const std::string backUp = Scratch.File("data/plantjournal/" + Left.back());
+    EXPECT_EQ(first.Error, Journal + ": an older journal; backed up as " + backUp + " and brought up to date\n");
+    EXPECT_EQ(::Content(PlainConnection(backUp).NativeHandle()), before);
+    EXPECT_EQ(Done({"plant", "list", "--json"}), first.Out);
+    EXPECT_EQ(Parsed({"info"}).at("Kind"), "Current");
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, OlderJournalTest, testing::ValuesIn(OldFiles()),
+                         [](const auto& test) { return test.param.Name; });
+
+class JournalKindTest : public CommandTest
+{
+  protected:
+    JournalKindTest() { std::filesystem::create_directories(std::filesystem::path(Journal).parent_path()); }
+
+    // What reading and writing say about the file, which both leave alone.
+    std::string RefusedToUse() const
+    {
+        const std::string reason = Refused({"plant", "list"});
+        EXPECT_EQ(Refused({"plant", "add", "Basil"}), reason);
+        Refused({"feed", "Basil"});
+        Refused({"export", "-"});
+        Write("plants.json", R"({"Plants":[{"Name":"Basil"}]})");
+        Refused({"import", "plants.json"});
+        return reason;
+    }
+};
+
+TEST_F(JournalKindTest, AnOlderJournalKeepsEarlierBackups)
+{
+    WriteOldFile(Journal, OldFiles().front());
+    const std::string name = "journal.db.before-update-" + PlantEventCurrentDate();
+    Write("data/plantjournal/" + name, "the first");
+    Run({"plant", "list"});
+    EXPECT_EQ(FileBytes(Scratch.File("data/plantjournal/" + name)), "the first");
+    Left.insert(Left.end(), {name, name + "-2"});
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, AnOlderJournalThatCannotBeBackedUpIsNotBroughtUpToDate)
+{
+    WriteOldFile(Journal, OldFiles().front());
+    const std::string before = Content();
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms(0755));
+    std::filesystem::permissions(Journal, std::filesystem::perms(0666)); // the file may be written, its place may not
+    Around.AsUser = true;
+    EXPECT_NE(Refused({"plant", "list"}).find("without a backup the older journal is not brought up to date"),
+              std::string::npos);
+    EXPECT_EQ(Content(), before);
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, AnotherProgramsDatabaseIsLeftAlone)
+{
+    PlainConnection(Journal).Execute("CREATE TABLE \"Songs\x1B[2J\"(Title);");
+    const std::string reason = RefusedToUse();
+    EXPECT_NE(reason.find("no journal of ours, or a newer one than this version knows"), std::string::npos) << reason;
+    EXPECT_EQ(reason.find('\x1B'), std::string::npos);
+    EXPECT_EQ(Parsed({"info"}).at("Kind"), "Foreign");
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, ANewerJournalIsLeftAlone)
+{
+    KeepEverything();
+    PlainConnection(Journal).Execute("ALTER TABLE Plants ADD COLUMN Colour TEXT;");
+    EXPECT_NE(RefusedToUse().find("a newer one than this version knows"), std::string::npos);
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, SomethingElseIsLeftAlone)
+{
+    Write("data/plantjournal/journal.db", "dear diary, " + std::string(5000, 'x'));
+    EXPECT_NE(RefusedToUse().find("no journal, something else; it is left alone"), std::string::npos);
+    EXPECT_EQ(Parsed({"info"}).at("Kind"), "NotADatabase");
+    EXPECT_NE(Refused({"check"}).find("journal.db"), std::string::npos);
+    EXPECT_NE(Refused({"backup", "copy.db"}).find("journal.db"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(Scratch.File("copy.db")));
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, ADirectoryIsNoJournal)
+{
+    std::filesystem::create_directory(Journal);
+    RefusedToUse();
+    Refused({"info"});
+    std::filesystem::remove(Journal);
+}
+
+TEST_F(JournalKindTest, ADamagedJournalIsLeftAloneAndTold)
+{
+    KeepEverything();
+    std::filesystem::resize_file(Journal, std::filesystem::file_size(Journal) / 2);
+    RefusedToUse();
+    EXPECT_NE(Run({"check"}).Status, 0);
+    Refused({"backup", "copy.db"});
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, AnInterruptedWriteIsTakenBack)
+{
+    KeepEverything();
+    const std::string before = Content();
+    // A child dies with a transaction whose pages are in the file already.
+    ChildProcess child(
+        [&](const ParentProcess& parent)
+        {
+            const PlainConnection connection(Journal);
+            connection.Execute("PRAGMA cache_size=1; PRAGMA cache_spill=1; BEGIN;");
+            for (int i = 0; i < 200; ++i)
+                connection.Execute("INSERT INTO Strains(Name,Notes) VALUES('" + std::to_string(i) +
+                                   "',hex(randomblob(500)));");
+            parent.Tell("written");
+            parent.Await();
+        });
+    ASSERT_EQ(child.Line(), "written");
+    child.Kill();
+    child.End();
+    ASSERT_TRUE(std::filesystem::exists(Journal + "-journal"));
+    EXPECT_EQ(Parsed({"info"}).at("Kind"), "Interrupted");
+    EXPECT_NE(Refused({"check"}).find("journal.db"), std::string::npos);
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
+    EXPECT_EQ(Content(), before);
+}
+
+// ---- Locks and permissions
+
+TEST_F(JournalKindTest, ALockedJournalIsWaitedForAndThenRefused)
+{
+    KeepEverything();
+    const OtherProgram other(Journal, "BEGIN EXCLUSIVE;");
+    EXPECT_NE(Refused({"plant", "list"}).find("another program is writing to it; try again when it is done"),
+              std::string::npos);
+}
+
+TEST_F(JournalKindTest, AJournalThatAnotherWritesCanBeReadButNotWritten)
+{
+    KeepEverything();
+    const OtherProgram other(Journal, "BEGIN IMMEDIATE;");
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
+    const std::string reason = Refused({"plant", "edit", "Basil", "--tent", "North"});
+    EXPECT_NE(reason.find("database is locked; another program is writing, try again when it is done"),
+              std::string::npos)
+        << reason;
+}
+
+TEST_F(JournalKindTest, ALockThatIsGivenBackInTimeIsNoHindrance)
+{
+    KeepEverything();
+    OtherProgram other(Journal, "BEGIN EXCLUSIVE;");
+    RunningProgram program(Line({"plant", "edit", "Basil", "--tent", "North"}), Around);
+    EXPECT_FALSE(Await([&] { return !program.Runs(); }, std::chrono::milliseconds(300)));
+    other.Finish();
+    EXPECT_EQ(program.End().Status, 0);
+    EXPECT_EQ(Parsed({"plant", "show", "Basil"}).at("Tent"), "North");
+}
+
+TEST_F(JournalKindTest, AFileThatMayOnlyBeReadIsReadAndNotWritten)
+{
+    KeepEverything();
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms(0777));
+    std::filesystem::permissions(Journal, std::filesystem::perms(0444));
+    Around.AsUser = true;
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
+    EXPECT_EQ(Done({"check"}), "");
+    Done({"timeline", "Basil"});
+    Done({"export", "copy.json"});
+    Done({"backup", "copy.db"});
+    EXPECT_EQ(FileBytes(Scratch.File("copy.db")).size(), FileBytes(Journal).size());
+    for (const Words& words : {Words{"feed", "Basil"},
+                               {"plant", "add", "Mint"},
+                               {"plant", "delete", "Basil", "--yes"},
+                               {"strain", "add", "Mint"}})
+    {
+        const std::string reason = Refused(words);
+        EXPECT_NE(reason.find("attempt to write a readonly database; make the file writable, or copy it"),
+                  std::string::npos)
+            << reason;
+    }
+    Write("plants.json", R"({"Plants":[{"Name":"Mint"}]})");
+    Refused({"import", "plants.json"});
+}
+
+TEST_F(JournalKindTest, AFileThatMayNotBeReadIsRefused)
+{
+    KeepEverything();
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms(0777));
+    std::filesystem::permissions(Journal, std::filesystem::perms(0));
+    Around.AsUser = true;
+    RefusedToUse();
+    EXPECT_NE(Refused({"info"}).find("journal.db"), std::string::npos);
+    std::filesystem::permissions(Journal, std::filesystem::perms(0644));
+}
+
+// ---- Backups
+
+TEST_F(JournalKindTest, ABackUpHoldsAllThatTheJournalDoes)
+{
+    KeepEverything();
+    EXPECT_EQ(Done({"backup", "copy.db"}), "");
+    EXPECT_EQ(::Content(PlainConnection(Scratch.File("copy.db")).NativeHandle()), Content());
+}
+
+TEST_F(JournalKindTest, ABackUpReplacesOnlyWhatItIsToldTo)
+{
+    KeepEverything();
+    Write("copy.db", "something");
+    EXPECT_NE(Refused({"backup", "copy.db"}).find("copy.db"), std::string::npos);
+    EXPECT_EQ(FileBytes(Scratch.File("copy.db")), "something");
+    Done({"backup", "--overwrite", "copy.db"});
+    EXPECT_EQ(::Content(PlainConnection(Scratch.File("copy.db")).NativeHandle()), Content());
+    Refused({"backup", "--overwrite", Journal});
+    Refused({"backup", "nowhere/copy.db"});
+}
+
+TEST_F(JournalKindTest, ABackUpIsMadeWhileAnotherWrites)
+{
+    KeepEverything();
+    const std::string before = Content();
+    OtherProgram other(Journal, "BEGIN IMMEDIATE; UPDATE Strains SET Notes='of the other';");
+    Done({"backup", "copy.db"});
+    EXPECT_EQ(::Content(PlainConnection(Scratch.File("copy.db")).NativeHandle()), before);
+    other.Finish();
+}
+
+TEST_F(JournalKindTest, CtrlCDuringABackUpLeavesNothing)
+{
+    KeepEverything();
+    std::filesystem::create_directory(Scratch.File("backups"));
+    OtherProgram other(Journal, "BEGIN EXCLUSIVE;"); // so that there is time for it
+    RunningProgram program(Line({"backup", "backups/copy.db"}), Around);
+    program.Interrupt();
+    other.Finish();
+    const Outcome outcome = program.End();
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_NE(outcome.Error.find("interrupted"), std::string::npos) << outcome.Error;
+    EXPECT_TRUE(std::filesystem::is_empty(Scratch.File("backups")));
+}
+
+} // namespace

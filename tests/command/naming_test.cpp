@@ -1,0 +1,97 @@
+// How plants and strains are named in a command line.
+
+#include "support/command.h"
+
+namespace
+{
+
+class NamingTest : public CommandTest
+{
+  protected:
+    NamingTest()
+    {
+        for (const auto& [uuid, name] : std::vector<std::pair<const char*, const char*>>{
+                 {"aaaa0001-0000-4000-8000-000000000000", "Basil"},
+                 {"aaaa0002-0000-4000-8000-000000000000", "Mint"},
+                 {"bbbb0003-0000-4000-8000-000000000000", "Mint"},
+                 {"cccc0004-0000-4000-8000-000000000000", "aaaa0001"},
+                 {"dddd0005-0000-4000-8000-000000000000", "eeee0006-0000-4000-8000-000000000000"},
+                 {"eeee0006-0000-4000-8000-000000000000", "Süßkirsche by the wall"}})
+            Done({"plant", "add", name, "--uuid", uuid, "--strain", "S"});
+    }
+
+    // The first letters of the UUID of the plant that a text names.
+    std::string Found(const std::string& named) const
+    {
+        return Parsed({"plant", "show", named}).at("UUID").get<std::string>().substr(0, 8);
+    }
+};
+
+TEST_F(NamingTest, ByTheWholeUUIDAlsoWhereItIsTheNameOfAnother)
+{
+    EXPECT_EQ(Found("aaaa0002-0000-4000-8000-000000000000"), "aaaa0002");
+    EXPECT_EQ(Found("eeee0006-0000-4000-8000-000000000000"), "eeee0006");
+}
+
+TEST_F(NamingTest, ByTheBeginningOfAUUIDThatFitsOnlyOnePlant)
+{
+    EXPECT_EQ(Found("b"), "bbbb0003");
+    EXPECT_EQ(Found("aaaa0002"), "aaaa0002");
+    EXPECT_EQ(Found("aaaa0001-"), "aaaa0001");
+}
+
+TEST_F(NamingTest, ByAnExactNameThatOnlyOnePlantHas)
+{
+    EXPECT_EQ(Found("Basil"), "aaaa0001");
+    EXPECT_EQ(Found("Süßkirsche by the wall"), "eeee0006");
+}
+
+TEST_F(NamingTest, AnythingElseListsTheCandidatesByUUIDNameAndStrain)
+{
+    const std::string basil = "\n  aaaa0001-0000-4000-8000-000000000000  Basil  S\n";
+    EXPECT_EQ(Refused({"plant", "show", "Mint"}),
+              "plantjournal: \"Mint\" may be any of several plants; name one of these by its UUID:\n"
+              "  aaaa0002-0000-4000-8000-000000000000  Mint  S\n"
+              "  bbbb0003-0000-4000-8000-000000000000  Mint  S\n");
+    const std::string begun = Refused({"plant", "show", "aaaa"});
+    EXPECT_NE(begun.find(basil), std::string::npos) << begun;
+    EXPECT_NE(begun.find("\n  aaaa0002-"), std::string::npos) << begun;
+    const std::string either = Refused({"plant", "show", "aaaa0001"}); // a beginning, and the name of another
+    EXPECT_NE(either.find(basil), std::string::npos) << either;
+    EXPECT_NE(either.find("\n  cccc0004-"), std::string::npos) << either;
+    EXPECT_EQ(Refused({"plant", "show", "basil"}), "plantjournal: no plant is named \"basil\", nor has it as a UUID; "
+                                                   "name one of these by its UUID:" +
+                                                       basil);
+    EXPECT_EQ(Refused({"plant", "show", "Bas"}),
+              "plantjournal: no plant is named \"Bas\", nor has it as a UUID; `plantjournal plant list` shows all\n");
+    Refused({"plant", "show", ""});
+}
+
+TEST_F(NamingTest, IsTheSameInEveryCommand)
+{
+    const std::vector<Words> commands = {
+        {"plant", "show"}, {"plant", "tree"},  {"plant", "duplicate"}, {"timeline"},
+        {"feed"},          {"water"},          {"care", "list"},       {"care", "add"},
+        {"event", "list"}, {"event", "add"},   {"harvest", "add"},     {"harvest", "list"},
+        {"photo", "list"}, {"health", "list"}, {"note", "list"},       {"note", "add"}};
+    for (Words words : commands)
+    {
+        words.emplace_back("Mint");
+        EXPECT_NE(Refused(words).find("may be any of several plants"), std::string::npos) << words.front();
+        words.back() = "bbbb";
+        EXPECT_EQ(Run(words).Status, 0) << words.front();
+    }
+    EXPECT_NE(Refused({"plant", "edit", "Mint", "--tent", "x"}).find("several"), std::string::npos);
+    EXPECT_NE(Refused({"plant", "delete", "Mint", "--yes"}).find("several"), std::string::npos);
+    EXPECT_NE(Refused({"plant", "add", "Clone", "--mother", "Mint"}).find("several"), std::string::npos);
+    Done({"plant", "add", "Clone", "--mother", "aaaa0002"});
+    EXPECT_EQ(Parsed({"plant", "show", "Clone"}).at("MotherPlantUUID"), "aaaa0002-0000-4000-8000-000000000000");
+}
+
+TEST_F(NamingTest, AStrainByItsExactNameElseTheStrainsAreListed)
+{
+    EXPECT_EQ(Parsed({"strain", "show", "S"}).at("TotalPlants"), 6);
+    EXPECT_EQ(Refused({"strain", "show", "s"}), "plantjournal: no strain is named \"s\"; there are:\n  S\n");
+}
+
+} // namespace
