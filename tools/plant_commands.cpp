@@ -204,10 +204,9 @@ void ShowTimeline(Session& session, const std::string& named)
 
 void Add(Session& session, const Request<Plant>& request)
 {
-    PlantRepository& repository = session.Write();
     Plant plant;
-    request.Fields->Apply(session, Asked::ToAdd, plant);
-    session.Require(repository.CreatePlant(plant), CouldNot("added", plant));
+    request.Fields->Apply(session, Asked::ToAdd, plant); // before a journal is made, in which there would be no mother
+    session.Require(session.Write().CreatePlant(plant), CouldNot("added", plant));
     PrintStored(session, plant, true);
 }
 
