@@ -35,7 +35,19 @@ PlantFileInspection Inspected(const std::string& path)
     return file;
 }
 
+// SQLite tells its log of every error, whatever becomes of it: https://www.sqlite.org/errlog.html
+void KeepError(void* kept, int code, const char*)
+{
+    if (const int kind = code & 0xFF; kind != SQLITE_NOTICE && kind != SQLITE_WARNING && kind != SQLITE_SCHEMA)
+        *static_cast<int*>(kept) = kind;
+}
+
 } // namespace
+
+Session::Session()
+{
+    sqlite3_config(SQLITE_CONFIG_LOG, KeepError, &LastError);
+}
 
 std::string Session::Path() const
 {
@@ -157,10 +169,12 @@ void Session::Require(bool done, const std::string& what) const
 {
     if (done)
         return;
-    const int code = sqlite3_errcode(Connection());
+    int code = sqlite3_errcode(Connection());
     std::string message = Path() + ": " + what;
     if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE)
         message += std::string(": ") + sqlite3_errmsg(Connection());
+    else if (code = LastError; code != SQLITE_OK)
+        message += std::string(": ") + sqlite3_errstr(code);
     if (sqlite3_extended_errcode(Connection()) == SQLITE_CONSTRAINT_UNIQUE)
         message += "; there is one already, so it has to be another";
     if (code == SQLITE_BUSY)

@@ -16,6 +16,8 @@ class Session
     std::string File;    // --file; empty: the usual place
     bool AsJSON = false; // --json
 
+    Session();
+
     // Where the journal lies.
     std::string Path() const;
 
@@ -43,6 +45,7 @@ class Session
   private:
     void Open(bool create);
 
+    int LastError = 0; // SQLite's; an operation that had to be rolled back has lost it on its connection
     PlantDatabase Database;
     PlantRepository Repository{Database};
 };
