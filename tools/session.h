@@ -68,7 +68,7 @@ template <typename Record> Row RowOf(const Record& record)
     Row row;
     for (const Field<Record>& field : Describe<Record>().Fields)
         if (field.In == Shown::Always)
-            row.push_back(TextOf(field, record));
+            row.push_back(RoundedTextOf(field.Of.Get(record)));
     return row;
 }
 
@@ -77,7 +77,7 @@ template <typename Record> std::vector<Row> LinesOf(const Record& record)
 {
     std::vector<Row> lines;
     for (const Field<Record>& field : Describe<Record>().Fields)
-        lines.push_back({field.Name, TextOf(field, record)});
+        lines.push_back({field.Name, RoundedTextOf(field.Of.Get(record))});
     return lines;
 }
 

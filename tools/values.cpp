@@ -194,6 +194,15 @@ std::string TextOf(const View& value)
     return std::visit([](const auto* of) { return Text(*of); }, value);
 }
 
+std::string RoundedTextOf(const View& value)
+{
+    const double* const* const number = std::get_if<const double*>(&value);
+    if (number == nullptr || std::fabs(**number) < 0.01 || std::fabs(**number) > 1e9)
+        return TextOf(value);
+    const double rounded = std::round(**number * 100) / 100;
+    return TextOf(&rounded);
+}
+
 void Set(const Cell& value, const std::string& text)
 {
     std::visit([&](auto* of) { Parse(text, *of); }, value);

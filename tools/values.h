@@ -34,6 +34,8 @@ std::string Joined(const std::vector<std::string>& texts, const std::string& sep
 
 // A number's text is the shortest that reads back as the same number; an enumeration's is the stored name.
 std::string TextOf(const View& value);
+// For people: a number is rounded to hundredths, unless nothing would be left of it.
+std::string RoundedTextOf(const View& value);
 // Sets the value that the whole text stands for, names in any letter case, or throws BadValue.
 void Set(const Cell& value, const std::string& text);
 
