@@ -51,7 +51,19 @@ void AddEverything(CLI::App& program, Session& session)
     AddImportCommand(program, session);
 }
 
-int Run(const std::vector<std::string>& arguments, int argc, char** argv)
+// As the parser takes them, from the last to the first. It would look for the value of `--tent=` in the next word.
+std::vector<std::string> Turned(const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> turned;
+    for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
+        if (argument->starts_with("--") && argument->find('=') == argument->size() - 1)
+            turned.insert(turned.end(), {"", argument->substr(0, argument->size() - 1)});
+        else
+            turned.push_back(*argument);
+    return turned;
+}
+
+int Run(const std::vector<std::string>& arguments)
 {
     Session session;
     CLI::App program(Purpose, "plantjournal");
@@ -65,7 +77,7 @@ int Run(const std::vector<std::string>& arguments, int argc, char** argv)
     else
         try
         {
-            program.parse(argc, argv);
+            program.parse(Turned(arguments));
         }
         catch (const CLI::RequiredError& mistake)
         {
@@ -95,7 +107,7 @@ int main(int argc, char** argv)
         static_cast<void>(
             std::setlocale(LC_CTYPE, "C.UTF-8")); // the width of letters; the journal is UTF-8 wherever it is read
         CatchInterrupts();
-        return Run({std::next(argv), std::next(argv, argc)}, argc, argv);
+        return Run({std::next(argv), std::next(argv, argc)});
     }
     catch (const std::exception& error)
     {
