@@ -776,14 +776,13 @@ void LookForFile(const PlantPhoto& photo, const std::filesystem::path& directory
                  std::vector<PlantFileFinding>& findings)
 {
     std::error_code error;
-    const std::string path = photo.FilePath.substr(0, photo.FilePath.find('\0')); // as far as it is read
-    if (std::filesystem::is_regular_file(directory / std::filesystem::u8path(path), error))
+    if (std::filesystem::is_regular_file(directory / std::filesystem::u8path(photo.FilePath), error))
         return;
     std::string reason = "that is no file";
     if (error)
         reason = error.message();
     Find(findings, PlantFindingKind::MissingPhotoFile, "PlantPhotos", photo.ID,
-         "Its file " + Quoted(path) + " cannot be found: " + reason + '.');
+         "Its file " + Quoted(photo.FilePath) + " cannot be found: " + reason + '.');
 }
 
 } // namespace
@@ -870,15 +869,14 @@ void Copy(sqlite3* source, const std::filesystem::path& destination, const std::
     }
 }
 
-// What has odd rows is worth keeping, too; a file that cannot be read to its end must not take the place of one that
-// can.
+// A file that cannot be read to its end must not take the place of one that can. Odd rows are worth keeping: SQLite
+// looks at no CHECK of a file that is opened for reading.
 void RequireSoundCopy(const std::filesystem::path& file)
 {
     const Connection copy(file, SQLITE_OPEN_READONLY);
     PlantFileInspection found;
     Look(copy.DB, found);
     RequireJournal(found.Kind, found.Reasons);
-    Execute(copy.DB, "checking the copy", "PRAGMA ignore_check_constraints=ON;");
     std::vector<PlantFileFinding> damages;
     FindDamage(copy.DB, damages);
     if (!damages.empty())

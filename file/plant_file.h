@@ -96,8 +96,8 @@ struct PlantFileFinding
 /// beside it. Older journals are checked as far as they have the tables and columns. A file that is foreign for nothing
 /// but its event types is checked, too. Nothing is repaired.
 ///
-/// A row is found once for each thing that is wrong with it; what also breaks a condition of its table is SQLite's
-/// `Damage` besides. While the file is read, others can read it, but a write of theirs waits.
+/// A row is found once for each thing that is wrong with it. While the file is read, others can read it, but a write of
+/// theirs waits.
 /// @return An error when the file is no journal, is interrupted, cannot be read to its end or is locked; `out` then
 /// holds what was found so far.
 PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFileFinding>& out);
@@ -106,7 +106,7 @@ PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFil
 enum class PlantBackUpMode : std::int32_t
 {
     Keep,     ///< Refuse.
-    Overwrite ///< Replace it, once the new file is whole.
+    Overwrite ///< Replace it, once the new file is whole. Nobody should have it open: what they write would be lost.
 };
 
 /// Told again and again how many of `total` pages are done, at the end all of them; both may fall back where another
@@ -125,6 +125,8 @@ using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t t
 /// taken for the copy's; when the disk is full, or the copy cannot be read. The destination is then as it was, and
 /// nothing else is left. One error comes later: where the directory cannot be synced at the very end, the copy is there
 /// and whole, but may be gone after a power failure; the step is then `syncing the directory`.
+/// A process that is killed leaves its unfinished copy behind, named like the destination with `.part-` and six letters
+/// after it.
 PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string& destination,
                                     const PlantBackUpProgress& progress = {},
                                     PlantBackUpMode mode = PlantBackUpMode::Keep);
