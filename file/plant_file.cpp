@@ -122,7 +122,7 @@ std::filesystem::path FileAt(const std::string& path)
 {
     if (path.empty() || path.find('\0') != std::string::npos)
         Fail("finding it", "a path that is empty or holds a zero byte names no file");
-    return std::filesystem::absolute(std::filesystem::u8path(path));
+    return std::filesystem::absolute(std::filesystem::path(path));
 }
 
 constexpr std::int64_t NoFile = -1;
@@ -203,11 +203,11 @@ struct Connection
         const std::int64_t bytes = SizeOf(file);
         if (bytes == NoFile)
             Fail("finding it", "there is no such file");
-        if (sqlite3_open_v2(file.u8string().c_str(), &DB, flags, nullptr) != SQLITE_OK)
+        if (sqlite3_open_v2(file.c_str(), &DB, flags, nullptr) != SQLITE_OK)
             Fail(DB, "opening");
         sqlite3_busy_timeout(DB, 2500);
-        // Far more than any sound file takes, but not endless: the pages of a damaged one may lead in circles.
-        Patience = 10'000 + bytes / 10;
+        // Some twenty times what a sound file takes, but not endless: the pages of a damaged one may lead in circles.
+        Patience = 10'000 + bytes / 100;
         sqlite3_progress_handler(
             DB, 1000, [](void* connection) { return --static_cast<Connection*>(connection)->Patience < 0 ? 1 : 0; },
             this);
@@ -776,7 +776,7 @@ void LookForFile(const PlantPhoto& photo, const std::filesystem::path& directory
                  std::vector<PlantFileFinding>& findings)
 {
     std::error_code error;
-    if (std::filesystem::is_regular_file(directory / std::filesystem::u8path(photo.FilePath), error))
+    if (std::filesystem::is_regular_file(directory / photo.FilePath, error))
         return;
     std::string reason = "that is no file";
     if (error)
@@ -837,7 +837,7 @@ void RequirePlaceFor(const std::filesystem::path& source, const std::filesystem:
     if (bytes != NoFile && mode == PlantBackUpMode::Keep)
         Fail(step, "it exists");
     for (const char* suffix : {"-journal", "-wal"})
-        if (std::filesystem::exists(destination.u8string() + suffix))
+        if (std::filesystem::exists(destination.native() + suffix))
             Fail(step, std::string("a ") + suffix + " lies beside it, which would be taken for the copy's");
 }
 
@@ -886,8 +886,8 @@ void RequireSoundCopy(const std::filesystem::path& file)
 void GiveName(const std::string& name, const std::filesystem::path& destination, PlantBackUpMode mode)
 {
     constexpr const char* step = "giving the copy its name";
-    const std::string to = destination.u8string();
-    const std::unique_ptr<DIR, Closer> directory(opendir(destination.parent_path().u8string().c_str()));
+    const std::string to = destination.native();
+    const std::unique_ptr<DIR, Closer> directory(opendir(destination.parent_path().c_str()));
     Require(directory != nullptr, step);
     if (mode == PlantBackUpMode::Overwrite)
         Require(std::rename(name.c_str(), to.c_str()) == 0, step);
@@ -926,7 +926,7 @@ PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string
     {
         const std::filesystem::path to = std::filesystem::weakly_canonical(FileAt(destination));
         RequirePlaceFor(from, to, mode);
-        const TemporaryFile copy(to.u8string() + ".part-XXXXXX");
+        const TemporaryFile copy(to.native() + ".part-XXXXXX");
         Copy(journal->DB, copy.Name, "copying " + source, progress);
         RequireSoundCopy(copy.Name);
         const auto permissions = std::filesystem::status(from).permissions();
