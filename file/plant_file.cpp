@@ -936,5 +936,7 @@ PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string
         GiveName(copy.Name, to, mode);
     };
     PlantFileResult result = Attempt(source, open);
-    return result ? Attempt(destination, backUp) : result;
+    if (result)
+        result = Attempt(destination, backUp);
+    return result;
 }
