@@ -21,7 +21,10 @@ std::shared_ptr<const Source> ReadFile(const std::filesystem::path& path)
     std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     if (!file.is_open() || file.bad())
         throw Refusal(path.string() + ": cannot be read: " + std::strerror(errno));
-    return std::make_shared<const Source>(Source{path.string(), std::move(bytes)});
+    std::vector<std::size_t> lines = {0};
+    for (std::size_t end = bytes.find('\n'); end != std::string::npos; end = bytes.find('\n', end + 1))
+        lines.push_back(end + 1);
+    return std::make_shared<const Source>(Source{path.string(), std::move(bytes), std::move(lines)});
 }
 
 // ---- JSON
@@ -64,8 +67,8 @@ class TableReader
     std::vector<RawTable> Tables;
     std::size_t Offset = 0; // the parser's
 
-    bool null() { return Refuse("null is no value"); }
-    bool boolean(bool) { return Refuse("neither true nor false is a value"); }
+    bool null() { return RefuseValue("null is no value"); }
+    bool boolean(bool) { return RefuseValue("neither true nor false is a value"); }
     bool binary(nlohmann::json::binary_t&) { return Refuse("no value"); }
     bool number_integer(std::int64_t value) { return Take(std::to_string(value)); }
     bool number_unsigned(std::uint64_t value) { return Take(std::to_string(value)); }
@@ -155,7 +158,8 @@ class TableReader
         }
         catch (const BadValue& bad)
         {
-            return Refuse(bad.what());
+            Refuse(bad.what());
+            return true;
         }
     }
 
@@ -164,6 +168,9 @@ class TableReader
         Found.push_back(From->Place(Begin) + ": " + reason);
         return false;
     }
+
+    // After a bad value of a record the others can be read still.
+    bool RefuseValue(const std::string& reason) { return Refuse(reason) || Depth == Record; }
 
     std::shared_ptr<const Source> From;
     Problems& Found;
@@ -293,10 +300,10 @@ std::vector<RawTable> ReadDirectory(const std::filesystem::path& path, Problems&
 
 std::string Source::Place(std::size_t offset) const
 {
-    const auto end = Bytes.begin() + static_cast<std::ptrdiff_t>(std::min(offset, Bytes.size()));
-    const auto line = std::find(std::make_reverse_iterator(end), Bytes.rend(), '\n').base();
-    return Name + ":" + std::to_string(1 + std::count(Bytes.begin(), end, '\n')) + ":" +
-           std::to_string(1 + std::distance(line, end));
+    const std::size_t at = std::min(offset, Bytes.size());
+    const auto next = std::upper_bound(Lines.begin(), Lines.end(), at);
+    return Name + ":" + std::to_string(std::distance(Lines.begin(), next)) + ":" +
+           std::to_string(1 + at - *std::prev(next));
 }
 
 std::vector<RawTable> ReadTables(const std::string& path, Problems& problems)

@@ -12,6 +12,7 @@ struct Source
 {
     std::string Name;
     std::string Bytes;
+    std::vector<std::size_t> Lines; // where each begins
 
     // `name:line:column`, the column in bytes, from 1.
     std::string Place(std::size_t offset) const;
