@@ -78,6 +78,8 @@ struct Failure
     const int code = sqlite3_errcode(db);
     if (code == SQLITE_READONLY) // nothing here writes but SQLite, to take back what a dead writer left behind
         throw Failure{code, step, "its last writer died amid a write, which the next opening takes back"};
+    if (code == SQLITE_INTERRUPT) // by Connection, out of patience
+        throw Failure{code, step, "it takes far longer than a sound file of its size"};
     throw Failure{code, step, sqlite3_errmsg(db)};
 }
 
@@ -88,7 +90,7 @@ void Require(bool done, const char* step)
         Fail(step, std::generic_category().message(errno));
 }
 
-// Makes a failure of <filesystem> one of ours.
+// Makes a failure of <filesystem> one of ours. No call-back runs in it: what that throws is its own.
 void WithFiles(const std::function<void()>& work)
 {
     std::error_code error;
@@ -108,7 +110,7 @@ PlantFileResult Attempt(const std::string& file, const std::function<void()>& wo
     PlantFileResult result;
     try
     {
-        WithFiles(work);
+        work();
     }
     catch (const Failure& failure)
     {
@@ -200,7 +202,8 @@ struct Connection
 
     Connection(const std::filesystem::path& file, int flags) : Connection()
     {
-        const std::int64_t bytes = SizeOf(file);
+        std::int64_t bytes = 0;
+        WithFiles([&] { bytes = SizeOf(file); });
         if (bytes == NoFile)
             Fail("finding it", "there is no such file");
         if (sqlite3_open_v2(file.c_str(), &DB, flags, nullptr) != SQLITE_OK)
@@ -483,7 +486,7 @@ PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspectio
         }
         found.Bytes = std::max<std::int64_t>(bytes, 0);
     };
-    PlantFileResult result = Attempt(path, inspect);
+    PlantFileResult result = Attempt(path, [&] { WithFiles(inspect); });
     out = result ? std::move(found) : PlantFileInspection();
     return result;
 }
@@ -797,7 +800,7 @@ PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFil
         for (const PlantPhoto& photo : photos)
             LookForFile(photo, file.parent_path(), findings);
     };
-    PlantFileResult result = Attempt(path, check);
+    PlantFileResult result = Attempt(path, [&] { WithFiles(check); });
     out = std::move(findings);
     return result;
 }
@@ -822,6 +825,14 @@ struct TemporaryFile
     {
         close(Descriptor);
         unlink(Name.c_str());
+    }
+    // Syncs and closes it, while nobody else knows it: closing it later would drop another thread's locks on it.
+    void Finish(mode_t permissions)
+    {
+        constexpr const char* step = "syncing the copy";
+        Require(fchmod(Descriptor, permissions) == 0, step);
+        Require(fsync(Descriptor) == 0, step);
+        Require(close(std::exchange(Descriptor, -1)) == 0, step);
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -924,18 +935,25 @@ PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string
     };
     const auto backUp = [&]
     {
-        const std::filesystem::path to = std::filesystem::weakly_canonical(FileAt(destination));
-        RequirePlaceFor(from, to, mode);
-        const TemporaryFile copy(to.native() + ".part-XXXXXX");
+        std::filesystem::path to;
+        const auto findPlace = [&]
+        {
+            to = std::filesystem::weakly_canonical(FileAt(destination));
+            RequirePlaceFor(from, to, mode);
+        };
+        WithFiles(findPlace);
+        TemporaryFile copy(to.native() + ".part-XXXXXX");
         Copy(journal->DB, copy.Name, "copying " + source, progress);
-        RequireSoundCopy(copy.Name);
-        const auto permissions = std::filesystem::status(from).permissions();
-        Require(fchmod(copy.Descriptor, static_cast<mode_t>(permissions)) == 0 && fsync(copy.Descriptor) == 0,
-                "syncing the copy");
-        RequirePlaceFor(from, to, mode); // which may have changed meanwhile
-        GiveName(copy.Name, to, mode);
+        const auto finish = [&]
+        {
+            RequireSoundCopy(copy.Name);
+            copy.Finish(static_cast<mode_t>(std::filesystem::status(from).permissions()));
+            RequirePlaceFor(from, to, mode); // which may have changed meanwhile
+            GiveName(copy.Name, to, mode);
+        };
+        WithFiles(finish);
     };
-    PlantFileResult result = Attempt(source, open);
+    PlantFileResult result = Attempt(source, [&] { WithFiles(open); });
     if (result)
         result = Attempt(destination, backUp);
     return result;

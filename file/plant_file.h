@@ -51,7 +51,7 @@ struct PlantFileInspection
 {
     PlantFileKind Kind = PlantFileKind::Missing;
     std::vector<std::string> Steps;     ///< Where older: what opening would do, in its order.
-    std::vector<std::string> Reasons;   ///< Where foreign or damaged: why, in sentences.
+    std::vector<std::string> Reasons;   ///< Where foreign or damaged: why, a line each.
     std::int64_t Bytes = 0;             ///< Size of the file.
     std::vector<PlantFileTable> Tables; ///< Where current or older: our tables that it has, in their order.
     std::string FirstDate;              ///< The first of all dates in those tables; empty for none.

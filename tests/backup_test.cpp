@@ -11,8 +11,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <new>
+#include <optional>
 #include <set>
 #include <stdexcept>
 
@@ -43,6 +45,18 @@ template <typename Function, typename... Arguments> int Call(const char* name, A
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name))(arguments...);
 }
 
+// Acts, while in scope, right after a link was made.
+std::function<void()> afterLink;
+
+class AfterLink
+{
+  public:
+    explicit AfterLink(std::function<void()> act) { afterLink = std::move(act); }
+    ~AfterLink() { afterLink = nullptr; }
+    AfterLink(const AfterLink&) = delete;
+    AfterLink& operator=(const AfterLink&) = delete;
+};
+
 // Makes the `number`-th call of the named functions fail while in scope.
 class SystemFailure
 {
@@ -66,7 +80,10 @@ extern "C"
 {
     int link(const char* from, const char* to) noexcept
     {
-        return Call<int(const char*, const char*)>("link", from, to);
+        const int result = Call<int(const char*, const char*)>("link", from, to);
+        if (afterLink)
+            afterLink();
+        return result;
     }
     int rename(const char* from, const char* to) noexcept
     {
@@ -243,6 +260,8 @@ TEST_F(BackUpTest, AnExceptionOfTheCallBackPassesAndLeavesNothing)
     const auto before = Scratch.Files();
     const auto fail = [](std::int64_t, std::int64_t) -> bool { throw std::runtime_error("tired"); };
     EXPECT_THROW(BackUp(fail), std::runtime_error);
+    const auto failToLook = [](std::int64_t, std::int64_t) { return std::filesystem::file_size("/no/such/file") > 0; };
+    EXPECT_THROW(BackUp(failToLook), std::filesystem::filesystem_error);
     EXPECT_TRUE(Scratch.Files() == before);
 }
 
@@ -328,24 +347,40 @@ TEST_F(BackUpTest, ALockThatIsHeldForTooLongIsAnError)
     EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
 }
 
-TEST_F(BackUpTest, TheProgramsOwnLocksOnTheJournalHold)
+TEST_F(BackUpTest, TheProgramsOwnLocksOnTheJournalAndOnTheCopyHold)
 {
+    ChildProcess other( // begun while nothing is open
+        [&](const ParentProcess& parent)
+        {
+            for (const std::string& path : {Path, Destination})
+            {
+                parent.Await();
+                sqlite3* db = nullptr;
+                sqlite3_open(path.c_str(), &db);
+                parent.Tell(std::to_string(sqlite3_exec(db, "BEGIN IMMEDIATE;", nullptr, nullptr, nullptr)));
+                sqlite3_close(db);
+            }
+        });
+    const std::string refused = std::to_string(SQLITE_BUSY);
     const PlainConnection own(Path);
     own.Execute("BEGIN IMMEDIATE;");
     PlantFileInspection found;
     std::vector<PlantFileFinding> findings;
     EXPECT_TRUE(InspectPlantDatabase(Path, found));
     EXPECT_TRUE(CheckPlantDatabase(Path, findings));
-    EXPECT_EQ(BackUp(), "");
-    ChildProcess other(
-        [&](const ParentProcess& parent)
+    std::optional<PlainConnection> ownCopy;
+    const AfterLink open( // from the moment it has its name
+        [&]
         {
-            sqlite3* db = nullptr;
-            sqlite3_open(Path.c_str(), &db);
-            parent.Tell(std::to_string(sqlite3_exec(db, "BEGIN IMMEDIATE;", nullptr, nullptr, nullptr)));
-            sqlite3_close(db);
+            ownCopy.emplace(Destination);
+            ownCopy->Execute("BEGIN IMMEDIATE;");
         });
-    EXPECT_EQ(other.Line(), std::to_string(SQLITE_BUSY));
+    EXPECT_EQ(BackUp(), "");
+    ASSERT_TRUE(ownCopy);
+    other.GoOn();
+    EXPECT_EQ(other.Line(), refused);
+    other.GoOn();
+    EXPECT_EQ(other.Line(), refused);
 }
 
 // ---- The destination
@@ -585,10 +620,10 @@ TEST_F(BackUpTest, AFailingDiskLeavesNoHalfFile)
 
 TEST_F(BackUpTest, AFailingSystemCallLeavesNoHalfFile)
 {
-    for (int number = 1; number <= 2; ++number)
+    for (const char* call : {"fchmod", "fsync"})
     {
         const auto before = Scratch.Files();
-        const SystemFailure failure({"fchmod", "fsync"}, number);
+        const SystemFailure failure({call}, 1);
         EXPECT_EQ(BackUp(), Destination + ": syncing the copy: Input/output error");
         EXPECT_TRUE(Scratch.Files() == before);
     }
