@@ -38,7 +38,8 @@ PlantFileInspection Inspected(const std::string& path)
 // SQLite tells its log of every error, whatever becomes of it: https://www.sqlite.org/errlog.html
 void KeepError(void* kept, int code, const char*)
 {
-    if (const int kind = code & 0xFF; kind != SQLITE_NOTICE && kind != SQLITE_WARNING && kind != SQLITE_SCHEMA)
+    if (const int kind = code & 0xFF;
+        kind != SQLITE_ERROR && kind != SQLITE_NOTICE && kind != SQLITE_WARNING && kind != SQLITE_SCHEMA)
         *static_cast<int*>(kept) = kind;
 }
 
@@ -170,11 +171,19 @@ void Session::Require(bool done, const std::string& what) const
     if (done)
         return;
     int code = sqlite3_errcode(Connection());
+    std::string reason = sqlite3_errmsg(Connection());
+    const auto silent = [&] { return code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE; };
+    // After an operation of several steps the error is the rollback's: none, or that SQLite had rolled back itself. Of
+    // all that makes it do so, a full disk alone is not in its log.
+    const bool rolledBack = reason.starts_with("cannot rollback");
+    if (silent() || rolledBack)
+    {
+        code = rolledBack && LastError == SQLITE_OK ? SQLITE_FULL : LastError;
+        reason = sqlite3_errstr(code);
+    }
     std::string message = Path() + ": " + what;
-    if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE)
-        message += std::string(": ") + sqlite3_errmsg(Connection());
-    else if (code = LastError; code != SQLITE_OK)
-        message += std::string(": ") + sqlite3_errstr(code);
+    if (!silent())
+        message += ": " + reason;
     if (sqlite3_extended_errcode(Connection()) == SQLITE_CONSTRAINT_UNIQUE)
         message += "; there is one already, so it has to be another";
     if (code == SQLITE_BUSY)
