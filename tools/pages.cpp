@@ -35,6 +35,8 @@ std::string Plain(const std::string& text)
             plain += "\\e";
         else if (letter == '-')
             plain += "\\-";
+        else if (letter == '|')
+            plain += "|\\:"; // where a long list of names may go on in the next line
         else if ((letter == '.' || letter == '\'') && (plain.empty() || plain.back() == '\n'))
             plain += std::string("\\&") + letter;
         else
@@ -52,8 +54,11 @@ void WriteOptions(std::ostream& page, const CLI::App& app, bool withHelp)
         else if (!withHelp && option->check_lname("help"))
             continue;
         else
-            page << ".TP\n.B " << Plain(option->get_name(false, true)) << '\n'
-                 << Plain(option->get_expected_max() == 0 ? "" : option->get_type_name()) << '\n';
+        {
+            page << ".TP\n.B " << Plain(option->get_name(false, true)) << '\n';
+            if (option->get_expected_max() > 0)
+                page << ".I " << Plain(option->get_type_name()) << '\n';
+        }
         page << Plain(option->get_description()) << '\n';
     }
 }
@@ -118,6 +123,7 @@ std::string ManualPage(const CLI::App& program)
 {
     std::ostringstream page;
     page << ".TH PLANTJOURNAL 1 \"\" \"plantjournal " PLANTJOURNAL_VERSION "\"\n"
+         << ".ad l\n" // lists of names leave too few gaps to be spread
          << ".SH NAME\nplantjournal \\- " << Plain(program.get_description()) << '\n'
          << ".SH SYNOPSIS\n.B plantjournal\n[\\fIOPTION\\fR...] \\fICOMMAND\\fR [\\fIARGUMENT\\fR...]\n"
          << ".SH OPTIONS\n";
@@ -131,13 +137,19 @@ std::string ManualPage(const CLI::App& program)
 
 std::vector<std::string> Completions(const CLI::App& program, std::vector<std::string> words)
 {
-    words.erase(std::remove(words.begin(), words.end(), "="), words.end()); // the shell cuts --flag=value in three
+    // The shell cuts --flag=value in three, and --flag= in two, of which the second has the value's place.
+    if (!words.empty() && words.back() == "=")
+        words.back().clear();
+    words.erase(std::remove(words.begin(), words.end(), "="), words.end());
     const std::string begun = words.empty() ? "" : words.back();
     const CLI::App* app = &program;
     const CLI::Option* asked = nullptr; // the flag whose value is to come
     for (std::size_t i = 0; i + 1 < words.size(); ++i)
     {
-        asked = FlagThatAsks(words[i], {app, &program});
+        const bool isValue = asked != nullptr;
+        asked = isValue ? nullptr : FlagThatAsks(words[i], {app, &program});
+        if (isValue)
+            continue;
         for (const CLI::App* command : CommandsOf(*app))
             if (command->get_name() == words[i])
                 app = command;
