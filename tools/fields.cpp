@@ -57,7 +57,7 @@ template <> const Description<PlantEvent>& Describe()
     static const Description<PlantEvent> description = {
         "PlantEvents",
         "event",
-        "event",
+        "timeline event",
         {
             {"ID", Member<&PlantEvent::ID>, Number, Always, "row number"},
             {"PlantUUID", Member<&PlantEvent::PlantUUID>, Owner, InFull, "plant"},
