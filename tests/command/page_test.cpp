@@ -1,0 +1,194 @@
+// What is installed beside the command: the completion for bash and the manual page.
+
+#include "support/command.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace
+{
+
+// ---- Completion
+
+class CompletionTest : public CommandTest
+{
+  protected:
+    // What bash is told to offer when these words have been typed and the last one is to be completed. Bash cuts
+    // `--flag=value` at the sign.
+    Words Offered(const Words& words) const
+    {
+        Words line = {"bash", "-c",
+                      "source '" PLANTJOURNAL_SOURCE_DIR "/tools/plantjournal.bash'; COMP_WORDS=(\"$@\"); "
+                      "COMP_CWORD=$(($#-1)); _plantjournal; printf '%s\\n' \"${COMPREPLY[@]}\"",
+                      "bash"};
+        for (const std::string& word : Line(words))
+            line.push_back(word);
+        const Outcome outcome = RunningProgram(line, Around).End();
+        EXPECT_EQ(outcome.Status, 0);
+        EXPECT_EQ(outcome.Error, "");
+        Words offered;
+        std::istringstream lines(outcome.Out);
+        for (std::string offer; std::getline(lines, offer);)
+            if (!offer.empty())
+                offered.push_back(offer);
+        return offered;
+    }
+};
+
+TEST_F(CompletionTest, OffersCommands)
+{
+    EXPECT_EQ(Offered({""}), (Words{"backup", "care", "check", "event", "export", "feed", "harvest", "health", "import",
+                                    "info", "note", "photo", "plant", "strain", "timeline", "water"}));
+    EXPECT_EQ(Offered({"p"}), (Words{"photo", "plant"}));
+    EXPECT_EQ(Offered({"plant", ""}), (Words{"add", "delete", "duplicate", "edit", "list", "show", "tree"}));
+    EXPECT_EQ(Offered({"--json", "plant", "du"}), Words{"duplicate"});
+    EXPECT_EQ(Offered({"--file", "plant", "plant", "du"}), Words{"duplicate"}); // the first is a file
+}
+
+TEST_F(CompletionTest, OffersFlagsOfTheCommandAndOfAll)
+{
+    EXPECT_EQ(Offered({"plant", "add", "--s"}), (Words{"--seed-date", "--sex", "--stage", "--strain"}));
+    EXPECT_EQ(Offered({"feed", "Basil", "--amount-ml", "5", "--e"}), Words{"--ec"});
+    EXPECT_EQ(Offered({"plant", "edit", "Basil", "--mo"}), (Words{"--mother", "--mother-plant-uuid"}));
+    EXPECT_EQ(Offered({"care", "list", "--"}), (Words{"--file", "--help", "--json", "--newest", "--version"}));
+    EXPECT_EQ(Offered({"plant", "add", "--name", "--stage", "--te"}), Words{"--tent"}); // a plant of that name
+}
+
+TEST_F(CompletionTest, OffersNamesInAnyLetterCase)
+{
+    const Words stages = {"Archived", "Clone", "Cure", "Dry", "Flower", "Harvested", "Seed", "Veg"};
+    EXPECT_EQ(Offered({"plant", "add", "--stage", ""}), stages);
+    EXPECT_EQ(Offered({"plant", "add", "--stage", "c"}), (Words{"Clone", "Cure"}));
+    EXPECT_EQ(Offered({"plant", "add", "--stage", "FL"}), Words{"Flower"});
+    EXPECT_EQ(Offered({"note", "add", "Basil", "--type", "m"}), Words{"Milestone"});
+    EXPECT_EQ(Offered({"care", "add", "Basil", "--action", ""}), (Words{"Feed", "Water"}));
+    EXPECT_EQ(Offered({"plant", "edit", "Basil", "--stage", "="}), stages);
+    EXPECT_EQ(Offered({"plant", "edit", "Basil", "--stage", "=", "fl"}), Words{"Flower"});
+    EXPECT_EQ(Offered({"event", "add", "Basil", "--type", "ls"}), Words{"LST\\ Trained"});
+}
+
+TEST_F(CompletionTest, OffersTodayAndYesterdayAsDates)
+{
+    EXPECT_EQ(Offered({"feed", "Basil", "--care-date", ""}), (Words{"today", "yesterday"}));
+    EXPECT_EQ(Offered({"feed", "Basil", "--care-date", "=", "y"}), Words{"yesterday"});
+}
+
+TEST_F(CompletionTest, LeavesFilesToTheShell)
+{
+    for (const Words& words :
+         {Words{"import", ""}, {"--file", ""}, {"photo", "add", "Basil", "b"}, {"feed", "Basil", "--ec", ""}})
+        EXPECT_EQ(Offered(words), Words{});
+    EXPECT_NE(FileBytes(PLANTJOURNAL_SOURCE_DIR "/tools/plantjournal.bash").find("complete -o default -F"),
+              std::string::npos);
+}
+
+TEST_F(CompletionTest, WorksAtTheKeyboard)
+{
+    Surroundings terminal = Around;
+    terminal.Columns = 80;
+    terminal.Environment.insert(terminal.Environment.end(), {"TERM=dumb", "PS1=ready:", "INPUTRC=/dev/null"});
+    RunningProgram shell({"bash", "--norc", "--noprofile", "-i"}, terminal);
+    // The command itself would only refuse: there is no journal. What it is given is printed instead.
+    shell.Type("bind 'set bell-style none'; source '" PLANTJOURNAL_SOURCE_DIR
+               "/tools/plantjournal.bash'; plantjournal() { if [[ $1 == complete ]]; then '" PLANTJOURNAL_COMMAND
+               "' \"$@\"; else printf '<%s>' \"$@\"; echo end; fi; }; echo on''ward\n");
+    ASSERT_TRUE(shell.Await("onward"));
+    shell.Type("plantjournal eve\tadd Basil --ty\tls\tdetails\n");
+    ASSERT_TRUE(shell.Await(">end"));
+    shell.Type("plantjournal pla\ted\tBasil --stage=fl\t\n");
+    shell.Type("exit\n");
+    const std::string shown = shell.End().Out;
+    EXPECT_NE(shown.find("<event><add><Basil><--type><LST Trained><details>end"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("<plant><edit><Basil><--stage=Flower>end"), std::string::npos) << shown;
+}
+
+// ---- The manual page
+
+class ManualTest : public CommandTest
+{
+  protected:
+    // What a program says about the page; skips the test where the system has no such program.
+    std::string Complaints(const Words& words) const
+    {
+        const Outcome outcome = RunningProgram(words, Around).End();
+        if (outcome.Status == 127)
+            return "none";
+        EXPECT_EQ(outcome.Status, 0);
+        return outcome.Error;
+    }
+
+    const std::string Page = FileBytes(PLANTJOURNAL_MANUAL);
+};
+
+// As the page writes a text.
+std::string Written(const std::string& text)
+{
+    std::string written;
+    for (const char letter : text)
+        written += letter == '-' ? std::string("\\-") : std::string(1, letter);
+    return written;
+}
+
+TEST_F(ManualTest, HasEveryCommandWithEveryFlagOfItsHelp)
+{
+    const std::vector<Words> groups = {{},          {"plant"}, {"strain"}, {"care"}, {"event"},
+                                       {"harvest"}, {"photo"}, {"health"}, {"note"}};
+    int flags = 0;
+    for (const Words& group : groups)
+    {
+        Words line = group;
+        line.emplace_back("--help");
+        std::istringstream help(Done(line));
+        std::string text;
+        while (std::getline(help, text) && text != "Subcommands:")
+        {
+        }
+        while (std::getline(help, text) && text.starts_with("  "))
+        {
+            const std::string command = text.substr(2, text.find(' ', 2) - 2);
+            if (group.empty() && std::find(groups.begin(), groups.end(), Words{command}) != groups.end())
+                continue;
+            const std::string title = ".SS " + (group.empty() ? "" : group[0] + ' ') + command + '\n';
+            const std::size_t begin = Page.find(title);
+            ASSERT_NE(begin, std::string::npos) << title;
+            const std::string section = Page.substr(begin, Page.find("\n.S", begin + 1) - begin);
+            Words below = group;
+            below.insert(below.end(), {command, "--help"});
+            std::istringstream of(Done(below));
+            for (std::string flag; std::getline(of, flag);)
+                if (flag.starts_with("  -") && !flag.starts_with("  -h,--help"))
+                {
+                    ++flags;
+                    const std::string name = flag.substr(2, flag.find_first_of(" ", 2) - 2);
+                    EXPECT_NE(section.find(".B " + Written(name) + '\n'), std::string::npos) << title << name;
+                }
+        }
+    }
+    EXPECT_GT(flags, 100);
+    for (const char* general : {"\\-\\-file", "\\-\\-json", "\\-\\-version", "\\-h,\\-\\-help"})
+        EXPECT_NE(Page.find(std::string(".B ") + general), std::string::npos) << general;
+}
+
+TEST_F(ManualTest, HasTheExamplesAndTheNotes)
+{
+    EXPECT_NE(Page.find("plantjournal plant add Basil \\-\\-strain Genovese"), std::string::npos);
+    EXPECT_NE(Page.find("PLANTJOURNAL_FILE"), std::string::npos);
+    EXPECT_NE(Page.find("NO_COLOR"), std::string::npos);
+}
+
+TEST_F(ManualTest, IsInOrderForTheFormatter)
+{
+    for (const char* width : {"50", "80", "132"})
+    {
+        Around.Environment.push_back("MANWIDTH=" + std::string(width));
+        const std::string man = Complaints({"man", "-l", "--warnings", PLANTJOURNAL_MANUAL});
+        EXPECT_TRUE(man.empty() || man == "none") << man;
+        Around.Environment.pop_back();
+    }
+    const std::string groff = Complaints({"groff", "-ww", "-man", "-Tutf8", "-z", PLANTJOURNAL_MANUAL});
+    if (groff == "none")
+        GTEST_SKIP() << "there is no groff";
+    EXPECT_EQ(groff, "");
+}
+
+} // namespace

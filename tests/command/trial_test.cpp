@@ -1,0 +1,112 @@
+// A field trial of wheat, brought in through the example that turns its table into CSV files, beside what the raw table
+// says. That is read here in a way of its own, so that the two have only the file in common.
+
+#include "support/command.h"
+
+#include <fstream>
+#include <map>
+
+namespace
+{
+
+const std::string Table = PLANTJOURNAL_SOURCE_DIR "/examples/data/variety-trials/stroup.nin.txt";
+
+struct Sum
+{
+    int Plots = 0;
+    int Harvests = 0;
+    double Yield = 0;
+};
+
+std::map<std::string, Sum> SumsOfTheTable()
+{
+    std::map<std::string, Sum> sums;
+    std::ifstream file(Table);
+    std::string cultivar;
+    std::string replicate;
+    std::string yield;
+    std::string column;
+    std::string row;
+    file >> cultivar >> replicate >> yield >> column >> row; // the headings
+    while (file >> cultivar >> replicate >> yield >> column >> row)
+    {
+        Sum& sum = sums[cultivar];
+        ++sum.Plots;
+        if (yield == "NA")
+            continue;
+        ++sum.Harvests;
+        sum.Yield += std::stod(yield);
+    }
+    return sums;
+}
+
+class WheatTrialTest : public CommandTest
+{
+  protected:
+    WheatTrialTest()
+    {
+        EXPECT_EQ(RunningProgram({PLANTJOURNAL_WHEAT_TRIAL, Table, "wheat"}, Around).End().Status, 0);
+        Done({"import", "wheat"});
+    }
+};
+
+TEST_F(WheatTrialTest, EveryCultivarHasThePlotsAndTheMeanYieldOfTheTable)
+{
+    const std::map<std::string, Sum> sums = SumsOfTheTable();
+    EXPECT_EQ(sums.size(), 56U);
+    int plots = 0;
+    for (const auto& [cultivar, sum] : sums)
+    {
+        const JSON summary = Parsed({"strain", "show", cultivar});
+        EXPECT_EQ(summary.at("TotalPlants"), sum.Plots) << cultivar;
+        EXPECT_EQ(summary.at("HarvestCount"), sum.Harvests) << cultivar;
+        EXPECT_EQ(summary.at("Harvested"), sum.Harvests) << cultivar;
+        EXPECT_EQ(summary.at("Archived"), sum.Plots - sum.Harvests) << cultivar; // the plots without a yield
+        EXPECT_NEAR(summary.at("AverageDryWeightG").get<double>(), sum.Yield / sum.Harvests, 1e-9) << cultivar;
+        plots += sum.Plots;
+    }
+    EXPECT_EQ(plots, 242);
+    EXPECT_EQ(Parsed({"strain", "list"}).size(), 56U);
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 242U);
+}
+
+TEST_F(WheatTrialTest, AHarvestIsInTheTimelineOfItsPlot)
+{
+    const JSON plot = Parsed({"plant", "list"}).at(0);
+    const std::string name = plot.at("Name");
+    const JSON timeline = Parsed({"timeline", name});
+    ASSERT_EQ(timeline.size(), 1U);
+    EXPECT_EQ(timeline[0].at("Table"), "HarvestRecords");
+    EXPECT_EQ(timeline[0].at("HarvestDate"), "1989");
+    EXPECT_EQ(plot.at("Tent"), "Alliance");
+    EXPECT_EQ(plot.at("Stage"), "Harvested");
+}
+
+TEST_F(WheatTrialTest, ASecondImportIsRefusedPlotByPlot)
+{
+    const std::string message = Refused({"import", "wheat"});
+    EXPECT_NE(message.find("wheat/Plants.csv:2:1: UUID: "), std::string::npos);
+    EXPECT_NE(message.find("is in the journal already"), std::string::npos);
+    EXPECT_NE(message.find("plantjournal: wheat: bad values: 466; nothing was imported\n"), std::string::npos)
+        << message; // 242 plots and 224 harvests
+}
+
+TEST_F(WheatTrialTest, ATableOfAnotherFormIsRefusedWithItsPlace)
+{
+    const auto converted = [this](const std::string& text)
+    {
+        Write("table.txt", text);
+        const Outcome outcome = RunningProgram({PLANTJOURNAL_WHEAT_TRIAL, "table.txt", "other"}, Around).End();
+        EXPECT_EQ(outcome.Status, 1);
+        EXPECT_FALSE(std::filesystem::exists(Scratch.File("other")));
+        return outcome.Error;
+    };
+    EXPECT_EQ(converted("a\tb\n"), "table.txt:1: the headings gen, rep, yield, col and row are expected\n");
+    EXPECT_EQ(converted("gen\trep\tyield\tcol\trow\nLancer\tR1\t20\t1\n"),
+              "table.txt:2: a cultivar and four values are expected\n");
+    EXPECT_EQ(converted("gen\trep\tyield\tcol\trow\nLancer\tR1\t20\t0\t1\n"),
+              "table.txt:2: \"0\" is no place in the field\n");
+    EXPECT_EQ(RunningProgram({PLANTJOURNAL_WHEAT_TRIAL}, Around).End().Status, 2);
+}
+
+} // namespace
