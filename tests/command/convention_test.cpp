@@ -38,6 +38,7 @@ class CommandHelpTest : public CommandTest
 {
   protected:
     // Visits a command and all below it, with their help.
+    // NOLINTNEXTLINE(misc-no-recursion): commands have groups, and groups commands
     void ForEachCommand(const std::function<void(const Words& command, const std::string& help, bool group)>& visit,
                         const Words& command = {}) const
     {
@@ -494,7 +495,7 @@ TEST_F(CommandConventionTest, JSONGivesEveryRecordUnderTheNamesOfItsFields)
     tree["Clones"][0]["Clones"] = JSON::array();
     EXPECT_EQ(Parsed({"plant", "tree"}), JSON::array({tree}));
 
-    const auto of = [](const char* table, JSON object)
+    const auto of = [](const char* table, const JSON& object)
     {
         JSON moment = {{"Table", table}};
         moment.update(object);

@@ -159,13 +159,13 @@ TEST_F(ManualTest, HasEveryCommandWithEveryFlagOfItsHelp)
                 if (flag.starts_with("  -") && !flag.starts_with("  -h,--help"))
                 {
                     ++flags;
-                    const std::string name = flag.substr(2, flag.find_first_of(" ", 2) - 2);
+                    const std::string name = flag.substr(2, flag.find(' ', 2) - 2);
                     EXPECT_NE(section.find(".B " + Written(name) + '\n'), std::string::npos) << title << name;
                 }
         }
     }
     EXPECT_GT(flags, 100);
-    for (const char* general : {"\\-\\-file", "\\-\\-json", "\\-\\-version", "\\-h,\\-\\-help"})
+    for (const char* general : {R"(\-\-file)", R"(\-\-json)", R"(\-\-version)", R"(\-h,\-\-help)"})
         EXPECT_NE(Page.find(std::string(".B ") + general), std::string::npos) << general;
 }
 

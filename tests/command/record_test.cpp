@@ -547,7 +547,7 @@ std::string Yesterday()
     std::tm day = *std::localtime(&now);
     day.tm_hour = 12;
     --day.tm_mday;
-    std::mktime(&day);
+    EXPECT_NE(std::mktime(&day), -1);
     std::ostringstream text;
     text << std::put_time(&day, "%Y-%m-%d");
     return text.str();

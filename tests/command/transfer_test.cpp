@@ -55,13 +55,13 @@ class TransferTest : public CommandTest
                 const std::vector<std::string> texts = {"",
                                                         " blanks ",
                                                         "\"",
-                                                        "\"\"quoted\", and more\"",
+                                                        R"(""quoted", and more")",
                                                         ",",
                                                         "two\nlines\n",
                                                         "two\r\nlines\r",
                                                         "\xEF\xBB\xBF mark",
                                                         "\xFF\xFE broken \xC3",
-                                                        "{\"Hex\": \"ff\"}",
+                                                        R"({"Hex": "ff"})",
                                                         "tab\tand \x01\x1B\x7F",
                                                         "紅 \xF0\x9F\x8C\xB1 e\xCC\x81",
                                                         "NULL",
@@ -198,7 +198,7 @@ TEST_F(TransferTest, AnExportThatWouldNotBeWholeIsRefused)
     EXPECT_TRUE(std::filesystem::is_empty(Scratch.File("out")));
 }
 
-TEST_F(TransferTest, AnExportSeesOneMomentWhileOthersWrite)
+TEST_F(TransferTest, AnExportGivesWhatWasLastStoredWhileAnotherWrites)
 {
     KeepEverything();
     const std::string before = Exported();
