@@ -56,7 +56,7 @@ std::string Session::Path() const
         return File;
     if (std::string file = Environment("PLANTJOURNAL_FILE"); !file.empty())
         return file;
-    // https://specifications.freedesktop.org/basedir-spec: a relative path is to be ignored
+    // The base directories of freedesktop.org: a relative path is to be ignored.
     std::filesystem::path data = Environment("XDG_DATA_HOME");
     if (data.is_relative())
     {
