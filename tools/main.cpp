@@ -1,6 +1,7 @@
 #include "commands.h"
 #include "pages.h"
 
+#include <algorithm>
 #include <clocale>
 #include <iostream>
 #include <iterator>
@@ -55,11 +56,12 @@ void AddEverything(CLI::App& program, Session& session)
 std::vector<std::string> Turned(const std::vector<std::string>& arguments)
 {
     std::vector<std::string> turned;
-    for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
-        if (argument->starts_with("--") && argument->find('=') == argument->size() - 1)
-            turned.insert(turned.end(), {"", argument->substr(0, argument->size() - 1)});
+    for (const std::string& argument : arguments)
+        if (argument.starts_with("--") && argument.find('=') == argument.size() - 1)
+            turned.insert(turned.end(), {argument.substr(0, argument.size() - 1), ""});
         else
-            turned.push_back(*argument);
+            turned.push_back(argument);
+    std::reverse(turned.begin(), turned.end());
     return turned;
 }
 

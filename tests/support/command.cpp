@@ -11,6 +11,7 @@
 #include <system_error>
 #include <thread>
 
+#include <fcntl.h>
 #include <grp.h>
 #include <pty.h>
 #include <sys/mman.h>
@@ -74,10 +75,16 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
     const std::vector<char*> arguments = Pointers(words);
     const std::vector<char*> environment = Pointers(around.Environment);
     alarm(longest);
+    // The program may lie where the user may not go, as below the home of another.
+    const int program = open(arguments[0], O_RDONLY | O_CLOEXEC);
     const bool isUser =
         !around.AsUser || geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
     if (isUser && chdir(around.Directory.c_str()) == 0)
+    {
+        if (program >= 0)
+            fexecve(program, arguments.data(), environment.data());
         execvpe(arguments[0], arguments.data(), environment.data());
+    }
     constexpr int notFound = 127;
     _exit(notFound);
 }
