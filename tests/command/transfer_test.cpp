@@ -208,6 +208,46 @@ TEST_F(TransferTest, AnExportGivesWhatWasLastStoredWhileAnotherWrites)
     EXPECT_NE(Exported(), before);
 }
 
+TEST_F(TransferTest, AnExportIsOfOneMomentWhileOthersWrite)
+{
+    Keep([](PlantRepository&) {});
+    const auto state = [](const std::string& word)
+    {
+        return "BEGIN IMMEDIATE; UPDATE Plants SET Tent='" + word + "'; UPDATE PlantJournalEntries SET Details='" +
+               word + "'; COMMIT;";
+    };
+    Words moments;
+    {
+        const PlainConnection connection(Journal);
+        connection.Execute("WITH RECURSIVE N(I) AS (SELECT 1 UNION ALL SELECT I+1 FROM N WHERE I<500) "
+                           "INSERT INTO Plants(UUID,Name) SELECT 'u'||I,'one of many' FROM N;"
+                           "INSERT INTO PlantJournalEntries(PlantUUID) SELECT UUID FROM Plants;");
+        for (const char* word : {"here", "there"})
+        {
+            connection.Execute(state(word));
+            moments.push_back(Exported());
+        }
+    }
+    const std::string end = Scratch.File("end");
+    ChildProcess writer(
+        [&](const ParentProcess& parent)
+        {
+            const PlainConnection connection(Journal);
+            connection.Execute("PRAGMA busy_timeout=10000;");
+            parent.Tell("begun");
+            for (int i = 0; !std::filesystem::exists(end); ++i)
+            {
+                connection.Execute(state(i % 2 == 0 ? "here" : "there"));
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            }
+        });
+    EXPECT_EQ(writer.Line(), "begun");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(std::count(moments.begin(), moments.end(), Exported()), 1);
+    Write("end", "");
+    EXPECT_EQ(writer.End(), "done");
+}
+
 // ---- There and back
 
 class RoundTripTest : public TransferTest, public testing::WithParamInterface<bool>
