@@ -4,29 +4,31 @@
 
 #include <cstddef>
 #include <ctime>
+#include <string_view>
 #include <utility>
 
 namespace
 {
 
-// The stored names, in the order of the enumerators.
-constexpr const char* StageNames[] = {"Seed", "Clone", "Veg", "Flower", "Dry", "Cure", "Harvested", "Archived"};
-constexpr const char* SexNames[] = {"Unknown", "Female", "Male", "Hermaphrodite"};
-constexpr const char* EventTypeNames[] = {"Clone", "Transplant", "Flip",        "Harvest",    "Feed", "Water",
-                                          "Stage", "Topped",     "LST Trained", "Defoliated", "Note"};
-constexpr const char* CareActionNames[] = {"Feed", "Water"};
-constexpr const char* JournalTypeNames[] = {"Observation", "Training",    "Pruning",
-                                            "Topping",     "Defoliation", "Milestone"};
+// The stored names, in the order of the enumerators. They are views since most comparisons end at the length; each ends
+// with the zero byte of its literal.
+constexpr std::string_view StageNames[] = {"Seed", "Clone", "Veg", "Flower", "Dry", "Cure", "Harvested", "Archived"};
+constexpr std::string_view SexNames[] = {"Unknown", "Female", "Male", "Hermaphrodite"};
+constexpr std::string_view EventTypeNames[] = {"Clone", "Transplant", "Flip",        "Harvest",    "Feed", "Water",
+                                               "Stage", "Topped",     "LST Trained", "Defoliated", "Note"};
+constexpr std::string_view CareActionNames[] = {"Feed", "Water"};
+constexpr std::string_view JournalTypeNames[] = {"Observation", "Training",    "Pruning",
+                                                 "Topping",     "Defoliation", "Milestone"};
 
 template <typename Enum, std::size_t Count>
-const char* NameOf(const char* const (&names)[Count], Enum value, Enum fallback)
+const char* NameOf(const std::string_view (&names)[Count], Enum value, Enum fallback)
 {
     const auto number = static_cast<std::size_t>(value); // a negative one becomes larger than any
-    return names[number < Count ? number : static_cast<std::size_t>(fallback)];
+    return names[number < Count ? number : static_cast<std::size_t>(fallback)].data();
 }
 
 template <typename Enum, std::size_t Count>
-Enum FromName(const char* const (&names)[Count], const std::string& name, Enum fallback)
+Enum FromName(const std::string_view (&names)[Count], std::string_view name, Enum fallback)
 {
     for (std::size_t number = 0; number < Count; ++number)
         if (name == names[number])

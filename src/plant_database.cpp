@@ -2,16 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <climits>
 #include <cstring>
 #include <filesystem>
-#include <iomanip>
 #include <iterator>
-#include <locale>
 #include <memory>
 #include <new>
 #include <random>
-#include <sstream>
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
@@ -43,7 +41,8 @@ bool BindDouble(sqlite3_stmt* statement, int index, double value)
     return sqlite3_bind_double(statement, index, value) == SQLITE_OK;
 }
 
-std::string ColumnText(sqlite3_stmt* statement, int column)
+// A column's text as long as its row is: up to the first zero byte, and empty where it is NULL.
+const char* ColumnChars(sqlite3_stmt* statement, int column)
 {
     const unsigned char* text = sqlite3_column_text(statement, column);
     if (text != nullptr)
@@ -51,7 +50,12 @@ std::string ColumnText(sqlite3_stmt* statement, int column)
     // A null pointer is a NULL or a text that SQLite found no memory for; taking that one for empty would lose it.
     if (sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM)
         throw std::bad_alloc();
-    return {};
+    return "";
+}
+
+std::string ColumnText(sqlite3_stmt* statement, int column)
+{
+    return ColumnChars(statement, column);
 }
 
 // A prepared statement, finalised at the end of its scope.
@@ -248,15 +252,13 @@ template <typename Work> bool InTransaction(sqlite3* db, const Work& work)
     return true;
 }
 
-// A stream for the texts that we compose: the same digits in every locale, and an exception where memory runs out,
-// which a stream would otherwise swallow and leave its text cut short.
-std::ostringstream FixedPointStream(int precision)
+// Appends a number with so many digits after its point, rounded as printf rounds and the same in every locale.
+void AppendFixed(std::string& text, double value, int decimals)
 {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    stream.exceptions(std::ios::badbit);
-    stream << std::fixed << std::setprecision(precision);
-    return stream;
+    std::array<char, 512> digits{}; // the largest number has 309 digits before its point
+    const std::to_chars_result end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed, decimals);
+    text.append(digits.data(), end.ptr);
 }
 
 } // namespace
@@ -281,14 +283,14 @@ std::string CreatePlantUUID()
     bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);
     bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
 
-    std::string uuid;
-    uuid.reserve(36);
+    std::string uuid(36, '-');
+    std::size_t at = 0;
     for (std::size_t i = 0; i < bytes.size(); ++i)
     {
         if (i == 4 || i == 6 || i == 8 || i == 10)
-            uuid += '-';
-        uuid += hex[bytes[i] >> 4];
-        uuid += hex[bytes[i] & 0x0F];
+            ++at;
+        uuid[at++] = hex[bytes[i] >> 4];
+        uuid[at++] = hex[bytes[i] & 0x0F];
     }
     return uuid;
 }
@@ -854,20 +856,23 @@ bool PlantRepository::DeletePlantCareEntry(std::int64_t id)
 
 std::string PlantRepository::CareTimelineDetails(const PlantCareEntry& entry) const
 {
-    std::ostringstream text = FixedPointStream(0);
-    text << entry.Product;
+    std::string text;
     if (!entry.Product.empty())
-        text << " | ";
-    text << entry.AmountMl << " ml" << std::setprecision(2);
+        text += entry.Product + " | ";
+    AppendFixed(text, entry.AmountMl, 0);
+    text += " ml";
     if (entry.EC > 0)
-        text << " | EC " << entry.EC;
+        AppendFixed(text += " | EC ", entry.EC, 2);
     if (entry.PH > 0)
-        text << " | pH " << entry.PH;
+        AppendFixed(text += " | pH ", entry.PH, 2);
     if (entry.RunoffMl > 0)
-        text << " | Runoff " << std::setprecision(0) << entry.RunoffMl << " ml";
+    {
+        AppendFixed(text += " | Runoff ", entry.RunoffMl, 0);
+        text += " ml";
+    }
     if (!entry.Notes.empty())
-        text << " | " << entry.Notes;
-    return text.str();
+        text += " | " + entry.Notes;
+    return text;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -947,17 +952,22 @@ bool PlantRepository::DeleteHarvestRecord(const std::string& plantUUID)
 
 std::string PlantRepository::HarvestTimelineDetails(const HarvestRecord& record) const
 {
-    std::ostringstream text = FixedPointStream(1);
-    text << "Wet " << record.WetWeightG << " g | Dry " << record.DryWeightG << " g";
+    std::string text = "Wet ";
+    AppendFixed(text, record.WetWeightG, 1);
+    AppendFixed(text += " g | Dry ", record.DryWeightG, 1);
+    text += " g";
     if (record.SeedYield > 0)
-        text << " | Seeds " << record.SeedYield;
+        text += " | Seeds " + std::to_string(record.SeedYield);
     if (record.QualityRating > 0.0)
-        text << " | Quality " << record.QualityRating << "/10";
+    {
+        AppendFixed(text += " | Quality ", record.QualityRating, 1);
+        text += "/10";
+    }
     if (!record.CureOutcome.empty())
-        text << " | " << record.CureOutcome;
+        text += " | " + record.CureOutcome;
     if (!record.Notes.empty())
-        text << " | " << record.Notes;
-    return text.str();
+        text += " | " + record.Notes;
+    return text;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
