@@ -1,0 +1,111 @@
+// Times every workload for every contender, in memory and on disk: in each round all of them take their turn, in random
+// order, so that what slows the machine for a while slows all of them. Prints one line a turn: the ratios are made from
+// turns of the same round.
+
+#include "support/scratch_directory.h"
+#include "workload.h"
+
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <random>
+#include <stdexcept>
+
+#include <benchmark/benchmark.h>
+
+namespace
+{
+
+// Takes what one turn took, in nanoseconds a step.
+class Turn : public benchmark::BenchmarkReporter
+{
+  public:
+    bool ReportContext(const Context&) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        for (const Run& run : runs)
+        {
+            if (run.error_occurred)
+                throw std::runtime_error(run.error_message);
+            Nanoseconds = run.GetAdjustedRealTime();
+        }
+    }
+
+    double Nanoseconds = 0;
+};
+
+void TakeTurn(benchmark::State& state, Bout& bout)
+{
+    const Step step = bout.Prepare();
+    for (auto _ : state)
+        if (!step())
+            return state.SkipWithError("a step failed");
+    bout.Restore();
+}
+
+void Measure(const Workload& workload, Medium medium, int rounds, const std::string& directory, std::ostream& out)
+{
+    std::vector<std::pair<std::string, std::unique_ptr<Bout>>> bouts;
+    for (const ContenderKind& kind : Contenders())
+    {
+        if (workload.Name == "an identifier" && kind.Make()->CreateIdentifier().empty())
+            continue;
+        bouts.emplace_back(kind.Name, std::make_unique<Bout>(kind, workload, medium, directory));
+    }
+    std::mt19937 generator(1);
+    // The first round warms up and is not kept.
+    for (int round = 0; round <= rounds; ++round)
+    {
+        std::shuffle(bouts.begin(), bouts.end(), generator);
+        for (const auto& [name, bout] : bouts)
+        {
+            benchmark::ClearRegisteredBenchmarks();
+            benchmark::RegisterBenchmark(workload.Name.c_str(),
+                                         [&bout](benchmark::State& state) { TakeTurn(state, *bout); })
+                ->Iterations(workload.Steps)
+                ->Unit(benchmark::kNanosecond)
+                ->UseRealTime();
+            Turn turn;
+            benchmark::RunSpecifiedBenchmarks(&turn);
+            if (round > 0)
+                out << workload.Name << '\t' << workload.Size << '\t' << (medium == Medium::Memory ? "memory" : "disk")
+                    << '\t' << name << '\t' << round << '\t' << turn.Nanoseconds << '\n';
+        }
+    }
+    out.flush();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+try
+{
+    benchmark::Initialize(&argc, argv);
+    if (argc != 4)
+    {
+        std::cerr << "usage: " << argv[0] << " ROUNDS DIRECTORY OUTPUT\n";
+        return 2;
+    }
+    const int rounds = std::stoi(argv[1]);
+    const std::string directory = argv[2];
+    std::ofstream out(argv[3]);
+    out << "workload\tsize\tmedium\tcontender\tround\tnanoseconds\n";
+    for (const Workload& workload : Workloads())
+        for (const Medium medium : {Medium::Memory, Medium::Disk})
+            if (medium == Medium::Memory ? workload.InMemory : workload.OnDisk)
+            {
+                std::cerr << workload.Title() << (medium == Medium::Memory ? ", in memory\n" : ", on disk\n");
+                Measure(workload, medium, workload.Rounds == 0 ? rounds : std::min(rounds, workload.Rounds), directory,
+                        out);
+            }
+    return out ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+catch (const std::exception& e)
+{
+    std::cerr << e.what() << '\n';
+    return EXIT_FAILURE;
+}
