@@ -5,6 +5,8 @@
 #include "support/scratch_directory.h"
 #include "workload.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <exception>
 #include <fstream>
@@ -15,6 +17,8 @@
 #include <stdexcept>
 
 #include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <sqlite3.h>
 
 namespace
 {
@@ -57,8 +61,8 @@ void Measure(const Workload& workload, Medium medium, int rounds, const std::str
         bouts.emplace_back(kind.Name, std::make_unique<Bout>(kind, workload, medium, directory));
     }
     std::mt19937 generator(1);
-    // The first round warms up and is not kept.
-    for (int round = 0; round <= rounds; ++round)
+    // The first round warms up and is not kept; what takes seconds needs none.
+    for (int round = workload.Rounds == 0 ? 0 : 1; round <= rounds; ++round)
     {
         std::shuffle(bouts.begin(), bouts.end(), generator);
         for (const auto& [name, bout] : bouts)
@@ -79,6 +83,18 @@ void Measure(const Workload& workload, Medium medium, int rounds, const std::str
     out.flush();
 }
 
+// What the figures were made with, as comments in front of them.
+void TellCircumstances(std::ostream& out)
+{
+    out << "# compiler\t" << BENCH_COMPILER << '\n' << "# SQLite\t" << sqlite3_libversion() << '\n';
+    for (int i = 0; sqlite3_compileoption_get(i) != nullptr; ++i)
+        out << "# SQLite option\t" << sqlite3_compileoption_get(i) << '\n';
+    for (const ContenderKind& kind : Contenders())
+        out << "# contender\t" << kind.Name << '\t' << kind.Version << '\n';
+    for (const std::string& name : AbsentContenders())
+        out << "# absent\t" << name << '\n';
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -90,9 +106,15 @@ try
         std::cerr << "usage: " << argv[0] << " ROUNDS DIRECTORY OUTPUT\n";
         return 2;
     }
+    // Giving memory back to the system and taking it again costs now one, now the other contender, as chance has laid
+    // out the heap.
+    mallopt(M_TRIM_THRESHOLD, INT_MAX);
+    mallopt(M_MMAP_THRESHOLD, INT_MAX);
+
     const int rounds = std::stoi(argv[1]);
     const std::string directory = argv[2];
     std::ofstream out(argv[3]);
+    TellCircumstances(out);
     out << "workload\tsize\tmedium\tcontender\tround\tnanoseconds\n";
     for (const Workload& workload : Workloads())
         for (const Medium medium : {Medium::Memory, Medium::Disk})

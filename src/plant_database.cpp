@@ -41,8 +41,7 @@ bool BindDouble(sqlite3_stmt* statement, int index, double value)
     return sqlite3_bind_double(statement, index, value) == SQLITE_OK;
 }
 
-// A column's text as long as its row is: up to the first zero byte, and empty where it is NULL.
-const char* ColumnChars(sqlite3_stmt* statement, int column)
+std::string ColumnText(sqlite3_stmt* statement, int column)
 {
     const unsigned char* text = sqlite3_column_text(statement, column);
     if (text != nullptr)
@@ -50,12 +49,7 @@ const char* ColumnChars(sqlite3_stmt* statement, int column)
     // A null pointer is a NULL or a text that SQLite found no memory for; taking that one for empty would lose it.
     if (sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM)
         throw std::bad_alloc();
-    return "";
-}
-
-std::string ColumnText(sqlite3_stmt* statement, int column)
-{
-    return ColumnChars(statement, column);
+    return {};
 }
 
 // A prepared statement, finalised at the end of its scope.
