@@ -17,10 +17,13 @@
 namespace
 {
 
+// The heap is one for the whole program, and so is its count.
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 bool counting = false;
 std::size_t allocations = 0;
 std::ptrdiff_t held = 0;
 std::ptrdiff_t most = 0;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 void* Taken(void* memory)
 {
@@ -44,30 +47,32 @@ void* GivenBack(void* memory)
 
 // In front of the C library's own, which it offers by these names, too:
 // https://www.gnu.org/software/libc/manual/html_node/Replacing-malloc.html
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the C library's names
 extern "C"
 {
-    void* __libc_malloc(std::size_t);
-    void* __libc_calloc(std::size_t, std::size_t);
-    void* __libc_realloc(void*, std::size_t);
-    void __libc_free(void*);
+    void* __libc_malloc(std::size_t size);
+    void* __libc_calloc(std::size_t nmemb, std::size_t size);
+    void* __libc_realloc(void* ptr, std::size_t size);
+    void __libc_free(void* ptr);
 
     void* malloc(std::size_t size)
     {
         return Taken(__libc_malloc(size));
     }
-    void* calloc(std::size_t count, std::size_t size)
+    void* calloc(std::size_t nmemb, std::size_t size)
     {
-        return Taken(__libc_calloc(count, size));
+        return Taken(__libc_calloc(nmemb, size));
     }
-    void* realloc(void* memory, std::size_t size)
+    void* realloc(void* ptr, std::size_t size)
     {
-        return Taken(__libc_realloc(GivenBack(memory), size));
+        return Taken(__libc_realloc(GivenBack(ptr), size));
     }
-    void free(void* memory)
+    void free(void* ptr)
     {
-        __libc_free(GivenBack(memory));
+        __libc_free(GivenBack(ptr));
     }
 }
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 namespace
 {

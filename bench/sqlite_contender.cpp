@@ -5,7 +5,9 @@
 #include "statements.h"
 
 #include <array>
-#include <cstdio>
+#include <iomanip>
+#include <ios>
+#include <sstream>
 #include <type_traits>
 #include <unordered_map>
 #include <utility>
@@ -25,6 +27,9 @@ struct Connection
 class BoundStatement
 {
   public:
+    BoundStatement(const BoundStatement&) = delete;
+    BoundStatement& operator=(const BoundStatement&) = delete;
+
     bool Bind(int index, std::int64_t value) { return sqlite3_bind_int64(Handle, index, value) == SQLITE_OK; }
     bool Bind(int index, int value) { return sqlite3_bind_int(Handle, index, value) == SQLITE_OK; }
     bool Bind(int index, double value) { return sqlite3_bind_double(Handle, index, value) == SQLITE_OK; }
@@ -56,32 +61,47 @@ class BoundStatement
     }
 
   protected:
-    sqlite3_stmt* Handle = nullptr;
+    explicit BoundStatement(sqlite3_stmt* handle) : Handle(handle) {}
+    ~BoundStatement() = default;
+    sqlite3_stmt* Native() const { return Handle; }
+
+  private:
+    sqlite3_stmt* Handle;
 };
 
-struct PreparedStatement : BoundStatement
+class PreparedStatement : public BoundStatement
 {
-    PreparedStatement(Connection& connection, const char* sql)
-    {
-        sqlite3_prepare_v2(connection.Handle, sql, -1, &Handle, nullptr);
-    }
-    ~PreparedStatement() { sqlite3_finalize(Handle); }
+  public:
+    PreparedStatement(Connection& connection, const char* sql) : BoundStatement(Prepare(connection, sql)) {}
+    ~PreparedStatement() { sqlite3_finalize(Native()); }
     PreparedStatement(const PreparedStatement&) = delete;
     PreparedStatement& operator=(const PreparedStatement&) = delete;
+
+  private:
+    static sqlite3_stmt* Prepare(Connection& connection, const char* sql)
+    {
+        sqlite3_stmt* statement = nullptr;
+        sqlite3_prepare_v2(connection.Handle, sql, -1, &statement, nullptr);
+        return statement;
+    }
 };
 
-struct KeptStatement : BoundStatement
+class KeptStatement : public BoundStatement
 {
-    KeptStatement(Connection& connection, const char* sql)
+  public:
+    KeptStatement(Connection& connection, const char* sql) : BoundStatement(Keep(connection, sql)) {}
+    ~KeptStatement() { sqlite3_reset(Native()); }
+    KeptStatement(const KeptStatement&) = delete;
+    KeptStatement& operator=(const KeptStatement&) = delete;
+
+  private:
+    static sqlite3_stmt* Keep(Connection& connection, const char* sql)
     {
         sqlite3_stmt*& kept = connection.Kept[sql];
         if (kept == nullptr)
             sqlite3_prepare_v3(connection.Handle, sql, -1, SQLITE_PREPARE_PERSISTENT, &kept, nullptr);
-        Handle = kept;
+        return kept;
     }
-    ~KeptStatement() { sqlite3_reset(Handle); }
-    KeptStatement(const KeptStatement&) = delete;
-    KeptStatement& operator=(const KeptStatement&) = delete;
 };
 
 template <typename Statement> class SQLite : public Contender
@@ -118,13 +138,15 @@ template <typename Statement> class SQLite : public Contender
 
     std::string CreateIdentifier() override
     {
-        std::array<unsigned char, 16> b{};
-        sqlite3_randomness(static_cast<int>(b.size()), b.data());
-        std::array<char, 37> text{};
-        std::snprintf(text.data(), text.size(), "%02x%02x%02x%02x-%02x%02x-%02x%02x-%02x%02x-%02x%02x%02x%02x%02x%02x",
-                      b[0], b[1], b[2], b[3], b[4], b[5], (b[6] & 0x0FU) | 0x40U, b[7], (b[8] & 0x3FU) | 0x80U, b[9],
-                      b[10], b[11], b[12], b[13], b[14], b[15]);
-        return text.data();
+        std::array<unsigned char, 16> bytes{};
+        sqlite3_randomness(static_cast<int>(bytes.size()), bytes.data());
+        bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
+        bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
+        std::ostringstream text;
+        text << std::hex << std::setfill('0');
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            text << (i == 4 || i == 6 || i == 8 || i == 10 ? "-" : "") << std::setw(2) << static_cast<int>(bytes[i]);
+        return text.str();
     }
 
     bool ListPlants(std::vector<Plant>& out) override

@@ -60,13 +60,14 @@ void Measure(const Workload& workload, Medium medium, int rounds, const std::str
             continue;
         bouts.emplace_back(kind.Name, std::make_unique<Bout>(kind, workload, medium, directory));
     }
-    std::mt19937 generator(1);
+    std::mt19937 generator(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same order in every run
     // The first round warms up and is not kept; what takes seconds needs none.
     for (int round = workload.Rounds == 0 ? 0 : 1; round <= rounds; ++round)
     {
         std::shuffle(bouts.begin(), bouts.end(), generator);
-        for (const auto& [name, bout] : bouts)
+        for (const auto& entry : bouts)
         {
+            Bout& bout = *entry.second;
             benchmark::ClearRegisteredBenchmarks();
             benchmark::RegisterBenchmark(workload.Name.c_str(),
                                          [&bout](benchmark::State& state) { TakeTurn(state, *bout); })
@@ -77,7 +78,7 @@ void Measure(const Workload& workload, Medium medium, int rounds, const std::str
             benchmark::RunSpecifiedBenchmarks(&turn);
             if (round > 0)
                 out << workload.Name << '\t' << workload.Size << '\t' << (medium == Medium::Memory ? "memory" : "disk")
-                    << '\t' << name << '\t' << round << '\t' << turn.Nanoseconds << '\n';
+                    << '\t' << entry.first << '\t' << round << '\t' << turn.Nanoseconds << '\n';
         }
     }
     out.flush();
@@ -108,8 +109,8 @@ try
     }
     // Giving memory back to the system and taking it again costs now one, now the other contender, as chance has laid
     // out the heap.
-    mallopt(M_TRIM_THRESHOLD, INT_MAX);
-    mallopt(M_MMAP_THRESHOLD, INT_MAX);
+    mallopt(M_TRIM_THRESHOLD, INT_MAX); // NOLINT(concurrency-mt-unsafe): there is but one thread
+    mallopt(M_MMAP_THRESHOLD, INT_MAX); // NOLINT(concurrency-mt-unsafe): the same
 
     const int rounds = std::stoi(argv[1]);
     const std::string directory = argv[2];

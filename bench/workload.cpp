@@ -4,10 +4,11 @@
 #include "support/plain_connection.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <filesystem>
+#include <iomanip>
+#include <ios>
 #include <numeric>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -20,10 +21,9 @@ constexpr int FirstHarvestEvent = 10'000'000; // above the events of care entrie
 // The identifier of the made-up plant `id`, as the statements below compose it.
 std::string UUIDOf(int id)
 {
-    std::array<char, 37> text{};
-    std::snprintf(text.data(), text.size(), "%08x-0000-4000-8000-%012x", static_cast<unsigned>(id),
-                  static_cast<unsigned>(id));
-    return text.data();
+    std::ostringstream text;
+    text << std::hex << std::setfill('0') << std::setw(8) << id << "-0000-4000-8000-" << std::setw(12) << id;
+    return text.str();
 }
 
 // Numbers from `first` to `last`, as a table n(i).
@@ -269,7 +269,7 @@ Workload SaveHarvestsAgain(int among, int steps)
         std::vector<Plant> plants;
         for (const int number : Range(1, steps))
         {
-            plants.emplace_back().ID = 3 * number;
+            plants.emplace_back().ID = std::int64_t{3} * number;
             plants.back().UUID = UUIDOf(3 * number);
         }
         return ForEach(std::move(plants),
