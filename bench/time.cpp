@@ -70,7 +70,7 @@ void Measure(const Workload& workload, Medium medium, int rounds, const std::str
             Bout& bout = *entry.second;
             benchmark::ClearRegisteredBenchmarks();
             benchmark::RegisterBenchmark(workload.Name.c_str(),
-                                         [&bout](benchmark::State& state) { TakeTurn(state, *bout); })
+                                         [&bout](benchmark::State& state) { TakeTurn(state, bout); })
                 ->Iterations(workload.Steps)
                 ->Unit(benchmark::kNanosecond)
                 ->UseRealTime();

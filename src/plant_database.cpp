@@ -44,12 +44,10 @@ bool BindDouble(sqlite3_stmt* statement, int index, double value)
 std::string ColumnText(sqlite3_stmt* statement, int column)
 {
     const unsigned char* text = sqlite3_column_text(statement, column);
-    if (text != nullptr)
-        return reinterpret_cast<const char*>(text);
     // A null pointer is a NULL or a text that SQLite found no memory for; taking that one for empty would lose it.
-    if (sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM)
+    if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM)
         throw std::bad_alloc();
-    return {};
+    return text != nullptr ? reinterpret_cast<const char*>(text) : "";
 }
 
 // A prepared statement, finalised at the end of its scope.
