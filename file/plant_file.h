@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+/// Marks what a shared library offers to its users; all else in it is hidden.
+#define PLANTJOURNAL_FILE_API __attribute__((visibility("default")))
+
 /// How a call went.
 struct PlantFileResult
 {
@@ -37,7 +40,8 @@ enum class PlantFileKind : std::int32_t
     Locked        ///< Another process holds it, and held it for longer than 2.5 seconds.
 };
 
-const char* PlantFileKindName(PlantFileKind kind); ///< The enumerator's name; "Missing" for a number outside.
+/// The enumerator's name; "Missing" for a number outside.
+PLANTJOURNAL_FILE_API const char* PlantFileKindName(PlantFileKind kind);
 
 /// How many rows a table holds.
 struct PlantFileTable
@@ -64,7 +68,7 @@ struct PlantFileInspection
 /// not add, with an event type that is not ours in an event table that opening would leave as it is, or with a
 /// write-ahead log, which no journal of ours has and which could not be read without making files. Reads every row.
 /// @return An error when even that cannot be told: no permission, a directory, no memory. `out` is then a default one.
-PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out);
+PLANTJOURNAL_FILE_API PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out);
 
 /// What may be wrong in a journal.
 enum class PlantFindingKind : std::int32_t
@@ -81,7 +85,8 @@ enum class PlantFindingKind : std::int32_t
     MissingPhotoFile ///< No file lies where a photo says. A relative path counts from the journal's directory.
 };
 
-const char* PlantFindingKindName(PlantFindingKind kind); ///< The enumerator's name; "Damage" for a number outside.
+/// The enumerator's name; "Damage" for a number outside.
+PLANTJOURNAL_FILE_API const char* PlantFindingKindName(PlantFindingKind kind);
 
 /// One thing that is wrong.
 struct PlantFileFinding
@@ -100,7 +105,7 @@ struct PlantFileFinding
 /// theirs waits.
 /// @return An error when the file is no journal, is interrupted, cannot be read to its end or is locked; `out` then
 /// holds what was found so far.
-PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFileFinding>& out);
+PLANTJOURNAL_FILE_API PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFileFinding>& out);
 
 /// What a backup does where its destination exists.
 enum class PlantBackUpMode : std::int32_t
@@ -127,6 +132,6 @@ using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t t
 /// and whole, but may be gone after a power failure; the step is then `syncing the directory`.
 /// A process that is killed leaves its unfinished copy behind, named like the destination with `.part-` and six letters
 /// after it.
-PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string& destination,
-                                    const PlantBackUpProgress& progress = {},
-                                    PlantBackUpMode mode = PlantBackUpMode::Keep);
+PLANTJOURNAL_FILE_API PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string& destination,
+                                                          const PlantBackUpProgress& progress = {},
+                                                          PlantBackUpMode mode = PlantBackUpMode::Keep);

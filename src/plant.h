@@ -19,6 +19,15 @@
 #include <cstdint>
 #include <string>
 
+/// Marks what a shared library offers to its users; all else in it is hidden.
+#if !defined(_WIN32)
+#define PLANTJOURNAL_API __attribute__((visibility("default")))
+#elif defined(plantjournal_EXPORTS) // by CMake, while it builds the library; a user needs no mark
+#define PLANTJOURNAL_API __declspec(dllexport)
+#else
+#define PLANTJOURNAL_API
+#endif
+
 class PlantRepository;
 
 /// The growth stage of a plant.
@@ -83,23 +92,23 @@ enum class PlantJournalType : std::int32_t
 /// `...FromName` function is its inverse and compares exactly, case included; a text that is no stored name (the empty
 /// text, too) yields the record's default value.
 /// @{
-const char* PlantStageName(PlantStage stage);
-PlantStage PlantStageFromName(const std::string& name); ///< Default `PlantStage::Veg`.
-const char* PlantSexName(PlantSex sex);
-PlantSex PlantSexFromName(const std::string& name); ///< Default `PlantSex::Unknown`.
-const char* PlantEventTypeName(PlantEventType type);
-PlantEventType PlantEventTypeFromName(const std::string& name); ///< Default `PlantEventType::Note`.
-const char* PlantCareActionName(PlantCareAction action);
-PlantCareAction PlantCareActionFromName(const std::string& name); ///< Default `PlantCareAction::Water`.
-const char* PlantJournalTypeName(PlantJournalType type);
-PlantJournalType PlantJournalTypeFromName(const std::string& name); ///< Default `PlantJournalType::Observation`.
+PLANTJOURNAL_API const char* PlantStageName(PlantStage stage);
+PLANTJOURNAL_API PlantStage PlantStageFromName(const std::string& name); ///< Default `Veg`.
+PLANTJOURNAL_API const char* PlantSexName(PlantSex sex);
+PLANTJOURNAL_API PlantSex PlantSexFromName(const std::string& name); ///< Default `Unknown`.
+PLANTJOURNAL_API const char* PlantEventTypeName(PlantEventType type);
+PLANTJOURNAL_API PlantEventType PlantEventTypeFromName(const std::string& name); ///< Default `Note`.
+PLANTJOURNAL_API const char* PlantCareActionName(PlantCareAction action);
+PLANTJOURNAL_API PlantCareAction PlantCareActionFromName(const std::string& name); ///< Default `Water`.
+PLANTJOURNAL_API const char* PlantJournalTypeName(PlantJournalType type);
+PLANTJOURNAL_API PlantJournalType PlantJournalTypeFromName(const std::string& name); ///< Default `Observation`.
 /// @}
 
 /// Today's date in local time, as `YYYY-MM-DD`.
-std::string PlantEventCurrentDate();
+PLANTJOURNAL_API std::string PlantEventCurrentDate();
 
 /// One plant.
-struct Plant
+struct PLANTJOURNAL_API Plant
 {
     std::int64_t ID = 0;                ///< Row number; 0 until the plant is stored.
     std::string UUID;                   ///< Lasting public identifier; every other record refers to a plant by it.
@@ -143,7 +152,7 @@ struct Strain
 };
 
 /// One entry of a plant's timeline.
-struct PlantEvent
+struct PLANTJOURNAL_API PlantEvent
 {
     std::int64_t ID = 0;                        ///< Row number; 0 until the event is stored.
     std::string PlantUUID;                      ///< The plant that it belongs to.
@@ -158,7 +167,7 @@ struct PlantEvent
 };
 
 /// One feeding or watering. Its mirror on the plant's timeline is kept by the repository.
-struct PlantCareEntry
+struct PLANTJOURNAL_API PlantCareEntry
 {
     std::int64_t ID = 0;                             ///< Row number; 0 until the entry is stored.
     std::int64_t TimelineEventID = 0;                ///< The event that mirrors this entry; 0 for none.
@@ -213,7 +222,7 @@ struct StrainSummary
 };
 
 /// A reference to a photo of a plant. The image file itself is never read, written or deleted.
-struct PlantPhoto
+struct PLANTJOURNAL_API PlantPhoto
 {
     std::int64_t ID = 0;   ///< Row number; 0 until the photo is stored.
     std::string UUID;      ///< Lasting public identifier; update and delete find the photo by it.

@@ -259,7 +259,7 @@ void AppendFixed(std::string& text, double value, int decimals)
 // Identifiers
 
 // Declared by no header; a caller that wants identifiers of its own declares it like this.
-std::string CreatePlantUUID();
+PLANTJOURNAL_API std::string CreatePlantUUID();
 
 // A random UUID of version 4 in lower case: RFC 9562, sections 4 and 5.4. An identifier, not a secret. One thread at a
 // time: the generator is shared.

@@ -28,7 +28,7 @@ struct sqlite3; // SQLite's connection: https://www.sqlite.org/c3ref/sqlite3.htm
 /// Different databases may be used by different threads, but for one thing: new identifiers come from one generator for
 /// the whole program, so that only one thread at a time may create or duplicate plants or create photos. Processes:
 /// several may have one file open; what meets another's lock waits up to 2.5 seconds for it before it fails.
-class PlantDatabase
+class PLANTJOURNAL_API PlantDatabase
 {
   public:
     PlantDatabase() = default;
@@ -103,7 +103,7 @@ class PlantDatabase
 /// Creates write the new `ID` back into the record and ignore the one that it holds. A record whose create returned
 /// `false` is not stored, whatever numbers it carries. Updates overwrite every field of the row, but neither its plant
 /// nor its identifier. Updates and deletes of a row that does not exist return `true`, unless told otherwise.
-class PlantRepository
+class PLANTJOURNAL_API PlantRepository
 {
   public:
     /// Works on `database`, which must be open before the first operation and must outlive this repository.
