@@ -3,6 +3,7 @@
 #include "support/command.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 namespace
@@ -198,14 +199,15 @@ using InstallationTest = CommandTest;
 TEST_F(InstallationTest, BringsTheCommandItsPageAndItsCompletion)
 {
     const std::string usr = Scratch.File("usr");
-    const Outcome install =
-        RunningProgram({"cmake", "--install", PLANTJOURNAL_BINARY_DIR, "--prefix", usr}, Around).End();
+    const Words line = {"cmake", "--install", PLANTJOURNAL_BINARY_DIR, "--component", "Runtime", "--prefix", usr};
+    const Outcome install = RunningProgram(line, Around).End();
     ASSERT_EQ(install.Status, 0) << install.Error;
     EXPECT_EQ(RunningProgram({usr + "/bin/plantjournal", "--version"}, Around).End().Out,
               "plantjournal " PLANTJOURNAL_VERSION "\n");
     EXPECT_EQ(FileBytes(usr + "/share/man/man1/plantjournal.1"), FileBytes(PLANTJOURNAL_MANUAL));
     EXPECT_EQ(FileBytes(usr + "/share/bash-completion/completions/plantjournal"),
               FileBytes(PLANTJOURNAL_SOURCE_DIR "/tools/plantjournal.bash"));
+    EXPECT_FALSE(std::filesystem::exists(usr + "/include")); // which is for those who develop
 }
 
 } // namespace

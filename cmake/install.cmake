@@ -1,0 +1,38 @@
+# What cmake --install does for the libraries.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS ${libraries} EXPORT plantjournal
+    RUNTIME COMPONENT Runtime
+    LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
+    ARCHIVE COMPONENT Development
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/plantjournal COMPONENT Development)
+
+# For find_package.
+set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/plantjournal)
+install(EXPORT plantjournal NAMESPACE plantjournal:: DESTINATION ${config_dir} FILE plantjournal-targets.cmake
+    COMPONENT Development)
+configure_package_config_file(cmake/plantjournal-config.cmake.in plantjournal-config.cmake
+    INSTALL_DESTINATION ${config_dir})
+write_basic_package_version_file(plantjournal-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/plantjournal-config.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/plantjournal-config-version.cmake
+    DESTINATION ${config_dir} COMPONENT Development)
+
+# For pkg-config. Like the above it may be moved as a whole, unless the libraries' directory is given as an absolute one.
+file(RELATIVE_PATH pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" pc_prefix "\${pcfiledir}/${pc_prefix}")
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
+endif()
+cmake_path(APPEND pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
+cmake_path(APPEND pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}" plantjournal)
+set(plantjournal_needs "")
+set(plantjournal_file_needs "plantjournal = ${PROJECT_VERSION}, ")
+foreach(library ${libraries})
+    set(pc_needs "${${library}_needs}")
+    configure_file(cmake/plantjournal.pc.in ${library}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT Development)
+endforeach()
