@@ -70,10 +70,12 @@ exports() {
             s/std::vector<\([A-Za-z]*\), std::allocator<\1> >/std::vector<\1>/g' | LC_ALL=C sort -u
 }
 
-# configure_static OPTION...
+# configure_static OPTION...: with the newer name of SQLite's target, the older one being what the shared libraries get
+# where CMake is not that new.
 configure_static() {
     cmake -S "$project" -B "$build/static" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG= -DBUILD_SHARED_LIBS=OFF \
-        -DPLANTJOURNAL_BUILD_TESTS=OFF -DPLANTJOURNAL_BUILD_EXAMPLES=OFF -DPLANTJOURNAL_BUILD_TOOLS=OFF "$@"
+        -DPLANTJOURNAL_BUILD_TESTS=OFF -DPLANTJOURNAL_BUILD_EXAMPLES=OFF -DPLANTJOURNAL_BUILD_TOOLS=OFF \
+        -DCMAKE_MODULE_PATH="$here/newer_sqlite" "$@"
 }
 
 # unpack PACKAGE...: into the directory root.
@@ -164,10 +166,6 @@ test_sqlite_may_be_a_target_of_the_program() {
 
 test_sqlite_may_have_its_newer_name_only() {
     find_package -DCMAKE_PREFIX_PATH="$build/installed/static" -DCMAKE_MODULE_PATH="$here/newer_sqlite"
-    copy add_subdirectory
-    ln -s "$project" plantjournal
-    build_with_cmake -DCMAKE_MODULE_PATH="$here/newer_sqlite"
-    works build/app
 }
 
 test_debian_packages_are_made() {
