@@ -23,6 +23,7 @@ struct PlantFileResult
     /// `journal.db: reading the schema: database is locked`.
     std::string Error;
 
+    /// Whether it is done.
     explicit operator bool() const { return Error.empty(); }
 };
 
@@ -46,20 +47,20 @@ PLANTJOURNAL_FILE_API const char* PlantFileKindName(PlantFileKind kind);
 /// How many rows a table holds.
 struct PlantFileTable
 {
-    std::string Name;
-    std::int64_t Rows = 0;
+    std::string Name;      ///< The table's name.
+    std::int64_t Rows = 0; ///< Its rows.
 };
 
 /// What `InspectPlantDatabase` found.
 struct PlantFileInspection
 {
-    PlantFileKind Kind = PlantFileKind::Missing;
-    std::vector<std::string> Steps;     ///< Where older: what opening would do, in its order.
-    std::vector<std::string> Reasons;   ///< Where foreign or damaged: why, a line each.
-    std::int64_t Bytes = 0;             ///< Size of the file.
-    std::vector<PlantFileTable> Tables; ///< Where current or older: our tables that it has, in their order.
-    std::string FirstDate;              ///< The first of all dates in those tables; empty for none.
-    std::string LastDate;               ///< The last of them.
+    PlantFileKind Kind = PlantFileKind::Missing; ///< What it is.
+    std::vector<std::string> Steps;              ///< Where older: what opening would do, in its order.
+    std::vector<std::string> Reasons;            ///< Where foreign or damaged: why, a line each.
+    std::int64_t Bytes = 0;                      ///< Size of the file.
+    std::vector<PlantFileTable> Tables;          ///< Where current or older: our tables that it has, in their order.
+    std::string FirstDate;                       ///< The first of all dates in those tables; empty for none.
+    std::string LastDate;                        ///< The last of them.
 };
 
 /// Tells what the file at `path` is, without changing a byte of it or leaving anything beside it.
@@ -91,10 +92,10 @@ PLANTJOURNAL_FILE_API const char* PlantFindingKindName(PlantFindingKind kind);
 /// One thing that is wrong.
 struct PlantFileFinding
 {
-    PlantFindingKind Kind = PlantFindingKind::Damage;
-    std::string Table;       ///< Empty where no table can be named.
-    std::int64_t RowID = 0;  ///< The row's `ID`; 0 where no row can be named.
-    std::string Description; ///< One sentence.
+    PlantFindingKind Kind = PlantFindingKind::Damage; ///< What is wrong.
+    std::string Table;                                ///< Empty where no table can be named.
+    std::int64_t RowID = 0;                           ///< The row's `ID`; 0 where no row can be named.
+    std::string Description;                          ///< One sentence.
 };
 
 /// Looks for everything that is wrong in the journal at `path`, without changing a byte of it or leaving anything
@@ -124,7 +125,10 @@ using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t t
 /// The copy is made in a file beside the destination, checked, synced to the disk, and only then given its name; it has
 /// the source's permissions. Between two calls of `progress` nothing is locked. Where others write so often that the
 /// copying has begun anew three times, the rest is copied in one go, in which they wait.
+/// @param source  The journal, as InspectPlantDatabase() takes it.
+/// @param destination  The copy's file. Its directory must be there; a link there stays, and leads to the copy.
 /// @param progress  May be empty. Where it returns `false`, the backup ends: "interrupted".
+/// @param mode  What to do where the destination exists.
 /// @return An error when the source is no journal, is damaged or cannot be read, the destination exists (unless told to
 /// overwrite it), is the source itself or no regular file, or has a `-journal` or `-wal` beside it, which would be
 /// taken for the copy's; when the disk is full, or the copy cannot be read. The destination is then as it was, and

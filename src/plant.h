@@ -33,57 +33,57 @@ class PlantRepository;
 /// The growth stage of a plant.
 enum class PlantStage : std::int32_t
 {
-    Seed,
-    Clone,
-    Veg,
-    Flower,
-    Dry,
-    Cure,
-    Harvested,
-    Archived
+    Seed,      ///< Sown, not yet growing on.
+    Clone,     ///< A cutting that has to root.
+    Veg,       ///< Growing.
+    Flower,    ///< Flowering.
+    Dry,       ///< Cut and drying.
+    Cure,      ///< Dried and curing.
+    Harvested, ///< Done; `PlantRepository::SaveHarvestRecord` sets it.
+    Archived   ///< Put away by the grower.
 };
 
 /// The sex of a plant.
 enum class PlantSex : std::int32_t
 {
-    Unknown,
-    Female,
-    Male,
-    Hermaphrodite
+    Unknown,      ///< Not known, or not yet.
+    Female,       ///< Female.
+    Male,         ///< Male.
+    Hermaphrodite ///< Both.
 };
 
 /// The kind of a timeline event.
 enum class PlantEventType : std::int32_t
 {
-    Clone,
-    Transplant,
-    Flip,
-    Harvest,
-    Feed,
-    Water,
-    Stage,
-    Topped,
-    LSTTrained, ///< Stored as `LST Trained`, with a blank.
-    Defoliated,
-    Note
+    Clone,      ///< Cut as a clone, or clones cut from it.
+    Transplant, ///< Transplanted.
+    Flip,       ///< Flipped to flower.
+    Harvest,    ///< Harvested; the mirror of a `HarvestRecord`.
+    Feed,       ///< Fed; the mirror of a `PlantCareEntry`.
+    Water,      ///< Watered; the mirror of a `PlantCareEntry`.
+    Stage,      ///< Moved to another growth stage.
+    Topped,     ///< Topped.
+    LSTTrained, ///< Trained under low stress. Stored as `LST Trained`, with a blank.
+    Defoliated, ///< Defoliated.
+    Note        ///< Anything else.
 };
 
 /// What was done in a care entry.
 enum class PlantCareAction : std::int32_t
 {
-    Feed,
-    Water
+    Feed, ///< Fed, with a product.
+    Water ///< Watered.
 };
 
 /// The kind of a journal entry.
 enum class PlantJournalType : std::int32_t
 {
-    Observation,
-    Training,
-    Pruning,
-    Topping,
-    Defoliation,
-    Milestone
+    Observation, ///< Something seen.
+    Training,    ///< Training.
+    Pruning,     ///< Pruning.
+    Topping,     ///< Topping.
+    Defoliation, ///< Defoliation.
+    Milestone    ///< A milestone.
 };
 
 /// @name Stored names
@@ -92,19 +92,20 @@ enum class PlantJournalType : std::int32_t
 /// `...FromName` function is its inverse and compares exactly, case included; a text that is no stored name (the empty
 /// text, too) yields the record's default value.
 /// @{
-PLANTJOURNAL_API const char* PlantStageName(PlantStage stage);
-PLANTJOURNAL_API PlantStage PlantStageFromName(const std::string& name); ///< Default `Veg`.
-PLANTJOURNAL_API const char* PlantSexName(PlantSex sex);
-PLANTJOURNAL_API PlantSex PlantSexFromName(const std::string& name); ///< Default `Unknown`.
-PLANTJOURNAL_API const char* PlantEventTypeName(PlantEventType type);
-PLANTJOURNAL_API PlantEventType PlantEventTypeFromName(const std::string& name); ///< Default `Note`.
-PLANTJOURNAL_API const char* PlantCareActionName(PlantCareAction action);
+PLANTJOURNAL_API const char* PlantStageName(PlantStage stage);                     ///< `Veg` for a number outside.
+PLANTJOURNAL_API PlantStage PlantStageFromName(const std::string& name);           ///< Default `Veg`.
+PLANTJOURNAL_API const char* PlantSexName(PlantSex sex);                           ///< `Unknown` for a number outside.
+PLANTJOURNAL_API PlantSex PlantSexFromName(const std::string& name);               ///< Default `Unknown`.
+PLANTJOURNAL_API const char* PlantEventTypeName(PlantEventType type);              ///< `Note` for a number outside.
+PLANTJOURNAL_API PlantEventType PlantEventTypeFromName(const std::string& name);   ///< Default `Note`.
+PLANTJOURNAL_API const char* PlantCareActionName(PlantCareAction action);          ///< `Water` for a number outside.
 PLANTJOURNAL_API PlantCareAction PlantCareActionFromName(const std::string& name); ///< Default `Water`.
-PLANTJOURNAL_API const char* PlantJournalTypeName(PlantJournalType type);
+PLANTJOURNAL_API const char* PlantJournalTypeName(PlantJournalType type); ///< `Observation` for a number outside.
 PLANTJOURNAL_API PlantJournalType PlantJournalTypeFromName(const std::string& name); ///< Default `Observation`.
 /// @}
 
-/// Today's date in local time, as `YYYY-MM-DD`.
+/// Today's date in local time, as `YYYY-MM-DD`. Looks at the time zone anew each time, so that no other thread may be
+/// changing the environment.
 PLANTJOURNAL_API std::string PlantEventCurrentDate();
 
 /// One plant.
@@ -132,8 +133,10 @@ struct PLANTJOURNAL_API Plant
     /// Reads the plant `uuid` into this record. `false` leaves the record as it was.
     /// @see PlantRepository::GetPlant
     bool Load(PlantRepository& repository, const std::string& uuid);
+    /// Stores this record, new where `ID` is 0. `false` leaves it as it was.
     /// @see PlantRepository::CreatePlant, PlantRepository::UpdatePlant
     bool Save(PlantRepository& repository);
+    /// Deletes the plant with this `UUID` and all that hangs off it.
     /// @see PlantRepository::DeletePlant
     bool Delete(PlantRepository& repository) const;
     /// Stores a copy of this plant and returns it; a copy that could not be stored has `ID` 0.
@@ -160,8 +163,10 @@ struct PLANTJOURNAL_API PlantEvent
     PlantEventType Type = PlantEventType::Note; ///< Kind of event.
     std::string Details;                        ///< Free text shown on the timeline.
 
+    /// Stores this record, new where `ID` is 0. `false` leaves it as it was.
     /// @see PlantRepository::CreatePlantEvent, PlantRepository::UpdatePlantEvent
     bool Save(PlantRepository& repository);
+    /// Deletes the event with this `ID`.
     /// @see PlantRepository::DeletePlantEvent
     bool Delete(PlantRepository& repository) const;
 };
@@ -181,8 +186,10 @@ struct PLANTJOURNAL_API PlantCareEntry
     double RunoffMl = 0;                             ///< Run-off, millilitres.
     std::string Notes;                               ///< Free notes.
 
+    /// Stores this record, new where `ID` is 0. `false` leaves it as it was.
     /// @see PlantRepository::CreatePlantCareEntry, PlantRepository::UpdatePlantCareEntry
     bool Save(PlantRepository& repository);
+    /// Deletes the entry with this `ID`, and its event.
     /// @see PlantRepository::DeletePlantCareEntry
     bool Delete(PlantRepository& repository) const;
 };
@@ -231,8 +238,10 @@ struct PLANTJOURNAL_API PlantPhoto
     std::string FilePath;  ///< Path of the image file.
     std::string Caption;   ///< Caption.
 
+    /// Stores this record, new where `ID` is 0. `false` leaves it as it was.
     /// @see PlantRepository::CreatePlantPhoto, PlantRepository::UpdatePlantPhoto
     bool Save(PlantRepository& repository);
+    /// Deletes the photo with this `UUID`.
     /// @see PlantRepository::DeletePlantPhoto
     bool Delete(PlantRepository& repository) const;
 };

@@ -31,7 +31,9 @@ struct sqlite3; // SQLite's connection: https://www.sqlite.org/c3ref/sqlite3.htm
 class PLANTJOURNAL_API PlantDatabase
 {
   public:
+    /// A closed database.
     PlantDatabase() = default;
+    /// Closes the connection, as `Close` does.
     ~PlantDatabase();
     PlantDatabase(const PlantDatabase&) = delete;
     PlantDatabase& operator=(const PlantDatabase&) = delete;
@@ -57,7 +59,8 @@ class PLANTJOURNAL_API PlantDatabase
     /// Whether a connection is open.
     bool IsOpen() const { return Handle != nullptr; }
 
-    /// The path given to the last successful `Open`; empty while closed.
+    /// The path given to the last successful `Open`; empty while closed. The reference lives as long as this database,
+    /// and its text changes with the next `Open` or `Close`.
     const std::string& Path() const { return DatabasePath; }
 
     /// SQLite's message for the last statement, or opening, that failed in an `Open` ("Could not open database" where
@@ -173,6 +176,7 @@ class PLANTJOURNAL_API PlantRepository
     /// @name Timeline events
     /// @{
 
+    /// Lists the events of the plant `plantUUID`.
     bool ListPlantEvents(const std::string& plantUUID, std::vector<PlantEvent>& out);
 
     /// Stores a new event and writes back its `ID`. An empty date stays empty.
@@ -193,6 +197,7 @@ class PLANTJOURNAL_API PlantRepository
     /// write together with the entry in one transaction.
     /// @{
 
+    /// Lists the care entries of the plant `plantUUID`. An entry that has lost its event has a `TimelineEventID` of 0.
     bool ListPlantCareEntries(const std::string& plantUUID, std::vector<PlantCareEntry>& out);
 
     /// Stores a new entry and its event.
@@ -241,6 +246,7 @@ class PLANTJOURNAL_API PlantRepository
     /// @name Photos
     /// @{
 
+    /// Lists the photos of the plant `plantUUID`.
     bool ListPlantPhotos(const std::string& plantUUID, std::vector<PlantPhoto>& out);
 
     /// Stores a new photo.
@@ -261,6 +267,7 @@ class PLANTJOURNAL_API PlantRepository
     /// A severity outside 1 to 5 is stored as the nearer end.
     /// @{
 
+    /// Lists the health observations of the plant `plantUUID`.
     bool ListPlantHealthObservations(const std::string& plantUUID, std::vector<PlantHealthObservation>& out);
 
     /// Stores a new observation. Writes back the limited `Severity` (unless refused for an empty text) and, on success,
@@ -280,6 +287,7 @@ class PLANTJOURNAL_API PlantRepository
     /// @name Journal entries
     /// @{
 
+    /// Lists the journal entries of the plant `plantUUID`.
     bool ListPlantJournalEntries(const std::string& plantUUID, std::vector<PlantJournalEntry>& out);
 
     /// Stores a new entry and writes back its `ID`.
