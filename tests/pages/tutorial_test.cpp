@@ -1,0 +1,140 @@
+// The tutorial's program is the one that is built, at every step, and does what the page shows.
+
+#include "plant.h"
+#include "support/page.h"
+#include "support/plain_connection.h"
+#include "support/scratch_directory.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+const std::string Page = "docs/tutorial.md";
+
+std::string InsertedBefore(std::string program, const std::string& place, const std::string& block)
+{
+    const std::size_t position = program.find(place);
+    EXPECT_NE(position, std::string::npos) << place;
+    return program.insert(position, block);
+}
+
+// The program as it grows, from the first block of the page to the last.
+std::vector<std::string> Steps()
+{
+    std::vector<std::string> steps;
+    for (const std::string& block : CodeBlocks(Page, "cpp"))
+        if (steps.empty())
+            steps.push_back(block);
+        else if (block.starts_with("    commands["))
+            steps.push_back(InsertedBefore(steps.back(), "\n    std::string line;", block));
+        else
+            steps.push_back(InsertedBefore(steps.back(), "} // namespace", block + '\n'));
+    return steps;
+}
+
+// What a program prints that is spoken to as in a session on the page, where today is the day shown there.
+std::string Printed(const std::string& session)
+{
+    std::istringstream lines(session);
+    std::string printed;
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with("> "))
+            printed += "> ";
+        else if (!line.starts_with("$ "))
+            printed += line + '\n';
+    if (session.find("> ") != std::string::npos)
+        printed += "> "; // and its input ends
+    const std::string day = "2024-05-06";
+    for (std::size_t at = 0; (at = printed.find(day, at)) != std::string::npos;)
+        printed.replace(at, day.size(), PlantEventCurrentDate());
+    return printed;
+}
+
+class TutorialTest : public testing::Test
+{
+  protected:
+    // Runs a command line in the scratch directory and gives all that it prints.
+    std::string Run(const std::string& line, const std::string& input = {}) const
+    {
+        std::ofstream(Scratch.File("in")) << input;
+        const std::string out = Scratch.File("out");
+        Status = std::system(("cd '" + Scratch.File("") + "' && " + line + " <in >out 2>&1").c_str());
+        return FileBytes(out);
+    }
+
+    std::string RunSession(const std::string& program, const std::string& session) const
+    {
+        std::istringstream lines(session);
+        std::string call = program;
+        std::string input;
+        for (std::string line; std::getline(lines, line);)
+            if (line.starts_with("> "))
+                input += line.substr(2) + '\n';
+            else if (line.starts_with("$ ./garden"))
+                call += line.substr(10);
+        return Run(call, input);
+    }
+
+    // All sessions of the page, one after the other on one journal.
+    void ExpectSessions(const std::string& program) const
+    {
+        for (const std::string& session : CodeBlocks(Page, "text"))
+        {
+            std::unique_ptr<PlainConnection> other;
+            if (session.find("Another program") != std::string::npos)
+            {
+                other = std::make_unique<PlainConnection>(Scratch.File("garden.db"));
+                other->Execute("BEGIN IMMEDIATE;");
+            }
+            const std::string expected = Printed(session);
+            const std::string printed = RunSession(program, session);
+            if (expected == Printed(session)) // unless midnight was between
+            {
+                EXPECT_EQ(printed, expected);
+            }
+        }
+    }
+
+    ScratchDirectory Scratch;
+    mutable int Status = 0;
+};
+
+TEST_F(TutorialTest, ItsBlocksInTheirOrderMakeUpTheProgramThatIsBuilt)
+{
+    ASSERT_FALSE(Steps().empty());
+    EXPECT_EQ(Steps().back(), FileBytes(PLANTJOURNAL_SOURCE_DIR "/examples/tutorial.cpp"));
+}
+
+TEST_F(TutorialTest, TheProgramCompilesAtEveryStep)
+{
+    for (const std::string& step : Steps())
+    {
+        std::ofstream(Scratch.File("garden.cpp")) << step;
+        const std::string said = Run("c++ -std=c++17 -fsyntax-only -I'" PLANTJOURNAL_SOURCE_DIR "/src' garden.cpp");
+        EXPECT_EQ(Status, 0) << step << said;
+    }
+}
+
+TEST_F(TutorialTest, TheProgramSaysWhatThePageShows)
+{
+    ExpectSessions(PLANTJOURNAL_TUTORIAL);
+}
+
+TEST_F(TutorialTest, ItsCommandLineBuildsTheProgram)
+{
+    const std::vector<std::string> commands = CodeBlocks(Page, "sh");
+    ASSERT_EQ(commands.size(), 1);
+    std::filesystem::create_directory_symlink(PLANTJOURNAL_SOURCE_DIR, Scratch.File("plantjournal"));
+    std::ofstream(Scratch.File("garden.cpp")) << Steps().back();
+    EXPECT_EQ(Run("{ " + commands[0] + "}"), "> ");
+    EXPECT_EQ(Status, 0);
+    ExpectSessions("./garden");
+}
+
+} // namespace

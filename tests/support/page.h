@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// A page of the project, such as "docs/errors.md".
+std::string PageText(const std::string& page);
+
+// The blocks of code on a page that are marked with a language, such as "cpp" or "text", in their order.
+std::vector<std::string> CodeBlocks(const std::string& page, const std::string& language);
+
+// The rows of all tables on a page under the given heading line, the heads of the tables left out, each as its cells.
+// Without a heading, those of the whole page.
+std::vector<std::vector<std::string>> TableRows(const std::string& page, const std::string& heading = {});
+
+// The text as it reads without Markdown's back quotes.
+std::string Plain(std::string text);
