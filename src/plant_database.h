@@ -99,9 +99,9 @@ class PLANTJOURNAL_API PlantDatabase
 /// refused. Arguments may alias: a key may be a member of the very record or vector that is being filled.
 ///
 /// Lists empty `out` first and return `false` only when the query cannot be prepared; a failure on the way, another
-/// process's lock included, ends the list early, with the rows read so far and `true`. Lists of a plant's records come
-/// newest date first, and newest row first within a date; for a plant without records, or an unknown one, they are
-/// empty.
+/// process's lock included, ends the list early, with the rows read so far and `true`; `sqlite3_errcode` of the native
+/// handle is then not `SQLITE_OK`. Lists of a plant's records come newest date first, and newest row first within a
+/// date; for a plant without records, or an unknown one, they are empty.
 ///
 /// Creates write the new `ID` back into the record and ignore the one that it holds. A record whose create returned
 /// `false` is not stored, whatever numbers it carries. Updates overwrite every field of the row, but neither its plant

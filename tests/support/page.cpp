@@ -79,5 +79,6 @@ std::vector<std::vector<std::string>> TableRows(const std::string& page, const s
 std::string Plain(std::string text)
 {
     std::erase(text, '`');
+    std::erase(text, '*');
     return text;
 }

@@ -13,5 +13,5 @@ std::vector<std::string> CodeBlocks(const std::string& page, const std::string& 
 // Without a heading, those of the whole page.
 std::vector<std::vector<std::string>> TableRows(const std::string& page, const std::string& heading = {});
 
-// The text as it reads without Markdown's back quotes.
+// The text as it reads without the marks of Markdown.
 std::string Plain(std::string text);
