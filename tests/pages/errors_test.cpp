@@ -61,29 +61,10 @@ class ErrorsPageTest : protected ErrorLog, public JournalTest
     std::string Message() const { return sqlite3_errmsg(Database.NativeHandle()); }
 };
 
-// A piece of this file between `// [name]` and `// [end]`, as it would stand by itself.
-std::string Region(const std::string& name)
-{
-    std::istringstream source(FileBytes(PLANTJOURNAL_SOURCE_DIR "/tests/pages/errors_test.cpp"));
-    std::string region;
-    std::size_t indentation = std::string::npos;
-    for (std::string line; std::getline(source, line);)
-    {
-        const std::size_t begin = line.find_first_not_of(' ');
-        if (indentation == std::string::npos)
-            indentation = begin != std::string::npos && line.substr(begin) == "// [" + name + "]" ? begin : indentation;
-        else if (begin != std::string::npos && line.substr(begin) == "// [end]")
-            return region;
-        else
-            region += line.substr(std::min(indentation, line.size())) + '\n';
-    }
-    return "there is no region " + name;
-}
-
 TEST_F(ErrorsPageTest, ItsCodeIsWhatIsTriedHere)
 {
-    EXPECT_EQ(CodeBlocks(Page, "cpp"),
-              (std::vector<std::string>{Region("reason"), Region("forget"), Region("log"), Region("configure")}));
+    EXPECT_EQ(CodeBlocks(Page, "cpp"), (std::vector{Region(__FILE__, "reason"), Region(__FILE__, "forget"),
+                                                    Region(__FILE__, "log"), Region(__FILE__, "configure")}));
 }
 
 // ---- Opening

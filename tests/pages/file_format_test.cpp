@@ -28,6 +28,14 @@ class FileFormatPageTest : public JournalTest
         return names;
     }
 
+    // The default as a reader takes it, without SQL's quotes.
+    static std::string Default(const Row& column)
+    {
+        if (column[4] == "NULL" || column[4] == "''")
+            return column[4] == "''" ? "empty" : "";
+        return column[4].starts_with('\'') ? column[4].substr(1, column[4].size() - 2) : column[4];
+    }
+
     // What a column's row has to say besides its name, type and default.
     std::string Rules(const std::string& table, const Row& column) const
     {
@@ -52,7 +60,7 @@ class FileFormatPageTest : public JournalTest
         return rules;
     }
 
-    // The definition of the one text that the schema keeps of everything.
+    // The statements that made the file, as it keeps them.
     Row Definitions() const
     {
         Row definitions;
@@ -68,7 +76,7 @@ TEST_F(FileFormatPageTest, EveryColumnIsShownAsItIs)
     {
         Rows columns;
         for (const Row& column : Query("PRAGMA table_info(" + table + ");"))
-            columns.push_back({column[1], column[2], column[4] == "NULL" ? "" : column[4], Rules(table, column)});
+            columns.push_back({column[1], column[2], Default(column), Rules(table, column)});
         Rows shown;
         for (Row row : TableRows(Page, "### " + table))
         {

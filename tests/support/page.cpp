@@ -2,6 +2,7 @@
 
 #include "support/scratch_directory.h"
 
+#include <algorithm>
 #include <sstream>
 #include <stdexcept>
 
@@ -81,4 +82,21 @@ std::string Plain(std::string text)
     std::erase(text, '`');
     std::erase(text, '*');
     return text;
+}
+
+std::string Region(const std::string& source, const std::string& name)
+{
+    std::string region;
+    std::size_t indentation = std::string::npos;
+    for (const std::string& line : Lines(FileBytes(source)))
+    {
+        const std::size_t begin = std::min(line.find_first_not_of(' '), line.size());
+        if (indentation == std::string::npos)
+            indentation = line.substr(begin) == "// [" + name + "]" ? begin : indentation;
+        else if (line.substr(begin) == "// [end]")
+            return region;
+        else
+            region += line.substr(std::min(indentation, line.size())) + '\n';
+    }
+    throw std::runtime_error(source + " has no region " + name);
 }

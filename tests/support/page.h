@@ -15,3 +15,6 @@ std::vector<std::vector<std::string>> TableRows(const std::string& page, const s
 
 // The text as it reads without the marks of Markdown.
 std::string Plain(std::string text);
+
+// A piece of a source file between the lines `// [name]` and `// [end]`, as it would stand by itself.
+std::string Region(const std::string& source, const std::string& name);

@@ -1,0 +1,172 @@
+// Who waits for whom is as the page of processes shows, and its code does what it says.
+
+#include "plant_file.h"
+#include "support/journal_test.h"
+#include "support/page.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+
+#include <sqlite3.h>
+
+namespace
+{
+
+const std::string Page = "docs/processes.md";
+
+// [version]
+std::int64_t DataVersion(sqlite3* db)
+{
+    sqlite3_stmt* statement = nullptr;
+    std::int64_t version = 0;
+    if (sqlite3_prepare_v2(db, "PRAGMA data_version;", -1, &statement, nullptr) == SQLITE_OK &&
+        sqlite3_step(statement) == SQLITE_ROW)
+        version = sqlite3_column_int64(statement, 0);
+    sqlite3_finalize(statement);
+    return version;
+}
+// [end]
+
+class ProcessesPageTest : public JournalTest
+{
+  protected:
+    ProcessesPageTest()
+    {
+        Basil = NewPlant("Basil");
+        Feeding.PlantUUID = Basil.UUID;
+        Patience(0); // whoever would wait fails
+    }
+
+    void Patience(int milliseconds) const { sqlite3_busy_timeout(Database.NativeHandle(), milliseconds); }
+
+    bool Writes() { return Repository.CreatePlantCareEntry(Feeding); }
+
+    // Whether the plant is read, and nothing was in the way.
+    bool Reads()
+    {
+        std::vector<Plant> plants;
+        EXPECT_TRUE(Repository.ListPlants(plants));
+        const bool whole = sqlite3_errcode(Database.NativeHandle()) == SQLITE_OK;
+        EXPECT_EQ(plants.size(), whole ? 1 : 0);
+        return whole;
+    }
+
+    Plant Basil;
+    PlantCareEntry Feeding;
+    PlainConnection Other{Path};
+};
+
+TEST_F(ProcessesPageTest, ItShowsWhatIsTriedHere)
+{
+    Rows cases;
+    for (const Row& row : TableRows(Page, "## Who waits for whom"))
+        cases.push_back(
+            {row[0], row[1],
+             row[2].find("nobody waits") == 0 || row[2].find("at once") != std::string::npos ? "at once" : "waits"});
+    EXPECT_EQ(cases, (Rows{{"has the journal open", "does anything", "at once"},
+                           {"reads", "reads", "at once"},
+                           {"writes", "reads", "at once"},
+                           {"commits", "reads", "waits"},
+                           {"writes", "writes", "waits"},
+                           {"reads", "commits", "waits"}}));
+    EXPECT_EQ(CodeBlocks(Page, "cpp"),
+              (std::vector{Region(__FILE__, "again"), Region(__FILE__, "patience"), Region(__FILE__, "version")}));
+}
+
+TEST_F(ProcessesPageTest, AnOpenJournalHoldsUpNobody)
+{
+    EXPECT_TRUE(Reads() && Writes());
+    EXPECT_NO_THROW(Other.Execute("BEGIN EXCLUSIVE; DELETE FROM Strains; COMMIT;"));
+}
+
+TEST_F(ProcessesPageTest, ReadersDoNotWaitForReaders)
+{
+    Other.Execute("BEGIN; SELECT * FROM Plants;");
+    EXPECT_TRUE(Reads());
+}
+
+TEST_F(ProcessesPageTest, AReaderGetsAtOnceWhatWasThereBeforeAWrite)
+{
+    Other.Execute("BEGIN IMMEDIATE; DELETE FROM Plants;");
+    EXPECT_TRUE(Reads());
+}
+
+TEST_F(ProcessesPageTest, AReaderWaitsForACommit)
+{
+    Other.Execute("BEGIN EXCLUSIVE;"); // the lock of a commit
+    EXPECT_FALSE(Reads());
+}
+
+TEST_F(ProcessesPageTest, AWriterWaitsForAWriter)
+{
+    Other.Execute("BEGIN IMMEDIATE;");
+    EXPECT_FALSE(Writes());
+    Other.Execute("COMMIT;");
+    EXPECT_TRUE(Writes());
+}
+
+TEST_F(ProcessesPageTest, ACommitWaitsForAReader)
+{
+    Other.Execute("BEGIN; SELECT * FROM Plants;");
+    EXPECT_FALSE(Writes());
+    Other.Execute("COMMIT;");
+    EXPECT_TRUE(Writes());
+}
+
+TEST_F(ProcessesPageTest, WhatALockRefusedCanBeDoneAgain)
+{
+    PlantRepository& repository = Repository;
+    PlantDatabase& journal = Database;
+    PlantCareEntry feeding = Feeding;
+    Other.Execute("BEGIN IMMEDIATE;");
+    const AfterCall release(SQLiteCall::Exec, 1, [&] { Other.Execute("COMMIT;"); }); // the first time just too late
+    // [again]
+    bool saved = repository.CreatePlantCareEntry(feeding);
+    if (!saved && sqlite3_errcode(journal.NativeHandle()) == SQLITE_BUSY)
+        saved = repository.CreatePlantCareEntry(feeding); // another 2.5 seconds
+    // [end]
+    EXPECT_TRUE(release.Happened());
+    EXPECT_TRUE(saved);
+    EXPECT_EQ(Count("PlantCareEntries"), 1);
+    EXPECT_EQ(Count("PlantEvents"), 1);
+}
+
+TEST_F(ProcessesPageTest, ATimeOutOfOnesOwnHoldsUntilTheNextOpening)
+{
+    PlantDatabase& journal = Database;
+    // [patience]
+    sqlite3_busy_timeout(journal.NativeHandle(), 10'000); // milliseconds
+    // [end]
+    EXPECT_EQ(Query("PRAGMA busy_timeout;"), Rows{{"10000"}});
+    OpenJournal();
+    EXPECT_EQ(Query("PRAGMA busy_timeout;"), Rows{{"2500"}});
+}
+
+TEST_F(ProcessesPageTest, TheDataVersionTellsThatAnotherHasWritten)
+{
+    const std::int64_t before = DataVersion(Database.NativeHandle());
+    EXPECT_TRUE(Writes() && Reads());
+    EXPECT_EQ(DataVersion(Database.NativeHandle()), before); // one's own writes do not count
+    Other.Execute("UPDATE Plants SET Tent='by the door';");
+    EXPECT_NE(DataVersion(Database.NativeHandle()), before);
+}
+
+TEST_F(ProcessesPageTest, AWriteWaitsForAnInspectionAndForACheck)
+{
+    const auto meanwhile = [&](const std::function<PlantFileResult()>& look)
+    {
+        bool written = true;
+        const AfterCall write(SQLiteCall::Step, 150, [&] { written = Writes(); }); // the first make no look at the file
+        EXPECT_TRUE(look());
+        EXPECT_TRUE(write.Happened());
+        return written;
+    };
+    PlantFileInspection file;
+    EXPECT_FALSE(meanwhile([&] { return InspectPlantDatabase(Path, file); }));
+    std::vector<PlantFileFinding> findings;
+    EXPECT_FALSE(meanwhile([&] { return CheckPlantDatabase(Path, findings); }));
+    EXPECT_TRUE(Writes());
+}
+
+} // namespace
