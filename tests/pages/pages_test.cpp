@@ -1,0 +1,51 @@
+// What holds for every page.
+
+#include "support/page.h"
+#include "support/scratch_directory.h"
+
+#include <filesystem>
+#include <regex>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+// All pages, as paths from the project's directory.
+std::vector<std::string> Pages()
+{
+    std::vector<std::string> pages;
+    for (const std::string directory : {"", "docs/", ".github/ISSUE_TEMPLATE/"})
+        for (const auto& entry : std::filesystem::directory_iterator(PLANTJOURNAL_SOURCE_DIR "/" + directory))
+            if (entry.path().extension() == ".md")
+                pages.push_back(directory + entry.path().filename().string());
+    return pages;
+}
+
+TEST(PagesTest, EveryLinkWithinTheProjectLeadsToAFile)
+{
+    const std::regex link(R"(\]\(([^)#:]+)\))");
+    int links = 0;
+    for (const std::string& page : Pages())
+    {
+        const std::string text = PageText(page);
+        const auto directory = std::filesystem::path(PLANTJOURNAL_SOURCE_DIR "/" + page).parent_path();
+        for (std::sregex_iterator match(text.begin(), text.end(), link), end; match != end; ++match, ++links)
+            EXPECT_TRUE(std::filesystem::exists(directory / (*match)[1].str())) << page << ": " << (*match)[1];
+    }
+    EXPECT_GT(links, 30);
+}
+
+TEST(PagesTest, EveryPageIsLedToFromTheFirst)
+{
+    const std::string first = PageText("README.md");
+    for (const std::string& page : Pages())
+    {
+        if (page != "README.md" && !page.starts_with("."))
+        {
+            EXPECT_NE(first.find("](" + page + ")"), std::string::npos) << page;
+        }
+    }
+}
+
+} // namespace
