@@ -234,7 +234,7 @@ TEST_F(FileFormatPageTest, ThePictureHasEveryLinkWithWhatBecomesOfIt)
         std::smatch match;
         if (std::regex_search(line, match, std::regex("^    edge \\[style=(\\w+)")))
             style = match[1];
-        if (std::regex_search(line, match, std::regex("^    (\\w+):(\\w+)(?::\\w)? -> (\\w+):(\\w+)")))
+        if (std::regex_search(line, match, std::regex(R"(^    (\w+):(\w+)(?::\w)? -> (\w+):(\w+))")))
         {
             drawn.insert(style + ' ' + match[1].str() + ':' + match[2].str() + " -> " + match[3].str() + ':' +
                          match[4].str());
