@@ -78,11 +78,20 @@ configure_static() {
         -DCMAKE_MODULE_PATH="$here/newer_sqlite" "$@"
 }
 
-# unpack PACKAGE...: into the directory root.
-unpack() {
-    local package
+# install_packages PACKAGE...: into the directory root, as anybody; what they depend on is this machine's.
+install_packages() {
+    local package files=() admin=$scratch/root/var/lib/dpkg
     for package; do
-        dpkg-deb -x "$build/${package}_${version}"_*.deb "$scratch/root"
+        files+=("$build/${package}_${version}"_*.deb)
+    done
+    mkdir -p "$admin/info" "$admin/updates" "$scratch/bin"
+    touch "$admin/status"
+    ln -s "$(type -P true)" "$scratch/bin/ldconfig" # there is no root to keep a cache for
+    PATH=$scratch/bin:$PATH:/usr/sbin:/sbin dpkg --root="$scratch/root" --log="$scratch/dpkg.log" \
+        --force-depends --force-not-root --force-script-chrootless --install "${files[@]}"
+    for package; do
+        [[ $(dpkg-query --admindir="$admin" -W -f '${db:Status-Status}' "$package") == installed ]] ||
+            fail "$package is not installed"
     done
 }
 
@@ -198,13 +207,13 @@ libplantjournal_file 1 libplantjournal1 (= $version)"
 }
 
 test_debian_packages_serve_a_program() {
-    unpack libplantjournal1 libplantjournal-dev
+    install_packages libplantjournal1 libplantjournal-dev
     find_package -DCMAKE_PREFIX_PATH="$scratch/root/usr"
     pkg_config "$scratch/root/usr/lib/$multiarch"
 }
 
 test_debian_packages_serve_the_command() {
-    unpack libplantjournal1 plantjournal
+    install_packages libplantjournal1 plantjournal
     export LD_LIBRARY_PATH=$scratch/root/usr/lib/$multiarch
     cd "$scratch"
     "root/usr/bin/plantjournal" --version | expect 'The version' "plantjournal $version"
