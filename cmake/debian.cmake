@@ -10,6 +10,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS # whatever the umask
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=") # a later version of the same major one serves as well
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR} ${CMAKE_BINARY_DIR}/file) # no package has them yet
 set(what "Keeps plants and their lineage, strains, a timeline, feedings, harvests,
 photos, health problems and notes in one file.")

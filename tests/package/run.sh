@@ -202,8 +202,8 @@ test_debian_packages_depend_on_what_they_need() {
     done
     [[ $(depends plantjournal) == "libplantjournal1 (= $version), "* ]] || fail 'The command lacks its libraries'
     dpkg-deb -I "$build/libplantjournal1_${version}"_*.deb shlibs |
-        sort | expect 'What programs will depend on' "libplantjournal 1 libplantjournal1 (= $version)
-libplantjournal_file 1 libplantjournal1 (= $version)"
+        sort | expect 'What programs will depend on' "libplantjournal 1 libplantjournal1 (>= $version)
+libplantjournal_file 1 libplantjournal1 (>= $version)"
 }
 
 test_debian_packages_serve_a_program() {
