@@ -28,7 +28,7 @@ struct Names : Contender
 
 } // namespace
 
-// SQLite asks neither to be told of a record's columns in advance nor, here, to take a whole record.
+// What reading takes and no more: nothing here binds a whole record, and SQLite has no columns to prepare.
 // NOLINTBEGIN(readability-identifier-naming): the library calls them so
 namespace Poco::Data
 {
