@@ -91,7 +91,7 @@ std::string ADay(Contender& contender)
             told << Print(entry) << '\n';
         entry.Product = "Cal-Mag";
         entry.TimelineEventID = i == 2 ? 0 : entry.TimelineEventID;
-        if (i != 3)
+        if (i == 1 || i == 2) // the first stays as it was created
             told << contender.UpdatePlantCareEntry(entry) << Print(entry) << '\n';
         if (i == 1)
             told << contender.DeletePlantCareEntry(entry.ID) << contender.DeletePlantCareEntry(entry.ID) << '\n';

@@ -235,7 +235,7 @@ plantjournal.
 
 Compiler: {about['compiler'][0][0]}. SQLite {about['SQLite'][0][0]} as Debian builds it, with
 {', '.join(f"`{option}`" for option, in about['SQLite option'] if option in OPTIONS)}. Every
-connection is in serialised mode. The sizes are those of what grows: of a list, the records listed; of care entries, the
+connection is in serialised mode but that of Qt, whose driver opens it without SQLite's mutex. The sizes are those of what grows: of a list, the records listed; of care entries, the
 care log; otherwise the plants. Half of the plants are clones, a third are harvested; texts are short.
 
 To repeat it: `./dev bench`. To hold the counts against their bars alone: `./dev bars`.
