@@ -87,7 +87,8 @@ def plot(path, script):
     """Draws with gnuplot, in colours that follow the reader's light or dark page."""
     subprocess.run(["gnuplot"], input=script, text=True, check=True, capture_output=True)
     svg = path.read_text()
-    svg = re.sub(r"(stroke|fill)\s*=\s*'(black|rgb\(\s*0,\s*0,\s*0\s*\))'", r"\1='currentColor'", svg)
+    svg = re.sub(r""" color=(["'])black\1""", "", svg)
+    svg = re.sub(r"""(stroke|fill)=(["'])black\2""", r"\1='currentColor'", svg)
     style = "<style>svg{color:#24292f}@media(prefers-color-scheme:dark){svg{color:#d0d7de}}</style>"
     svg = re.sub(r"(<svg[^>]*>)", r"\1\n" + style, svg, count=1, flags=re.S)
     path.write_text(re.sub(r"[ \t]+\n", "\n", svg))
@@ -143,7 +144,8 @@ set xtics (0.125, 0.25, 0.5, 1, 2, 4, 8, 16, 32)
 set yrange [0.3:{len(keys) + 0.7}]
 set ytics ({tics})
 set xlabel 'time, in those of bare SQLite; in memory'
-set key outside top center horizontal
+set key at screen 0.5,0.99 center top horizontal maxcols 3 samplen 2
+set tmargin 5
 set grid x lc rgb '#808080' lw 0.3
 set border 3
 set tics nomirror
