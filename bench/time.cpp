@@ -32,23 +32,21 @@ class Turn : public benchmark::BenchmarkReporter
     void ReportRuns(const std::vector<Run>& runs) override
     {
         for (const Run& run : runs)
-        {
-            if (run.error_occurred)
-                throw std::runtime_error(run.error_message);
             Nanoseconds = run.GetAdjustedRealTime();
-        }
     }
 
     double Nanoseconds = 0;
 };
 
-void TakeTurn(benchmark::State& state, Bout& bout)
+// False where a step failed.
+bool TakeTurn(benchmark::State& state, Bout& bout)
 {
     const Step step = bout.Prepare();
+    bool done = true;
     for (auto _ : state)
-        if (!step())
-            return state.SkipWithError("a step failed");
+        done = step() && done;
     bout.Restore();
+    return done;
 }
 
 void Measure(const Workload& workload, Medium medium, int rounds, const std::string& directory, std::ostream& out)
@@ -68,14 +66,17 @@ void Measure(const Workload& workload, Medium medium, int rounds, const std::str
         for (const auto& entry : bouts)
         {
             Bout& bout = *entry.second;
+            bool done = false;
             benchmark::ClearRegisteredBenchmarks();
             benchmark::RegisterBenchmark(workload.Name.c_str(),
-                                         [&bout](benchmark::State& state) { TakeTurn(state, bout); })
+                                         [&](benchmark::State& state) { done = TakeTurn(state, bout); })
                 ->Iterations(workload.Steps)
                 ->Unit(benchmark::kNanosecond)
                 ->UseRealTime();
             Turn turn;
             benchmark::RunSpecifiedBenchmarks(&turn);
+            if (!done)
+                throw std::runtime_error(entry.first + " fails to " + workload.Title());
             if (round > 0)
                 out << workload.Name << '\t' << workload.Size << '\t' << (medium == Medium::Memory ? "memory" : "disk")
                     << '\t' << entry.first << '\t' << round << '\t' << turn.Nanoseconds << '\n';
