@@ -211,10 +211,10 @@ const std::vector<std::string>& AbsentContenders()
     return absent;
 }
 
-const ContenderKind& ContenderNamed(const std::string& name)
+const ContenderKind& ContenderNamed(std::string_view name)
 {
     for (const ContenderKind& kind : Contenders())
         if (kind.Name == name)
             return kind;
-    throw std::invalid_argument("no contender is called " + name);
+    throw std::invalid_argument("no contender is called " + std::string(name));
 }

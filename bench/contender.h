@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // One way of keeping a journal: the operations that are measured, as a front end would call them. Every contender runs
@@ -75,7 +76,7 @@ const std::vector<ContenderKind>& Contenders();
 const std::vector<std::string>& AbsentContenders();
 
 // The contender called `name`; throws std::invalid_argument where there is none.
-const ContenderKind& ContenderNamed(const std::string& name);
+const ContenderKind& ContenderNamed(std::string_view name);
 
 // Declared by no header of the library's.
 std::string CreatePlantUUID();

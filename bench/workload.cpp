@@ -454,12 +454,12 @@ const std::vector<Workload>& Workloads()
     return workloads;
 }
 
-const Workload& WorkloadTitled(const std::string& title)
+const Workload& WorkloadTitled(std::string_view title)
 {
     for (const Workload& workload : Workloads())
         if (workload.Title() == title)
             return workload;
-    throw std::invalid_argument("no workload is called " + title);
+    throw std::invalid_argument("no workload is called " + std::string(title));
 }
 
 Bout::Bout(const ContenderKind& kind, const Workload& workload, Medium medium, const std::string& directory)

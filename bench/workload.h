@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // What is in a journal before it is measured. All of it is made up by rule, so that every journal of one size is the
@@ -47,7 +48,7 @@ struct Workload
 };
 
 const std::vector<Workload>& Workloads();
-const Workload& WorkloadTitled(const std::string& title);
+const Workload& WorkloadTitled(std::string_view title);
 
 // A contender with its journal, as one workload needs it.
 class Bout
