@@ -1,5 +1,5 @@
-# Makes of a page what Doxygen takes: the page is named after its file, and what links to a source file of the project
-# links to the page that shows it.
+# Makes of a page what Doxygen takes, in older and newer versions: the page is named after its file, what links to another
+# page does so by that name, and what links to a source file of the project links to the page that shows it.
 FNR == 1 {
     page = tolower(FILENAME)
     sub(/.*\//, "", page)
@@ -16,5 +16,17 @@ FNR == 1 {
         sub(/\./, "_8", name)
         $0 = substr($0, 1, RSTART + 1) name (name ~ /_8h$/ ? "" : "_source") ".html" substr($0, RSTART + RLENGTH - 1)
     }
+}
+!code {
+    done = ""
+    while (match($0, /\]\([A-Za-z0-9.\/-]*\.md\)/)) {
+        link = substr($0, RSTART + 2, RLENGTH - 3)
+        name = tolower(link)
+        sub(/.*\//, "", name)
+        sub(/\.md$/, "", name)
+        done = done substr($0, 1, RSTART + 1) (name ~ /^(readme|origin)$/ ? link : "@ref " name) ")"
+        $0 = substr($0, RSTART + RLENGTH)
+    }
+    $0 = done $0
 }
 { print }
