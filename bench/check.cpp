@@ -26,6 +26,32 @@ template <typename Record> std::string PrintAll(const std::vector<Record>& recor
     return text;
 }
 
+void TellCareEntries(Contender& contender, const std::string& plantUUID, std::ostream& out)
+{
+    for (int i = 0; i < 4; ++i)
+    {
+        PlantCareEntry entry;
+        entry.PlantUUID = i == 3 ? "nobody" : plantUUID;
+        entry.CareDate = "2024-05-0" + std::to_string(i);
+        entry.Action = i == 0 ? PlantCareAction::Feed : PlantCareAction::Water;
+        entry.Product = i == 0 ? "Bloom A" : "";
+        entry.AmountMl = 250.4 * i;
+        entry.EC = i;
+        entry.PH = 6.45;
+        entry.RunoffMl = 10.0 * i;
+        entry.Notes = i == 1 ? "dry pot" : "";
+        out << contender.CreatePlantCareEntry(entry);
+        if (i != 3)
+            out << Print(entry) << '\n';
+        entry.Product = "Cal-Mag";
+        entry.TimelineEventID = i == 2 ? 0 : entry.TimelineEventID;
+        if (i == 1 || i == 2) // the first stays as it was created
+            out << contender.UpdatePlantCareEntry(entry) << Print(entry) << '\n';
+        if (i == 1)
+            out << contender.DeletePlantCareEntry(entry.ID) << contender.DeletePlantCareEntry(entry.ID) << '\n';
+    }
+}
+
 // What every operation answers and fills, as text.
 std::string ADay(Contender& contender)
 {
@@ -74,28 +100,7 @@ std::string ADay(Contender& contender)
     told << contender.GetPlant("plant 2", found) << Print(found) << contender.GetPlant("plant 9", found) << '\n';
     tellPlants();
 
-    for (int i = 0; i < 4; ++i)
-    {
-        PlantCareEntry entry;
-        entry.PlantUUID = i == 3 ? "nobody" : plants[0].UUID;
-        entry.CareDate = "2024-05-0" + std::to_string(i);
-        entry.Action = i == 0 ? PlantCareAction::Feed : PlantCareAction::Water;
-        entry.Product = i == 0 ? "Bloom A" : "";
-        entry.AmountMl = 250.4 * i;
-        entry.EC = i;
-        entry.PH = 6.45;
-        entry.RunoffMl = 10.0 * i;
-        entry.Notes = i == 1 ? "dry pot" : "";
-        told << contender.CreatePlantCareEntry(entry);
-        if (i != 3)
-            told << Print(entry) << '\n';
-        entry.Product = "Cal-Mag";
-        entry.TimelineEventID = i == 2 ? 0 : entry.TimelineEventID;
-        if (i == 1 || i == 2) // the first stays as it was created
-            told << contender.UpdatePlantCareEntry(entry) << Print(entry) << '\n';
-        if (i == 1)
-            told << contender.DeletePlantCareEntry(entry.ID) << contender.DeletePlantCareEntry(entry.ID) << '\n';
-    }
+    TellCareEntries(contender, plants[0].UUID, told);
     tellEvents(plants[0].UUID);
 
     HarvestRecord harvest;
