@@ -11,7 +11,6 @@
 #include <exception>
 #include <fstream>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <random>
 #include <stdexcept>

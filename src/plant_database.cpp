@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <climits>
-#include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <memory>

@@ -1,25 +1,16 @@
 // What every command does alike: help, outputs, statuses, tables, colours, JSON.
 
 #include "support/command.h"
+#include "support/page.h"
 #include "support/records.h"
 
 #include <chrono>
 #include <csignal>
 #include <functional>
-#include <sstream>
 #include <thread>
 
 namespace
 {
-
-std::vector<std::string> Lines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
 
 // How many columns of a terminal a text of this file takes: its letters, of which 韓 and 紅 are wide.
 std::size_t WidthOf(const std::string& text)

@@ -6,9 +6,6 @@
 #include <sstream>
 #include <stdexcept>
 
-namespace
-{
-
 std::vector<std::string> Lines(const std::string& text)
 {
     std::vector<std::string> lines;
@@ -17,6 +14,9 @@ std::vector<std::string> Lines(const std::string& text)
         lines.push_back(line);
     return lines;
 }
+
+namespace
+{
 
 std::vector<std::string> Cells(const std::string& line)
 {

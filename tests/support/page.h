@@ -3,6 +3,9 @@
 #include <string>
 #include <vector>
 
+// The lines of a text.
+std::vector<std::string> Lines(const std::string& text);
+
 // A page of the project, such as "docs/errors.md".
 std::string PageText(const std::string& page);
 
