@@ -304,6 +304,7 @@ struct Comparison
     std::vector<std::string> Reasons;
     std::vector<std::pair<std::string, std::vector<std::string>>> Tables; // ours that it has, with their columns
     std::string EventTable;                                               // its definition, where opening leaves it
+    bool EventTypesUnchecked = false; // where that definition differs from a new journal's
 
     bool HasTable(std::string_view table) const
     {
@@ -340,6 +341,12 @@ void CompareTables(sqlite3* db, const std::vector<SchemaObject>& theirs, sqlite3
     }
 }
 
+// A table's columns and constraints. Opening leaves the table's name in quotes where it rebuilt the table.
+std::string ColumnsAndConstraints(const std::string& definition)
+{
+    return definition.substr(std::min(definition.find('('), definition.size()));
+}
+
 // Begins the transaction in which the file is read.
 Comparison Compare(sqlite3* db)
 {
@@ -372,7 +379,13 @@ Comparison Compare(sqlite3* db)
     if (rebuilt)
         result.Steps.emplace_back("rebuild table PlantEvents");
     else if (events != theirs.end())
+    {
+        const auto checked = std::find_if(ours.begin(), ours.end(),
+                                          [](const SchemaObject& object) { return object.Name == "PlantEvents"; });
         result.EventTable = events->Definition;
+        result.EventTypesUnchecked =
+            ColumnsAndConstraints(events->Definition) != ColumnsAndConstraints(checked->Definition);
+    }
     for (const SchemaObject& index : ours)
         if (index.Type == "index" && (!Contains(theirs, index) || (rebuilt && index.Table == "PlantEvents")))
             result.Steps.push_back("create index " + index.Name);
@@ -384,8 +397,15 @@ Comparison Compare(sqlite3* db)
     return result;
 }
 
-// The event types in a definition's list and in the rows that are none of ours, as a newer version may have them.
-std::set<std::string> UnknownEventTypes(sqlite3* db, const std::string& definition)
+// What an inspection reads.
+enum class Extent : std::int32_t
+{
+    Schema,
+    Rows // and the schema
+};
+
+// The event types in a definition's list and in the rows that this version does not know, as a newer one may have them.
+std::set<std::string> UnknownEventTypes(sqlite3* db, const std::string& definition, Extent extent)
 {
     std::set<std::string> types;
     std::istringstream pieces(definition);
@@ -393,6 +413,8 @@ std::set<std::string> UnknownEventTypes(sqlite3* db, const std::string& definiti
     for (bool quoted = false; std::getline(pieces, piece, '\''); quoted = !quoted)
         if (quoted && !piece.empty() && !IsEventType(piece))
             types.insert(piece);
+    if (extent == Extent::Schema)
+        return types;
     ForEach(db, "reading PlantEvents", "SELECT DISTINCT EventType FROM PlantEvents;",
             [&](sqlite3_stmt* row)
             {
@@ -426,17 +448,20 @@ void Count(sqlite3* db, const std::string& table, const std::vector<std::string>
             });
 }
 
-void Look(sqlite3* db, PlantFileInspection& found)
+void Look(sqlite3* db, Extent extent, PlantFileInspection& found)
 {
     Comparison schema = Compare(db);
     if (schema.Reasons.empty() && !schema.EventTable.empty())
-        for (const std::string& type : UnknownEventTypes(db, schema.EventTable))
+        for (const std::string& type : UnknownEventTypes(db, schema.EventTable, extent))
             schema.Reasons.push_back("The event type " + Quoted(type) + " is not ours.");
     found.Kind = schema.Reasons.empty() ? schema.Kind : PlantFileKind::Foreign;
     found.Reasons = std::move(schema.Reasons);
     if (found.Kind == PlantFileKind::Older)
         found.Steps = std::move(schema.Steps);
-    if (found.Kind == PlantFileKind::Older || found.Kind == PlantFileKind::Current)
+    if (found.Kind != PlantFileKind::Older && found.Kind != PlantFileKind::Current)
+        return;
+    found.EventTypesUnchecked = schema.EventTypesUnchecked;
+    if (extent == Extent::Rows)
         for (const auto& [table, columns] : schema.Tables)
             Count(db, table, columns, found);
 }
@@ -461,9 +486,7 @@ PlantFileKind KindOf(const Failure& failure)
     }
 }
 
-} // namespace
-
-PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out)
+PlantFileResult Inspect(const std::string& path, Extent extent, PlantFileInspection& out)
 {
     PlantFileInspection found;
     const auto inspect = [&]
@@ -473,7 +496,7 @@ PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspectio
         try
         {
             if (bytes > 0)
-                Look(Connection(file, SQLITE_OPEN_READONLY).DB, found);
+                Look(Connection(file, SQLITE_OPEN_READONLY).DB, extent, found);
             else if (bytes == 0)
                 found.Kind = PlantFileKind::Empty;
         }
@@ -489,6 +512,18 @@ PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspectio
     PlantFileResult result = Attempt(path, [&] { WithFiles(inspect); });
     out = result ? std::move(found) : PlantFileInspection();
     return result;
+}
+
+} // namespace
+
+PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out)
+{
+    return Inspect(path, Extent::Rows, out);
+}
+
+PlantFileResult InspectPlantSchema(const std::string& path, PlantFileInspection& out)
+{
+    return Inspect(path, Extent::Schema, out);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -886,7 +921,7 @@ void RequireSoundCopy(const std::filesystem::path& file)
 {
     const Connection copy(file, SQLITE_OPEN_READONLY);
     PlantFileInspection found;
-    Look(copy.DB, found);
+    Look(copy.DB, Extent::Rows, found);
     RequireJournal(found.Kind, found.Reasons);
     std::vector<PlantFileFinding> damages;
     FindDamage(copy.DB, damages);
@@ -929,7 +964,7 @@ PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string
         from = FileAt(source);
         journal = std::make_unique<const Connection>(from, SQLITE_OPEN_READWRITE);
         PlantFileInspection found;
-        Look(journal->DB, found);
+        Look(journal->DB, Extent::Rows, found);
         RequireJournal(found.Kind, found.Reasons);
         Execute(journal->DB, ReadingSchema, "COMMIT;");
     };

@@ -61,6 +61,9 @@ struct PlantFileInspection
     std::vector<PlantFileTable> Tables;          ///< Where current or older: our tables that it has, in their order.
     std::string FirstDate;                       ///< The first of all dates in those tables; empty for none.
     std::string LastDate;                        ///< The last of them.
+    /// Where current or older: whether the schema admits event types that this version does not know. Only the rows
+    /// show whether there are any.
+    bool EventTypesUnchecked = false;
 };
 
 /// Tells what the file at `path` is, without changing a byte of it or leaving anything beside it.
@@ -70,6 +73,15 @@ struct PlantFileInspection
 /// write-ahead log, which no journal of ours has and which could not be read without making files. Reads every row.
 /// @return An error when even that cannot be told: no permission, a directory, no memory. `out` is then a default one.
 PLANTJOURNAL_FILE_API PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out);
+
+/// Describes the file at `path` like InspectPlantDatabase(), but by its schema alone. Reads no row, so the cost does
+/// not depend on the number of rows. For a program's start and for a front end's first screen.
+///
+/// `Tables`, `FirstDate` and `LastDate` stay empty; all else is as InspectPlantDatabase() gives it, except what only
+/// rows show: damage to the tables' contents, and rows with unknown event types. Where `EventTypesUnchecked` is true,
+/// such rows can have been written in the usual way: call InspectPlantDatabase() to look for them.
+/// @return As InspectPlantDatabase().
+PLANTJOURNAL_FILE_API PlantFileResult InspectPlantSchema(const std::string& path, PlantFileInspection& out);
 
 /// What may be wrong in a journal.
 enum class PlantFindingKind : std::int32_t
