@@ -2,10 +2,10 @@
 // timed: a day of a front end on a new file and on an old one, then every workload.
 
 #include "contender.h"
-#include "support/old_files.h"
-#include "support/plain_connection.h"
-#include "support/records.h"
-#include "support/scratch_directory.h"
+#include "testing/old_files.h"
+#include "testing/plain_connection.h"
+#include "testing/records.h"
+#include "testing/scratch_directory.h"
 #include "workload.h"
 
 #include <cstdlib>
@@ -14,6 +14,8 @@
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
+
+using namespace support;
 
 namespace
 {

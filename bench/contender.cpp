@@ -1,7 +1,7 @@
 #include "contender.h"
 
 #include "statements.h"
-#include "support/schema_statements.h"
+#include "testing/schema_statements.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -14,6 +14,8 @@
 #include <utility>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

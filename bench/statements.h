@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/statements.h"
+#include "testing/statements.h"
 
 // The statements of the operations that are measured, as the library runs them. Contenders keep them by their address.
 namespace SQL

@@ -2,7 +2,7 @@
 // order, so that what slows the machine for a while slows all of them. Prints one line a turn: the ratios are made from
 // turns of the same round.
 
-#include "support/scratch_directory.h"
+#include "testing/scratch_directory.h"
 #include "workload.h"
 
 #include <algorithm>
@@ -18,6 +18,8 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -1,7 +1,7 @@
 #include "workload.h"
 
-#include "support/old_files.h"
-#include "support/plain_connection.h"
+#include "testing/old_files.h"
+#include "testing/plain_connection.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -11,6 +11,8 @@
 #include <sstream>
 #include <stdexcept>
 #include <utility>
+
+using namespace support;
 
 namespace
 {

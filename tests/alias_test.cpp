@@ -3,6 +3,8 @@
 #include "support/journal_test.h"
 #include "support/operations.h"
 
+using namespace support;
+
 namespace
 {
 

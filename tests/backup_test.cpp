@@ -4,8 +4,8 @@
 #include "support/child_process.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/operations.h"
+#include "testing/old_files.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -22,6 +22,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+using namespace support;
 
 namespace
 {

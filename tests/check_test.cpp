@@ -4,9 +4,9 @@
 #include "support/comma_locale.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/operations.h"
-#include "support/schema_statements.h"
+#include "testing/old_files.h"
+#include "testing/schema_statements.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,6 +18,8 @@
 #include <stdexcept>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

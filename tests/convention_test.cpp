@@ -2,7 +2,7 @@
 
 #include "support/journal_test.h"
 #include "support/operations.h"
-#include "support/statements.h"
+#include "testing/statements.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,6 +12,8 @@
 #include <type_traits>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

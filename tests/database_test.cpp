@@ -3,7 +3,7 @@
 #include "plant_database.h"
 #include "support/journal_test.h"
 #include "support/operations.h"
-#include "support/schema_statements.h"
+#include "testing/schema_statements.h"
 
 #include <filesystem>
 #include <fstream>
@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

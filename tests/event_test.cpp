@@ -1,9 +1,11 @@
 #include "support/journal_test.h"
-#include "support/statements.h"
+#include "testing/statements.h"
 
 #include <climits>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -3,7 +3,7 @@
 #include "support/allocation_failure.h"
 #include "support/journal_test.h"
 #include "support/operations.h"
-#include "support/statements.h"
+#include "testing/statements.h"
 
 #include <algorithm>
 #include <climits>
@@ -12,6 +12,8 @@
 #include <optional>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -1,6 +1,6 @@
 #include "support/comma_locale.h"
 #include "support/journal_test.h"
-#include "support/statements.h"
+#include "testing/statements.h"
 
 #include <climits>
 #include <cstdint>
@@ -9,6 +9,8 @@
 #include <tuple>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -4,6 +4,8 @@
 
 #include <sqlite3.h>
 
+using namespace support;
+
 namespace
 {
 

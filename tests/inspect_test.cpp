@@ -3,9 +3,9 @@
 #include "support/allocation_failure.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/operations.h"
-#include "support/schema_statements.h"
+#include "testing/old_files.h"
+#include "testing/schema_statements.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,6 +18,8 @@
 
 #include <sqlite3.h>
 #include <sys/stat.h>
+
+using namespace support;
 
 std::ostream& operator<<(std::ostream& out, PlantFileKind kind); // found by GoogleTest
 

@@ -1,10 +1,12 @@
 #include "support/journal_test.h"
 #include "support/operations.h"
-#include "support/statements.h"
+#include "testing/statements.h"
 
 #include <string_view>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -1,7 +1,7 @@
 // Files of earlier versions, brought up to date when they are opened.
 
 #include "support/journal_test.h"
-#include "support/schema_statements.h"
+#include "testing/schema_statements.h"
 
 #include <algorithm>
 #include <cctype>
@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

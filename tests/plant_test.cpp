@@ -1,10 +1,12 @@
 #include "support/journal_test.h"
-#include "support/statements.h"
+#include "testing/statements.h"
 
 #include <climits>
 #include <regex>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -1,10 +1,12 @@
-#include "support/scratch_directory.h"
+#include "testing/scratch_directory.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
+
+using namespace support;
 
 namespace
 {

@@ -18,6 +18,8 @@
 
 #include <sqlite3.h>
 
+using namespace support;
+
 namespace
 {
 

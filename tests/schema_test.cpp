@@ -2,7 +2,7 @@
 
 #include "support/journal_test.h"
 #include "support/operations.h"
-#include "support/schema_statements.h"
+#include "testing/schema_statements.h"
 
 #include <algorithm>
 #include <ostream>
@@ -10,6 +10,8 @@
 #include <utility>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -12,6 +12,8 @@
 
 #include <sys/wait.h>
 
+using namespace support;
+
 namespace
 {
 

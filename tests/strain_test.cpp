@@ -1,11 +1,13 @@
 #include "support/journal_test.h"
-#include "support/statements.h"
+#include "testing/statements.h"
 
 #include <climits>
 #include <cstdint>
 #include <limits>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

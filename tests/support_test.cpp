@@ -16,6 +16,8 @@
 
 #include <sqlite3.h>
 
+using namespace support;
+
 namespace
 {
 

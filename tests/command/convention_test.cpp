@@ -2,12 +2,14 @@
 
 #include "support/command.h"
 #include "support/page.h"
-#include "support/records.h"
+#include "testing/records.h"
 
 #include <chrono>
 #include <csignal>
 #include <functional>
 #include <thread>
+
+using namespace support;
 
 namespace
 {
@@ -169,7 +171,7 @@ TEST_F(CommandConventionTest, OutputThatCannotBeWrittenIsAFailure)
         Words shell = {"sh", "-c", "exec \"$@\" >/dev/full", "sh"};
         for (const std::string& word : Line(words))
             shell.push_back(word);
-        const Outcome outcome = RunningProgram(shell, Around).End();
+        const ProgramResult outcome = RunningProgram(shell, Around).End();
         EXPECT_EQ(outcome.Status, 1) << words.front();
         EXPECT_EQ(outcome.Error, "plantjournal: the output cannot be written\n");
     }
@@ -179,7 +181,7 @@ TEST_F(CommandConventionTest, ADeletionAsksAndDoesNothingUnlessTheAnswerIsYes)
 {
     KeepEverything();
     const std::string before = Content();
-    const Outcome no = RunOnTerminal({"plant", "delete", "Basil"}, "n\n");
+    const ProgramResult no = RunOnTerminal({"plant", "delete", "Basil"}, "n\n");
     EXPECT_EQ(no.Status, 1);
     EXPECT_NE(no.Out.find("Delete the plant Basil with everything that was written of it? [y/N] "), std::string::npos);
     EXPECT_NE(no.Out.find("nothing was deleted"), std::string::npos);
@@ -205,7 +207,7 @@ TEST_F(CommandConventionTest, CtrlCAtAQuestionDeletesNothing)
     RunningProgram program(Line({"plant", "delete", "Basil"}), terminal);
     ASSERT_TRUE(program.Await("[y/N] "));
     program.Type("\x03");
-    const Outcome outcome = program.End();
+    const ProgramResult outcome = program.End();
     EXPECT_EQ(outcome.Status, 1);
     EXPECT_NE(outcome.Out.find("nothing was deleted"), std::string::npos);
     EXPECT_EQ(Content(), before);
@@ -263,7 +265,7 @@ TEST_F(CommandConventionTest, TablesFitATerminalAndAreWholeInAPipe)
             PlantEvent event = {0, plant.UUID, "2026-05-01", PlantEventType::Note, std::string(500, 'x')};
             EXPECT_TRUE(repository.CreatePlantEvent(event));
         });
-    const Outcome piped = Run({"plant", "list"});
+    const ProgramResult piped = Run({"plant", "list"});
     EXPECT_NE(piped.Out.find("紅  Genovese Gigante of the second generation, from our own seeds  "), std::string::npos);
     EXPECT_NE(Done({"event", "list"}).find(std::string(500, 'x')), std::string::npos);
 
@@ -276,7 +278,7 @@ TEST_F(CommandConventionTest, TablesFitATerminalAndAreWholeInAPipe)
                                {"info"},
                                {"timeline", uuid}})
     {
-        const Outcome shown = RunOnTerminal(words);
+        const ProgramResult shown = RunOnTerminal(words);
         EXPECT_EQ(shown.Status, 0);
         for (const std::string& line : Lines(shown.Out))
             EXPECT_LE(WidthOf(line), 80U) << line;
@@ -357,7 +359,7 @@ TEST_F(CommandConventionTest, WorkLongerThanASecondShowsABarOnATerminalOnly)
         RunningProgram program(Line({"backup", "slow" + std::to_string(columns) + ".db"}), around);
         std::this_thread::sleep_for(std::chrono::milliseconds(1300));
         other.Finish();
-        const Outcome outcome = program.End();
+        const ProgramResult outcome = program.End();
         EXPECT_EQ(outcome.Status, 0) << outcome.Out << outcome.Error;
         const std::string shown = outcome.Out + outcome.Error;
         if (columns == 0)
@@ -524,7 +526,7 @@ TEST_F(CommandConventionTest, JSONOfACheckTellsTheFindingsAndTheStatusToo)
     KeepEverything();
     std::filesystem::remove(Scratch.File("basil.jpg"));
     Sound = false;
-    const Outcome check = Run({"check", "--json"});
+    const ProgramResult check = Run({"check", "--json"});
     EXPECT_EQ(check.Status, 1);
     EXPECT_NE(check.Error.find("findings: 1"), std::string::npos);
     const JSON findings = JSON::parse(check.Out);

@@ -3,10 +3,12 @@
 
 #include "support/child_process.h"
 #include "support/command.h"
-#include "support/old_files.h"
-#include "support/plain_connection.h"
+#include "testing/old_files.h"
+#include "testing/plain_connection.h"
 
 #include <filesystem>
+
+using namespace support;
 
 namespace
 {
@@ -106,7 +108,7 @@ TEST_P(OlderJournalTest, IsBackedUpBesideItselfAndBroughtUpToDateAndThatIsSaidOn
     Run({"check"});
     EXPECT_EQ(Content(), before); // neither changes anything
 
-    const Outcome first = Run({"plant", "list", "--json"});
+    const ProgramResult first = Run({"plant", "list", "--json"});
     EXPECT_EQ(first.Status, 0);
     EXPECT_EQ(JSON::parse(first.Out).size(), 2U);
     if (IsUpToDate(GetParam()))
@@ -349,7 +351,7 @@ TEST_F(JournalKindTest, CtrlCDuringABackUpLeavesNothing)
     RunningProgram program(Line({"backup", "backups/copy.db"}), Around);
     program.Interrupt();
     other.Finish();
-    const Outcome outcome = program.End();
+    const ProgramResult outcome = program.End();
     EXPECT_EQ(outcome.Status, 1);
     EXPECT_NE(outcome.Error.find("interrupted"), std::string::npos) << outcome.Error;
     EXPECT_TRUE(std::filesystem::is_empty(Scratch.File("backups")));

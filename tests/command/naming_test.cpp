@@ -2,6 +2,8 @@
 
 #include "support/command.h"
 
+using namespace support;
+
 namespace
 {
 

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <sstream>
 
+using namespace support;
+
 namespace
 {
 
@@ -24,7 +26,7 @@ class CompletionTest : public CommandTest
                       "bash"};
         for (const std::string& word : Line(words))
             line.push_back(word);
-        const Outcome outcome = RunningProgram(line, Around).End();
+        const ProgramResult outcome = RunningProgram(line, Around).End();
         EXPECT_EQ(outcome.Status, 0);
         EXPECT_EQ(outcome.Error, "");
         Words offered;
@@ -111,7 +113,7 @@ class ManualTest : public CommandTest
     // What a program says about the page; skips the test where the system has no such program.
     std::string Complaints(const Words& words) const
     {
-        const Outcome outcome = RunningProgram(words, Around).End();
+        const ProgramResult outcome = RunningProgram(words, Around).End();
         if (outcome.Status == 127)
             return "none";
         EXPECT_EQ(outcome.Status, 0);
@@ -200,7 +202,7 @@ TEST_F(InstallationTest, BringsTheCommandItsPageAndItsCompletion)
 {
     const std::string usr = Scratch.File("usr");
     const Words line = {"cmake", "--install", PLANTJOURNAL_BINARY_DIR, "--component", "Runtime", "--prefix", usr};
-    const Outcome install = RunningProgram(line, Around).End();
+    const ProgramResult install = RunningProgram(line, Around).End();
     ASSERT_EQ(install.Status, 0) << install.Error;
     EXPECT_EQ(RunningProgram({usr + "/bin/plantjournal", "--version"}, Around).End().Out,
               "plantjournal " PLANTJOURNAL_VERSION "\n");

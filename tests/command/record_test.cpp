@@ -10,6 +10,8 @@
 #include <sstream>
 #include <tuple>
 
+using namespace support;
+
 namespace
 {
 

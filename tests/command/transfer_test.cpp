@@ -1,14 +1,16 @@
 // Export and import: everything goes out, comes back equal, and comes in whole or not at all.
 
 #include "support/command.h"
-#include "support/old_files.h"
-#include "support/plain_connection.h"
+#include "testing/old_files.h"
+#include "testing/plain_connection.h"
 
 #include <algorithm>
 #include <chrono>
 #include <limits>
 #include <map>
 #include <thread>
+
+using namespace support;
 
 namespace
 {
@@ -264,7 +266,7 @@ class RoundTripTest : public TransferTest, public testing::WithParamInterface<bo
     {
         const std::string copy = Scratch.File(name + ".db");
         EXPECT_EQ(Run(Export(name + "-there", file)).Status, 0);
-        const Outcome import = Run({"import", name + "-there", "--file", copy});
+        const ProgramResult import = Run({"import", name + "-there", "--file", copy});
         EXPECT_EQ(import.Status, 0) << import.Error;
         EXPECT_EQ(Done(Export(name + "-back", copy)), "");
         EXPECT_EQ(BytesOf(name + "-there"), BytesOf(name + "-back"));
@@ -390,7 +392,7 @@ TEST_F(TransferTest, DatesThatDoNotSortAsDatesAreTakenAndToldOf)
 {
     Write("csv/Plants.csv",
           "Name,UUID,SeedDate,FlipDate,HarvestDate\nBasil,b1,spring,2026-05-01,\nMint,b2,2026,2026-02-30,2026-05\n");
-    const Outcome import = Run({"import", "csv"});
+    const ProgramResult import = Run({"import", "csv"});
     EXPECT_EQ(import.Status, 0);
     EXPECT_EQ(import.Error, "warning: csv/Plants.csv:2:10: SeedDate: \"spring\" does not sort as a date\n"
                             "warning: csv/Plants.csv:3:14: FlipDate: \"2026-02-30\" does not sort as a date\n");
@@ -568,7 +570,7 @@ TEST_F(TransferTest, AnImportIntoAnOlderJournalBringsItUpToDateFirst)
     std::filesystem::create_directories(std::filesystem::path(Journal).parent_path());
     WriteOldFile(Journal, OldFiles().front());
     Write("source.json", R"({"Plants":[{"Name":"Basil"}]})");
-    const Outcome import = Run({"import", "source.json"});
+    const ProgramResult import = Run({"import", "source.json"});
     EXPECT_EQ(import.Status, 0);
     EXPECT_NE(import.Error.find("an older journal; backed up as "), std::string::npos);
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 3U);
@@ -613,7 +615,7 @@ TEST_F(MeanwhileTest, AJournalThatAnotherChangedDuringAnImportIsLeftAsTheOtherLe
     RunningProgram import(Line({"import", "source.json"}), Around);
     EXPECT_TRUE(Await([&] { return CopyIsThere(); }));
     other.Finish(); // the import has been waiting for that
-    const Outcome outcome = import.End();
+    const ProgramResult outcome = import.End();
     EXPECT_EQ(outcome.Status, 1);
     EXPECT_EQ(outcome.Out, "");
     EXPECT_NE(outcome.Error.find("another program wrote to it meanwhile; nothing was changed, import again"),
@@ -641,7 +643,7 @@ TEST_F(MeanwhileTest, AJournalThatAnotherKeepsLockedIsLeftAlone)
     const std::string before = Exported();
     {
         const OtherProgram other(Journal, "BEGIN IMMEDIATE;");
-        const Outcome import = Run({"import", "source.json"});
+        const ProgramResult import = Run({"import", "source.json"});
         EXPECT_EQ(import.Status, 1);
         EXPECT_NE(import.Error.find("database is locked; nothing was changed"), std::string::npos) << import.Error;
     }
@@ -656,7 +658,7 @@ TEST_F(MeanwhileTest, CtrlCWhileWaitingForAnotherChangesNothing)
     EXPECT_TRUE(Await([&] { return CopyIsThere(); }));
     import.Interrupt();
     other.Finish();
-    const Outcome outcome = import.End();
+    const ProgramResult outcome = import.End();
     EXPECT_EQ(outcome.Status, 1);
     EXPECT_EQ(outcome.Error, "plantjournal: interrupted; nothing was changed\n");
     EXPECT_EQ(Exported(), before);
@@ -688,7 +690,7 @@ TEST_F(MeanwhileTest, CtrlCAtAnyMomentOfAnImportLeavesTheJournalAsBeforeOrWithAl
         RunningProgram import(Line({"import", "source.json"}), Around);
         std::this_thread::sleep_for(whole * moment / (moments - 1));
         import.Interrupt();
-        const Outcome outcome = import.End();
+        const ProgramResult outcome = import.End();
         const bool done = outcome.Status == 0;
         interrupted += done ? 0 : 1;
         EXPECT_EQ(outcome.Status, done ? 0 : 1);
@@ -707,7 +709,7 @@ TEST_F(MeanwhileTest, CtrlCDuringAnExportLeavesNothing)
     RunningProgram program(Line({"export", "out/journal.json"}), Around);
     program.Interrupt();
     other.Finish();
-    const Outcome outcome = program.End();
+    const ProgramResult outcome = program.End();
     EXPECT_EQ(outcome.Status, 1);
     EXPECT_EQ(outcome.Error, "plantjournal: interrupted; nothing was changed\n");
     EXPECT_TRUE(std::filesystem::is_empty(Scratch.File("out")));
@@ -734,7 +736,7 @@ class SmallDisk
     // The place where others see the disk.
     std::filesystem::path Outside() const { return "/proc/" + std::to_string(Holder.Process()) + "/root" + Directory; }
 
-    Outcome Run(const Words& line) const
+    ProgramResult Run(const Words& line) const
     {
         Words words = {"nsenter",
                        "--target",
@@ -787,8 +789,8 @@ class FullDiskTest : public TransferTest
             if (!disk.IsMounted())
                 GTEST_SKIP() << "this system does not let users mount a disk of their own";
             std::filesystem::copy_file(Journal, disk.Outside() / "journal.db");
-            const Outcome outcome = disk.Run(Line(words));
-            const Outcome exported = disk.Run(Line({"export", "-", "--file", Disk + "/journal.db"}));
+            const ProgramResult outcome = disk.Run(Line(words));
+            const ProgramResult exported = disk.Run(Line({"export", "-", "--file", Disk + "/journal.db"}));
             EXPECT_EQ(exported.Status, 0) << exported.Error;
             EXPECT_EQ(disk.Run(Line({"check", "--file", Disk + "/journal.db"})).Status, 0);
             visit(outcome, disk, exported.Out);
@@ -822,7 +824,7 @@ TEST_F(FullDiskTest, LeavesTheJournalAsItWasOrWithAllOfAnImport)
     Write("data/plantjournal/journal.db", bytes);
     OnGrowingDisks(
         {"import", "source.json", "--file", Disk + "/journal.db"}, 120, 60,
-        [&](const Outcome& outcome, const SmallDisk& disk, const std::string& exported)
+        [&](const ProgramResult& outcome, const SmallDisk& disk, const std::string& exported)
         {
             EXPECT_TRUE(exported == (outcome.Status == 0 ? after : before)) << outcome.Error;
             EXPECT_EQ(disk.Names(), Words{"journal.db"});
@@ -834,7 +836,7 @@ TEST_F(FullDiskTest, LeavesTheJournalAsItWasOrWithAllOfAnImport)
 TEST_F(FullDiskTest, LeavesNoHalfABackUp)
 {
     OnGrowingDisks({"backup", Disk + "/copy.db", "--file", Disk + "/journal.db"}, 104, 24,
-                   [&](const Outcome& outcome, const SmallDisk& disk, const std::string&)
+                   [&](const ProgramResult& outcome, const SmallDisk& disk, const std::string&)
                    { EXPECT_EQ(disk.Names().size(), outcome.Status == 0 ? 2U : 1U) << outcome.Error; });
 }
 
@@ -847,7 +849,7 @@ TEST_F(FullDiskTest, LeavesNoHalfAnExport)
         const Words words = csv ? Words{"export", "--csv", destination, "--file", Disk + "/journal.db"}
                                 : Words{"export", destination, "--file", Disk + "/journal.db"};
         OnGrowingDisks(words, 208, 40,
-                       [&](const Outcome& outcome, const SmallDisk& disk, const std::string&)
+                       [&](const ProgramResult& outcome, const SmallDisk& disk, const std::string&)
                        { EXPECT_EQ(disk.Names().size(), outcome.Status == 0 ? 2U : 1U) << outcome.Error; });
     }
 }
@@ -856,7 +858,7 @@ TEST_F(FullDiskTest, IsTheReasonThatAFeedingIsRefused)
 {
     const std::string before = Exported();
     OnGrowingDisks({"feed", "Basil", "--notes", std::string(100000, 'x'), "--file", Disk + "/journal.db"}, 104, 100,
-                   [&](const Outcome& outcome, const SmallDisk&, const std::string& exported)
+                   [&](const ProgramResult& outcome, const SmallDisk&, const std::string& exported)
                    { EXPECT_EQ(exported == before, outcome.Status != 0); });
 }
 

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <map>
 
+using namespace support;
+
 namespace
 {
 
@@ -96,7 +98,7 @@ TEST_F(WheatTrialTest, ATableOfAnotherFormIsRefusedWithItsPlace)
     const auto converted = [this](const std::string& text)
     {
         Write("table.txt", text);
-        const Outcome outcome = RunningProgram({PLANTJOURNAL_WHEAT_TRIAL, "table.txt", "other"}, Around).End();
+        const ProgramResult outcome = RunningProgram({PLANTJOURNAL_WHEAT_TRIAL, "table.txt", "other"}, Around).End();
         EXPECT_EQ(outcome.Status, 1);
         EXPECT_FALSE(std::filesystem::exists(Scratch.File("other")));
         return outcome.Error;

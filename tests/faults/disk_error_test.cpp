@@ -3,11 +3,11 @@
 
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/operations.h"
-#include "support/schema_statements.h"
 #include "support/soak.h"
-#include "support/statements.h"
+#include "testing/old_files.h"
+#include "testing/schema_statements.h"
+#include "testing/statements.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -21,6 +21,8 @@
 #include <tuple>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -3,8 +3,8 @@
 
 #include "support/child_process.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/soak.h"
+#include "testing/old_files.h"
 
 #include <algorithm>
 #include <climits>
@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 #include <unistd.h>
+
+using namespace support;
 
 namespace
 {

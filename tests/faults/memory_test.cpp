@@ -3,9 +3,9 @@
 
 #include "support/allocation_failure.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/operations.h"
 #include "support/soak.h"
+#include "testing/old_files.h"
 
 #include <filesystem>
 #include <functional>
@@ -14,6 +14,8 @@
 #include <optional>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -1,9 +1,9 @@
 // Random operations with hostile arguments, on a journal and on a plain model of it in memory, compared after each.
 
 #include "support/model.h"
-#include "support/scratch_directory.h"
 #include "support/soak.h"
 #include "support/steps.h"
+#include "testing/scratch_directory.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -18,17 +18,19 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
+using namespace support;
+
 namespace
 {
 
 using namespace std::string_literals;
 
-std::vector<Outcome> TakeAndCount(const std::vector<Step>& steps)
+std::vector<StepResult> TakeAndCount(const std::vector<Step>& steps)
 {
-    std::vector<Outcome> outcomes = Take(steps);
+    std::vector<StepResult> outcomes = Take(steps);
     Count("sequences");
     Count("operations", outcomes.size());
-    for (const Outcome& outcome : outcomes)
+    for (const StepResult& outcome : outcomes)
     {
         Count("operations that returned false", outcome.Done ? 0 : 1);
         Count("times closed and opened again", outcome.Operation == "Reopen" ? 1 : 0);
@@ -46,7 +48,7 @@ TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
     std::set<std::string> refused;
     const auto doWhatTheModelDoes = [&]
     {
-        for (const Outcome& outcome : TakeAndCount(*anySteps))
+        for (const StepResult& outcome : TakeAndCount(*anySteps))
             (outcome.Done ? done : refused).insert(outcome.Operation);
     };
 
@@ -79,9 +81,9 @@ TEST(ModelTest, TheFuzzersCorpusDoesWhatTheModelDoes)
     {
         const std::string bytes = FileBytes(file.path().string());
         const std::vector<std::uint8_t> data(bytes.begin(), bytes.end());
-        std::vector<Outcome> outcomes;
+        std::vector<StepResult> outcomes;
         EXPECT_NO_THROW(outcomes = TakeAndCount(StepsFrom(data.data(), data.size()))) << file.path();
-        for (const Outcome& outcome : outcomes)
+        for (const StepResult& outcome : outcomes)
             operations.insert(outcome.Operation);
         Count("files of the corpus");
     }

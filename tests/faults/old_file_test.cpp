@@ -2,9 +2,9 @@
 // interruption on the way there keeps them from it.
 
 #include "support/journal_test.h"
-#include "support/old_files.h"
-#include "support/schema_statements.h"
 #include "support/soak.h"
+#include "testing/old_files.h"
+#include "testing/schema_statements.h"
 
 #include <algorithm>
 #include <cctype>
@@ -19,6 +19,8 @@
 #include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+using namespace support;
 
 namespace
 {

@@ -1,11 +1,11 @@
 // The power goes, at every write and every sync that the library makes SQLite do, and comes back.
 
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/operations.h"
 #include "support/simulated_disk.h"
 #include "support/soak.h"
-#include "support/statements.h"
+#include "testing/old_files.h"
+#include "testing/statements.h"
 
 #include <cstdint>
 #include <functional>
@@ -16,6 +16,8 @@
 #include <vector>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

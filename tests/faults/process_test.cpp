@@ -2,10 +2,10 @@
 
 #include "support/child_process.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/operations.h"
-#include "support/schema_statements.h"
 #include "support/soak.h"
+#include "testing/old_files.h"
+#include "testing/schema_statements.h"
 
 #include <algorithm>
 #include <chrono>
@@ -21,6 +21,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <unistd.h>
+
+using namespace support;
 
 namespace
 {

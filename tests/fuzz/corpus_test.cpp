@@ -1,6 +1,6 @@
 // What the fuzzer begins with and what it ever found, run again with every build: a test for each input.
 
-#include "support/scratch_directory.h"
+#include "testing/scratch_directory.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,6 +10,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+using namespace support;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

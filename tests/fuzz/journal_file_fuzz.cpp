@@ -3,10 +3,10 @@
 
 #include "plant_database.h"
 #include "plant_file.h"
-#include "support/old_files.h"
 #include "support/operations.h"
-#include "support/plain_connection.h"
-#include "support/scratch_directory.h"
+#include "testing/old_files.h"
+#include "testing/plain_connection.h"
+#include "testing/scratch_directory.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -22,6 +22,8 @@
 #include <vector>
 
 #include <sqlite3.h>
+
+using namespace support;
 
 namespace
 {

@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <iostream>
 
+using namespace support;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     try

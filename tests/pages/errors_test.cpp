@@ -4,9 +4,9 @@
 #include "support/child_process.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/operations.h"
 #include "support/page.h"
+#include "testing/old_files.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +21,8 @@
 
 #include <sqlite3.h>
 #include <unistd.h>
+
+using namespace support;
 
 namespace
 {

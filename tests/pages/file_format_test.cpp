@@ -2,8 +2,8 @@
 
 #include "plant_file.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/page.h"
+#include "testing/old_files.h"
 
 #include <algorithm>
 #include <functional>
@@ -11,6 +11,8 @@
 #include <regex>
 #include <set>
 #include <sstream>
+
+using namespace support;
 
 namespace
 {

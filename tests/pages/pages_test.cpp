@@ -1,12 +1,14 @@
 // What holds for every page.
 
 #include "support/page.h"
-#include "support/scratch_directory.h"
+#include "testing/scratch_directory.h"
 
 #include <filesystem>
 #include <regex>
 
 #include <gtest/gtest.h>
+
+using namespace support;
 
 namespace
 {

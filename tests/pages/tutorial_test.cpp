@@ -2,8 +2,8 @@
 
 #include "plant.h"
 #include "support/page.h"
-#include "support/plain_connection.h"
-#include "support/scratch_directory.h"
+#include "testing/plain_connection.h"
+#include "testing/scratch_directory.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +11,8 @@
 #include <sstream>
 
 #include <gtest/gtest.h>
+
+using namespace support;
 
 namespace
 {

@@ -2,11 +2,13 @@
 
 #include "plant_file.h"
 #include "support/journal_test.h"
-#include "support/old_files.h"
 #include "support/page.h"
+#include "testing/old_files.h"
 
 #include <filesystem>
 #include <sstream>
+
+using namespace support;
 
 namespace
 {

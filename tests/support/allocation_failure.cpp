@@ -6,6 +6,9 @@
 
 #include <sqlite3.h>
 
+namespace support
+{
+
 namespace
 {
 
@@ -51,9 +54,12 @@ const bool Installed = []
 
 } // namespace
 
+} // namespace support
+
+// The replacements of the standard operators are global.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
-    return FailsNow(untilNewFails) ? nullptr : std::malloc(size);
+    return support::FailsNow(support::untilNewFails) ? nullptr : std::malloc(size);
 }
 
 void* operator new(std::size_t size)
@@ -79,6 +85,9 @@ void operator delete(void* memory, std::size_t) noexcept
     std::free(memory);
 }
 
+namespace support
+{
+
 AllocationFailure::AllocationFailure(Allocator allocator, int number, bool lasting)
 {
     happened = false;
@@ -96,3 +105,5 @@ bool AllocationFailure::Happened() const
 {
     return happened;
 }
+
+} // namespace support

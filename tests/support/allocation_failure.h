@@ -1,5 +1,8 @@
 #pragma once
 
+namespace support
+{
+
 enum class Allocator
 {
     New,   // operator new, whose failure is an exception
@@ -19,3 +22,5 @@ class AllocationFailure
     // Whether that many allocations were asked for at all.
     bool Happened() const;
 };
+
+} // namespace support

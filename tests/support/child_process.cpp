@@ -8,6 +8,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace support
+{
+
 namespace
 {
 
@@ -127,3 +130,5 @@ std::string ChildProcess::End()
     }
     return *Ended;
 }
+
+} // namespace support

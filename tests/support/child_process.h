@@ -8,6 +8,9 @@
 
 #include <sys/types.h>
 
+namespace support
+{
+
 // The parent as the child sees it.
 class ParentProcess
 {
@@ -52,3 +55,5 @@ class ChildProcess
     std::string Unread;
     std::optional<std::string> Ended;
 };
+
+} // namespace support

@@ -3,6 +3,9 @@
 #include <locale>
 #include <string>
 
+namespace support
+{
+
 // While in scope, the process writes 1234.5 as 1.234,5.
 class CommaLocale
 {
@@ -22,3 +25,5 @@ class CommaLocale
 
     std::locale Previous;
 };
+
+} // namespace support

@@ -1,6 +1,6 @@
 #include "support/command.h"
 
-#include "support/plain_connection.h"
+#include "testing/plain_connection.h"
 
 #include <algorithm>
 #include <array>
@@ -17,6 +17,9 @@
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+namespace support
+{
 
 namespace
 {
@@ -173,7 +176,7 @@ void RunningProgram::Interrupt()
         kill(Child, SIGINT);
 }
 
-Outcome RunningProgram::End()
+ProgramResult RunningProgram::End()
 {
     while (Terminal >= 0 && ReadTerminal())
     {
@@ -240,7 +243,7 @@ void CommandTest::TearDown()
     Around.AsUser = false;
     if (Sound)
     {
-        const Outcome check = Run({"check", "--file", Journal});
+        const ProgramResult check = Run({"check", "--file", Journal});
         EXPECT_EQ(check.Status, 0) << check.Error;
         EXPECT_EQ(check.Out, "");
     }
@@ -254,12 +257,12 @@ Words CommandTest::Line(const Words& words)
     return line;
 }
 
-Outcome CommandTest::Run(const Words& words, const std::string& input) const
+ProgramResult CommandTest::Run(const Words& words, const std::string& input) const
 {
     return RunningProgram(Line(words), Around, input).End();
 }
 
-Outcome CommandTest::RunOnTerminal(const Words& words, const std::string& typed) const
+ProgramResult CommandTest::RunOnTerminal(const Words& words, const std::string& typed) const
 {
     Surroundings terminal = Around;
     terminal.Columns = 80;
@@ -268,7 +271,7 @@ Outcome CommandTest::RunOnTerminal(const Words& words, const std::string& typed)
 
 std::string CommandTest::Done(const Words& words, const std::string& input) const
 {
-    const Outcome outcome = Run(words, input);
+    const ProgramResult outcome = Run(words, input);
     EXPECT_EQ(outcome.Status, 0);
     EXPECT_EQ(outcome.Error, "");
     return outcome.Out;
@@ -303,7 +306,7 @@ std::string CommandTest::RefusedWith(int status, const Words& words, const std::
     const auto state = [this]
     { return std::pair(Beside(), std::filesystem::is_regular_file(Journal) ? FileBytes(Journal) : std::string()); };
     const auto before = state();
-    const Outcome outcome = Run(words, input);
+    const ProgramResult outcome = Run(words, input);
     EXPECT_EQ(outcome.Status, status);
     EXPECT_EQ(outcome.Out, "");
     EXPECT_NE(outcome.Error, "");
@@ -332,7 +335,7 @@ std::vector<std::string> CommandTest::Beside() const
 
 std::string CommandTest::Content() const
 {
-    return ::Content(PlainConnection(Journal).NativeHandle());
+    return support::Content(PlainConnection(Journal).NativeHandle());
 }
 
 void CommandTest::Keep(const std::function<void(PlantRepository&)>& work) const
@@ -412,3 +415,5 @@ void CommandTest::KeepEverything() const
             EXPECT_TRUE(repository.CreatePlantJournalEntry(entry));
         });
 }
+
+} // namespace support

@@ -2,7 +2,7 @@
 
 #include "plant_database.h"
 #include "support/child_process.h"
-#include "support/scratch_directory.h"
+#include "testing/scratch_directory.h"
 
 #include <chrono>
 #include <functional>
@@ -13,11 +13,14 @@
 #include <nlohmann/json.hpp>
 #include <sys/types.h>
 
+namespace support
+{
+
 using JSON = nlohmann::ordered_json;
 using Words = std::vector<std::string>;
 
 // What became of a run of a program.
-struct Outcome
+struct ProgramResult
 {
     int Status = 0;    // as a shell tells it: a signal that ended the program counts from 128
     std::string Out;   // on a terminal both outputs, as they came
@@ -49,7 +52,7 @@ class RunningProgram
     void Type(const std::string& keys) const;
     // Ctrl-C, as soon as the program has said what that is to do.
     void Interrupt();
-    Outcome End();
+    ProgramResult End();
 
   private:
     bool ReadTerminal();
@@ -88,8 +91,8 @@ class CommandTest : public testing::Test
     void TearDown() override;
 
     // The words are what follows the command's name.
-    Outcome Run(const Words& words, const std::string& input = {}) const;
-    Outcome RunOnTerminal(const Words& words, const std::string& typed = {}) const;
+    ProgramResult Run(const Words& words, const std::string& input = {}) const;
+    ProgramResult RunOnTerminal(const Words& words, const std::string& typed = {}) const;
     // The words of the whole command line.
     static Words Line(const Words& words);
 
@@ -126,3 +129,5 @@ class CommandTest : public testing::Test
   private:
     std::string RefusedWith(int status, const Words& words, const std::string& input) const;
 };
+
+} // namespace support

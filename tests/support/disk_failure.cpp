@@ -6,6 +6,9 @@
 
 #include <sqlite3.h>
 
+namespace support
+{
+
 namespace
 {
 
@@ -149,3 +152,5 @@ bool DiskFailure::Happened() const
 {
     return made >= inForce->Number;
 }
+
+} // namespace support

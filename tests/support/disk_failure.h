@@ -2,6 +2,9 @@
 
 #include <iosfwd>
 
+namespace support
+{
+
 // SQLite reaches its files through a table of functions, and a program may put a table of its own in front:
 // https://www.sqlite.org/vfs.html
 
@@ -59,3 +62,5 @@ class DiskFailure
     // Whether that many calls of the kind were made at all.
     bool Happened() const;
 };
+
+} // namespace support

@@ -3,6 +3,9 @@
 #include <chrono>
 #include <optional>
 
+namespace support
+{
+
 namespace
 {
 
@@ -20,10 +23,13 @@ FixedTime::~FixedTime()
     now.reset();
 }
 
+} // namespace support
+
 // The C library's function, in its place in the tests' executable.
 extern "C" std::time_t time(std::time_t* result) noexcept
 {
-    const std::time_t told = now ? *now : std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    const std::time_t told =
+        support::now ? *support::now : std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     if (result != nullptr)
         *result = told;
     return told;

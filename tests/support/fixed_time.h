@@ -2,6 +2,9 @@
 
 #include <ctime>
 
+namespace support
+{
+
 // What the system tells the process as the time while in scope: always this. One at a time.
 class FixedTime
 {
@@ -11,3 +14,5 @@ class FixedTime
     FixedTime(const FixedTime&) = delete;
     FixedTime& operator=(const FixedTime&) = delete;
 };
+
+} // namespace support

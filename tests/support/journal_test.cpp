@@ -2,6 +2,9 @@
 
 #include <sqlite3.h>
 
+namespace support
+{
+
 namespace
 {
 
@@ -68,3 +71,5 @@ void JournalTest::ExpectNothingOpen() const
     EXPECT_EQ(sqlite3_next_stmt(Database.NativeHandle(), nullptr), nullptr);
     EXPECT_NE(sqlite3_get_autocommit(Database.NativeHandle()), 0);
 }
+
+} // namespace support

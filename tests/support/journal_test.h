@@ -1,15 +1,18 @@
 #pragma once
 
 #include "plant_database.h"
-#include "support/plain_connection.h"
-#include "support/records.h"
-#include "support/scratch_directory.h"
 #include "support/sqlite_calls.h"
+#include "testing/plain_connection.h"
+#include "testing/records.h"
+#include "testing/scratch_directory.h"
 
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+namespace support
+{
 
 // An empty, open journal in a scratch directory.
 class JournalTest : public testing::Test
@@ -25,9 +28,9 @@ class JournalTest : public testing::Test
     // A plant as it is stored.
     Plant StoredPlant(const std::string& uuid);
 
-    Rows Query(const std::string& sql) const { return ::Query(Database.NativeHandle(), sql); }
-    void Execute(const std::string& sql) const { ::Execute(Database.NativeHandle(), sql); }
-    std::string Content() const { return ::Content(Database.NativeHandle()); }
+    Rows Query(const std::string& sql) const { return support::Query(Database.NativeHandle(), sql); }
+    void Execute(const std::string& sql) const { support::Execute(Database.NativeHandle(), sql); }
+    std::string Content() const { return support::Content(Database.NativeHandle()); }
     // The number of rows of `table`, with a condition if need be.
     int Count(const std::string& table, const std::string& condition = "1") const;
 
@@ -70,3 +73,5 @@ class JournalTest : public testing::Test
 };
 
 using Statements = std::vector<std::string>;
+
+} // namespace support

@@ -1,6 +1,6 @@
 #include "support/model.h"
 
-#include "support/records.h"
+#include "testing/records.h"
 
 #include <algorithm>
 #include <array>
@@ -9,6 +9,9 @@
 #include <cstdio>
 #include <tuple>
 #include <type_traits>
+
+namespace support
+{
 
 namespace
 {
@@ -798,3 +801,5 @@ std::vector<std::string> JournalModel::StrainNames() const
         names.push_back(strain.Name);
     return names;
 }
+
+} // namespace support

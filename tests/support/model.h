@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+namespace support
+{
+
 // A journal kept in plain lists in memory: for every operation of the repository one of the same name and with the same
 // result, the same write-backs and the same effect on what is read afterwards. It shares no code with the library, so
 // that the two agree only where both are right.
@@ -90,3 +93,5 @@ class JournalModel
     std::vector<PlantHealthObservation> HealthObservations;
     std::vector<PlantJournalEntry> JournalEntries;
 };
+
+} // namespace support

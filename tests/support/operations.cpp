@@ -4,6 +4,9 @@
 #include <ostream>
 #include <stdexcept>
 
+namespace support
+{
+
 namespace
 {
 
@@ -281,3 +284,5 @@ const std::vector<Operation>& RefusedOperations()
     };
     return operations;
 }
+
+} // namespace support

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+namespace support
+{
+
 // A small journal with something in every table.
 struct Garden
 {
@@ -40,3 +43,5 @@ const std::vector<Operation>& Operations();
 
 // Operations that the file refuses, after they have written something that must be taken back.
 const std::vector<Operation>& RefusedOperations();
+
+} // namespace support

@@ -1,10 +1,13 @@
 #include "support/page.h"
 
-#include "support/scratch_directory.h"
+#include "testing/scratch_directory.h"
 
 #include <algorithm>
 #include <sstream>
 #include <stdexcept>
+
+namespace support
+{
 
 std::vector<std::string> Lines(const std::string& text)
 {
@@ -100,3 +103,5 @@ std::string Region(const std::string& source, const std::string& name)
     }
     throw std::runtime_error(source + " has no region " + name);
 }
+
+} // namespace support

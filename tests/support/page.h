@@ -3,6 +3,9 @@
 #include <string>
 #include <vector>
 
+namespace support
+{
+
 // The lines of a text.
 std::vector<std::string> Lines(const std::string& text);
 
@@ -21,3 +24,5 @@ std::string Plain(std::string text);
 
 // A piece of a source file between the lines `// [name]` and `// [end]`, as it would stand by itself.
 std::string Region(const std::string& source, const std::string& name);
+
+} // namespace support

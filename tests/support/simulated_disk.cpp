@@ -7,6 +7,9 @@
 
 #include <sqlite3.h>
 
+namespace support
+{
+
 // ---- The disk
 
 namespace
@@ -389,3 +392,5 @@ DiskInUse::~DiskInUse()
     sqlite3_vfs_unregister(&*inUse);
     sqlite3_randomness(0, nullptr);
 }
+
+} // namespace support

@@ -7,6 +7,9 @@
 #include <string_view>
 #include <vector>
 
+namespace support
+{
+
 // A disk in memory whose machine can lose its power. What a program writes is safe only once it was synced, and a
 // file's name only once its directory was: when the power goes, each change not synced is kept, dropped or torn at a
 // sector. A copy of it is a disk of its own, as it was at that moment.
@@ -82,3 +85,5 @@ class DiskInUse
     DiskInUse(const DiskInUse&) = delete;
     DiskInUse& operator=(const DiskInUse&) = delete;
 };
+
+} // namespace support

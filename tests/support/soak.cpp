@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+namespace support
+{
+
 namespace
 {
 
@@ -58,3 +61,5 @@ bool TimeLimit::IsOver() const
     static const std::chrono::seconds limit(Setting("PLANTJOURNAL_SECONDS", 120));
     return Soaking() && std::chrono::steady_clock::now() - Begin > limit;
 }
+
+} // namespace support

@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <string>
 
+namespace support
+{
+
 // The tests under faults/ have two forms. The short one runs with every build and begins its random choices at a fixed
 // seed, so that it always runs the same; the long one, PLANTJOURNAL_SOAK=1 in the environment, begins at a fresh seed.
 // PLANTJOURNAL_SEED sets the seed of either. At its end the program prints the seed and what it counted.
@@ -32,3 +35,5 @@ class TimeLimit
   private:
     std::chrono::steady_clock::time_point Begin = std::chrono::steady_clock::now();
 };
+
+} // namespace support

@@ -6,6 +6,9 @@
 #include <dlfcn.h>
 #include <sqlite3.h>
 
+namespace support
+{
+
 namespace
 {
 
@@ -101,66 +104,73 @@ AfterCall::~AfterCall()
 
 // ---- SQLite's functions, as the library meets them.
 
+} // namespace support
+
 extern "C"
 {
     int sqlite3_open_v2(const char* filename, sqlite3** db, int flags, const char* vfs)
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_open_v2)>("sqlite3_open_v2");
-        return CallGate::Through(SQLiteCall::Open, filename, [&] { return original(filename, db, flags, vfs); });
+        static const auto original = support::CallGate::Original<decltype(sqlite3_open_v2)>("sqlite3_open_v2");
+        return support::CallGate::Through(support::SQLiteCall::Open, filename,
+                                          [&] { return original(filename, db, flags, vfs); });
     }
 
     int sqlite3_exec(sqlite3* db, const char* sql, int (*callback)(void*, int, char**, char**), void* argument,
                      char** message)
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_exec)>("sqlite3_exec");
-        return CallGate::Through(SQLiteCall::Exec, sql, [&] { return original(db, sql, callback, argument, message); });
+        static const auto original = support::CallGate::Original<decltype(sqlite3_exec)>("sqlite3_exec");
+        return support::CallGate::Through(support::SQLiteCall::Exec, sql,
+                                          [&] { return original(db, sql, callback, argument, message); });
     }
 
     int sqlite3_prepare_v2(sqlite3* db, const char* sql, int bytes, sqlite3_stmt** statement, const char** tail)
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_prepare_v2)>("sqlite3_prepare_v2");
-        return CallGate::Through(SQLiteCall::Prepare, sql, [&] { return original(db, sql, bytes, statement, tail); });
+        static const auto original = support::CallGate::Original<decltype(sqlite3_prepare_v2)>("sqlite3_prepare_v2");
+        return support::CallGate::Through(support::SQLiteCall::Prepare, sql,
+                                          [&] { return original(db, sql, bytes, statement, tail); });
     }
 
     int sqlite3_bind_text(sqlite3_stmt* statement, int index, const char* text, int bytes, void (*destructor)(void*))
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_bind_text)>("sqlite3_bind_text");
-        return CallGate::Through(SQLiteCall::Bind, sqlite3_sql(statement),
-                                 [&] { return original(statement, index, text, bytes, destructor); });
+        static const auto original = support::CallGate::Original<decltype(sqlite3_bind_text)>("sqlite3_bind_text");
+        return support::CallGate::Through(support::SQLiteCall::Bind, sqlite3_sql(statement),
+                                          [&] { return original(statement, index, text, bytes, destructor); });
     }
 
     int sqlite3_bind_int(sqlite3_stmt* statement, int index, int value)
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_bind_int)>("sqlite3_bind_int");
-        return CallGate::Through(SQLiteCall::Bind, sqlite3_sql(statement),
-                                 [&] { return original(statement, index, value); });
+        static const auto original = support::CallGate::Original<decltype(sqlite3_bind_int)>("sqlite3_bind_int");
+        return support::CallGate::Through(support::SQLiteCall::Bind, sqlite3_sql(statement),
+                                          [&] { return original(statement, index, value); });
     }
 
     int sqlite3_bind_int64(sqlite3_stmt* statement, int index, sqlite3_int64 value)
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_bind_int64)>("sqlite3_bind_int64");
-        return CallGate::Through(SQLiteCall::Bind, sqlite3_sql(statement),
-                                 [&] { return original(statement, index, value); });
+        static const auto original = support::CallGate::Original<decltype(sqlite3_bind_int64)>("sqlite3_bind_int64");
+        return support::CallGate::Through(support::SQLiteCall::Bind, sqlite3_sql(statement),
+                                          [&] { return original(statement, index, value); });
     }
 
     int sqlite3_bind_double(sqlite3_stmt* statement, int index, double value)
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_bind_double)>("sqlite3_bind_double");
-        return CallGate::Through(SQLiteCall::Bind, sqlite3_sql(statement),
-                                 [&] { return original(statement, index, value); });
+        static const auto original = support::CallGate::Original<decltype(sqlite3_bind_double)>("sqlite3_bind_double");
+        return support::CallGate::Through(support::SQLiteCall::Bind, sqlite3_sql(statement),
+                                          [&] { return original(statement, index, value); });
     }
 
     int sqlite3_step(sqlite3_stmt* statement)
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_step)>("sqlite3_step");
-        return CallGate::Through(SQLiteCall::Step, sqlite3_sql(statement), [&] { return original(statement); });
+        static const auto original = support::CallGate::Original<decltype(sqlite3_step)>("sqlite3_step");
+        return support::CallGate::Through(support::SQLiteCall::Step, sqlite3_sql(statement),
+                                          [&] { return original(statement); });
     }
 
     int sqlite3_finalize(sqlite3_stmt* statement)
     {
-        static const auto original = CallGate::Original<decltype(sqlite3_finalize)>("sqlite3_finalize");
+        static const auto original = support::CallGate::Original<decltype(sqlite3_finalize)>("sqlite3_finalize");
         if (statement == nullptr) // harmless, and no statement's end
             return original(statement);
-        return CallGate::Through(SQLiteCall::Finalize, sqlite3_sql(statement), [&] { return original(statement); });
+        return support::CallGate::Through(support::SQLiteCall::Finalize, sqlite3_sql(statement),
+                                          [&] { return original(statement); });
     }
 }

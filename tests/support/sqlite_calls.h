@@ -4,6 +4,9 @@
 #include <string>
 #include <vector>
 
+namespace support
+{
+
 // The tests stand between the library and SQLite: the functions that the library calls are defined in the tests'
 // executable too, where the linker and the loader find them first, and pass on to SQLite's own. What goes by can be
 // watched, and one call can be made to fail.
@@ -82,3 +85,5 @@ class AfterCall
     int Remaining;
     std::function<void()> Act;
 };
+
+} // namespace support

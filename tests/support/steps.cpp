@@ -1,7 +1,7 @@
 #include "support/steps.h"
 
-#include "support/plain_connection.h"
-#include "support/scratch_directory.h"
+#include "testing/plain_connection.h"
+#include "testing/scratch_directory.h"
 
 #include <algorithm>
 #include <climits>
@@ -11,6 +11,9 @@
 #include <optional>
 
 #include <sqlite3.h>
+
+namespace support
+{
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Library and model side by side
@@ -224,7 +227,7 @@ class Walk
   public:
     explicit Walk(const std::string& path) : Journal(path) {}
 
-    Outcome Take(const Step& step);
+    StepResult Take(const Step& step);
     void CheckFile() { Journal.CheckFile(); }
 
     // An operation whose arguments come from a step's choices.
@@ -732,7 +735,7 @@ const Walk::Operation& OperationOf(const Step& step)
     return *chosen;
 }
 
-Outcome Walk::Take(const Step& step)
+StepResult Walk::Take(const Step& step)
 {
     const Operation& operation = OperationOf(step);
     Choices choices(step);
@@ -750,7 +753,7 @@ std::vector<Step> StepsFrom(const std::uint8_t* data, std::size_t size)
     return steps;
 }
 
-std::vector<Outcome> Take(const std::vector<Step>& steps)
+std::vector<StepResult> Take(const std::vector<Step>& steps)
 {
     // Only a journal in a file can be closed and opened again; one in memory is faster.
     std::optional<ScratchDirectory> scratch;
@@ -759,7 +762,7 @@ std::vector<Outcome> Take(const std::vector<Step>& steps)
                     [](const Step& step) { return std::strcmp(OperationOf(step).Name, "Reopen") == 0; }))
         path = scratch.emplace().File("journal.db");
     Walk walk(path);
-    std::vector<Outcome> outcomes;
+    std::vector<StepResult> outcomes;
     for (const Step& step : steps)
         outcomes.push_back(walk.Take(step));
     walk.CheckFile();
@@ -773,3 +776,5 @@ std::set<std::string> OperationNames()
         names.insert(operation.Name);
     return names;
 }
+
+} // namespace support

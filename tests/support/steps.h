@@ -2,7 +2,7 @@
 
 #include "plant_database.h"
 #include "support/model.h"
-#include "support/records.h"
+#include "testing/records.h"
 
 #include <array>
 #include <cstddef>
@@ -14,6 +14,9 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+namespace support
+{
 
 // Thrown where the library and the model differ. Tells every call that led there, and the difference.
 struct Mismatch : std::runtime_error
@@ -121,14 +124,16 @@ using Step = std::array<std::uint8_t, 16>;
 std::vector<Step> StepsFrom(const std::uint8_t* data, std::size_t size);
 
 // What was called in a step, and whether it returned true.
-struct Outcome
+struct StepResult
 {
     std::string Operation;
     bool Done;
 };
 
 // Takes the steps on an empty journal and its model. Throws Mismatch.
-std::vector<Outcome> Take(const std::vector<Step>& steps);
+std::vector<StepResult> Take(const std::vector<Step>& steps);
 
 // The names of all operations that a step may be.
 std::set<std::string> OperationNames();
+
+} // namespace support

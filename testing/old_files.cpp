@@ -1,11 +1,14 @@
-#include "support/old_files.h"
+#include "testing/old_files.h"
 
-#include "support/plain_connection.h"
-#include "support/scratch_directory.h"
+#include "testing/plain_connection.h"
+#include "testing/scratch_directory.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <ostream>
+
+namespace support
+{
 
 std::ostream& operator<<(std::ostream& out, const OldFile& file)
 {
@@ -17,7 +20,7 @@ const std::vector<OldFile>& OldFiles()
     static const std::vector<OldFile> files = []
     {
         std::vector<OldFile> read;
-        for (const auto& entry : std::filesystem::directory_iterator(PLANTJOURNAL_SOURCE_DIR "/tests/faults/old_files"))
+        for (const auto& entry : std::filesystem::directory_iterator(PLANTJOURNAL_SOURCE_DIR "/testing/old_files"))
             read.push_back({entry.path().stem().string(), FileBytes(entry.path().string())});
         std::sort(read.begin(), read.end(), [](const OldFile& a, const OldFile& b) { return a.Name < b.Name; });
         return read;
@@ -36,3 +39,5 @@ void WriteOldFile(const std::string& path, const OldFile& file)
     const PlainConnection connection(path);
     connection.Execute("BEGIN;" + file.SQL + "COMMIT;");
 }
+
+} // namespace support

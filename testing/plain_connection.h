@@ -5,6 +5,9 @@
 
 #include <sqlite3.h>
 
+namespace support
+{
+
 // A row of a result, every column as text, NULL as "NULL".
 using Row = std::vector<std::string>;
 using Rows = std::vector<Row>;
@@ -40,3 +43,5 @@ std::string Content(sqlite3* db);
 // What SQLite's own checks of the whole file find, "ok" where that is nothing: its structure, and links that lead
 // nowhere.
 std::string Damage(sqlite3* db);
+
+} // namespace support

@@ -4,6 +4,9 @@
 #include <map>
 #include <string>
 
+namespace support
+{
+
 // A new, empty directory, removed with all that it holds at the end of its scope. It is in memory where the system has
 // a place for that: no test here cuts the power, and waiting for a disk at every commit would only make them slow.
 class ScratchDirectory
@@ -25,3 +28,5 @@ class ScratchDirectory
 
 // All bytes of a file.
 std::string FileBytes(const std::string& path);
+
+} // namespace support

@@ -14,6 +14,9 @@
 #include <type_traits>
 #include <utility>
 
+namespace support
+{
+
 template <typename Type, typename Of>
 concept Is = std::same_as<std::remove_const_t<Type>, Of>;
 
@@ -74,26 +77,6 @@ concept Record = requires(const Type& record)
     Fields(record);
 };
 
-// Comparing and printing whole records, field by field, for EXPECT_EQ. Doubles compare exactly, down to the sign of a
-// zero; two that are not numbers count as equal.
-template <Record Type> bool operator==(const Type& left, const Type& right)
-{
-    const auto same = []<typename Value>(const Value& l, const Value& r)
-    {
-        if constexpr (std::is_same_v<Value, double>)
-            return (std::isnan(l) && std::isnan(r)) || (l == r && std::signbit(l) == std::signbit(r));
-        else
-            return l == r;
-    };
-    const auto l = Fields(left);
-    const auto r = Fields(right);
-    return [&]<std::size_t... Index>(std::index_sequence<Index...>)
-    {
-        return (same(std::get<Index>(l), std::get<Index>(r)) && ...);
-    }
-    (std::make_index_sequence<std::tuple_size_v<decltype(l)>>());
-}
-
 std::string Print(const Record auto& record)
 {
     std::ostringstream text;
@@ -111,7 +94,31 @@ std::string Print(const Record auto& record)
     return text.str();
 }
 
-std::ostream& operator<<(std::ostream& out, const Record auto& record)
+} // namespace support
+
+// The operators are global like the records, so that GoogleTest finds them.
+
+// Comparing and printing whole records, field by field, for EXPECT_EQ. Doubles compare exactly, down to the sign of a
+// zero; two that are not numbers count as equal.
+template <support::Record Type> bool operator==(const Type& left, const Type& right)
 {
-    return out << Print(record);
+    const auto same = []<typename Value>(const Value& l, const Value& r)
+    {
+        if constexpr (std::is_same_v<Value, double>)
+            return (std::isnan(l) && std::isnan(r)) || (l == r && std::signbit(l) == std::signbit(r));
+        else
+            return l == r;
+    };
+    const auto l = support::Fields(left);
+    const auto r = support::Fields(right);
+    return [&]<std::size_t... Index>(std::index_sequence<Index...>)
+    {
+        return (same(std::get<Index>(l), std::get<Index>(r)) && ...);
+    }
+    (std::make_index_sequence<std::tuple_size_v<decltype(l)>>());
+}
+
+std::ostream& operator<<(std::ostream& out, const support::Record auto& record)
+{
+    return out << support::Print(record);
 }

@@ -1,10 +1,13 @@
-#include "support/scratch_directory.h"
+#include "testing/scratch_directory.h"
 
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
+
+namespace support
+{
 
 ScratchDirectory::ScratchDirectory()
 {
@@ -39,3 +42,5 @@ std::string FileBytes(const std::string& path)
     bytes << file.rdbuf();
     return bytes.str();
 }
+
+} // namespace support

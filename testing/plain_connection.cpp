@@ -1,7 +1,10 @@
-#include "support/plain_connection.h"
+#include "testing/plain_connection.h"
 
 #include <memory>
 #include <stdexcept>
+
+namespace support
+{
 
 namespace
 {
@@ -96,15 +99,17 @@ PlainConnection::~PlainConnection()
 
 void PlainConnection::Execute(const std::string& sql) const
 {
-    ::Execute(Handle, sql);
+    support::Execute(Handle, sql);
 }
 
 Rows PlainConnection::Query(const std::string& sql) const
 {
-    return ::Query(Handle, sql);
+    return support::Query(Handle, sql);
 }
 
 std::string PlainConnection::Value(const std::string& sql) const
 {
     return Query(sql).at(0).at(0);
 }
+
+} // namespace support

@@ -1,7 +1,10 @@
-#include "support/schema_statements.h"
+#include "testing/schema_statements.h"
 
 #include <algorithm>
 #include <stdexcept>
+
+namespace support
+{
 
 const std::vector<std::string>& CreateTableStatements()
 {
@@ -132,3 +135,5 @@ std::string Replaced(std::string text, const std::string& part, const std::strin
         throw std::runtime_error(part + " is missing in: " + text);
     return text.replace(position, part.size(), replacement);
 }
+
+} // namespace support

@@ -3,6 +3,9 @@
 #include <string>
 #include <vector>
 
+namespace support
+{
+
 // The statements that make a journal file and bring it up to date, to the byte: files in the field were written by
 // them.
 
@@ -28,3 +31,5 @@ std::string Stored(std::string statement);
 
 // `text` with `part` replaced; the text must have it.
 std::string Replaced(std::string text, const std::string& part, const std::string& replacement);
+
+} // namespace support

@@ -4,6 +4,9 @@
 #include <string>
 #include <vector>
 
+namespace support
+{
+
 // The forms that a journal file has had, each kept as the SQL text that builds a file of that form, with something in
 // every table. A text is named after what its form brought.
 struct OldFile
@@ -22,3 +25,5 @@ bool IsUpToDate(const OldFile& file);
 
 // Makes a file of that form at `path`, in the place of any that is there.
 void WriteOldFile(const std::string& path, const OldFile& file);
+
+} // namespace support
