@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes docs/performance.md and its plots from what the benchmarks wrote.
 
-usage: report.py RESULTS DOCS
+usage: report.py RESULTS DOCS COMMIT
 
 RESULTS holds time.tsv, memory.tsv and instructions.tsv; DOCS gets performance.md and performance/*.svg.
 """
@@ -154,7 +154,7 @@ set arrow from 1,graph 0 to 1,graph 1 nohead lw 1.5 lc rgb '#808080'
 """)
 
 
-def main(results, docs):
+def main(results, docs, commit):
     about, rows = read(results / "time.tsv")
     times = Times(rows)
     _, memory = read(results / "memory.tsv")
@@ -213,7 +213,7 @@ def main(results, docs):
     text = f"""# Performance
 
 What the library costs over bare SQLite, how it stands beside what people would use instead, and what to expect of a
-journal that has grown for ten years. Made by `./dev bench` from one run; all figures are ratios, since an absolute time
+journal that has grown for ten years. Made by `./dev bench` from one run, at commit {commit}; all figures are ratios, since an absolute time
 says more about a machine than about a library.
 
 ## What was measured
@@ -358,6 +358,6 @@ def fill(text):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 3:
+    if len(sys.argv) != 4:
         sys.exit(__doc__)
-    main(pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]))
+    main(pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), sys.argv[3])
