@@ -21,7 +21,7 @@ class CompletionTest : public CommandTest
     Words Offered(const Words& words) const
     {
         Words line = {"bash", "-c",
-                      "source '" PLANTJOURNAL_SOURCE_DIR "/tools/plantjournal.bash'; COMP_WORDS=(\"$@\"); "
+                      "source '" PLANTJOURNAL_SOURCE_DIR "/tools/command_line/plantjournal.bash'; COMP_WORDS=(\"$@\"); "
                       "COMP_CWORD=$(($#-1)); _plantjournal; printf '%s\\n' \"${COMPREPLY[@]}\"",
                       "bash"};
         for (const std::string& word : Line(words))
@@ -81,7 +81,7 @@ TEST_F(CompletionTest, LeavesFilesToTheShell)
     for (const Words& words :
          {Words{"import", ""}, {"--file", ""}, {"photo", "add", "Basil", "b"}, {"feed", "Basil", "--ec", ""}})
         EXPECT_EQ(Offered(words), Words{});
-    EXPECT_NE(FileBytes(PLANTJOURNAL_SOURCE_DIR "/tools/plantjournal.bash").find("complete -o default -F"),
+    EXPECT_NE(FileBytes(PLANTJOURNAL_SOURCE_DIR "/tools/command_line/plantjournal.bash").find("complete -o default -F"),
               std::string::npos);
 }
 
@@ -93,7 +93,7 @@ TEST_F(CompletionTest, WorksAtTheKeyboard)
     RunningProgram shell({"bash", "--norc", "--noprofile", "-i"}, terminal);
     // The command itself would only refuse: there is no journal. What it is given is printed instead.
     shell.Type("bind 'set bell-style none'; source '" PLANTJOURNAL_SOURCE_DIR
-               "/tools/plantjournal.bash'; plantjournal() { if [[ $1 == complete ]]; then '" PLANTJOURNAL_COMMAND
+               "/tools/command_line/plantjournal.bash'; plantjournal() { if [[ $1 == complete ]]; then '" PLANTJOURNAL_COMMAND
                "' \"$@\"; else printf '<%s>' \"$@\"; echo end; fi; }; echo on''ward\n");
     ASSERT_TRUE(shell.Await("onward"));
     shell.Type("plantjournal eve\tadd Basil --ty\tls\tdetails\n");
@@ -208,7 +208,7 @@ TEST_F(InstallationTest, BringsTheCommandItsPageAndItsCompletion)
               "plantjournal " PLANTJOURNAL_VERSION "\n");
     EXPECT_EQ(FileBytes(usr + "/share/man/man1/plantjournal.1"), FileBytes(PLANTJOURNAL_MANUAL));
     EXPECT_EQ(FileBytes(usr + "/share/bash-completion/completions/plantjournal"),
-              FileBytes(PLANTJOURNAL_SOURCE_DIR "/tools/plantjournal.bash"));
+              FileBytes(PLANTJOURNAL_SOURCE_DIR "/tools/command_line/plantjournal.bash"));
     EXPECT_FALSE(std::filesystem::exists(usr + "/include")); // which is for those who develop
 }
 

@@ -1,0 +1,54 @@
+#include "command_line/parser.h"
+
+#include <sstream>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+CLI::App& AddGroup(CLI::App& program, const std::string& name, const std::string& purpose)
+{
+    CLI::App& group = *program.add_subcommand(name, purpose);
+    group.require_subcommand(1);
+    return group;
+}
+
+CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string& purpose, const std::string& examples,
+                     std::function<void()> act)
+{
+    std::string footer = "\nExamples:\n";
+    std::istringstream lines(examples);
+    for (std::string line; std::getline(lines, line);)
+        footer += "  plantjournal " + line + '\n';
+    CLI::App& command = *group.add_subcommand(name, purpose);
+    command.footer(footer + "\nEverywhere: --file FILE, --json; see plantjournal --help");
+    command.callback(std::move(act));
+    return command;
+}
+
+void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::string& value, Need need)
+{
+    command.add_option(name, value, help)->required(need == Need::Required)->type_name("");
+}
+
+void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::int64_t& value)
+{
+    command.add_option(name, value, help)->required()->type_name("");
+}
+
+void AddFlag(CLI::App& command, const Flag& flag, std::optional<std::string>& value)
+{
+    CLI::Option& option = *command.add_option(flag.Names, value, flag.Help);
+    option.type_name(flag.Type)->required(flag.Needed == Need::Required);
+    if (flag.Objection)
+        option.check(flag.Objection);
+}
+
+void AddSwitch(CLI::App& command, const std::string& names, const std::string& help, bool& value)
+{
+    command.add_flag(names, value, help);
+}
+
+void RefuseUsage(const std::string& reason)
+{
+    throw CLI::ValidationError(reason);
+}

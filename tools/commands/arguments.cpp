@@ -1,0 +1,22 @@
+#include "commands/arguments.h"
+
+#include "refusal.h"
+#include "terminal/printable.h"
+#include "terminal/prompt.h"
+
+void AddPlantArgument(CLI::App& command, Arguments& arguments, Need need)
+{
+    AddArgument(command, "PLANT", "the plant: its UUID, the beginning of it, or its name; only one may fit",
+                arguments.Plant, need);
+}
+
+void AddYes(CLI::App& command, Arguments& arguments)
+{
+    AddSwitch(command, "-y,--yes", "do not ask", arguments.Yes);
+}
+
+void ConfirmDeletion(const std::string& what, const Arguments& arguments)
+{
+    if (!arguments.Yes && !Confirm("Delete " + Printable(what) + "?", "--yes"))
+        throw Refusal("nothing was deleted");
+}

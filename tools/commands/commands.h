@@ -1,0 +1,16 @@
+#pragma once
+
+namespace CLI
+{
+class App;
+}
+
+class Session;
+
+// Each function adds a group of commands to the program. `session` must live as long as the program.
+void AddPlantCommands(CLI::App& program, Session& session);
+void AddStrainCommands(CLI::App& program, Session& session);
+void AddRecordCommands(CLI::App& program, Session& session);
+void AddFileCommands(CLI::App& program, Session& session);
+void AddExportCommand(CLI::App& program, Session& session);
+void AddImportCommand(CLI::App& program, Session& session);
