@@ -1,6 +1,6 @@
 /// @file greenhouse_season.cpp
-/// A first program with plantjournal: keeps a season of cherry tomatoes, measured in six greenhouse compartments, in a
-/// journal, opens that journal again and shows it.
+/// Stores a season of cherry tomatoes, measured in six greenhouse compartments, in a journal. Then opens the journal
+/// again and shows it.
 
 #include "measurements.h"
 #include "plant.h"
@@ -26,9 +26,9 @@ namespace
 {
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Keeping the season
+// Storing the season
 
-/// The writing takes some seconds: tells on a terminal how far it has come, and wipes the line in the end.
+/// Shows on a terminal how many records are written, because writing takes some seconds. Clears the line at the end.
 class Progress
 {
   public:
@@ -37,7 +37,7 @@ class Progress
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void Step() { Rewrite("Keeping the season: " + std::to_string(++Done) + " of " + std::to_string(Total)); }
+    void Step() { Rewrite("Writing the season: " + std::to_string(++Done) + " of " + std::to_string(Total)); }
 
   private:
     void Rewrite(const std::string& text)
@@ -57,14 +57,14 @@ class Progress
     std::size_t Width = 0;
 };
 
-/// The library answers every operation with `true` or `false`, and no answer may be missed.
-void RequireWritten(bool answer, const std::string& record)
+/// Throws `Problem` unless `written` is true. Every write goes through here, so that no failure is missed.
+void RequireWritten(bool written, const std::string& record)
 {
-    Require(answer, record + " cannot be written: is the disk full, or the journal write-protected or in use?");
+    Require(written, record + " cannot be written: is the disk full, or the journal write-protected or in use?");
 }
 
-/// Keeps what hangs off `plant`. All of it refers to the plant by its UUID.
-void KeepRecords(PlantRepository& repository, Plant& plant, const Compartment& measured, Progress& progress)
+/// Stores the records of `plant`. Each refers to the plant by its UUID.
+void StoreRecords(PlantRepository& repository, Plant& plant, const Compartment& measured, Progress& progress)
 {
     for (PlantEvent event : measured.Events)
     {
@@ -72,7 +72,7 @@ void KeepRecords(PlantRepository& repository, Plant& plant, const Compartment& m
         RequireWritten(repository.CreatePlantEvent(event), "The picking of " + event.EventDate);
         progress.Step();
     }
-    for (PlantCareEntry entry : measured.Care) // each appears on the timeline, too
+    for (PlantCareEntry entry : measured.Care) // also writes a timeline event
     {
         entry.PlantUUID = plant.UUID;
         RequireWritten(repository.CreatePlantCareEntry(entry), "The care of " + entry.CareDate);
@@ -84,15 +84,15 @@ void KeepRecords(PlantRepository& repository, Plant& plant, const Compartment& m
         RequireWritten(repository.CreatePlantJournalEntry(entry), "The entry of " + entry.EntryDate);
         progress.Step();
     }
-    HarvestRecord harvest = measured.Harvest; // gives the plant its harvest date, too
+    HarvestRecord harvest = measured.Harvest; // also sets the harvest date of the plant
     RequireWritten(repository.SaveHarvestRecord(plant, harvest), "The harvest of " + plant.Name);
 }
 
-/// The season's plants in the journal, and none of the grower's others.
+/// Returns the plants of the season that are in the journal, without the grower's own plants.
 std::vector<Plant> FindSeason(PlantRepository& repository, const std::vector<Compartment>& season)
 {
     std::vector<Plant> plants;
-    Require(repository.ListPlants(plants), "The journal's plants cannot be listed.");
+    Require(repository.ListPlants(plants), "The plants of the journal cannot be listed.");
     const auto isOther = [&](const Plant& plant)
     {
         const auto isOf = [&](const Compartment& measured)
@@ -106,22 +106,23 @@ std::vector<Plant> FindSeason(PlantRepository& repository, const std::vector<Com
     return plants;
 }
 
-/// Keeps of the season what the journal does not have yet; when a write fails, nothing of that. The harvest is written
-/// last: a plant without its date is what an interrupted run has left, and is kept anew.
-void KeepSeason(PlantRepository& repository, const std::vector<Compartment>& season)
+/// Stores the plants of the season that the journal does not have yet. If a write fails, removes all that it has
+/// written. The harvest is written last, so a plant without a harvest date is the rest of an interrupted run; it is
+/// deleted and written again.
+void StoreSeason(PlantRepository& repository, const std::vector<Compartment>& season)
 {
     std::vector<Compartment> missing = season;
     for (const Plant& plant : FindSeason(repository, season))
     {
         const auto isOf = [&](const Compartment& measured) { return measured.Subject.Name == plant.Name; };
         if (plant.HarvestDate.empty())
-            RequireWritten(repository.DeletePlant(plant.UUID), "The removal of a half-kept plant");
+            RequireWritten(repository.DeletePlant(plant.UUID), "The removal of an incomplete plant");
         else
             missing.erase(std::remove_if(missing.begin(), missing.end(), isOf), missing.end());
     }
     if (missing.empty())
     {
-        std::cout << "The journal has the season already; nothing was written.\n";
+        std::cout << "The journal already holds the season; nothing was written.\n";
         return;
     }
 
@@ -135,14 +136,14 @@ void KeepSeason(PlantRepository& repository, const std::vector<Compartment>& sea
         for (const Compartment& measured : missing)
         {
             Plant plant = measured.Subject;
-            RequireWritten(repository.CreatePlant(plant), "The plant " + plant.Name); // its UUID is written back
+            RequireWritten(repository.CreatePlant(plant), "The plant " + plant.Name); // writes back the UUID
             written.push_back(plant);
-            KeepRecords(repository, plant, measured, progress);
+            StoreRecords(repository, plant, measured, progress);
         }
     }
     catch (const Problem&)
     {
-        for (const Plant& plant : written) // with all that hangs off it
+        for (const Plant& plant : written) // deletes their records, too
             RequireWritten(repository.DeletePlant(plant.UUID), "The removal of what was written before");
         throw;
     }
@@ -152,19 +153,19 @@ void KeepSeason(PlantRepository& repository, const std::vector<Compartment>& sea
 // ---------------------------------------------------------------------------------------------------------------------
 // Showing the journal
 
-/// The season as the journal has it.
+/// Reads the season from the journal.
 std::vector<Compartment> ReadSeason(PlantRepository& repository, const std::vector<Compartment>& season)
 {
     std::vector<Compartment> found;
     for (const Plant& plant : FindSeason(repository, season))
     {
-        Compartment& kept = found.emplace_back();
-        kept.Subject = plant;
-        Require(repository.ListPlantEvents(plant.UUID, kept.Events) &&
-                    repository.ListPlantCareEntries(plant.UUID, kept.Care) &&
-                    repository.ListPlantJournalEntries(plant.UUID, kept.Journal),
+        Compartment& stored = found.emplace_back();
+        stored.Subject = plant;
+        Require(repository.ListPlantEvents(plant.UUID, stored.Events) &&
+                    repository.ListPlantCareEntries(plant.UUID, stored.Care) &&
+                    repository.ListPlantJournalEntries(plant.UUID, stored.Journal),
                 "The records of " + plant.Name + " cannot be listed.");
-        repository.GetHarvestRecord(plant.UUID, kept.Harvest); // false tells that the plant has none
+        repository.GetHarvestRecord(plant.UUID, stored.Harvest); // false if the plant has no harvest record
     }
     return found;
 }
@@ -176,14 +177,14 @@ std::string Fixed(double number, int decimals, const std::string& unit = "")
     return text.str();
 }
 
-/// Cuts a long text at a blank, so that a line of the timeline fits on 80 columns.
+/// Cuts a long text at a space, so that a line of the timeline fits in 80 columns.
 std::string Shortened(const std::string& text)
 {
     constexpr std::size_t length = 57;
     return text.size() <= length ? text : text.substr(0, text.rfind(' ', length - 4)) + " ...";
 }
 
-/// Prints rows, the heading first, with an `l` or `r` in `alignment` for each column.
+/// Prints rows as a table; the first row is the heading. `alignment` has an `l` or `r` for each column.
 void PrintTable(const std::string& title, const std::string& alignment,
                 const std::vector<std::vector<std::string>>& rows)
 {
@@ -221,13 +222,13 @@ void ShowCounts(const std::vector<Compartment>& season)
     std::size_t events = 0;
     std::size_t entries = 0;
     std::size_t harvests = 0;
-    for (const Compartment& kept : season)
+    for (const Compartment& stored : season)
     {
-        for (const PlantCareEntry& entry : kept.Care)
+        for (const PlantCareEntry& entry : stored.Care)
             ++(entry.Action == PlantCareAction::Feed ? feeds : waters);
-        events += kept.Events.size();
-        entries += kept.Journal.size();
-        harvests += kept.Harvest.ID != 0 ? 1 : 0;
+        events += stored.Events.size();
+        entries += stored.Journal.size();
+        harvests += stored.Harvest.ID != 0 ? 1 : 0;
     }
     std::cout << '\n'
               << WithThousands(season.size()) << " plants, " << WithThousands(feeds + waters) << " care entries ("
@@ -240,48 +241,48 @@ void ShowPlants(const std::vector<Compartment>& season)
 {
     std::vector<std::vector<std::string>> rows = {
         {"Name", "Stage", "Transplanted", "Harvested", "Care", "Dry weight", "Quality"}};
-    for (const Compartment& kept : season)
+    for (const Compartment& stored : season)
     {
-        rows.push_back({kept.Subject.Name, PlantStageName(kept.Subject.Stage), kept.Subject.TransplantDate,
-                        kept.Subject.HarvestDate, std::to_string(kept.Care.size()),
-                        Fixed(kept.Harvest.DryWeightG, 1, " g"), Fixed(kept.Harvest.QualityRating, 2)});
+        rows.push_back({stored.Subject.Name, PlantStageName(stored.Subject.Stage), stored.Subject.TransplantDate,
+                        stored.Subject.HarvestDate, std::to_string(stored.Care.size()),
+                        Fixed(stored.Harvest.DryWeightG, 1, " g"), Fixed(stored.Harvest.QualityRating, 2)});
     }
     PrintTable("Plants", "llllrrr", rows);
 }
 
-void ShowPlant(const Compartment& kept)
+void ShowPlant(const Compartment& stored)
 {
     constexpr std::size_t careShown = 5;
     constexpr std::size_t eventsShown = 8;
 
     std::vector<std::vector<std::string>> rows = {{"Date", "Care", "Product", "Amount", "EC", "pH", "Run-off"}};
-    for (std::size_t i = 0; i < std::min(careShown, kept.Care.size()); ++i)
+    for (std::size_t i = 0; i < std::min(careShown, stored.Care.size()); ++i)
     {
-        const PlantCareEntry& entry = kept.Care[i];
+        const PlantCareEntry& entry = stored.Care[i];
         rows.push_back({entry.CareDate, PlantCareActionName(entry.Action), entry.Product,
                         Fixed(entry.AmountMl, 0, " ml"), Fixed(entry.EC, 2), Fixed(entry.PH, 2),
                         Fixed(entry.RunoffMl, 0, " ml")});
     }
-    PrintTable("Newest care of " + kept.Subject.Name, "lllrrrr", rows);
+    PrintTable("Newest care of " + stored.Subject.Name, "lllrrrr", rows);
 
     rows = {{"Date", "Event", "Details"}};
-    for (std::size_t i = 0; i < std::min(eventsShown, kept.Events.size()); ++i)
+    for (std::size_t i = 0; i < std::min(eventsShown, stored.Events.size()); ++i)
     {
-        const PlantEvent& event = kept.Events[i];
+        const PlantEvent& event = stored.Events[i];
         rows.push_back({event.EventDate, PlantEventTypeName(event.Type), Shortened(event.Details)});
     }
-    PrintTable("Newest on the timeline of " + kept.Subject.Name, "lll", rows);
+    PrintTable("Newest on the timeline of " + stored.Subject.Name, "lll", rows);
 
-    const HarvestRecord& harvest = kept.Harvest;
+    const HarvestRecord& harvest = stored.Harvest;
     if (harvest.HarvestDate.empty())
         return;
-    PrintTable("Harvest of " + kept.Subject.Name, "lrrr",
+    PrintTable("Harvest of " + stored.Subject.Name, "lrrr",
                {{"Date", "Wet weight", "Dry weight", "Quality"},
                 {harvest.HarvestDate, Fixed(harvest.WetWeightG, 1, " g"), Fixed(harvest.DryWeightG, 1, " g"),
                  Fixed(harvest.QualityRating, 2)}});
 }
 
-/// Shows what the strain's plants have come to, with those that the grower has besides.
+/// Shows the summary of a strain. It includes the grower's own plants of that strain.
 void ShowStrain(PlantRepository& repository, const std::string& name)
 {
     std::vector<Strain> strains;
@@ -291,7 +292,7 @@ void ShowStrain(PlantRepository& repository, const std::string& name)
         StrainSummary summary;
         if (strain.Name != name)
             continue;
-        Require(repository.GetStrainSummary(strain.ID, summary), "The strain cannot be summed up.");
+        Require(repository.GetStrainSummary(strain.ID, summary), "The strain cannot be summarized.");
         PrintTable("Strain " + summary.StrainName, "rrrrr",
                    {{"Plants", "Harvested", "Harvests", "Mean dry weight", "Mean quality"},
                     {std::to_string(summary.TotalPlants), std::to_string(summary.Harvested),
@@ -310,25 +311,26 @@ void Open(PlantDatabase& journal, const std::string& path)
         throw Problem(path + ": cannot be opened: " + reason);
 }
 
-void KeepAndShow(const std::string& path, const std::string& dataDirectory)
+void StoreAndShow(const std::string& path, const std::string& dataDirectory)
 {
-    const std::vector<Compartment> season = ReadMeasurements(dataDirectory); // all is checked before any is kept
+    const std::vector<Compartment> season =
+        ReadMeasurements(dataDirectory); // checks everything before anything is written
 
     PlantDatabase journal;
     PlantRepository repository(journal);
     Open(journal, path);
     std::cout << "Journal " << path << '\n';
-    KeepSeason(repository, season);
+    StoreSeason(repository, season);
     journal.Close();
 
     Open(journal, path);
-    const std::vector<Compartment> kept = ReadSeason(repository, season);
-    ShowPlants(kept);
-    for (const Compartment& compartment : kept)
+    const std::vector<Compartment> stored = ReadSeason(repository, season);
+    ShowPlants(stored);
+    for (const Compartment& compartment : stored)
         if (compartment.Subject.Name == "Reference")
             ShowPlant(compartment);
     ShowStrain(repository, season.front().Subject.Strain);
-    ShowCounts(kept);
+    ShowCounts(stored);
     Require(static_cast<bool>(std::cout.flush()), "The output cannot be written.");
 }
 
@@ -336,8 +338,9 @@ void KeepAndShow(const std::string& path, const std::string& dataDirectory)
 
 int main(int argc, char** argv)
 {
-    const std::string usage = "Usage: greenhouse_season [JOURNAL [DATA-DIRECTORY]]\n"
-                              "Keeps a greenhouse season in the journal file JOURNAL (season.db) and shows it.\n";
+    const std::string usage =
+        "Usage: greenhouse_season [JOURNAL [DATA-DIRECTORY]]\n"
+        "Stores a greenhouse season in the journal file JOURNAL (default: season.db) and shows it.\n";
     try
     {
         const std::vector<std::string> arguments(argv, std::next(argv, argc));
@@ -353,8 +356,8 @@ int main(int argc, char** argv)
             std::cerr << usage;
             return 2;
         }
-        KeepAndShow(arguments.size() > 1 ? arguments[1] : "season.db",
-                    arguments.size() > 2 ? arguments[2] : GREENHOUSE_DATA_DIR);
+        StoreAndShow(arguments.size() > 1 ? arguments[1] : "season.db",
+                     arguments.size() > 2 ? arguments[2] : GREENHOUSE_DATA_DIR);
         return 0;
     }
     catch (const std::exception& error)

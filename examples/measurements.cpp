@@ -1,10 +1,12 @@
 #include "measurements.h"
 
+#include <cctype>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <fstream>
+#include <initializer_list>
 #include <iomanip>
 #include <limits>
 #include <sstream>
@@ -21,8 +23,8 @@ struct Row
     std::vector<std::string> Cells;
 };
 
-/// A column and the values that make sense in it. Its position counts from 1; one file's headings are incomplete, so
-/// that the name serves only for messages.
+/// A column and the range of its values. Positions count from 1. Columns are found by position, because the headings of
+/// one file are incomplete; the name is used in messages only.
 struct Column
 {
     std::size_t Position;
@@ -47,7 +49,7 @@ constexpr Column StemThickness = {3, "Stem_thick", 0, 1000};
 constexpr Column Trusses = {4, "Cum_trusses", 0, 1000};
 constexpr Column PlantDensity = {6, "plant_dens", 0.01, 1000};
 
-/// Reads all of `text` as a number, alike in every locale.
+/// Parses the whole of `text` as a number, independent of the locale.
 template <typename Value> bool ParseNumber(const std::string& text, Value& out)
 {
     const char* const end = &text[text.size()];
@@ -55,7 +57,7 @@ template <typename Value> bool ParseNumber(const std::string& text, Value& out)
     return result.ec == std::errc() && result.ptr == end;
 }
 
-/// The number in a cell, or not-a-number where the measurement is missing.
+/// Returns the number in a cell, or NaN if the measurement is missing.
 double NumberOrMissing(const Row& row, const Column& column)
 {
     const std::string& text = row.Cells.at(column.Position - 1);
@@ -71,19 +73,40 @@ double NumberOrMissing(const Row& row, const Column& column)
 double Number(const Row& row, const Column& column)
 {
     const double number = NumberOrMissing(row, column);
-    Require(!std::isnan(number), row.Place + ": " + column.Name + " is missing, and is needed");
+    Require(!std::isnan(number), row.Place + ": " + column.Name + " is missing; a number is required");
     return number;
 }
 
-/// The cell as it was written, once it has proved to be a number or missing.
-const std::string& Text(const Row& row, const Column& column)
+/// A measurement within a text: `Before`, the value as it is written in the file, `After`.
+struct Phrase
 {
-    NumberOrMissing(row, column);
-    return row.Cells.at(column.Position - 1);
+    const char* Before;
+    const Column& Source;
+    const char* After;
+};
+
+/// Joins the measurements of a row into a text such as "stem growth 3.6 cm, trusses 2". Leaves out missing ones.
+std::string Join(const Row& row, const char* separator, std::initializer_list<Phrase> phrases)
+{
+    std::string text;
+    for (const Phrase& phrase : phrases)
+    {
+        if (!std::isnan(NumberOrMissing(row, phrase.Source)))
+            text += (text.empty() ? "" : separator) + (phrase.Before + row.Cells.at(phrase.Source.Position - 1)) +
+                    phrase.After;
+    }
+    return text;
 }
 
-/// The date of a spreadsheet's day number: day n is 1899-12-30 plus n days.
-/// The way from a day to its date is Howard Hinnant's, "chrono-Compatible Low-Level Date Algorithms" (public domain).
+std::string Capitalized(std::string text)
+{
+    if (!text.empty())
+        text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+    return text;
+}
+
+/// Converts a spreadsheet's day number to a date: day n is 1899-12-30 plus n days.
+/// The algorithm is from Howard Hinnant, "chrono-Compatible Low-Level Date Algorithms" (public domain).
 std::string DateOfDay(int day)
 {
     const int sinceMarch0 = day + 693899; // days since 0000-03-01: a leap day is the last of its year
@@ -102,12 +125,12 @@ std::string DateOfDay(int day)
     return date.str();
 }
 
-/// The trimmed cells of a line.
+/// Splits a line into its cells and trims them.
 std::vector<std::string> Cells(const std::string& line)
 {
     constexpr const char* blanks = " \t\r";
     std::vector<std::string> cells;
-    std::istringstream stream(line + ","); // the last cell counts even if it is empty
+    std::istringstream stream(line + ","); // keeps an empty last cell
     for (std::string cell; std::getline(stream, cell, ',');)
     {
         cell.erase(cell.find_last_not_of(blanks) + 1);
@@ -117,7 +140,7 @@ std::vector<std::string> Cells(const std::string& line)
     return cells;
 }
 
-/// Reads the rows below the heading. Empty cells beyond `columnCount` are dropped, since one file has such.
+/// Reads the rows below the heading. Drops empty cells after the last column, because one file has them.
 std::vector<Row> ReadRows(const std::string& path, std::size_t columnCount)
 {
     const std::string byteOrderMark = "\xEF\xBB\xBF"; // one file begins with it
@@ -133,7 +156,7 @@ std::vector<Row> ReadRows(const std::string& path, std::size_t columnCount)
     if (line.rfind(byteOrderMark, 0) == 0)
         line.erase(0, byteOrderMark.size());
     const std::string heading = Cells(line).front();
-    Require(heading == "%Time" || heading == "%time", path + ":1: headings are expected, beginning with %Time");
+    Require(heading == "%Time" || heading == "%time", path + ":1: expected headings that begin with %Time");
 
     std::vector<Row> rows;
     for (int lineNumber = 2; std::getline(file, line); ++lineNumber)
@@ -141,22 +164,21 @@ std::vector<Row> ReadRows(const std::string& path, std::size_t columnCount)
         Row row = {path + ":" + std::to_string(lineNumber), "", Cells(line)};
         while (row.Cells.size() > columnCount && row.Cells.back().empty())
             row.Cells.pop_back();
-        Require(row.Cells.size() == columnCount, row.Place + ": has " + std::to_string(row.Cells.size()) +
-                                                     " columns, not " + std::to_string(columnCount));
+        Require(row.Cells.size() == columnCount, row.Place + ": expected " + std::to_string(columnCount) +
+                                                     " columns, found " + std::to_string(row.Cells.size()));
         int day = 0;
         Require(ParseNumber(row.Cells.front(), day) && day >= firstDay && day <= lastDay,
                 row.Place + ": \"" + row.Cells.front() + "\" is not a day number of 2019 or 2020");
         row.Date = DateOfDay(day);
         rows.push_back(row);
     }
-    Require(!file.bad(), path + ": cannot be read to its end");
-    Require(!rows.empty(), path + ":2: a row of data is expected");
+    Require(!file.bad(), path + ": read error");
+    Require(!rows.empty(), path + ":2: expected a row of data");
     return rows;
 }
 
-/// One care entry for each day with irrigation. What was given is known from the laboratory's latest sample; before the
-/// first one, it counts as water. `density` turns litres per square metre into millilitres per plant.
-std::vector<PlantCareEntry> ReadCare(const std::vector<Row>& days, const std::vector<Row>& analyses, double density)
+/// Returns one care entry for each laboratory sample, with what was fed from that day on.
+std::vector<PlantCareEntry> ReadSamples(const std::vector<Row>& analyses)
 {
     std::vector<PlantCareEntry> samples;
     for (const Row& row : analyses)
@@ -167,10 +189,19 @@ std::vector<PlantCareEntry> ReadCare(const std::vector<Row>& days, const std::ve
         sample.Product = "Nutrient solution";
         sample.EC = Number(row, IrrigationEC);
         sample.PH = Number(row, IrrigationPH);
-        sample.Notes = "drain EC " + Text(row, DrainEC) + " pH " + Text(row, DrainPH);
+        sample.Notes = Join(row, " ", {{"EC ", DrainEC, ""}, {"pH ", DrainPH, ""}});
+        if (!sample.Notes.empty())
+            sample.Notes.insert(0, "drain ");
         samples.push_back(sample);
     }
+    return samples;
+}
 
+/// Returns one care entry for each day with irrigation. Days before the first sample count as watering; later days feed
+/// what the latest sample shows. `density` is in plants per square metre.
+std::vector<PlantCareEntry> ReadCare(const std::vector<Row>& days, const std::vector<Row>& analyses, double density)
+{
+    const std::vector<PlantCareEntry> samples = ReadSamples(analyses);
     std::vector<PlantCareEntry> care;
     for (const Row& row : days)
     {
@@ -191,6 +222,79 @@ std::vector<PlantCareEntry> ReadCare(const std::vector<Row>& days, const std::ve
     return care;
 }
 
+/// Returns one event for each picking.
+std::vector<PlantEvent> ReadPickings(const std::vector<Row>& pickings)
+{
+    std::vector<PlantEvent> events;
+    for (const Row& row : pickings)
+    {
+        PlantEvent event;
+        event.EventDate = row.Date;
+        event.Type = PlantEventType::Harvest;
+        event.Details = Capitalized(Join(row, ", ", {{"class A ", ClassA, " kg/m2"}, {"class B ", ClassB, " kg/m2"}}));
+        events.push_back(event);
+    }
+    return events;
+}
+
+/// Appends a journal entry unless its text is empty.
+void Append(std::vector<PlantJournalEntry>& journal, const Row& row, PlantJournalType type, const std::string& details)
+{
+    if (details.empty())
+        return;
+    PlantJournalEntry& entry = journal.emplace_back();
+    entry.EntryDate = row.Date;
+    entry.Type = type;
+    entry.Details = Capitalized(details);
+}
+
+/// Returns one journal entry for each week and each tasting with a measurement.
+std::vector<PlantJournalEntry> ReadJournal(const std::vector<Row>& weeks, const std::vector<Row>& tastings)
+{
+    std::vector<PlantJournalEntry> journal;
+    for (const Row& row : weeks)
+        Append(journal, row, PlantJournalType::Observation,
+               Join(row, ", ",
+                    {{"stem growth ", StemGrowth, " cm"},
+                     {"thickness ", StemThickness, " mm"},
+                     {"trusses ", Trusses, ""}}));
+    for (const Row& row : tastings)
+        Append(
+            journal, row, PlantJournalType::Milestone,
+            Join(row, ", ", {{"flavour ", Flavour, ""}, {"Brix ", SolubleSolids, ""}, {"dry matter ", DryMatter, ""}}));
+    return journal;
+}
+
+/// Returns the season's yield of one plant. Dry weight is the wet weight times the mean dry matter content.
+HarvestRecord ReadHarvest(const std::vector<Row>& pickings, const std::vector<Row>& tastings, double density)
+{
+    double picked = 0; // kilograms per square metre
+    for (const Row& row : pickings)
+        picked += Number(row, ClassA) + Number(row, ClassB);
+
+    double flavours = 0;
+    double dryMatters = 0;
+    std::size_t dryMatterCount = 0;
+    for (const Row& row : tastings)
+    {
+        flavours += Number(row, Flavour);
+        if (const double percent = NumberOrMissing(row, DryMatter); !std::isnan(percent))
+        {
+            dryMatters += percent;
+            ++dryMatterCount;
+        }
+    }
+    Require(dryMatterCount > 0,
+            tastings.front().Place + ": DMC_fruit is missing in every row; at least one number is required");
+
+    HarvestRecord harvest;
+    harvest.HarvestDate = pickings.back().Date;
+    harvest.WetWeightG = picked * 1000 / density;
+    harvest.DryWeightG = harvest.WetWeightG * (dryMatters / static_cast<double>(dryMatterCount)) / 100;
+    harvest.QualityRating = flavours / static_cast<double>(tastings.size()) / 10;
+    return harvest;
+}
+
 Compartment ReadCompartment(const std::string& dataDirectory, const std::string& name)
 {
     const std::string folder = dataDirectory + "/" + name + "/";
@@ -200,6 +304,8 @@ Compartment ReadCompartment(const std::string& dataDirectory, const std::string&
     const std::vector<Row> tastings = ReadRows(folder + "TomQuality.csv", 8);
     const std::vector<Row> weeks = ReadRows(folder + "CropParameters.csv", 6);
     const double density = Number(weeks.front(), PlantDensity);
+    for (const Row& row : weeks)
+        Require(Number(row, PlantDensity) == density, row.Place + ": plant_dens differs from the first row");
 
     Compartment measured;
     measured.Subject.Name = name;
@@ -207,63 +313,18 @@ Compartment ReadCompartment(const std::string& dataDirectory, const std::string&
     measured.Subject.Tent = "Bleiswijk";
     measured.Subject.Medium = "slab";
     measured.Subject.TransplantDate = resources.front().Date;
+    measured.Events = ReadPickings(pickings);
     measured.Care = ReadCare(resources, analyses, density);
-
-    double picked = 0;
-    for (const Row& row : pickings)
-    {
-        PlantEvent event;
-        event.EventDate = row.Date;
-        event.Type = PlantEventType::Harvest;
-        event.Details = "Class A " + Text(row, ClassA) + " kg/m2, class B " + Text(row, ClassB) + " kg/m2";
-        measured.Events.push_back(event);
-        picked += Number(row, ClassA) + Number(row, ClassB);
-    }
-
-    for (const Row& row : weeks)
-    {
-        PlantJournalEntry entry;
-        entry.EntryDate = row.Date;
-        entry.Type = PlantJournalType::Observation;
-        entry.Details = "Stem growth " + Text(row, StemGrowth) + " cm, thickness " + Text(row, StemThickness) +
-                        " mm, trusses " + Text(row, Trusses);
-        Require(Number(row, PlantDensity) == density, row.Place + ": plant_dens differs from the first row's");
-        measured.Journal.push_back(entry);
-    }
-
-    double flavours = 0;
-    double dryMatters = 0;
-    std::size_t dryMatterCount = 0;
-    for (const Row& row : tastings)
-    {
-        PlantJournalEntry entry;
-        entry.EntryDate = row.Date;
-        entry.Type = PlantJournalType::Milestone;
-        entry.Details = "Flavour " + Text(row, Flavour) + ", Brix " + Text(row, SolubleSolids) + ", dry matter " +
-                        Text(row, DryMatter);
-        measured.Journal.push_back(entry);
-        flavours += Number(row, Flavour);
-        if (const double percent = NumberOrMissing(row, DryMatter); !std::isnan(percent))
-        {
-            dryMatters += percent;
-            ++dryMatterCount;
-        }
-    }
-    Require(dryMatterCount > 0, folder + "TomQuality.csv: DMC_fruit is missing in every row, and is needed in one");
-
-    measured.Harvest.HarvestDate = pickings.back().Date;
-    measured.Harvest.WetWeightG = picked * 1000 / density;
-    measured.Harvest.DryWeightG =
-        measured.Harvest.WetWeightG * (dryMatters / static_cast<double>(dryMatterCount)) / 100;
-    measured.Harvest.QualityRating = flavours / static_cast<double>(tastings.size()) / 10;
+    measured.Journal = ReadJournal(weeks, tastings);
+    measured.Harvest = ReadHarvest(pickings, tastings, density);
     return measured;
 }
 
 } // namespace
 
-void Require(bool answer, const std::string& problem)
+void Require(bool condition, const std::string& problem)
 {
-    if (!answer)
+    if (!condition)
         throw Problem(problem);
 }
 

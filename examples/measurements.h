@@ -1,6 +1,6 @@
 /// @file measurements.h
-/// What was measured in six greenhouse compartments (data/tomato-2019, explained in its ORIGIN.md), as records of
-/// plant.h that are ready to be kept in a journal.
+/// Reads the measurements of six greenhouse compartments (data/tomato-2019, described in its ORIGIN.md) as records that
+/// a journal can store.
 #pragma once
 
 #include "plant.h"
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// One compartment of the greenhouse: its plant and all that hangs off it, as measured or as kept in a journal.
+/// One compartment of the greenhouse: its plant with all its records.
 struct Compartment
 {
     Plant Subject;
@@ -19,15 +19,16 @@ struct Compartment
     HarvestRecord Harvest;
 };
 
-/// Why the program cannot go on.
+/// An error that ends the program. Its text is a message for the user.
 struct Problem : std::runtime_error
 {
     using std::runtime_error::runtime_error;
 };
 
-/// Throws `Problem` unless `answer` is true.
-void Require(bool answer, const std::string& problem);
+/// Throws `Problem` unless `condition` is true.
+void Require(bool condition, const std::string& problem);
 
-/// Reads and checks all of the measurements. The records are complete but for the UUIDs, which the journal gives.
-/// Throws `Problem`, with file, line and reason, when a file is missing or a row makes no sense.
+/// Reads and checks all measurements. The records lack only their UUIDs, which the journal assigns. Measurements that
+/// are missing are left out of the texts. Throws `Problem` with file, line and reason if a file is missing or a row is
+/// invalid.
 std::vector<Compartment> ReadMeasurements(const std::string& dataDirectory);

@@ -1,9 +1,10 @@
 /// @file wheat_trial.cpp
-/// Turns a field trial of wheat (data/variety-trials, explained in its ORIGIN.md) into CSV files that the command
-/// `plantjournal import` takes: the way for other people's tables into a journal.
+/// Converts a field trial of wheat (data/variety-trials, described in its ORIGIN.md) to CSV files for
+/// `plantjournal import`. It shows how to import tables from other sources:
 ///
 ///     wheat_trial examples/data/variety-trials/stroup.nin.txt wheat
 ///     plantjournal --file wheat.db import wheat
+
 #include <charconv>
 #include <cstddef>
 #include <filesystem>
@@ -19,12 +20,12 @@
 namespace
 {
 
-/// One plot: a line of the table.
+/// One plot, which is one line of the table.
 struct Plot
 {
     std::string Cultivar;
-    std::string Replicate; ///< Empty where it is missing.
-    std::string Yield;     ///< Bushels per acre, as published; empty where it is missing.
+    std::string Replicate; ///< Empty if missing.
+    std::string Yield;     ///< Bushels per acre, as published. Empty if missing.
     int Column = 0;
     int Row = 0;
 };
@@ -40,7 +41,7 @@ int PositionFrom(const std::string& text, const std::string& place)
     const char* const end = &text[text.size()];
     const std::from_chars_result result = std::from_chars(text.data(), end, position);
     if (result.ec != std::errc() || result.ptr != end || position < 1 || position > 999)
-        Fail(place + "\"" + text + "\" is no place in the field");
+        Fail(place + "\"" + text + "\" is not a position in the field");
     return position;
 }
 
@@ -60,29 +61,30 @@ std::vector<Plot> ReadTrial(const std::string& path)
     std::ifstream file(path);
     std::string line;
     if (!std::getline(file, line) || Cells(line) != std::vector<std::string>{"gen", "rep", "yield", "col", "row"})
-        Fail(path + ":1: the headings gen, rep, yield, col and row are expected");
+        Fail(path + ":1: expected the headings gen, rep, yield, col and row");
     std::vector<Plot> plots;
     for (int number = 2; std::getline(file, line); ++number)
     {
         const std::string place = path + ":" + std::to_string(number) + ": ";
         const std::vector<std::string> cells = Cells(line);
         if (cells.size() != 5 || cells[0].empty())
-            Fail(place + "a cultivar and four values are expected");
+            Fail(place + "expected a cultivar and four values");
         plots.push_back({cells[0], cells[1], cells[2], PositionFrom(cells[3], place), PositionFrom(cells[4], place)});
     }
-    if (file.bad() || plots.empty())
-        Fail(path + ": cannot be read to its end");
+    if (file.bad())
+        Fail(path + ": read error");
+    if (plots.empty())
+        Fail(path + ":2: expected a row of data");
     return plots;
 }
 
-/// The same plot has the same identifier whenever it is converted, so that a second import is refused. A UUID of
-/// version 8, whose digits anybody may choose: RFC 9562, section 5.8.
-std::string IdentifierOf(const Plot& plot)
+/// Returns the same UUID for the same plot each time, so that a second import is refused. Version 8 of UUIDs leaves the
+/// digits to the application: RFC 9562, section 5.8.
+std::string UUIDOf(const Plot& plot)
 {
-    std::ostringstream identifier;
-    identifier << "a111a9ce-1989-8000-8000-" << std::setfill('0') << std::setw(6) << plot.Column << std::setw(6)
-               << plot.Row;
-    return identifier.str();
+    std::ostringstream uuid;
+    uuid << "a111a9ce-1989-8000-8000-" << std::setfill('0') << std::setw(6) << plot.Column << std::setw(6) << plot.Row;
+    return uuid.str();
 }
 
 void WriteFile(const std::filesystem::path& path, const std::string& text)
@@ -92,7 +94,7 @@ void WriteFile(const std::filesystem::path& path, const std::string& text)
         Fail(path.string() + ": cannot be written");
 }
 
-/// No value of this table needs quotes; what is not given is a record's default.
+/// The values of this table need no quotes in CSV. Fields without a column get their defaults.
 void WriteJournal(const std::vector<Plot>& plots, const std::filesystem::path& directory)
 {
     std::ostringstream plants;
@@ -101,11 +103,11 @@ void WriteJournal(const std::vector<Plot>& plots, const std::filesystem::path& d
     harvests << "PlantUUID,HarvestDate,DryWeightG\n";
     for (const Plot& plot : plots)
     {
-        plants << IdentifierOf(plot) << ',' << plot.Cultivar << " c" << plot.Column << 'r' << plot.Row << ','
-               << plot.Cultivar << ',' << (plot.Yield.empty() ? "Archived" : "Veg") << ",Alliance,"
+        plants << UUIDOf(plot) << ',' << plot.Cultivar << " c" << plot.Column << 'r' << plot.Row << ',' << plot.Cultivar
+               << ',' << (plot.Yield.empty() ? "Archived" : "Veg") << ",Alliance,"
                << (plot.Replicate.empty() ? "" : "rep " + plot.Replicate) << '\n';
         if (!plot.Yield.empty())
-            harvests << IdentifierOf(plot) << ",1989," << plot.Yield << '\n';
+            harvests << UUIDOf(plot) << ",1989," << plot.Yield << '\n';
     }
     std::filesystem::create_directories(directory);
     WriteFile(directory / "Plants.csv", plants.str());
@@ -122,7 +124,7 @@ int main(int argc, char** argv)
         if (arguments.size() != 3)
         {
             std::cerr << "Usage: wheat_trial TRIAL DIRECTORY\n"
-                         "Writes the plots of the table TRIAL as CSV files into DIRECTORY.\n";
+                         "Converts the plots in the table TRIAL to CSV files in DIRECTORY.\n";
             return 2;
         }
         WriteJournal(ReadTrial(arguments[1]), arguments[2]);

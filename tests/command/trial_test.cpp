@@ -103,11 +103,11 @@ TEST_F(WheatTrialTest, ATableOfAnotherFormIsRefusedWithItsPlace)
         EXPECT_FALSE(std::filesystem::exists(Scratch.File("other")));
         return outcome.Error;
     };
-    EXPECT_EQ(converted("a\tb\n"), "table.txt:1: the headings gen, rep, yield, col and row are expected\n");
+    EXPECT_EQ(converted("a\tb\n"), "table.txt:1: expected the headings gen, rep, yield, col and row\n");
     EXPECT_EQ(converted("gen\trep\tyield\tcol\trow\nLancer\tR1\t20\t1\n"),
-              "table.txt:2: a cultivar and four values are expected\n");
+              "table.txt:2: expected a cultivar and four values\n");
     EXPECT_EQ(converted("gen\trep\tyield\tcol\trow\nLancer\tR1\t20\t0\t1\n"),
-              "table.txt:2: \"0\" is no place in the field\n");
+              "table.txt:2: \"0\" is not a position in the field\n");
     EXPECT_EQ(RunningProgram({PLANTJOURNAL_WHEAT_TRIAL}, Around).End().Status, 2);
 }
 
