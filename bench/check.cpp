@@ -134,7 +134,7 @@ std::string ADay(Contender& contender)
 std::string ContentOf(const std::string& path)
 {
     const PlainConnection file(path);
-    file.Execute("UPDATE Plants SET UUID='new '||ID WHERE Name='Plant 99999';");
+    file.RunSQL("UPDATE Plants SET UUID='new '||ID WHERE Name='Plant 99999';");
     return Content(file.NativeHandle());
 }
 

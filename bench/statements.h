@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testing/statements.h"
+#include "testing/operation_statements.h"
 
 // The statements of the operations that are measured, as the library runs them. Contenders keep them by their address.
 namespace SQL

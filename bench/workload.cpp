@@ -358,7 +358,7 @@ void WriteOldFileWith(const std::string& path, int events)
     const auto found = std::find_if(OldFiles().begin(), OldFiles().end(),
                                     [](const OldFile& file) { return file.Name == "02_every_table"; });
     WriteOldFile(path, *found);
-    PlainConnection(path).Execute(InsertEvents("0f0f0f0f-0000-4000-8000-000000000005", events));
+    PlainConnection(path).RunSQL(InsertEvents("0f0f0f0f-0000-4000-8000-000000000005", events));
 }
 
 Workload OpenOld(int events)

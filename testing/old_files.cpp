@@ -28,7 +28,7 @@ const std::vector<OldFile>& OldFiles()
     return files;
 }
 
-bool IsUpToDate(const OldFile& file)
+bool HasCurrentSchema(const OldFile& file)
 {
     return file.Name == "12_grown_to_the_end" || file.Name == "13_current";
 }
@@ -37,7 +37,7 @@ void WriteOldFile(const std::string& path, const OldFile& file)
 {
     std::filesystem::remove(path);
     const PlainConnection connection(path);
-    connection.Execute("BEGIN;" + file.SQL + "COMMIT;");
+    connection.RunSQL("BEGIN;" + file.SQL + "COMMIT;");
 }
 
 } // namespace support

@@ -21,7 +21,7 @@ std::ostream& operator<<(std::ostream& out, const OldFile& file);
 const std::vector<OldFile>& OldFiles();
 
 // Whether such a file lacks nothing, so that opening it has nothing to do.
-bool IsUpToDate(const OldFile& file);
+bool HasCurrentSchema(const OldFile& file);
 
 // Makes a file of that form at `path`, in the place of any that is there.
 void WriteOldFile(const std::string& path, const OldFile& file);

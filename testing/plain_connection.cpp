@@ -22,12 +22,12 @@ std::string Quoted(const std::string& text)
 
 } // namespace
 
-void Execute(sqlite3* db, const std::string& sql)
+void RunSQL(sqlite3* db, const std::string& sql)
 {
     Check(db, sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK, sql);
 }
 
-Rows Query(sqlite3* db, const std::string& sql)
+Rows QueryRows(sqlite3* db, const std::string& sql)
 {
     sqlite3_stmt* raw = nullptr;
     Check(db, sqlite3_prepare_v2(db, sql.c_str(), -1, &raw, nullptr), SQLITE_OK, sql);
@@ -52,16 +52,16 @@ Rows Query(sqlite3* db, const std::string& sql)
 std::string Content(sqlite3* db)
 {
     std::string content;
-    for (const Row& object : Query(db, "SELECT type,name,sql FROM sqlite_master ORDER BY type,name;"))
+    for (const Row& object : QueryRows(db, "SELECT type,name,sql FROM sqlite_master ORDER BY type,name;"))
     {
         content += object[0] + ' ' + object[1] + ": " + object[2] + '\n';
         if (object[0] != "table")
             continue;
         // quote() tells types apart and gives doubles with all their digits.
         std::string columns;
-        for (const Row& column : Query(db, "PRAGMA table_info(" + object[1] + ");"))
+        for (const Row& column : QueryRows(db, "PRAGMA table_info(" + object[1] + ");"))
             columns += (columns.empty() ? "quote(" : ",quote(") + Quoted(column[1]) + ')';
-        for (const Row& row : Query(db, "SELECT rowid," + columns + " FROM " + object[1] + " ORDER BY rowid;"))
+        for (const Row& row : QueryRows(db, "SELECT rowid," + columns + " FROM " + object[1] + " ORDER BY rowid;"))
         {
             for (const std::string& value : row)
                 content += value + '|';
@@ -74,9 +74,9 @@ std::string Content(sqlite3* db)
 std::string Damage(sqlite3* db)
 {
     std::string damage;
-    for (const Row& finding : Query(db, "PRAGMA integrity_check;"))
+    for (const Row& finding : QueryRows(db, "PRAGMA integrity_check;"))
         damage += finding[0];
-    for (const Row& finding : Query(db, "PRAGMA foreign_key_check;"))
+    for (const Row& finding : QueryRows(db, "PRAGMA foreign_key_check;"))
         damage += "\nrow " + finding[1] + " of " + finding[0] + " has lost its " + finding[2];
     return damage;
 }
@@ -97,19 +97,19 @@ PlainConnection::~PlainConnection()
     sqlite3_close(Handle);
 }
 
-void PlainConnection::Execute(const std::string& sql) const
+void PlainConnection::RunSQL(const std::string& sql) const
 {
-    support::Execute(Handle, sql);
+    support::RunSQL(Handle, sql);
 }
 
-Rows PlainConnection::Query(const std::string& sql) const
+Rows PlainConnection::QueryRows(const std::string& sql) const
 {
-    return support::Query(Handle, sql);
+    return support::QueryRows(Handle, sql);
 }
 
 std::string PlainConnection::Value(const std::string& sql) const
 {
-    return Query(sql).at(0).at(0);
+    return QueryRows(sql).at(0).at(0);
 }
 
 } // namespace support

@@ -22,8 +22,8 @@ class PlainConnection
     PlainConnection(const PlainConnection&) = delete;
     PlainConnection& operator=(const PlainConnection&) = delete;
 
-    void Execute(const std::string& sql) const;
-    Rows Query(const std::string& sql) const;
+    void RunSQL(const std::string& sql) const;
+    Rows QueryRows(const std::string& sql) const;
     // The first column of the first row.
     std::string Value(const std::string& sql) const;
     sqlite3* NativeHandle() const { return Handle; }
@@ -33,9 +33,9 @@ class PlainConnection
 };
 
 // The result of a query on any connection, the library's too.
-Rows Query(sqlite3* db, const std::string& sql);
+Rows QueryRows(sqlite3* db, const std::string& sql);
 // Runs statements without results on any connection.
-void Execute(sqlite3* db, const std::string& sql);
+void RunSQL(sqlite3* db, const std::string& sql);
 
 // Every row of every table of a journal, and its schema: two files with the same content compare equal.
 std::string Content(sqlite3* db);

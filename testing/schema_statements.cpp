@@ -122,7 +122,7 @@ std::vector<std::string> OpeningStatements(const std::vector<std::string>& missi
     return statements;
 }
 
-std::string Stored(std::string statement)
+std::string StoredStatement(std::string statement)
 {
     statement.pop_back();
     return Replaced(std::move(statement), "IF NOT EXISTS ", "");

@@ -27,7 +27,7 @@ const std::vector<AddedColumn>& AddedColumns();
 std::vector<std::string> OpeningStatements(const std::vector<std::string>& missing = {}, bool oldEvents = false);
 
 // A CREATE statement as the file keeps it.
-std::string Stored(std::string statement);
+std::string StoredStatement(std::string statement);
 
 // `text` with `part` replaced; the text must have it.
 std::string Replaced(std::string text, const std::string& part, const std::string& replacement);

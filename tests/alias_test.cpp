@@ -1,7 +1,7 @@
 // Calls whose arguments refer to what the call itself empties or overwrites. Each is a natural one in a front end.
 
 #include "support/journal_test.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 
 using namespace support;
 
@@ -26,7 +26,7 @@ class AliasTest : public JournalTest
         EXPECT_EQ(records, expected);
     }
 
-    Garden Planted = PlantGarden(Repository);
+    SampleRecords Planted = StoreSampleRecords(Repository);
 };
 
 TEST_F(AliasTest, ADatabaseOpensItsOwnPathAgain)

@@ -4,7 +4,7 @@
 #include "support/child_process.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 #include "testing/old_files.h"
 
 #include <cerrno>
@@ -118,7 +118,7 @@ class BackUpTest : public JournalTest
   protected:
     BackUpTest()
     {
-        PlantGarden(Repository);
+        StoreSampleRecords(Repository);
         Database.Close();
     }
 
@@ -129,10 +129,10 @@ class BackUpTest : public JournalTest
     // Makes the journal some hundred pages longer, so that it takes several goes to copy.
     void Grow(int rows = 4000) const
     {
-        PlainConnection(Path).Execute("WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT " +
-                                      std::to_string(rows) +
-                                      ") INSERT INTO PlantJournalEntries(PlantUUID,Details) SELECT "
-                                      "'11111111-1111-4111-8111-111111111111',printf('%.1000c','x') FROM N;");
+        PlainConnection(Path).RunSQL("WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT " +
+                                     std::to_string(rows) +
+                                     ") INSERT INTO PlantJournalEntries(PlantUUID,Details) SELECT "
+                                     "'11111111-1111-4111-8111-111111111111',printf('%.1000c','x') FROM N;");
     }
     // All of them, even where another connection writes.
     void ExpectWhole() const
@@ -214,7 +214,7 @@ TEST_F(BackUpTest, WhatAnInterruptedWriterLeftBehindIsTakenBackFirst)
     const std::string torn = Scratch.File("torn.db");
     {
         const PlainConnection writer(Path);
-        writer.Execute("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.9000c','x');");
+        writer.RunSQL("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.9000c','x');");
         std::filesystem::copy_file(Path, torn);
         std::filesystem::copy_file(Path + "-journal", torn + "-journal");
     }
@@ -277,9 +277,9 @@ TEST_F(BackUpTest, OthersWriteBetweenTwoWordsOfProgressAndTheCopyIsOfOneMoment)
     const auto write = [&](std::int64_t, std::int64_t)
     {
         // An entry at each end of the file: a copy that is of two moments has one without the other.
-        other.Execute("BEGIN; UPDATE Plants SET Notes='" + std::to_string(words) +
-                      "'; UPDATE PlantJournalEntries SET Details='" + std::to_string(words) +
-                      "' WHERE ID=(SELECT MAX(ID) FROM PlantJournalEntries); COMMIT;");
+        other.RunSQL("BEGIN; UPDATE Plants SET Notes='" + std::to_string(words) +
+                     "'; UPDATE PlantJournalEntries SET Details='" + std::to_string(words) +
+                     "' WHERE ID=(SELECT MAX(ID) FROM PlantJournalEntries); COMMIT;");
         return ++words < 1000;
     };
     EXPECT_EQ(BackUp(write), "");
@@ -303,7 +303,7 @@ TEST_F(BackUpTest, AnotherProcessThatWritesAllTheTimeNeitherStopsItNorIsStopped)
             plant.Name = "Busy";
             if (!database.Open(Path) || !repository.CreatePlant(plant))
                 throw std::runtime_error("no plant");
-            parent.Tell("writing");
+            parent.Send("writing");
             for (int i = 0; i < 300; ++i)
             {
                 PlantCareEntry entry;
@@ -313,7 +313,7 @@ TEST_F(BackUpTest, AnotherProcessThatWritesAllTheTimeNeitherStopsItNorIsStopped)
                     throw std::runtime_error("a write was refused");
             }
         });
-    ASSERT_EQ(writer.Line(), "writing");
+    ASSERT_EQ(writer.ReadLine(), "writing");
     for (int i = 0; i < 3; ++i)
     {
         EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
@@ -331,7 +331,7 @@ TEST_F(BackUpTest, ALockThatIsHeldForTooLongIsAnError)
 {
     {
         const PlainConnection other(Path);
-        other.Execute("BEGIN EXCLUSIVE;");
+        other.RunSQL("BEGIN EXCLUSIVE;");
         EXPECT_EQ(BackUp(), Path + ": reading the schema: database is locked");
     }
     EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
@@ -341,11 +341,11 @@ TEST_F(BackUpTest, ALockThatIsHeldForTooLongIsAnError)
     const auto lock = [&](std::int64_t, std::int64_t)
     {
         if (sqlite3_get_autocommit(other.NativeHandle()) != 0)
-            other.Execute("BEGIN EXCLUSIVE;");
+            other.RunSQL("BEGIN EXCLUSIVE;");
         return true;
     };
     EXPECT_EQ(BackUp(lock), Destination + ": copying " + Path + ": database is locked");
-    other.Execute("ROLLBACK;");
+    other.RunSQL("ROLLBACK;");
     EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
 }
 
@@ -356,16 +356,16 @@ TEST_F(BackUpTest, TheProgramsOwnLocksOnTheJournalAndOnTheCopyHold)
         {
             for (const std::string& path : {Path, Destination})
             {
-                parent.Await();
+                parent.Wait();
                 sqlite3* db = nullptr;
                 sqlite3_open(path.c_str(), &db);
-                parent.Tell(std::to_string(sqlite3_exec(db, "BEGIN IMMEDIATE;", nullptr, nullptr, nullptr)));
+                parent.Send(std::to_string(sqlite3_exec(db, "BEGIN IMMEDIATE;", nullptr, nullptr, nullptr)));
                 sqlite3_close(db);
             }
         });
     const std::string refused = std::to_string(SQLITE_BUSY);
     const PlainConnection own(Path);
-    own.Execute("BEGIN IMMEDIATE;");
+    own.RunSQL("BEGIN IMMEDIATE;");
     PlantFileInspection found;
     std::vector<PlantFileFinding> findings;
     EXPECT_TRUE(InspectPlantDatabase(Path, found));
@@ -375,14 +375,14 @@ TEST_F(BackUpTest, TheProgramsOwnLocksOnTheJournalAndOnTheCopyHold)
         [&]
         {
             ownCopy.emplace(Destination);
-            ownCopy->Execute("BEGIN IMMEDIATE;");
+            ownCopy->RunSQL("BEGIN IMMEDIATE;");
         });
     EXPECT_EQ(BackUp(), "");
     ASSERT_TRUE(ownCopy);
-    other.GoOn();
-    EXPECT_EQ(other.Line(), refused);
-    other.GoOn();
-    EXPECT_EQ(other.Line(), refused);
+    other.Continue();
+    EXPECT_EQ(other.ReadLine(), refused);
+    other.Continue();
+    EXPECT_EQ(other.ReadLine(), refused);
 }
 
 // ---- The destination
@@ -508,9 +508,9 @@ TEST_F(BackUpTest, WhatIsNoJournalIsAnErrorAndLeavesNothing)
     std::ofstream(Path) << "some other text";
     expectError("reading the schema: file is not a database");
     std::filesystem::remove(Path);
-    PlainConnection(Path).Execute("CREATE TABLE Bees(X);");
+    PlainConnection(Path).RunSQL("CREATE TABLE Bees(X);");
     expectError("reading the schema: it is no journal of ours: The table \"Bees\" is not ours.");
-    PlainConnection(Path).Execute("PRAGMA journal_mode=WAL;");
+    PlainConnection(Path).RunSQL("PRAGMA journal_mode=WAL;");
     expectError(
         "reading the schema: it is no journal of ours: The file keeps a write-ahead log, which no journal does.");
     EXPECT_EQ(BackUpPlantDatabase("", Destination).Error,
@@ -540,9 +540,9 @@ TEST_F(BackUpTest, ADamagedJournalIsAnErrorAndReplacesNoCopy)
 
 TEST_F(BackUpTest, AJournalWithOddRowsIsKept)
 {
-    PlainConnection(Path).Execute("PRAGMA ignore_check_constraints=ON; UPDATE Plants SET Stage='Bloom'; UPDATE "
-                                  "PlantHealthObservations SET Severity=9; PRAGMA foreign_keys=OFF; UPDATE PlantPhotos "
-                                  "SET PlantUUID='nobody';");
+    PlainConnection(Path).RunSQL("PRAGMA ignore_check_constraints=ON; UPDATE Plants SET Stage='Bloom'; UPDATE "
+                                 "PlantHealthObservations SET Severity=9; PRAGMA foreign_keys=OFF; UPDATE PlantPhotos "
+                                 "SET PlantUUID='nobody';");
     EXPECT_EQ(BackUp(), "");
     EXPECT_EQ(::Content(PlainConnection(Destination).NativeHandle()), ::Content(PlainConnection(Path).NativeHandle()));
 }

@@ -1,6 +1,6 @@
 #include "support/comma_locale.h"
 #include "support/journal_test.h"
-#include "testing/statements.h"
+#include "testing/operation_statements.h"
 
 #include <climits>
 #include <cstdint>
@@ -78,14 +78,14 @@ class CareTest : public JournalTest
 
     Rows StoredEntries() const
     {
-        return Query("SELECT ID,TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,RunoffMl,Notes "
-                     "FROM PlantCareEntries ORDER BY ID;");
+        return QueryRows("SELECT ID,TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,RunoffMl,Notes "
+                         "FROM PlantCareEntries ORDER BY ID;");
     }
 
     Rows EventWith(std::int64_t id) const
     {
-        return Query("SELECT PlantUUID,EventDate,EventType,Details FROM PlantEvents WHERE ID=" + std::to_string(id) +
-                     ";");
+        return QueryRows(
+            "SELECT PlantUUID,EventDate,EventType,Details FROM PlantEvents WHERE ID=" + std::to_string(id) + ";");
     }
 
     Plant Basil;
@@ -105,7 +105,7 @@ TEST_F(CareTest, CreateStoresEveryFieldInItsColumnAndTheEventThatMirrorsIt)
                                       "75.5", "Thirsty"}}));
     EXPECT_EQ(EventWith(4), (Rows{{Basil.UUID, "2024-06-02", "Feed",
                                    "Bloom A | 500 ml | EC 1.75 | pH 6.25 | Runoff 76 ml | Thirsty"}}));
-    EXPECT_EQ(Count("PlantEvents"), 4);
+    EXPECT_EQ(RowCount("PlantEvents"), 4);
     EXPECT_EQ(Listed(), (std::vector{expected}));
 }
 
@@ -124,7 +124,7 @@ TEST_F(CareTest, UpdateOverwritesEveryFieldOfThatEntryAndItsEventOnly)
     const PlantCareEntry second = NewEntry();
     NewEntry();
     const std::string others = "SELECT * FROM PlantEvents WHERE ID<>5;";
-    const Rows otherEvents = Query(others);
+    const Rows otherEvents = QueryRows(others);
 
     PlantCareEntry changed = Feeding();
     changed.ID = second.ID;
@@ -138,12 +138,12 @@ TEST_F(CareTest, UpdateOverwritesEveryFieldOfThatEntryAndItsEventOnly)
               (Row{"2", "5", Basil.UUID, "2024-06-02", "Feed", "Bloom A", "500.0", "1.75", "6.25", "75.5", "Thirsty"}));
     EXPECT_EQ(EventWith(5), (Rows{{Basil.UUID, "2024-06-02", "Feed",
                                    "Bloom A | 500 ml | EC 1.75 | pH 6.25 | Runoff 76 ml | Thirsty"}}));
-    EXPECT_EQ(Query(others), otherEvents);
+    EXPECT_EQ(QueryRows(others), otherEvents);
 
     changed.Action = PlantCareAction::Water;
     ASSERT_TRUE(Repository.UpdatePlantCareEntry(changed));
-    EXPECT_EQ(Query("SELECT Action FROM PlantCareEntries WHERE ID=2;"), (Rows{{"Water"}}));
-    EXPECT_EQ(Query("SELECT EventType FROM PlantEvents WHERE ID=5;"), (Rows{{"Water"}}));
+    EXPECT_EQ(QueryRows("SELECT Action FROM PlantCareEntries WHERE ID=2;"), (Rows{{"Water"}}));
+    EXPECT_EQ(QueryRows("SELECT EventType FROM PlantEvents WHERE ID=5;"), (Rows{{"Water"}}));
 }
 
 TEST_F(CareTest, EachOperationRunsItsStatements)
@@ -159,8 +159,8 @@ TEST_F(CareTest, EachOperationRunsItsStatements)
                           "RunoffMl,Notes FROM PlantCareEntries WHERE PlantUUID=? ORDER BY CareDate DESC,ID DESC;"}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeletePlantCareEntry(entry.ID); }),
               (Statements{GetLink, SQL::Begin, Delete, SQL::DeleteEvent, SQL::Commit}));
-    EXPECT_EQ(Count("PlantCareEntries"), 0);
-    EXPECT_EQ(Count("PlantEvents"), 3);
+    EXPECT_EQ(RowCount("PlantCareEntries"), 0);
+    EXPECT_EQ(RowCount("PlantEvents"), 3);
 }
 
 TEST_F(CareTest, AnEntryWithoutItsEventRunsFewerOrOtherStatements)
@@ -194,7 +194,7 @@ TEST_F(CareTest, ActionsOutsideTheEnumerationAreWaterings)
     {
         entry.Action = static_cast<PlantCareAction>(number);
         ASSERT_TRUE(Repository.UpdatePlantCareEntry(entry));
-        EXPECT_EQ(Query("SELECT Action FROM PlantCareEntries;"), (Rows{{"Water"}}));
+        EXPECT_EQ(QueryRows("SELECT Action FROM PlantCareEntries;"), (Rows{{"Water"}}));
         EXPECT_EQ(EventWith(entry.TimelineEventID).at(0).at(2), "Water");
     }
 }
@@ -204,7 +204,7 @@ TEST_F(CareTest, AStoredActionThatIsUnknownReadsAsAWatering)
     PlantCareEntry entry = Feeding();
     ASSERT_TRUE(Repository.CreatePlantCareEntry(entry));
     EXPECT_EQ(Listed().at(0).Action, PlantCareAction::Feed);
-    Execute("PRAGMA ignore_check_constraints=ON; UPDATE PlantCareEntries SET Action='feed';");
+    RunSQL("PRAGMA ignore_check_constraints=ON; UPDATE PlantCareEntries SET Action='feed';");
     EXPECT_EQ(Listed().at(0).Action, PlantCareAction::Water);
 }
 
@@ -269,7 +269,7 @@ TEST_F(CareTest, AnEntryWhoseEventWasDeletedGetsAFreshOneOnUpdate)
     EXPECT_EQ(entry.TimelineEventID, later.ID + 1);
     EXPECT_EQ(EventWith(entry.TimelineEventID), (Rows{{Basil.UUID, "2024-06-01", "Water", "300 ml"}}));
     EXPECT_EQ(Listed().at(0), entry);
-    EXPECT_EQ(Query("SELECT TimelineEventID FROM PlantCareEntries ORDER BY ID;").at(1).at(0),
+    EXPECT_EQ(QueryRows("SELECT TimelineEventID FROM PlantCareEntries ORDER BY ID;").at(1).at(0),
               std::to_string(entry.TimelineEventID));
 }
 
@@ -324,12 +324,12 @@ TEST_F(CareTest, AnUpdateOfAnUnknownEntryWithAnEventStillRewritesTheEvent)
 TEST_F(CareTest, AnotherPlantsEventIsLinkedButNotRewritten)
 {
     PlantCareEntry entry = NewEntry();
-    const Rows events = Query("SELECT * FROM PlantEvents;");
+    const Rows events = QueryRows("SELECT * FROM PlantEvents;");
     entry.TimelineEventID = 1; // Mint's
     entry.AmountMl = 300;
     EXPECT_TRUE(Repository.UpdatePlantCareEntry(entry));
-    EXPECT_EQ(Query("SELECT * FROM PlantEvents;"), events);
-    EXPECT_EQ(Query("SELECT TimelineEventID,AmountMl FROM PlantCareEntries;"), (Rows{{"1", "300.0"}}));
+    EXPECT_EQ(QueryRows("SELECT * FROM PlantEvents;"), events);
+    EXPECT_EQ(QueryRows("SELECT TimelineEventID,AmountMl FROM PlantCareEntries;"), (Rows{{"1", "300.0"}}));
 }
 
 TEST_F(CareTest, DeleteTakesThatEntryAndItsEventOnly)
@@ -338,8 +338,9 @@ TEST_F(CareTest, DeleteTakesThatEntryAndItsEventOnly)
     const PlantCareEntry second = NewEntry();
     NewEntry();
     EXPECT_TRUE(Repository.DeletePlantCareEntry(second.ID));
-    EXPECT_EQ(Query("SELECT ID,TimelineEventID FROM PlantCareEntries ORDER BY ID;"), (Rows{{"1", "4"}, {"3", "6"}}));
-    EXPECT_EQ(Query("SELECT ID FROM PlantEvents ORDER BY ID;"), (Rows{{"1"}, {"2"}, {"3"}, {"4"}, {"6"}}));
+    EXPECT_EQ(QueryRows("SELECT ID,TimelineEventID FROM PlantCareEntries ORDER BY ID;"),
+              (Rows{{"1", "4"}, {"3", "6"}}));
+    EXPECT_EQ(QueryRows("SELECT ID FROM PlantEvents ORDER BY ID;"), (Rows{{"1"}, {"2"}, {"3"}, {"4"}, {"6"}}));
 }
 
 TEST_F(CareTest, DeleteOfAnEntryWithoutAnEventTakesTheEntryOnly)
@@ -347,8 +348,8 @@ TEST_F(CareTest, DeleteOfAnEntryWithoutAnEventTakesTheEntryOnly)
     const PlantCareEntry entry = NewEntry();
     ASSERT_TRUE(Repository.DeletePlantEvent(entry.TimelineEventID));
     EXPECT_TRUE(Repository.DeletePlantCareEntry(entry.ID));
-    EXPECT_EQ(Count("PlantCareEntries"), 0);
-    EXPECT_EQ(Count("PlantEvents"), 3);
+    EXPECT_EQ(RowCount("PlantCareEntries"), 0);
+    EXPECT_EQ(RowCount("PlantEvents"), 3);
 }
 
 TEST_F(CareTest, DeleteOfAnUnknownEntryFailsAtTheLookup)
@@ -388,16 +389,16 @@ TEST_F(CareTest, EventNumbersOfEverySizeAreKept)
          {std::numeric_limits<std::int64_t>::min(), std::int64_t{-1}, std::numeric_limits<std::int64_t>::max()})
     {
         PlantCareEntry entry = NewEntry();
-        Execute("UPDATE PlantCareEntries SET TimelineEventID=NULL;");
-        Execute("UPDATE PlantEvents SET ID=" + std::to_string(id) +
-                " WHERE ID=" + std::to_string(entry.TimelineEventID) + ";");
+        RunSQL("UPDATE PlantCareEntries SET TimelineEventID=NULL;");
+        RunSQL("UPDATE PlantEvents SET ID=" + std::to_string(id) +
+               " WHERE ID=" + std::to_string(entry.TimelineEventID) + ";");
         entry.TimelineEventID = id;
         entry.AmountMl = 300;
         ASSERT_TRUE(Repository.UpdatePlantCareEntry(entry));
         EXPECT_EQ(Listed(), (std::vector{entry}));
         EXPECT_EQ(EventWith(id).at(0).at(3), "300 ml");
         EXPECT_TRUE(Repository.DeletePlantCareEntry(entry.ID));
-        EXPECT_EQ(Count("PlantEvents"), 3);
+        EXPECT_EQ(RowCount("PlantEvents"), 3);
     }
 }
 

@@ -4,7 +4,7 @@
 #include "support/comma_locale.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 #include "testing/old_files.h"
 #include "testing/schema_statements.h"
 
@@ -88,11 +88,11 @@ class CheckTest : public JournalTest
   protected:
     CheckTest()
     {
-        const Garden garden = PlantGarden(Repository);
-        Garden mended = garden;
+        const SampleRecords sample = StoreSampleRecords(Repository);
+        SampleRecords mended = sample;
         EXPECT_TRUE(Repository.UpdatePlantCareEntry(mended.Unlinked)); // gets an event again
         std::ofstream(Scratch.File("photo.jpg")) << "an image";
-        PlantPhoto photo = garden.Photo;
+        PlantPhoto photo = sample.Photo;
         photo.FilePath = "photo.jpg";
         EXPECT_TRUE(Repository.UpdatePlantPhoto(photo));
         Database.Close();
@@ -101,7 +101,7 @@ class CheckTest : public JournalTest
     // What is found after these statements, with nothing changed and nothing left beside the journal.
     Texts After(const std::string& sql)
     {
-        PlainConnection(Path).Execute("PRAGMA ignore_check_constraints=ON;" + sql);
+        PlainConnection(Path).RunSQL("PRAGMA ignore_check_constraints=ON;" + sql);
         const auto before = Scratch.Files();
         Texts found = FoundIn(Path);
         EXPECT_TRUE(Scratch.Files() == before) << sql;
@@ -190,10 +190,10 @@ TEST_F(CheckTest, AStoredNameOutsideItsVocabularyIsFound)
     ReplaceInDefinitions(", CHECK(Sex IN ('Unknown','Female','Male','Hermaphrodite'))", ""); // as in a grown file
     Database.Close();
     EXPECT_EQ(FoundIn(Path), Texts());
-    PlainConnection(Path).Execute("UPDATE Plants SET Sex='female' WHERE ID=1;");
+    PlainConnection(Path).RunSQL("UPDATE Plants SET Sex='female' WHERE ID=1;");
     EXPECT_EQ(FoundIn(Path),
               Texts{"UnknownName Plants 1: Its Sex \"female\" has no meaning and reads as \"Unknown\"."});
-    PlainConnection(Path).Execute("UPDATE Plants SET Sex='Female';");
+    PlainConnection(Path).RunSQL("UPDATE Plants SET Sex='Female';");
 
     const std::string event = Value("SELECT MAX(ID) FROM PlantEvents WHERE EventType='Note';");
     EXPECT_EQ(After("UPDATE Plants SET Stage='Bloom\n\x7F' WHERE ID=2;"),
@@ -241,7 +241,7 @@ TEST_F(CheckTest, ASeverityOutOfRangeIsFound)
 
 TEST_F(CheckTest, EveryPlantOnACircleOfMothersIsFoundAndNoneBelow)
 {
-    PlainConnection(Path).Execute(
+    PlainConnection(Path).RunSQL(
         "INSERT INTO Plants(ID,UUID,Name,MotherPlantID) VALUES(10,'10','',NULL),(11,'11','',10),"
         "(12,'12','',14),(13,'13','',12),(14,'14','',13),(15,'15','',13),(16,'16','',15),"
         "(17,'17','',17),(18,'18','',17),(9,'9','',16);");
@@ -301,7 +301,7 @@ TEST_F(CheckTest, EveryFieldThatDetailsAreComposedOfCounts)
     {
         const std::string copy = Scratch.File("copy.db");
         std::filesystem::copy_file(Path, copy, std::filesystem::copy_options::overwrite_existing);
-        PlainConnection(copy).Execute("UPDATE PlantCareEntries SET "s + change + " WHERE ID=1;");
+        PlainConnection(copy).RunSQL("UPDATE PlantCareEntries SET "s + change + " WHERE ID=1;");
         ASSERT_EQ(FoundIn(copy).size(), 1U) << change;
         EXPECT_TRUE(FoundIn(copy).front().ends_with("differs in details.")) << change;
     }
@@ -310,7 +310,7 @@ TEST_F(CheckTest, EveryFieldThatDetailsAreComposedOfCounts)
     {
         const std::string copy = Scratch.File("copy.db");
         std::filesystem::copy_file(Path, copy, std::filesystem::copy_options::overwrite_existing);
-        PlainConnection(copy).Execute("UPDATE HarvestRecords SET "s + change + ';');
+        PlainConnection(copy).RunSQL("UPDATE HarvestRecords SET "s + change + ';');
         ASSERT_EQ(FoundIn(copy).size(), 1U) << change;
         EXPECT_TRUE(FoundIn(copy).front().ends_with("differs in details.")) << change;
     }
@@ -361,7 +361,7 @@ TEST_F(CheckTest, AKindHasItsName)
 TEST_F(CheckTest, AJournalInAnotherEncodingIsCheckedAlike)
 {
     const std::string path = Scratch.File("utf16.db");
-    PlainConnection(path).Execute("PRAGMA encoding='UTF-16'; CREATE TABLE T(X); DROP TABLE T;");
+    PlainConnection(path).RunSQL("PRAGMA encoding='UTF-16'; CREATE TABLE T(X); DROP TABLE T;");
     ASSERT_TRUE(Database.Open(path));
     Plant plant = NewPlant("Süßkirsche");
     HarvestRecord record;
@@ -420,13 +420,13 @@ TEST_F(CheckTest, AJournalIsCheckedAsFarAsItHasTables)
     const PlainConnection file(path);
     for (const std::string& sql : OpeningStatements())
     {
-        file.Execute(sql);
+        file.RunSQL(sql);
         if (sql.starts_with("CREATE"))
         {
             EXPECT_EQ(FoundIn(path), Texts()) << sql;
         }
     }
-    file.Execute(
+    file.RunSQL(
         "PRAGMA foreign_keys=OFF; DROP TABLE Strains; DROP TABLE PlantEvents; INSERT INTO Plants(UUID,Name,Strain) "
         "VALUES('u','n','gone'); INSERT INTO PlantCareEntries(PlantUUID) VALUES('u');");
     EXPECT_EQ(FoundIn(path), Texts());
@@ -436,7 +436,7 @@ TEST_F(CheckTest, ANewerJournalIsCheckedWhereItIsNewerInNothingButItsEventTypes)
 {
     OpenJournal();
     ReplaceInDefinitions("'Defoliated'", "'Defoliated','Repotted'");
-    Execute("UPDATE PlantEvents SET EventType='Repotted' WHERE EventType='Note';");
+    RunSQL("UPDATE PlantEvents SET EventType='Repotted' WHERE EventType='Note';");
     Database.Close();
     const Texts found = FoundIn(Path);
     ASSERT_FALSE(found.empty());
@@ -457,7 +457,7 @@ TEST_F(CheckTest, WhatIsNoJournalIsAnErrorAndNotChanged)
     EXPECT_EQ(ErrorOf(path), path + ": reading the schema: file is not a database");
     EXPECT_EQ(FileBytes(path), "some other text");
     std::filesystem::remove(path);
-    PlainConnection(path).Execute("CREATE TABLE Bees(X);");
+    PlainConnection(path).RunSQL("CREATE TABLE Bees(X);");
     const std::string before = FileBytes(path);
     EXPECT_EQ(ErrorOf(path), path + ": reading the schema: it is no journal of ours: The table \"Bees\" is not ours.");
     EXPECT_EQ(FileBytes(path), before);
@@ -466,7 +466,7 @@ TEST_F(CheckTest, WhatIsNoJournalIsAnErrorAndNotChanged)
 TEST_F(CheckTest, ALockedJournalIsAnError)
 {
     const PlainConnection other(Path);
-    other.Execute("BEGIN EXCLUSIVE;");
+    other.RunSQL("BEGIN EXCLUSIVE;");
     EXPECT_EQ(ErrorOf(Path), Path + ": reading the schema: database is locked");
 }
 
@@ -501,15 +501,15 @@ TEST_F(CheckTest, AHundredThousandCareEntriesAreCheckedInSeconds)
 {
     OpenJournal();
     const Plant plant = NewPlant("Busy");
-    Execute("BEGIN; WITH RECURSIVE N(X) AS (SELECT 1001 UNION ALL SELECT X+1 FROM N LIMIT 100000) INSERT INTO "
-            "PlantEvents(ID,PlantUUID,EventDate,EventType,Details) SELECT X,'" +
-            plant.UUID +
-            "','2024-05-06','Feed','Bloom A | 500 ml | EC 1.80 | pH 6.20' FROM N;"
-            "INSERT INTO PlantCareEntries(ID,TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH) SELECT "
-            "ID,ID,PlantUUID,EventDate,EventType,'Bloom A',500,1.8,6.2 FROM PlantEvents WHERE ID>1000;"
-            "INSERT INTO Plants(ID,UUID,Name,MotherPlantID) SELECT ID,ID,'',NULLIF(ID-1,1000) FROM PlantEvents WHERE "
-            "ID>1000;"
-            "UPDATE PlantCareEntries SET EC=1.9 WHERE ID=70000; COMMIT;");
+    RunSQL("BEGIN; WITH RECURSIVE N(X) AS (SELECT 1001 UNION ALL SELECT X+1 FROM N LIMIT 100000) INSERT INTO "
+           "PlantEvents(ID,PlantUUID,EventDate,EventType,Details) SELECT X,'" +
+           plant.UUID +
+           "','2024-05-06','Feed','Bloom A | 500 ml | EC 1.80 | pH 6.20' FROM N;"
+           "INSERT INTO PlantCareEntries(ID,TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH) SELECT "
+           "ID,ID,PlantUUID,EventDate,EventType,'Bloom A',500,1.8,6.2 FROM PlantEvents WHERE ID>1000;"
+           "INSERT INTO Plants(ID,UUID,Name,MotherPlantID) SELECT ID,ID,'',NULLIF(ID-1,1000) FROM PlantEvents WHERE "
+           "ID>1000;"
+           "UPDATE PlantCareEntries SET EC=1.9 WHERE ID=70000; COMMIT;");
     Database.Close();
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(FoundIn(Path), Texts{"EventDiffers PlantCareEntries 70000: Its event, row 70000, differs in details."});

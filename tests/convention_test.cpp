@@ -1,8 +1,8 @@
 // What holds for every operation, or for every kind of record.
 
 #include "support/journal_test.h"
-#include "support/operations.h"
-#include "testing/statements.h"
+#include "support/repository_operations.h"
+#include "testing/operation_statements.h"
 
 #include <algorithm>
 #include <cctype>
@@ -25,7 +25,7 @@ using namespace std::string_literals;
 class OperationTest : public JournalTest, public testing::WithParamInterface<Operation>
 {
   protected:
-    OperationTest() : Planted(PlantGarden(Repository)), Before(Content()) {}
+    OperationTest() : Planted(StoreSampleRecords(Repository)), Before(Content()) {}
 
     // Runs the operation.
     bool Run()
@@ -43,7 +43,7 @@ class OperationTest : public JournalTest, public testing::WithParamInterface<Ope
         return std::all_of(Ran.begin(), Ran.end(), [](const std::string& sql) { return sql.starts_with("SELECT"); });
     }
 
-    Garden Planted;
+    SampleRecords Planted;
     std::string Before;
     std::vector<RecordedCall> Calls;
     Statements Ran;
@@ -129,7 +129,7 @@ TEST_P(OperationTest, WaitsForNoMoreThanTheReadsWhileAnotherConnectionWrites)
     bool done = false;
     {
         const PlainConnection other(Path);
-        other.Execute(SQL::Begin);
+        other.RunSQL(SQL::Begin);
         done = Run();
     }
     EXPECT_EQ(done, RanReadsOnly());
@@ -147,8 +147,8 @@ TEST_P(OperationTest, RollsBackWhenACommitFailsForAnotherConnectionThatReads)
     bool done = false;
     {
         const PlainConnection other(Path);
-        other.Execute("BEGIN;");
-        other.Query("SELECT * FROM Strains;");
+        other.RunSQL("BEGIN;");
+        other.QueryRows("SELECT * FROM Strains;");
         done = Run();
     }
     EXPECT_EQ(done, RanReadsOnly());
@@ -402,7 +402,8 @@ template <typename Type> class KindTest : public JournalTest
     // A column of the record's row.
     std::string Value(const std::string& column, const Type& record) const
     {
-        return Query("SELECT " + column + " FROM " + Kind<Type>::Table + " WHERE ID=" + std::to_string(record.ID) + ";")
+        return QueryRows("SELECT " + column + " FROM " + Kind<Type>::Table + " WHERE ID=" + std::to_string(record.ID) +
+                         ";")
             .at(0)
             .at(0);
     }
@@ -428,7 +429,7 @@ TYPED_TEST(KindTest, ReadsAMissingTextAsAnEmptyText)
     const TypeParam record = this->New();
     for (const auto& [column, field] : Kind<TypeParam>::Texts)
     {
-        this->Execute("UPDATE "s + Kind<TypeParam>::Table + " SET " + column + "=NULL;");
+        this->RunSQL("UPDATE "s + Kind<TypeParam>::Table + " SET " + column + "=NULL;");
         EXPECT_EQ(this->Stored(record).*field, "") << column;
     }
 }
@@ -470,7 +471,7 @@ TYPED_TEST(KindTest, KeepsTextsOfAnyLengthAndAnyBytes)
         ASSERT_TRUE(this->Create(record));
         for (const auto& [column, field] : Kind<TypeParam>::Texts)
             EXPECT_EQ(this->Stored(record).*field, text) << column;
-        this->Execute("DELETE FROM HarvestRecords;");
+        this->RunSQL("DELETE FROM HarvestRecords;");
     }
 }
 
@@ -516,7 +517,7 @@ TYPED_TEST(NumberTest, KeepsEveryOtherNumberExactly)
             ASSERT_TRUE(this->Create(record)) << column << ' ' << number;
             EXPECT_EQ(this->Stored(record).*field, number) << column;
             EXPECT_EQ(this->Value("typeof("s + column + ")", record), "real");
-            this->Execute("DELETE FROM HarvestRecords;");
+            this->RunSQL("DELETE FROM HarvestRecords;");
         }
 }
 
@@ -641,8 +642,8 @@ TYPED_TEST(KindOfAPlantTest, ARecordWithoutAPlantIsRefusedAtOnce)
     TypeParam record = this->New();
     record.PlantUUID.clear();
     const TypeParam before = record;
-    EXPECT_TRUE(this->Refused([&] { return this->Create(record); }));
-    EXPECT_TRUE(this->Refused([&] { return this->Update(record); }));
+    EXPECT_TRUE(this->RefusedWithoutACall([&] { return this->Create(record); }));
+    EXPECT_TRUE(this->RefusedWithoutACall([&] { return this->Update(record); }));
     EXPECT_EQ(record, before);
 }
 
@@ -662,8 +663,8 @@ TYPED_TEST(KindOfAPlantTest, AnUpdateWithoutARowNumberAndADeleteWithoutAnIdentif
 {
     TypeParam record = this->New();
     record.ID = 0;
-    EXPECT_TRUE(this->Refused([&] { return this->Update(record); }));
-    EXPECT_TRUE(this->Refused([&] { return Kind<TypeParam>::Delete(this->Repository, TypeParam()); }));
+    EXPECT_TRUE(this->RefusedWithoutACall([&] { return this->Update(record); }));
+    EXPECT_TRUE(this->RefusedWithoutACall([&] { return Kind<TypeParam>::Delete(this->Repository, TypeParam()); }));
 }
 
 TYPED_TEST(KindOfAPlantTest, ARecordNeverMovesToAnotherPlant)
@@ -703,7 +704,7 @@ TYPED_TEST(KindOfAPlantTest, RowNumbersOfEverySizeAreKept)
                                   std::numeric_limits<std::int64_t>::max()})
     {
         TypeParam record = this->New();
-        this->Execute("UPDATE "s + Kind<TypeParam>::Table + " SET ID=" + std::to_string(id) + ';');
+        this->RunSQL("UPDATE "s + Kind<TypeParam>::Table + " SET ID=" + std::to_string(id) + ';');
         record.ID = id;
         EXPECT_EQ(this->ListOf(this->Basil.UUID), std::vector{record});
         record.*Kind<TypeParam>::Date = "2024-06-01";
@@ -719,9 +720,9 @@ TYPED_TEST(KindOfAPlantTest, RowNumbersOfEverySizeAreKept)
 class ClosedTest : public JournalTest
 {
   protected:
-    ClosedTest() : Garden(PlantGarden(Repository)) { Database.Close(); }
+    ClosedTest() : Sample(StoreSampleRecords(Repository)) { Database.Close(); }
 
-    ::Garden Garden;
+    SampleRecords Sample;
 };
 
 TEST_F(ClosedTest, AListIsEmptied)
@@ -736,12 +737,12 @@ TEST_F(ClosedTest, AListIsEmptied)
 
 TEST_F(ClosedTest, APlantAndAStrainThatWereAskedForAreLeftAlone)
 {
-    Plant plant = Garden.Clone;
-    EXPECT_FALSE(Repository.GetPlant(Garden.Mother.UUID, plant));
-    EXPECT_EQ(plant, Garden.Clone);
-    Strain strain = Garden.Unused;
-    EXPECT_FALSE(Repository.GetStrain(Garden.Kind.ID, strain));
-    EXPECT_EQ(strain, Garden.Unused);
+    Plant plant = Sample.Clone;
+    EXPECT_FALSE(Repository.GetPlant(Sample.Mother.UUID, plant));
+    EXPECT_EQ(plant, Sample.Clone);
+    Strain strain = Sample.Unused;
+    EXPECT_FALSE(Repository.GetStrain(Sample.Kind.ID, strain));
+    EXPECT_EQ(strain, Sample.Unused);
 }
 
 TEST_F(ClosedTest, ASummaryAndAHarvestRecordAreEmptied)
@@ -749,10 +750,10 @@ TEST_F(ClosedTest, ASummaryAndAHarvestRecordAreEmptied)
     StrainSummary summary;
     summary.StrainName = "Stale";
     summary.Veg = 3;
-    EXPECT_FALSE(Repository.GetStrainSummary(Garden.Kind.ID, summary));
+    EXPECT_FALSE(Repository.GetStrainSummary(Sample.Kind.ID, summary));
     EXPECT_EQ(summary, StrainSummary());
-    HarvestRecord record = Garden.Harvest;
-    EXPECT_FALSE(Repository.GetHarvestRecord(Garden.Mother.UUID, record));
+    HarvestRecord record = Sample.Harvest;
+    EXPECT_FALSE(Repository.GetHarvestRecord(Sample.Mother.UUID, record));
     EXPECT_EQ(record, HarvestRecord());
 }
 
@@ -764,14 +765,14 @@ TEST_F(ClosedTest, NewRecordsGetNoNumbers)
         EXPECT_FALSE((Repository.*create)(record));
         EXPECT_EQ(record, given);
     };
-    expectUnchanged(Garden.Mother, &PlantRepository::CreatePlant);
-    expectUnchanged(Garden.Kind, &PlantRepository::CreateStrain);
-    expectUnchanged(Garden.Event, &PlantRepository::CreatePlantEvent);
-    expectUnchanged(Garden.Care, &PlantRepository::CreatePlantCareEntry);
-    expectUnchanged(Garden.Unlinked, &PlantRepository::UpdatePlantCareEntry);
-    expectUnchanged(Garden.Photo, &PlantRepository::CreatePlantPhoto);
-    expectUnchanged(Garden.Observation, &PlantRepository::CreatePlantHealthObservation);
-    expectUnchanged(Garden.Entry, &PlantRepository::CreatePlantJournalEntry);
+    expectUnchanged(Sample.Mother, &PlantRepository::CreatePlant);
+    expectUnchanged(Sample.Kind, &PlantRepository::CreateStrain);
+    expectUnchanged(Sample.Event, &PlantRepository::CreatePlantEvent);
+    expectUnchanged(Sample.Care, &PlantRepository::CreatePlantCareEntry);
+    expectUnchanged(Sample.Unlinked, &PlantRepository::UpdatePlantCareEntry);
+    expectUnchanged(Sample.Photo, &PlantRepository::CreatePlantPhoto);
+    expectUnchanged(Sample.Observation, &PlantRepository::CreatePlantHealthObservation);
+    expectUnchanged(Sample.Entry, &PlantRepository::CreatePlantJournalEntry);
 }
 
 TEST_F(ClosedTest, WhatIsFilledInBeforehandStays)
@@ -781,26 +782,26 @@ TEST_F(ClosedTest, WhatIsFilledInBeforehandStays)
     EXPECT_EQ(plant.UUID.size(), 36U);
 
     Plant copy;
-    EXPECT_FALSE(Repository.DuplicatePlant(Garden.Clone, copy));
+    EXPECT_FALSE(Repository.DuplicatePlant(Sample.Clone, copy));
     EXPECT_EQ(copy.Name, "Clone copy");
     EXPECT_EQ(copy.UUID.size(), 36U);
     EXPECT_EQ(copy.ID, 0);
 
-    PlantPhoto photo = Garden.Photo;
+    PlantPhoto photo = Sample.Photo;
     photo.UUID.clear();
     EXPECT_FALSE(Repository.CreatePlantPhoto(photo));
     EXPECT_EQ(photo.UUID.size(), 36U);
 
-    PlantHealthObservation observation = Garden.Observation;
+    PlantHealthObservation observation = Sample.Observation;
     observation.Severity = 9;
     EXPECT_FALSE(Repository.CreatePlantHealthObservation(observation));
     EXPECT_EQ(observation.Severity, 5);
 
-    plant = Garden.Clone;
+    plant = Sample.Clone;
     HarvestRecord record;
     EXPECT_FALSE(Repository.SaveHarvestRecord(plant, record));
-    EXPECT_EQ(plant, Garden.Clone);
-    EXPECT_EQ(record.PlantUUID, Garden.Clone.UUID);
+    EXPECT_EQ(plant, Sample.Clone);
+    EXPECT_EQ(record.PlantUUID, Sample.Clone.UUID);
     EXPECT_EQ(record.HarvestDate.size(), 10U);
     EXPECT_EQ(record.TimelineEventID, 0);
     EXPECT_EQ(record.ID, 0);

@@ -2,7 +2,7 @@
 
 #include "plant_database.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 #include "testing/schema_statements.h"
 
 #include <filesystem>
@@ -47,7 +47,7 @@ class DatabaseTest : public testing::Test
         ASSERT_TRUE(Database.IsOpen()) << Database.LastError();
         EXPECT_NE(Database.NativeHandle(), nullptr);
         EXPECT_EQ(Database.Path(), path);
-        EXPECT_EQ(Query(Database.NativeHandle(), "SELECT COUNT(*) FROM sqlite_master WHERE sql IS NOT NULL;"),
+        EXPECT_EQ(QueryRows(Database.NativeHandle(), "SELECT COUNT(*) FROM sqlite_master WHERE sql IS NOT NULL;"),
                   Rows{{"16"}});
     }
 
@@ -68,7 +68,7 @@ class DatabaseTest : public testing::Test
         return sqlite3_exec(other.NativeHandle(), "BEGIN EXCLUSIVE; COMMIT;", nullptr, nullptr, nullptr) == SQLITE_OK;
     }
 
-    void Lock() const { Execute(Database.NativeHandle(), "BEGIN EXCLUSIVE;"); }
+    void Lock() const { RunSQL(Database.NativeHandle(), "BEGIN EXCLUSIVE;"); }
 
     ScratchDirectory Scratch;
     std::string Path = Scratch.File("journal.db");
@@ -149,16 +149,16 @@ TEST_F(DatabaseTest, OpenRunsTheWholeSchemaInItsOrder)
     ASSERT_FALSE(recorder.Calls().empty());
     EXPECT_EQ(recorder.Calls().front().Call, SQLiteCall::Open);
     EXPECT_EQ(recorder.Calls().front().SQL, Path);
-    EXPECT_EQ(recorder.Count(SQLiteCall::Open), 1);
+    EXPECT_EQ(recorder.CallCount(SQLiteCall::Open), 1);
     EXPECT_EQ(recorder.Statements(), OpeningStatements());
-    EXPECT_EQ(recorder.Count(SQLiteCall::Finalize), recorder.Count(SQLiteCall::Prepare));
+    EXPECT_EQ(recorder.CallCount(SQLiteCall::Finalize), recorder.CallCount(SQLiteCall::Prepare));
 }
 
 TEST_F(DatabaseTest, AConnectionWaitsForLocksAndEnforcesForeignKeys)
 {
     ASSERT_TRUE(Database.Open(Path));
-    EXPECT_EQ(Query(Database.NativeHandle(), "PRAGMA busy_timeout;"), Rows{{"2500"}});
-    EXPECT_EQ(Query(Database.NativeHandle(), "PRAGMA foreign_keys;"), Rows{{"1"}});
+    EXPECT_EQ(QueryRows(Database.NativeHandle(), "PRAGMA busy_timeout;"), Rows{{"2500"}});
+    EXPECT_EQ(QueryRows(Database.NativeHandle(), "PRAGMA foreign_keys;"), Rows{{"1"}});
     EXPECT_EQ(sqlite3_db_readonly(Database.NativeHandle(), "main"), 0);
 }
 
@@ -207,7 +207,7 @@ TEST_F(DatabaseTest, DestructionReleasesTheFile)
     {
         PlantDatabase another;
         ASSERT_TRUE(another.Open(Path));
-        Execute(another.NativeHandle(), "BEGIN EXCLUSIVE;");
+        RunSQL(another.NativeHandle(), "BEGIN EXCLUSIVE;");
         EXPECT_FALSE(IsFree(Path));
     }
     EXPECT_TRUE(IsFree(Path));
@@ -330,10 +330,10 @@ TEST_F(DatabaseTest, OperationsThatFailLeaveTheLastErrorAlone)
     ExpectRefused(Folder, CannotOpen);
     ASSERT_TRUE(Database.Open(Path));
     PlantRepository repository(Database);
-    const Garden garden = PlantGarden(repository);
+    const SampleRecords sample = StoreSampleRecords(repository);
     for (const Operation& operation : Operations())
     {
-        Garden copy = garden;
+        SampleRecords copy = sample;
         const CallFailure failure(SQLiteCall::Prepare, 1, SQLITE_ERROR);
         EXPECT_FALSE(operation.Call(repository, copy)) << operation;
         EXPECT_EQ(Database.LastError(), CannotOpen) << operation;

@@ -1,5 +1,5 @@
 #include "support/journal_test.h"
-#include "testing/statements.h"
+#include "testing/operation_statements.h"
 
 #include <climits>
 
@@ -35,7 +35,7 @@ class EventTest : public JournalTest
 
     Rows StoredEvents() const
     {
-        return Query("SELECT ID,PlantUUID,EventDate,EventType,Details FROM PlantEvents ORDER BY ID;");
+        return QueryRows("SELECT ID,PlantUUID,EventDate,EventType,Details FROM PlantEvents ORDER BY ID;");
     }
 
     Plant Basil;
@@ -77,7 +77,7 @@ TEST_F(EventTest, EachOperationRunsItsStatement)
               (Statements{"SELECT ID,PlantUUID,EventDate,EventType,Details FROM PlantEvents WHERE PlantUUID=? ORDER BY "
                           "EventDate DESC,ID DESC;"}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeletePlantEvent(event.ID); }), (Statements{SQL::DeleteEvent}));
-    EXPECT_EQ(Count("PlantEvents"), 0);
+    EXPECT_EQ(RowCount("PlantEvents"), 0);
 }
 
 TEST_F(EventTest, AnEventOfAnUnknownPlantIsRefused)
@@ -88,7 +88,7 @@ TEST_F(EventTest, AnEventOfAnUnknownPlantIsRefused)
     EXPECT_FALSE(Repository.CreatePlantEvent(event));
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "FOREIGN KEY constraint failed");
     EXPECT_EQ(event, before);
-    EXPECT_EQ(Count("PlantEvents"), 0);
+    EXPECT_EQ(RowCount("PlantEvents"), 0);
 }
 
 TEST_F(EventTest, AnEmptyDateStaysEmpty)
@@ -110,7 +110,7 @@ TEST_F(EventTest, TypesAreStoredByTheirNames)
     {
         event.Type = static_cast<PlantEventType>(number);
         ASSERT_TRUE(Repository.UpdatePlantEvent(event));
-        EXPECT_EQ(Query("SELECT EventType FROM PlantEvents;"), (Rows{{names[number]}}));
+        EXPECT_EQ(QueryRows("SELECT EventType FROM PlantEvents;"), (Rows{{names[number]}}));
         EXPECT_EQ(Listed().at(0), event);
     }
 }
@@ -122,7 +122,7 @@ TEST_F(EventTest, NumbersOutsideTheEnumerationAreStoredAsNotes)
     {
         event.Type = static_cast<PlantEventType>(number);
         ASSERT_TRUE(Repository.UpdatePlantEvent(event));
-        EXPECT_EQ(Query("SELECT EventType FROM PlantEvents;"), (Rows{{"Note"}}));
+        EXPECT_EQ(QueryRows("SELECT EventType FROM PlantEvents;"), (Rows{{"Note"}}));
     }
 }
 
@@ -131,8 +131,8 @@ TEST_F(EventTest, AStoredTypeThatIsUnknownReadsAsANote)
     NewEvent();
     for (const char* name : {"Pruned", "flip", "LSTTrained", ""})
     {
-        Execute("PRAGMA ignore_check_constraints=ON;");
-        Execute(std::string("UPDATE PlantEvents SET EventType='") + name + "';");
+        RunSQL("PRAGMA ignore_check_constraints=ON;");
+        RunSQL(std::string("UPDATE PlantEvents SET EventType='") + name + "';");
         EXPECT_EQ(Listed().at(0).Type, PlantEventType::Note);
     }
 }
@@ -163,7 +163,7 @@ TEST_F(EventTest, TheOwnersOfADeletedEventStayWithoutIt)
     ASSERT_TRUE(Repository.GetHarvestRecord(Basil.UUID, record));
     EXPECT_EQ(record.TimelineEventID, 0);
     EXPECT_EQ(
-        Query("SELECT TimelineEventID FROM PlantCareEntries UNION ALL SELECT TimelineEventID FROM HarvestRecords;"),
+        QueryRows("SELECT TimelineEventID FROM PlantCareEntries UNION ALL SELECT TimelineEventID FROM HarvestRecords;"),
         (Rows{{"NULL"}, {"NULL"}}));
 }
 

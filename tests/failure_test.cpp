@@ -2,8 +2,8 @@
 
 #include "support/allocation_failure.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
-#include "testing/statements.h"
+#include "support/repository_operations.h"
+#include "testing/operation_statements.h"
 
 #include <algorithm>
 #include <climits>
@@ -21,15 +21,15 @@ namespace
 class FailureTest : public JournalTest, public testing::WithParamInterface<Operation>
 {
   protected:
-    FailureTest() : Planted(PlantGarden(Repository)), Before(Content())
+    FailureTest() : Planted(StoreSampleRecords(Repository)), Before(Content())
     {
         // What the operation does when nothing fails is seen in a journal of its own.
         PlantDatabase other;
         EXPECT_TRUE(other.Open(Scratch.File("other.db")));
         PlantRepository repository(other);
-        Garden garden = PlantGarden(repository);
+        SampleRecords sample = StoreSampleRecords(repository);
         const CallRecorder recorder;
-        EXPECT_TRUE(GetParam().Call(repository, garden));
+        EXPECT_TRUE(GetParam().Call(repository, sample));
         Calls = recorder.Calls();
         After = ::Content(other.NativeHandle());
     }
@@ -39,9 +39,9 @@ class FailureTest : public JournalTest, public testing::WithParamInterface<Opera
     {
         if (Calls.front().SQL != "INSERT INTO Strains(Name) VALUES(?) ON CONFLICT(Name) DO NOTHING;")
             return Content();
-        Execute("SAVEPOINT trial; DELETE FROM Strains WHERE Name='a new strain';");
+        RunSQL("SAVEPOINT trial; DELETE FROM Strains WHERE Name='a new strain';");
         const std::string content = Content();
-        Execute("ROLLBACK TO trial; RELEASE trial;");
+        RunSQL("ROLLBACK TO trial; RELEASE trial;");
         return content;
     }
 
@@ -64,10 +64,10 @@ class FailureTest : public JournalTest, public testing::WithParamInterface<Opera
         Database.Close();
         std::filesystem::remove(Path);
         OpenJournal();
-        Planted = PlantGarden(Repository);
+        Planted = StoreSampleRecords(Repository);
     }
 
-    Garden Planted;
+    SampleRecords Planted;
     std::string Before;
     std::string After;
     std::vector<RecordedCall> Calls;
@@ -84,13 +84,13 @@ TEST_P(FailureTest, OfAnyCallOfSQLiteIsReportedAndLeavesNothingHalfDone)
             continue;
         SCOPED_TRACE(call.SQL + ", call " + std::to_string(nth) + " of its kind");
 
-        Garden garden = Planted;
+        SampleRecords sample = Planted;
         bool done = false;
         std::vector<RecordedCall> made;
         {
             const CallRecorder recorder;
             const CallFailure failure(call.Call, nth, SQLITE_IOERR);
-            done = GetParam().Call(Repository, garden);
+            done = GetParam().Call(Repository, sample);
             EXPECT_TRUE(failure.Happened());
             made = recorder.Calls();
         }
@@ -117,8 +117,8 @@ TEST_P(FailureTest, OfAnyCallOfSQLiteIsReportedAndLeavesNothingHalfDone)
         begun = begun || call.SQL == "BEGIN IMMEDIATE;";
     }
 
-    Garden garden = Planted;
-    EXPECT_TRUE(GetParam().Call(Repository, garden));
+    SampleRecords sample = Planted;
+    EXPECT_TRUE(GetParam().Call(Repository, sample));
     EXPECT_EQ(Content(), After);
 }
 
@@ -129,15 +129,15 @@ class RefusalTest : public JournalTest, public testing::WithParamInterface<Opera
 // An open transaction would swallow all that is written afterwards.
 TEST_P(RefusalTest, IsTakenBackAlsoWhereTheFirstAttemptFails)
 {
-    const Garden planted = PlantGarden(Repository);
+    const SampleRecords planted = StoreSampleRecords(Repository);
     const std::string before = Content();
     for (const bool fails : {false, true})
     {
-        Garden garden = planted;
+        SampleRecords sample = planted;
         std::optional<CallFailure> failure;
         if (fails)
             failure.emplace(SQLiteCall::Exec, 1, SQLITE_NOMEM, SQL::Rollback);
-        const Statements ran = StatementsOf([&] { EXPECT_FALSE(GetParam().Call(Repository, garden)); });
+        const Statements ran = StatementsOf([&] { EXPECT_FALSE(GetParam().Call(Repository, sample)); });
         EXPECT_EQ(std::count(ran.begin(), ran.end(), SQL::Rollback), fails ? 2 : 1);
         ExpectNothingOpen();
         EXPECT_EQ(Content(), before);
@@ -152,9 +152,9 @@ TEST(ListFailureTest, AListThatAnExceptionEndsHoldsWholeRecordsOnly)
     PlantDatabase database;
     ASSERT_TRUE(database.Open(":memory:"));
     PlantRepository repository(database);
-    const Garden garden = PlantGarden(repository);
+    const SampleRecords sample = StoreSampleRecords(repository);
     std::vector<PlantEvent> whole;
-    ASSERT_TRUE(repository.ListPlantEvents(garden.Mother.UUID, whole));
+    ASSERT_TRUE(repository.ListPlantEvents(sample.Mother.UUID, whole));
 
     std::size_t most = 0;
     bool happened = true;
@@ -165,7 +165,7 @@ TEST(ListFailureTest, AListThatAnExceptionEndsHoldsWholeRecordsOnly)
             const AllocationFailure failure(Allocator::New, number);
             try
             {
-                repository.ListPlantEvents(garden.Mother.UUID, events);
+                repository.ListPlantEvents(sample.Mother.UUID, events);
             }
             catch (const std::bad_alloc&)
             {
@@ -186,7 +186,7 @@ TEST(TextFailureTest, ATextLongerThanSQLiteCanTakeIsRefusedAndNotCut)
     PlantDatabase database;
     ASSERT_TRUE(database.Open(":memory:"));
     PlantRepository repository(database);
-    PlantJournalEntry entry = PlantGarden(repository).Entry;
+    PlantJournalEntry entry = StoreSampleRecords(repository).Entry;
     const std::string before = Content(database.NativeHandle());
     entry.Details.assign(std::size_t{INT_MAX} + 1, '\0');
     EXPECT_FALSE(repository.CreatePlantJournalEntry(entry));
@@ -200,16 +200,16 @@ TEST(TextFailureTest, ATextThatSQLiteFindsNoMemoryForIsNotTakenForAnEmptyOne)
 {
     const ScratchDirectory scratch;
     PlainConnection(scratch.File("journal.db"))
-        .Execute("PRAGMA encoding='UTF-16'; CREATE TABLE SchemaMeta(Key, Value);");
+        .RunSQL("PRAGMA encoding='UTF-16'; CREATE TABLE SchemaMeta(Key, Value);");
     PlantDatabase database;
     ASSERT_TRUE(database.Open(scratch.File("journal.db")));
     PlantRepository repository(database);
-    const Garden garden = PlantGarden(repository);
+    const SampleRecords sample = StoreSampleRecords(repository);
 
     bool happened = true;
     for (int number = 1; happened; ++number)
     {
-        Strain renamed = garden.Kind;
+        Strain renamed = sample.Kind;
         renamed.Name = "name " + std::to_string(number);
         {
             const AllocationFailure failure(Allocator::SQLite, number);
@@ -222,7 +222,7 @@ TEST(TextFailureTest, ATextThatSQLiteFindsNoMemoryForIsNotTakenForAnEmptyOne)
             }
             happened = failure.Happened();
         }
-        EXPECT_EQ(Query(database.NativeHandle(), "SELECT Strain FROM Plants WHERE Name='Clone';"), Rows{{""}});
+        EXPECT_EQ(QueryRows(database.NativeHandle(), "SELECT Strain FROM Plants WHERE Name='Clone';"), Rows{{""}});
     }
 }
 

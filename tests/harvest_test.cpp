@@ -1,6 +1,6 @@
 #include "support/comma_locale.h"
 #include "support/journal_test.h"
-#include "testing/statements.h"
+#include "testing/operation_statements.h"
 
 #include <climits>
 #include <cstdint>
@@ -72,17 +72,21 @@ class HarvestTest : public JournalTest
 
     Rows StoredRecords() const
     {
-        return Query("SELECT ID,TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,SeedYield,"
-                     "CureOutcome,Notes FROM HarvestRecords ORDER BY ID;");
+        return QueryRows(
+            "SELECT ID,TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,SeedYield,"
+            "CureOutcome,Notes FROM HarvestRecords ORDER BY ID;");
     }
 
     Rows EventsOf(const Plant& plant) const
     {
-        return Query("SELECT ID,EventDate,EventType,Details FROM PlantEvents WHERE PlantUUID='" + plant.UUID +
-                     "' ORDER BY ID;");
+        return QueryRows("SELECT ID,EventDate,EventType,Details FROM PlantEvents WHERE PlantUUID='" + plant.UUID +
+                         "' ORDER BY ID;");
     }
 
-    Rows PlantRow(const Plant& plant) const { return Query("SELECT * FROM Plants WHERE UUID='" + plant.UUID + "';"); }
+    Rows PlantRow(const Plant& plant) const
+    {
+        return QueryRows("SELECT * FROM Plants WHERE UUID='" + plant.UUID + "';");
+    }
 
     Plant Mint;
     Plant Thyme; // harvested
@@ -93,7 +97,7 @@ TEST_F(HarvestTest, TheFirstSaveStoresTheRecordItsEventAndThePlantsStage)
 {
     Basil.Tent = "Not stored, and left so";
     const Plant plant = Basil;
-    const Rows others = Query("SELECT * FROM Plants WHERE ID<3;");
+    const Rows others = QueryRows("SELECT * FROM Plants WHERE ID<3;");
     HarvestRecord record = Full();
     record.PlantUUID = "overwritten";
     ASSERT_TRUE(Repository.SaveHarvestRecord(Basil, record));
@@ -108,7 +112,7 @@ TEST_F(HarvestTest, TheFirstSaveStoresTheRecordItsEventAndThePlantsStage)
               (Row{"2", "6", Basil.UUID, "2024-09-01", "450.5", "112.25", "8.75", "12", "Jarred", "Sticky"}));
     EXPECT_EQ(EventsOf(Basil), (Rows{{"6", "2024-09-01", "Harvest",
                                       "Wet 450.5 g | Dry 112.2 g | Seeds 12 | Quality 8.8/10 | Jarred | Sticky"}}));
-    EXPECT_EQ(Count("PlantEvents"), 6);
+    EXPECT_EQ(RowCount("PlantEvents"), 6);
 
     Plant harvested = plant;
     harvested.Stage = PlantStage::Harvested;
@@ -116,7 +120,7 @@ TEST_F(HarvestTest, TheFirstSaveStoresTheRecordItsEventAndThePlantsStage)
     EXPECT_EQ(Basil, harvested);
     harvested.Tent = "";
     EXPECT_EQ(StoredPlant(Basil.UUID), harvested);
-    EXPECT_EQ(Query("SELECT * FROM Plants WHERE ID<3;"), others);
+    EXPECT_EQ(QueryRows("SELECT * FROM Plants WHERE ID<3;"), others);
 }
 
 TEST_F(HarvestTest, ALaterSaveReplacesTheRecordAndItsEventInPlace)
@@ -145,7 +149,7 @@ TEST_F(HarvestTest, ALaterSaveReplacesTheRecordAndItsEventInPlace)
     EXPECT_EQ(Stored(Basil.UUID), record);
     EXPECT_EQ(Basil.Stage, PlantStage::Harvested);
     EXPECT_EQ(Basil.HarvestDate, "2024-09-02");
-    EXPECT_EQ(Query("SELECT Stage,HarvestDate FROM Plants WHERE ID=3;"), (Rows{{"Harvested", "2024-09-02"}}));
+    EXPECT_EQ(QueryRows("SELECT Stage,HarvestDate FROM Plants WHERE ID=3;"), (Rows{{"Harvested", "2024-09-02"}}));
 }
 
 TEST_F(HarvestTest, EachOperationRunsItsStatements)
@@ -183,7 +187,7 @@ TEST_F(HarvestTest, APlantWithoutAUUIDIsRefusedAtOnce)
 {
     HarvestRecord record;
     Plant plant;
-    EXPECT_TRUE(Refused([&] { return Repository.SaveHarvestRecord(plant, record); }));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.SaveHarvestRecord(plant, record); }));
     EXPECT_EQ(record, HarvestRecord());
     EXPECT_EQ(plant, Plant());
 }
@@ -198,7 +202,7 @@ TEST_F(HarvestTest, AnEmptyDateBecomesToday)
     EXPECT_EQ(Basil.HarvestDate, record.HarvestDate);
     EXPECT_EQ(StoredRecords().at(1).at(3), record.HarvestDate);
     EXPECT_EQ(EventsOf(Basil).at(0).at(1), record.HarvestDate);
-    EXPECT_EQ(Query("SELECT HarvestDate FROM Plants WHERE ID=3;"), (Rows{{record.HarvestDate}}));
+    EXPECT_EQ(QueryRows("SELECT HarvestDate FROM Plants WHERE ID=3;"), (Rows{{record.HarvestDate}}));
 }
 
 TEST_F(HarvestTest, AnUnknownPlantIsRefused)
@@ -329,7 +333,7 @@ TEST_F(HarvestTest, ASaveWithTheNumberOfNoRecordStillMovesThePlantAndSucceeds)
     EXPECT_EQ(EventsOf(Basil).size(), 1U);
     EXPECT_EQ(StoredRecords(), records);
     EXPECT_EQ(Basil.Stage, PlantStage::Harvested);
-    EXPECT_EQ(Query("SELECT Stage,HarvestDate FROM Plants WHERE ID=3;"), (Rows{{"Harvested", "2024-09-01"}}));
+    EXPECT_EQ(QueryRows("SELECT Stage,HarvestDate FROM Plants WHERE ID=3;"), (Rows{{"Harvested", "2024-09-01"}}));
 }
 
 TEST_F(HarvestTest, AnotherPlantsEventIsLinkedButNotRewritten)
@@ -376,21 +380,21 @@ TEST_F(HarvestTest, DeleteTakesTheRecordAndItsEventAndLeavesThePlant)
     const Rows others = EventsOf(Thyme);
 
     EXPECT_TRUE(Repository.DeleteHarvestRecord(Basil.UUID));
-    EXPECT_EQ(Query("SELECT PlantUUID FROM HarvestRecords;"), (Rows{{Thyme.UUID}}));
+    EXPECT_EQ(QueryRows("SELECT PlantUUID FROM HarvestRecords;"), (Rows{{Thyme.UUID}}));
     EXPECT_EQ(EventsOf(Basil), (Rows{{std::to_string(own.ID), "", "Note", ""}}));
     EXPECT_EQ(EventsOf(Thyme), others);
     EXPECT_EQ(PlantRow(Basil), plant);
-    EXPECT_EQ(Query("SELECT Stage,HarvestDate FROM Plants WHERE ID=3;"), (Rows{{"Harvested", "2024-09-01"}}));
+    EXPECT_EQ(QueryRows("SELECT Stage,HarvestDate FROM Plants WHERE ID=3;"), (Rows{{"Harvested", "2024-09-01"}}));
 }
 
 TEST_F(HarvestTest, DeleteOfARecordWithoutAnEventTakesTheRecordOnly)
 {
     ASSERT_TRUE(Repository.DeletePlantEvent(NewRecord().TimelineEventID));
-    const int events = Count("PlantEvents");
+    const int events = RowCount("PlantEvents");
     EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DeleteHarvestRecord(Basil.UUID)); }),
               (Statements{Get, SQL::Begin, Delete, SQL::Commit}));
-    EXPECT_EQ(Count("HarvestRecords"), 1);
-    EXPECT_EQ(Count("PlantEvents"), events);
+    EXPECT_EQ(RowCount("HarvestRecords"), 1);
+    EXPECT_EQ(RowCount("PlantEvents"), events);
 }
 
 TEST_F(HarvestTest, DeleteOfAnAbsentRecordFailsAtTheLookup)
@@ -428,9 +432,9 @@ TEST_F(HarvestTest, NumbersOfEverySizeAreKept)
          {std::numeric_limits<std::int64_t>::min(), std::int64_t{-1}, std::numeric_limits<std::int64_t>::max()})
         for (const int seeds : {INT_MIN, INT_MAX})
         {
-            Execute("UPDATE HarvestRecords SET TimelineEventID=NULL WHERE PlantUUID='" + Basil.UUID + "';");
-            Execute("UPDATE PlantEvents SET ID=" + std::to_string(id) + " WHERE PlantUUID='" + Basil.UUID + "';");
-            Execute("UPDATE HarvestRecords SET ID=" + std::to_string(id) + " WHERE PlantUUID='" + Basil.UUID + "';");
+            RunSQL("UPDATE HarvestRecords SET TimelineEventID=NULL WHERE PlantUUID='" + Basil.UUID + "';");
+            RunSQL("UPDATE PlantEvents SET ID=" + std::to_string(id) + " WHERE PlantUUID='" + Basil.UUID + "';");
+            RunSQL("UPDATE HarvestRecords SET ID=" + std::to_string(id) + " WHERE PlantUUID='" + Basil.UUID + "';");
             record.ID = id;
             record.TimelineEventID = id;
             record.SeedYield = seeds;

@@ -45,8 +45,9 @@ class HealthTest : public JournalTest
 
     Rows StoredObservations() const
     {
-        return Query("SELECT ID,PlantUUID,ObservationDate,Issue,Severity,Treatment,Notes FROM PlantHealthObservations "
-                     "ORDER BY ID;");
+        return QueryRows(
+            "SELECT ID,PlantUUID,ObservationDate,Issue,Severity,Treatment,Notes FROM PlantHealthObservations "
+            "ORDER BY ID;");
     }
 
     Plant Basil;
@@ -89,7 +90,7 @@ TEST_F(HealthTest, EachOperationRunsItsStatement)
                           "PlantHealthObservations WHERE PlantUUID=? ORDER BY ObservationDate DESC,ID DESC;"}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeletePlantHealthObservation(observation.ID); }),
               (Statements{"DELETE FROM PlantHealthObservations WHERE ID=?;"}));
-    EXPECT_EQ(Count("PlantHealthObservations"), 0);
+    EXPECT_EQ(RowCount("PlantHealthObservations"), 0);
 }
 
 TEST_F(HealthTest, CreateLimitsTheSeverityInTheRecordToo)
@@ -103,7 +104,7 @@ TEST_F(HealthTest, CreateLimitsTheSeverityInTheRecordToo)
         ASSERT_TRUE(Repository.CreatePlantHealthObservation(observation));
         EXPECT_EQ(observation.Severity, limited);
         EXPECT_EQ(
-            Query("SELECT Severity FROM PlantHealthObservations WHERE ID=" + std::to_string(observation.ID) + ";"),
+            QueryRows("SELECT Severity FROM PlantHealthObservations WHERE ID=" + std::to_string(observation.ID) + ";"),
             (Rows{{std::to_string(limited)}}));
     }
 }
@@ -117,7 +118,7 @@ TEST_F(HealthTest, UpdateLimitsTheSeverityInTheFileOnly)
         observation.Severity = given;
         ASSERT_TRUE(Repository.UpdatePlantHealthObservation(observation));
         EXPECT_EQ(observation.Severity, given);
-        EXPECT_EQ(Query("SELECT Severity FROM PlantHealthObservations;"), (Rows{{limited}}));
+        EXPECT_EQ(QueryRows("SELECT Severity FROM PlantHealthObservations;"), (Rows{{limited}}));
     }
 }
 
@@ -126,8 +127,8 @@ TEST_F(HealthTest, ReadingDoesNotLimitTheSeverity)
     NewObservation();
     for (const int severity : {-2, 0, 6, INT_MAX})
     {
-        Execute("PRAGMA ignore_check_constraints=ON;");
-        Execute("UPDATE PlantHealthObservations SET Severity=" + std::to_string(severity) + ";");
+        RunSQL("PRAGMA ignore_check_constraints=ON;");
+        RunSQL("UPDATE PlantHealthObservations SET Severity=" + std::to_string(severity) + ";");
         EXPECT_EQ(Listed().at(0).Severity, severity);
     }
 }
@@ -141,8 +142,8 @@ TEST_F(HealthTest, AnObservationWithoutAPlantOrAnIssueIsRefusedAtOnceAndItsSever
         (observation.*field).clear();
         observation.Severity = 9;
         const PlantHealthObservation before = observation;
-        EXPECT_TRUE(Refused([&] { return Repository.CreatePlantHealthObservation(observation); }));
-        EXPECT_TRUE(Refused([&] { return Repository.UpdatePlantHealthObservation(observation); }));
+        EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.CreatePlantHealthObservation(observation); }));
+        EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.UpdatePlantHealthObservation(observation); }));
         EXPECT_EQ(observation, before);
     }
 }
@@ -157,7 +158,7 @@ TEST_F(HealthTest, AnObservationOfAnUnknownPlantIsRefusedWithItsSeverityLimited)
     EXPECT_FALSE(Repository.CreatePlantHealthObservation(observation));
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "FOREIGN KEY constraint failed");
     EXPECT_EQ(observation, expected);
-    EXPECT_EQ(Count("PlantHealthObservations"), 0);
+    EXPECT_EQ(RowCount("PlantHealthObservations"), 0);
 }
 
 TEST_F(HealthTest, ASeverityThatTheFileDoesNotAllowIsRefused)
@@ -171,7 +172,7 @@ TEST_F(HealthTest, ASeverityThatTheFileDoesNotAllowIsRefused)
     EXPECT_EQ(observation.ID, 99);
     stored.Severity = 5;
     EXPECT_FALSE(Repository.UpdatePlantHealthObservation(stored));
-    EXPECT_EQ(Query("SELECT Severity FROM PlantHealthObservations;"), (Rows{{"4"}}));
+    EXPECT_EQ(QueryRows("SELECT Severity FROM PlantHealthObservations;"), (Rows{{"4"}}));
 }
 
 TEST_F(HealthTest, WhatMayBeEmptyStaysEmpty)

@@ -1,8 +1,8 @@
 #include "plant_file.h"
 
 #include "support/journal_test.h"
+#include "support/repository_operations.h"
 #include "testing/old_files.h"
-#include "support/operations.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -40,14 +40,14 @@ class InspectSchemaTest : public JournalTest
   protected:
     InspectSchemaTest()
     {
-        PlantGarden(Repository);
+        StoreSampleRecords(Repository);
         Database.Close();
     }
 
     // What both inspections find in the file after these statements. Neither changes it.
     PlantFileInspection BothAfter(const std::string& sql) const
     {
-        PlainConnection(Path).Execute(sql);
+        PlainConnection(Path).RunSQL(sql);
         const auto before = Scratch.Files();
         const PlantFileInspection whole = InspectedWhole(Path);
         PlantFileInspection schema = InspectedBySchema(Path);
@@ -65,10 +65,10 @@ class InspectSchemaTest : public JournalTest
     void ReplaceEventTable(const std::string& definition, const Texts& types) const
     {
         const PlainConnection file(Path);
-        file.Execute("PRAGMA foreign_keys=OFF; DROP TABLE PlantEvents;" + definition);
+        file.RunSQL("PRAGMA foreign_keys=OFF; DROP TABLE PlantEvents;" + definition);
         for (const std::string& type : types)
-            file.Execute("INSERT INTO PlantEvents(PlantUUID,EventType) VALUES('p','" + type + "');");
-        file.Execute("CREATE INDEX PlantEventsByPlantDate ON PlantEvents(PlantUUID,EventDate DESC,ID DESC);");
+            file.RunSQL("INSERT INTO PlantEvents(PlantUUID,EventType) VALUES('p','" + type + "');");
+        file.RunSQL("CREATE INDEX PlantEventsByPlantDate ON PlantEvents(PlantUUID,EventDate DESC,ID DESC);");
     }
     std::string EventTable() const
     {
@@ -83,8 +83,8 @@ TEST_F(InspectSchemaTest, EveryEarlierSchemaIsFoundAsByTheWholeInspection)
         SCOPED_TRACE(old.Name);
         WriteOldFile(Path, old);
         const PlantFileInspection found = BothAfter("SELECT 1;");
-        EXPECT_EQ(found.Kind, IsUpToDate(old) ? PlantFileKind::Current : PlantFileKind::Older);
-        EXPECT_EQ(found.Steps.empty(), IsUpToDate(old));
+        EXPECT_EQ(found.Kind, HasCurrentSchema(old) ? PlantFileKind::Current : PlantFileKind::Older);
+        EXPECT_EQ(found.Steps.empty(), HasCurrentSchema(old));
         EXPECT_FALSE(found.EventTypesUnchecked); // the migration rebuilds a table without the CHECK
     }
 }
@@ -165,7 +165,7 @@ TEST_F(InspectSchemaTest, AnyOtherDefinitionOfTheEventTableHasUncheckedEventType
 TEST_F(InspectSchemaTest, NoPageOfATableOrIndexIsRead)
 {
     const PlantFileInspection before = InspectedBySchema(Path);
-    const Rows pages = PlainConnection(Path).Query("SELECT rootpage FROM sqlite_master WHERE rootpage>0;");
+    const Rows pages = PlainConnection(Path).QueryRows("SELECT rootpage FROM sqlite_master WHERE rootpage>0;");
     ASSERT_GE(pages.size(), 16U);
     {
         std::fstream file(Path, std::ios::in | std::ios::out | std::ios::binary);
@@ -185,12 +185,12 @@ TEST_F(InspectSchemaTest, TheNumberOfRowsDoesNotChangeTheStatements)
     {
         const CallRecorder recorder;
         inspect();
-        return recorder.Count(SQLiteCall::Step);
+        return recorder.CallCount(SQLiteCall::Step);
     };
     const Statements statements = StatementsOf(inspect);
     const int before = steps();
-    PlainConnection(Path).Execute("WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT 1000) "
-                                  "INSERT INTO Strains(Name) SELECT X FROM N;");
+    PlainConnection(Path).RunSQL("WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT 1000) "
+                                 "INSERT INTO Strains(Name) SELECT X FROM N;");
     EXPECT_EQ(StatementsOf(inspect), statements);
     EXPECT_EQ(steps(), before);
 }
@@ -199,7 +199,7 @@ TEST_F(InspectSchemaTest, TheNumberOfRowsDoesNotChangeTheStatements)
 
 TEST_F(InspectSchemaTest, AFileThatIsNoJournalIsFoundAsByTheWholeInspection)
 {
-    PlainConnection(Path).Execute("PRAGMA user_version=1;");
+    PlainConnection(Path).RunSQL("PRAGMA user_version=1;");
     std::filesystem::resize_file(Path, std::filesystem::file_size(Path) / 2);
     EXPECT_EQ(InspectedBySchema(Path).Kind, PlantFileKind::Damaged);
     EXPECT_EQ(InspectedBySchema(Path).Reasons, InspectedWhole(Path).Reasons);
@@ -218,7 +218,7 @@ TEST_F(InspectSchemaTest, AFileThatIsNoJournalIsFoundAsByTheWholeInspection)
 TEST_F(InspectSchemaTest, ALockedFileIsLocked)
 {
     const PlainConnection other(Path);
-    other.Execute("BEGIN EXCLUSIVE;");
+    other.RunSQL("BEGIN EXCLUSIVE;");
     EXPECT_EQ(InspectedBySchema(Path).Kind, PlantFileKind::Locked);
 }
 
@@ -227,7 +227,7 @@ TEST_F(InspectSchemaTest, AnInterruptedWriteIsFoundAndLeftAlone)
     const std::string torn = Scratch.File("torn.db");
     {
         const PlainConnection writer(Path);
-        writer.Execute("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.9000c','x');");
+        writer.RunSQL("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.9000c','x');");
         std::filesystem::copy_file(Path, torn);
         std::filesystem::copy_file(Path + "-journal", torn + "-journal");
     }

@@ -3,7 +3,7 @@
 #include "support/allocation_failure.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 #include "testing/old_files.h"
 #include "testing/schema_statements.h"
 
@@ -72,7 +72,7 @@ class InspectTest : public JournalTest
     // What is found in the journal after these statements, with nothing changed and nothing left beside it.
     PlantFileInspection After(const std::string& sql)
     {
-        PlainConnection(Path).Execute(sql);
+        PlainConnection(Path).RunSQL(sql);
         const auto before = Scratch.Files();
         PlantFileInspection found = Inspected(Path);
         EXPECT_TRUE(Scratch.Files() == before) << sql;
@@ -81,7 +81,7 @@ class InspectTest : public JournalTest
     // Sets a column of every row.
     void Set(const std::string& table, const std::string& column, const std::string& text) const
     {
-        PlainConnection(Path).Execute("UPDATE " + table + " SET " + column + "='" + text + "';");
+        PlainConnection(Path).RunSQL("UPDATE " + table + " SET " + column + "='" + text + "';");
     }
     std::vector<std::string> ReasonsAfter(const std::string& sql)
     {
@@ -105,7 +105,7 @@ TEST_F(InspectTest, AFileWithoutAByteAndADatabaseWithoutATableAreEmpty)
 {
     Write(Scratch.File("empty.db"), "");
     EXPECT_EQ(KindOf(Scratch.File("empty.db")), PlantFileKind::Empty);
-    PlainConnection(Scratch.File("bare.db")).Execute("CREATE TABLE T(X); DROP TABLE T;");
+    PlainConnection(Scratch.File("bare.db")).RunSQL("CREATE TABLE T(X); DROP TABLE T;");
     const PlantFileInspection bare = Inspected(Scratch.File("bare.db"));
     EXPECT_EQ(bare.Kind, PlantFileKind::Empty);
     EXPECT_GT(bare.Bytes, 0);
@@ -155,7 +155,7 @@ TEST_F(InspectTest, EveryDateColumnCounts)
         {"PlantJournalEntries", {"EntryDate"}},
     };
     OpenJournal();
-    PlantGarden(Repository);
+    StoreSampleRecords(Repository);
     Database.Close();
     int number = 1000;
     for (const auto& [table, names] : columns)
@@ -209,7 +209,7 @@ TEST_F(InspectTest, TheStepsOfEveryOlderFormAreTheStatementsThatOpeningRunsAndTh
         // The same statements again, with a look after each that stands alone: what was taken is no longer announced.
         WriteOldFile(copy, old);
         const PlantFileInspection first = Inspected(copy);
-        EXPECT_EQ(first.Kind, IsUpToDate(old) ? PlantFileKind::Current : PlantFileKind::Older);
+        EXPECT_EQ(first.Kind, HasCurrentSchema(old) ? PlantFileKind::Current : PlantFileKind::Older);
         std::size_t taken = 0;
         const auto expectTheRest = [&]
         {
@@ -223,7 +223,7 @@ TEST_F(InspectTest, TheStepsOfEveryOlderFormAreTheStatementsThatOpeningRunsAndTh
         {
             version = file->Value("PRAGMA schema_version;");
             const bool inTransaction = sqlite3_get_autocommit(file->NativeHandle()) == 0;
-            file->Execute(sql);
+            file->RunSQL(sql);
             if (sqlite3_get_autocommit(file->NativeHandle()) == 0)
                 continue;
             if (inTransaction || version != file->Value("PRAGMA schema_version;"))
@@ -248,7 +248,7 @@ TEST_F(InspectTest, AnInterruptedFirstOpeningIsAnOlderJournalAtEveryStatement)
             rest.push_back(StepOf(sql));
     for (const std::string& sql : statements)
     {
-        file.Execute(sql);
+        file.RunSQL(sql);
         if (!sql.starts_with("CREATE"))
             continue;
         rest.erase(rest.begin());
@@ -297,7 +297,7 @@ TEST_F(InspectTest, AllReasonsAreGiven)
 TEST_F(InspectTest, AnotherDatabaseIsForeign)
 {
     const std::string other = Scratch.File("other.db");
-    PlainConnection(other).Execute("CREATE TABLE Bees(X); INSERT INTO Bees VALUES(1);");
+    PlainConnection(other).RunSQL("CREATE TABLE Bees(X); INSERT INTO Bees VALUES(1);");
     const PlantFileInspection found = Inspected(other);
     EXPECT_EQ(found.Kind, PlantFileKind::Foreign);
     EXPECT_EQ(found.Reasons, Texts{"The table \"Bees\" is not ours."});
@@ -354,7 +354,7 @@ TEST_F(InspectTest, AWriteAheadLogIsForeignAndLeftAlone)
 {
     const Texts reasons = {"The file keeps a write-ahead log, which no journal does."};
     EXPECT_EQ(ReasonsAfter("PRAGMA journal_mode=WAL;"), reasons);
-    PlainConnection(Path).Execute("PRAGMA journal_mode=DELETE;");
+    PlainConnection(Path).RunSQL("PRAGMA journal_mode=DELETE;");
     EXPECT_EQ(KindOf(Path), PlantFileKind::Current);
     Write(Path + "-wal", "a log");
     const auto before = Scratch.Files();
@@ -389,7 +389,7 @@ TEST_F(InspectTest, AFileCutShortIsDamaged)
 
 TEST_F(InspectTest, ATableThatCannotBeReadIsDamaged)
 {
-    PlainConnection(Path).Execute("INSERT INTO Strains(Name) VALUES('Roma');");
+    PlainConnection(Path).RunSQL("INSERT INTO Strains(Name) VALUES('Roma');");
     const int page = std::stoi(PlainConnection(Path).Value("SELECT rootpage FROM sqlite_master WHERE name='Strains';"));
     std::fstream(Path, std::ios::in | std::ios::out | std::ios::binary).seekp((page - 1) * 4096L).put('\x7F');
     const PlantFileInspection found = Inspected(Path);
@@ -412,8 +412,8 @@ void GrowWithoutEnd(const std::string& path)
     constexpr int links = 70;
     {
         const PlainConnection file(path);
-        file.Execute("PRAGMA page_size=512; VACUUM; WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT "
-                     "40) INSERT INTO SchemaMeta SELECT X,printf('%.400c','x') FROM N;");
+        file.RunSQL("PRAGMA page_size=512; VACUUM; WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT "
+                    "40) INSERT INTO SchemaMeta SELECT X,printf('%.400c','x') FROM N;");
     }
     std::string bytes = FileBytes(path);
     const int root = std::stoi(PlainConnection(path).Value("SELECT rootpage FROM sqlite_master WHERE "
@@ -458,7 +458,7 @@ TEST_F(InspectTest, AFileThatAnotherHoldsIsLockedAfterTwoAndAHalfSeconds)
 {
     const auto bytes = static_cast<std::int64_t>(std::filesystem::file_size(Path));
     const PlainConnection other(Path);
-    other.Execute("BEGIN EXCLUSIVE;");
+    other.RunSQL("BEGIN EXCLUSIVE;");
     const auto begin = std::chrono::steady_clock::now();
     const PlantFileInspection found = Inspected(Path);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2400));
@@ -469,11 +469,11 @@ TEST_F(InspectTest, AFileThatAnotherHoldsIsLockedAfterTwoAndAHalfSeconds)
 TEST_F(InspectTest, AFileThatAnotherWritesIsReadAsItWas)
 {
     const PlainConnection other(Path);
-    other.Execute("BEGIN IMMEDIATE; INSERT INTO Strains(Name) VALUES('Roma');");
+    other.RunSQL("BEGIN IMMEDIATE; INSERT INTO Strains(Name) VALUES('Roma');");
     const PlantFileInspection found = Inspected(Path);
     EXPECT_EQ(found.Kind, PlantFileKind::Current);
     EXPECT_EQ(found.Tables.at(1).Rows, 0);
-    other.Execute("COMMIT;");
+    other.RunSQL("COMMIT;");
     EXPECT_EQ(Inspected(Path).Tables.at(1).Rows, 1);
 }
 
@@ -482,8 +482,8 @@ TEST_F(InspectTest, AnInterruptedWriteIsToldAndLeftToTheNextOpening)
     const std::string torn = Scratch.File("torn.db");
     {
         const PlainConnection writer(Path);
-        writer.Execute("PRAGMA cache_size=1; BEGIN; WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT "
-                       "100) INSERT INTO Strains(Name,Notes) SELECT X,printf('%.1000c','x') FROM N;");
+        writer.RunSQL("PRAGMA cache_size=1; BEGIN; WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT "
+                      "100) INSERT INTO Strains(Name,Notes) SELECT X,printf('%.1000c','x') FROM N;");
         std::filesystem::copy_file(Path, torn);
         std::filesystem::copy_file(Path + "-journal", torn + "-journal");
     }
@@ -554,7 +554,7 @@ TEST_F(InspectTest, AKindHasItsName)
 TEST_F(InspectTest, AFailingDiskIsAnErrorOrDamageAndChangesNothing)
 {
     OpenJournal();
-    PlantGarden(Repository);
+    StoreSampleRecords(Repository);
     Database.Close();
     const auto before = Scratch.Files();
     const FailingDisk disk;
@@ -584,7 +584,7 @@ TEST_F(InspectTest, AFailingDiskIsAnErrorOrDamageAndChangesNothing)
 TEST_F(InspectTest, WithoutMemoryThereIsAnErrorOrAnException)
 {
     OpenJournal();
-    PlantGarden(Repository);
+    StoreSampleRecords(Repository);
     Database.Close();
     for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
         for (int number = 1;; number += 1 + number / 50)

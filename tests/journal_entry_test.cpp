@@ -41,7 +41,7 @@ class JournalEntryTest : public JournalTest
 
     Rows StoredEntries() const
     {
-        return Query("SELECT ID,PlantUUID,EntryDate,Type,Details FROM PlantJournalEntries ORDER BY ID;");
+        return QueryRows("SELECT ID,PlantUUID,EntryDate,Type,Details FROM PlantJournalEntries ORDER BY ID;");
     }
 
     Plant Basil;
@@ -80,7 +80,7 @@ TEST_F(JournalEntryTest, EachOperationRunsItsStatement)
                           "BY EntryDate DESC,ID DESC;"}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeletePlantJournalEntry(entry.ID); }),
               (Statements{"DELETE FROM PlantJournalEntries WHERE ID=?;"}));
-    EXPECT_EQ(Count("PlantJournalEntries"), 0);
+    EXPECT_EQ(RowCount("PlantJournalEntries"), 0);
 }
 
 TEST_F(JournalEntryTest, AnEntryOfAnUnknownPlantIsRefused)
@@ -91,7 +91,7 @@ TEST_F(JournalEntryTest, AnEntryOfAnUnknownPlantIsRefused)
     EXPECT_FALSE(Repository.CreatePlantJournalEntry(entry));
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "FOREIGN KEY constraint failed");
     EXPECT_EQ(entry, before);
-    EXPECT_EQ(Count("PlantJournalEntries"), 0);
+    EXPECT_EQ(RowCount("PlantJournalEntries"), 0);
 }
 
 TEST_F(JournalEntryTest, AnEmptyDateAndDetailsStayEmpty)
@@ -111,7 +111,7 @@ TEST_F(JournalEntryTest, TypesAreStoredByTheirNames)
     {
         entry.Type = static_cast<PlantJournalType>(number);
         ASSERT_TRUE(Repository.UpdatePlantJournalEntry(entry));
-        EXPECT_EQ(Query("SELECT Type FROM PlantJournalEntries;"), (Rows{{names[number]}}));
+        EXPECT_EQ(QueryRows("SELECT Type FROM PlantJournalEntries;"), (Rows{{names[number]}}));
         EXPECT_EQ(Listed().at(0), entry);
     }
 }
@@ -123,7 +123,7 @@ TEST_F(JournalEntryTest, NumbersOutsideTheEnumerationAreStoredAsObservations)
     {
         entry.Type = static_cast<PlantJournalType>(number);
         ASSERT_TRUE(Repository.UpdatePlantJournalEntry(entry));
-        EXPECT_EQ(Query("SELECT Type FROM PlantJournalEntries;"), (Rows{{"Observation"}}));
+        EXPECT_EQ(QueryRows("SELECT Type FROM PlantJournalEntries;"), (Rows{{"Observation"}}));
     }
 }
 
@@ -132,8 +132,8 @@ TEST_F(JournalEntryTest, AStoredTypeThatIsUnknownReadsAsAnObservation)
     NewEntry();
     for (const char* name : {"Topped", "pruning", ""})
     {
-        Execute("PRAGMA ignore_check_constraints=ON;");
-        Execute(std::string("UPDATE PlantJournalEntries SET Type='") + name + "';");
+        RunSQL("PRAGMA ignore_check_constraints=ON;");
+        RunSQL(std::string("UPDATE PlantJournalEntries SET Type='") + name + "';");
         EXPECT_EQ(Listed().at(0).Type, PlantJournalType::Observation);
     }
 }

@@ -1,6 +1,6 @@
 #include "support/journal_test.h"
-#include "support/operations.h"
-#include "testing/statements.h"
+#include "support/repository_operations.h"
+#include "testing/operation_statements.h"
 
 #include <string_view>
 
@@ -35,14 +35,15 @@ class LineageTest : public JournalTest
     // Stores a link without its being tested.
     void Link(const std::string& uuid, const std::string& mother) const
     {
-        Execute("UPDATE Plants SET MotherPlantID=(SELECT ID FROM Plants WHERE UUID='" + mother + "') WHERE UUID='" +
-                uuid + "';");
+        RunSQL("UPDATE Plants SET MotherPlantID=(SELECT ID FROM Plants WHERE UUID='" + mother + "') WHERE UUID='" +
+               uuid + "';");
     }
 
     // Every plant and its mother, as stored.
     Rows Links() const
     {
-        return Query("SELECT p.UUID,m.UUID FROM Plants p LEFT JOIN Plants m ON m.ID=p.MotherPlantID ORDER BY p.UUID;");
+        return QueryRows(
+            "SELECT p.UUID,m.UUID FROM Plants p LEFT JOIN Plants m ON m.ID=p.MotherPlantID ORDER BY p.UUID;");
     }
 };
 
@@ -71,23 +72,23 @@ TEST_F(LineageTest, AMotherThatIsNotStoredIsRefused)
 TEST_F(LineageTest, APlantIsNeverItsOwnMother)
 {
     Plant own = Make("b", "b");
-    EXPECT_TRUE(Refused([&] { return Repository.CreatePlant(own); }));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.CreatePlant(own); }));
     ASSERT_TRUE(Grow("a"));
-    EXPECT_TRUE(Refused([&] { return Move("a", "a"); }));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return Move("a", "a"); }));
     EXPECT_EQ(Links(), (Rows{{"a", "NULL"}}));
 }
 
 TEST_F(LineageTest, APlantWithoutAUUIDCannotBeGivenAMother)
 {
     ASSERT_TRUE(Grow("a"));
-    EXPECT_TRUE(Refused([&] { return Move("", "a"); }));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return Move("", "a"); }));
 }
 
 TEST_F(LineageTest, ANewPlantWithoutAUUIDMayHaveAMother)
 {
     ASSERT_TRUE(Grow("a"));
     EXPECT_TRUE(Grow("", "a"));
-    EXPECT_EQ(Count("Plants", "MotherPlantID=1"), 1);
+    EXPECT_EQ(RowCount("Plants", "MotherPlantID=1"), 1);
 }
 
 TEST_F(LineageTest, ALinkThatWouldCloseACycleIsRefused)
@@ -128,7 +129,7 @@ TEST_F(LineageTest, ALongLineageIsFollowedToItsEnd)
         ASSERT_TRUE(Grow(std::to_string(i), std::to_string(i - 1)));
     EXPECT_TRUE(Grow("youngest", "59"));
     EXPECT_FALSE(Move("0", "youngest"));
-    EXPECT_EQ(Count("Plants", "MotherPlantID IS NULL"), 1);
+    EXPECT_EQ(RowCount("Plants", "MotherPlantID IS NULL"), 1);
 }
 
 TEST_F(LineageTest, ACycleThatIsStoredAlreadyIsRefusedAsALineage)
@@ -139,7 +140,7 @@ TEST_F(LineageTest, ACycleThatIsStoredAlreadyIsRefusedAsALineage)
     for (const char* mother : {"a", "b", "c", "self"})
     {
         EXPECT_FALSE(Grow("new", mother)) << mother;
-        EXPECT_EQ(Count("Plants"), 4);
+        EXPECT_EQ(RowCount("Plants"), 4);
     }
     EXPECT_TRUE(Move("a", ""));
     EXPECT_TRUE(Grow("new", "c"));
@@ -156,7 +157,7 @@ TEST_F(LineageTest, ThePlantsOwnStoredLinkIsNotFollowed)
 TEST_F(LineageTest, AnAncestorWhoIsGoneFromTheTableEndsTheLineage)
 {
     ASSERT_TRUE(Grow("a") && Grow("b", "a"));
-    Execute("PRAGMA foreign_keys=OFF; DELETE FROM Plants WHERE UUID='a'; PRAGMA foreign_keys=ON;");
+    RunSQL("PRAGMA foreign_keys=OFF; DELETE FROM Plants WHERE UUID='a'; PRAGMA foreign_keys=ON;");
     EXPECT_TRUE(Grow("c", "b"));
 }
 
@@ -245,7 +246,7 @@ TEST_F(DuplicateTest, OfADuplicateIsNamedACopyTwice)
     ASSERT_TRUE(Repository.DuplicatePlant(copy, copyOfCopy));
     EXPECT_EQ(copyOfCopy.Name, "Basil copy copy");
     EXPECT_NE(copyOfCopy.UUID, copy.UUID);
-    EXPECT_EQ(Count("Plants"), 4);
+    EXPECT_EQ(RowCount("Plants"), 4);
 }
 
 TEST_F(DuplicateTest, MayTakeTheSourcesOwnRecord)
@@ -260,23 +261,23 @@ TEST_F(DuplicateTest, MayTakeTheSourcesOwnRecord)
 
 TEST_F(DuplicateTest, TakesNothingThatHangsOffTheSource)
 {
-    const Garden garden = PlantGarden(Repository);
+    const SampleRecords sample = StoreSampleRecords(Repository);
     const auto hangsOff = [&](const std::string& plantUUID)
     {
         int records = 0;
         for (const char* table : {"PlantEvents", "PlantCareEntries", "HarvestRecords", "PlantPhotos",
                                   "PlantHealthObservations", "PlantJournalEntries"})
-            records += Count(table, "PlantUUID='" + plantUUID + "'");
+            records += RowCount(table, "PlantUUID='" + plantUUID + "'");
         return records;
     };
-    const int before = hangsOff(garden.Mother.UUID);
+    const int before = hangsOff(sample.Mother.UUID);
     EXPECT_GE(before, 6);
 
     Plant copy;
-    ASSERT_TRUE(Repository.DuplicatePlant(garden.Mother, copy));
+    ASSERT_TRUE(Repository.DuplicatePlant(sample.Mother, copy));
     EXPECT_EQ(hangsOff(copy.UUID), 0);
-    EXPECT_EQ(hangsOff(garden.Mother.UUID), before);
-    EXPECT_EQ(Count("Plants", "MotherPlantID=(SELECT ID FROM Plants WHERE Name='Mother' AND Strain<>'')"), 1);
+    EXPECT_EQ(hangsOff(sample.Mother.UUID), before);
+    EXPECT_EQ(RowCount("Plants", "MotherPlantID=(SELECT ID FROM Plants WHERE Name='Mother' AND Strain<>'')"), 1);
 }
 
 TEST_F(DuplicateTest, WorksForASourceThatIsNotStored)
@@ -287,7 +288,7 @@ TEST_F(DuplicateTest, WorksForASourceThatIsNotStored)
     Plant copy;
     ASSERT_TRUE(Repository.DuplicatePlant(source, copy));
     EXPECT_EQ(copy.ID, 3);
-    EXPECT_EQ(Query("SELECT Name,Strain,MotherPlantID FROM Plants WHERE ID=3;"), (Rows{{" copy", "", "NULL"}}));
+    EXPECT_EQ(QueryRows("SELECT Name,Strain,MotherPlantID FROM Plants WHERE ID=3;"), (Rows{{" copy", "", "NULL"}}));
 }
 
 TEST_F(DuplicateTest, ThatFailsIsLeftPreparedAndStoresNothing)
@@ -308,7 +309,7 @@ TEST_F(DuplicateTest, ThatFailsStillRegistersTheStrain)
     Plant copy;
     const CallFailure failure(SQLiteCall::Step, 1, SQLITE_FULL, "INSERT INTO Plants");
     EXPECT_FALSE(Repository.DuplicatePlant(Source, copy));
-    EXPECT_EQ(Query("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Genovese"}, {"Thai"}}));
+    EXPECT_EQ(QueryRows("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Genovese"}, {"Thai"}}));
 }
 
 } // namespace

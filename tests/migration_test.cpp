@@ -95,18 +95,18 @@ void WriteFile(const std::string& path, const Form& form)
 {
     std::filesystem::remove(path);
     const PlainConnection file(path);
-    file.Execute("BEGIN;");
+    file.RunSQL("BEGIN;");
     for (const std::string& table : TablesOf(form))
-        file.Execute(table);
+        file.RunSQL(table);
     if (!form.NoIndexes)
         for (const std::string& index : CreateIndexStatements())
-            file.Execute(index);
-    file.Execute(Records);
+            file.RunSQL(index);
+    file.RunSQL(Records);
     for (const auto& [column, value] : AddedValues)
         if (!Lacks(form, column))
-            file.Execute(std::string("UPDATE ") + (column == std::string("SeedYield") ? "HarvestRecords" : "Plants") +
-                         " SET " + column + '=' + value + ';');
-    file.Execute("COMMIT;");
+            file.RunSQL(std::string("UPDATE ") + (column == std::string("SeedYield") ? "HarvestRecords" : "Plants") +
+                        " SET " + column + '=' + value + ';');
+    file.RunSQL("COMMIT;");
 }
 
 // A current file without records.
@@ -115,7 +115,7 @@ struct FreshFile : PlainConnection
     FreshFile() : PlainConnection(":memory:")
     {
         for (const std::string& table : CreateTableStatements())
-            Execute(table);
+            RunSQL(table);
     }
 };
 
@@ -151,11 +151,11 @@ class MigrationTest : public testing::Test
     void WriteFileWithEvents(const std::string& definition, const std::string& rows = {}) const
     {
         WriteFile(Path, Current);
-        Execute("DROP TABLE PlantEvents;" + definition + ';' + rows);
+        RunSQL("DROP TABLE PlantEvents;" + definition + ';' + rows);
     }
 
-    void Execute(const std::string& sql) const { PlainConnection(Path).Execute(sql); }
-    Rows Query(const std::string& sql) const { return PlainConnection(Path).Query(sql); }
+    void RunSQL(const std::string& sql) const { PlainConnection(Path).RunSQL(sql); }
+    Rows QueryRows(const std::string& sql) const { return PlainConnection(Path).QueryRows(sql); }
     std::string Content() const { return ::Content(PlainConnection(Path).NativeHandle()); }
 
     ScratchDirectory Scratch;
@@ -184,7 +184,7 @@ class EarlierFormTest : public MigrationTest, public testing::WithParamInterface
     {
         const CallRecorder recorder;
         Migrate();
-        EXPECT_EQ(recorder.Count(SQLiteCall::Finalize), recorder.Count(SQLiteCall::Prepare));
+        EXPECT_EQ(recorder.CallCount(SQLiteCall::Finalize), recorder.CallCount(SQLiteCall::Prepare));
         return recorder.Statements();
     }
 
@@ -206,7 +206,7 @@ void EarlierFormTest::ExpectCurrentTablesAndIndexes() const
     for (const std::string table : {"Plants", "HarvestRecords"})
     {
         const std::string query = "SELECT name,type,\"notnull\",dflt_value,pk FROM pragma_table_info('" + table + "');";
-        Rows columns = fresh.Query(query);
+        Rows columns = fresh.QueryRows(query);
         for (const AddedColumn& added : AddedColumns()) // those that were missing stand at the end
             if (added.Table == table && Lacks(File, added.Name))
             {
@@ -214,26 +214,26 @@ void EarlierFormTest::ExpectCurrentTablesAndIndexes() const
                 const auto place = std::find_if(columns.begin(), columns.end(), isThis);
                 std::rotate(place, place + 1, columns.end());
             }
-        EXPECT_EQ(Query(query), columns);
+        EXPECT_EQ(QueryRows(query), columns);
     }
 
     const Statements before = TablesOf(File);
     Rows tables;
     for (std::size_t i = 0; i < before.size(); ++i)
         if (i == 3 && File.OldEvents)
-            tables.push_back({Replaced(Stored(CreateTableStatements()[3]), "PlantEvents", "\"PlantEvents\"")});
+            tables.push_back({Replaced(StoredStatement(CreateTableStatements()[3]), "PlantEvents", "\"PlantEvents\"")});
         else if (i != 2 && i != 5) // what SQLite makes of these two when it adds a column is its own affair
-            tables.push_back({Stored(before[i])});
+            tables.push_back({StoredStatement(before[i])});
     std::sort(tables.begin(), tables.end());
-    EXPECT_EQ(Query("SELECT sql FROM sqlite_master WHERE type='table' AND name NOT IN ('Plants','HarvestRecords') "
-                    "ORDER BY sql;"),
+    EXPECT_EQ(QueryRows("SELECT sql FROM sqlite_master WHERE type='table' AND name NOT IN ('Plants','HarvestRecords') "
+                        "ORDER BY sql;"),
               tables);
     Rows indexes;
     for (const std::string& index : CreateIndexStatements())
-        indexes.push_back({Stored(index)});
+        indexes.push_back({StoredStatement(index)});
     std::sort(indexes.begin(), indexes.end());
-    EXPECT_EQ(Query("SELECT sql FROM sqlite_master WHERE type='index' AND sql IS NOT NULL ORDER BY sql;"), indexes);
-    EXPECT_EQ(Query("SELECT type FROM sqlite_master WHERE type NOT IN ('table','index');"), Rows{});
+    EXPECT_EQ(QueryRows("SELECT sql FROM sqlite_master WHERE type='index' AND sql IS NOT NULL ORDER BY sql;"), indexes);
+    EXPECT_EQ(QueryRows("SELECT type FROM sqlite_master WHERE type NOT IN ('table','index');"), Rows{});
 }
 
 void EarlierFormTest::ExpectEveryRecord() const
@@ -243,39 +243,41 @@ void EarlierFormTest::ExpectEveryRecord() const
     const std::string flipHeight = Value("FlipHeightCm", "40.5", "0.0");
     const std::string finalHeight = Value("FinalHeightCm", "120.25", "0.0");
     const std::string sex = Value("Sex", "Female", "Unknown");
-    EXPECT_EQ(file.Query("SELECT * FROM SchemaMeta;"), (Rows{{"a key", "a value"}}));
-    EXPECT_EQ(file.Query("SELECT * FROM Strains;"), (Rows{{"3", "Roma", "a breeder", "9", "keeps well"}}));
-    EXPECT_EQ(file.Query("SELECT ID,UUID,Name,Strain,MotherPlantID,Stage,Sex,Tent,PotSize,Medium,SeedDate,FlipHeightCm,"
-                         "FinalHeightCm,CloneDate,TransplantDate,FlipDate,HarvestDate,Notes FROM Plants;"),
-              (Rows{{"5", "m", "Mother", "Roma", "NULL", "Flower", sex, "Tent", "5 l", "soil", seedDate, flipHeight,
-                     finalHeight, "1", "2", "3", "4", "notes"},
-                    {"8", "c", "Clone", "", "5", "Veg", sex, "", "", "", seedDate, flipHeight, finalHeight, "", "", "",
-                     "", ""}}));
+    EXPECT_EQ(file.QueryRows("SELECT * FROM SchemaMeta;"), (Rows{{"a key", "a value"}}));
+    EXPECT_EQ(file.QueryRows("SELECT * FROM Strains;"), (Rows{{"3", "Roma", "a breeder", "9", "keeps well"}}));
+    EXPECT_EQ(
+        file.QueryRows("SELECT ID,UUID,Name,Strain,MotherPlantID,Stage,Sex,Tent,PotSize,Medium,SeedDate,FlipHeightCm,"
+                       "FinalHeightCm,CloneDate,TransplantDate,FlipDate,HarvestDate,Notes FROM Plants;"),
+        (Rows{{"5", "m", "Mother", "Roma", "NULL", "Flower", sex, "Tent", "5 l", "soil", seedDate, flipHeight,
+               finalHeight, "1", "2", "3", "4", "notes"},
+              {"8", "c", "Clone", "", "5", "Veg", sex, "", "", "", seedDate, flipHeight, finalHeight, "", "", "", "",
+               ""}}));
     if (File.OldEvents)
-        EXPECT_EQ(file.Query("SELECT * FROM PlantEvents;"), (Rows{{"11", "m", "2019-05-01", "Topped", ""},
-                                                                  {"12", "m", "2019-05-02", "Water", ""},
-                                                                  {"17", "c", "2019-05-03", "Harvest", ""},
-                                                                  {"19", "c", "", "Feed", "Fed 2 ml"}}));
+        EXPECT_EQ(file.QueryRows("SELECT * FROM PlantEvents;"), (Rows{{"11", "m", "2019-05-01", "Topped", ""},
+                                                                      {"12", "m", "2019-05-02", "Water", ""},
+                                                                      {"17", "c", "2019-05-03", "Harvest", ""},
+                                                                      {"19", "c", "", "Feed", "Fed 2 ml"}}));
     else
-        EXPECT_EQ(file.Query("SELECT * FROM PlantEvents;"), (Rows{{"11", "m", "2019-05-01", "Note", "Topped"},
-                                                                  {"12", "m", "2019-05-02", "Water", "Watered"},
-                                                                  {"17", "c", "2019-05-03", "Harvest", "Harvested"},
-                                                                  {"19", "c", "", "Feed", "Fed 2 ml"}}));
-    EXPECT_EQ(file.Query("SELECT * FROM PlantCareEntries;"),
+        EXPECT_EQ(file.QueryRows("SELECT * FROM PlantEvents;"), (Rows{{"11", "m", "2019-05-01", "Note", "Topped"},
+                                                                      {"12", "m", "2019-05-02", "Water", "Watered"},
+                                                                      {"17", "c", "2019-05-03", "Harvest", "Harvested"},
+                                                                      {"19", "c", "", "Feed", "Fed 2 ml"}}));
+    EXPECT_EQ(file.QueryRows("SELECT * FROM PlantCareEntries;"),
               (Rows{{"21", "12", "m", "2019-05-02", "Water", "water", "500.0", "1.25", "6.5", "20.0", "notes"},
                     {"23", "NULL", "m", "2019-05-04", "Feed", "", "0.0", "0.0", "0.0", "0.0", ""}}));
     EXPECT_EQ(
-        file.Query("SELECT ID,TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,SeedYield,"
-                   "CureOutcome,Notes FROM HarvestRecords;"),
+        file.QueryRows("SELECT ID,TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,SeedYield,"
+                       "CureOutcome,Notes FROM HarvestRecords;"),
         (Rows{
             {"31", "17", "c", "2019-05-03", "100.5", "20.25", "8.5", Value("SeedYield", "12", "0"), "good", "notes"}}));
-    EXPECT_EQ(file.Query("SELECT * FROM PlantPhotos;"), (Rows{{"41", "f", "m", "2019-05-05", "a/b.jpg", "caption"}}));
-    EXPECT_EQ(file.Query("SELECT * FROM PlantHealthObservations;"),
+    EXPECT_EQ(file.QueryRows("SELECT * FROM PlantPhotos;"),
+              (Rows{{"41", "f", "m", "2019-05-05", "a/b.jpg", "caption"}}));
+    EXPECT_EQ(file.QueryRows("SELECT * FROM PlantHealthObservations;"),
               (Rows{{"51", "m", "2019-05-06", "thrips", "3", "soap", "notes"}}));
-    EXPECT_EQ(file.Query("SELECT * FROM PlantJournalEntries;"),
+    EXPECT_EQ(file.QueryRows("SELECT * FROM PlantJournalEntries;"),
               (Rows{{"61", "c", "2019-05-07", "Topping", "above the fifth node"}}));
-    EXPECT_EQ(file.Query("PRAGMA foreign_key_check;"), Rows{});
-    EXPECT_EQ(file.Query("PRAGMA integrity_check;"), Rows{{"ok"}});
+    EXPECT_EQ(file.QueryRows("PRAGMA foreign_key_check;"), Rows{});
+    EXPECT_EQ(file.QueryRows("PRAGMA integrity_check;"), Rows{{"ok"}});
 }
 
 TEST_P(EarlierFormTest, IsBroughtUpToDateOnceAndKeepsEveryRecord)
@@ -319,7 +321,7 @@ TEST_F(MigrationTest, AMissingTableIsMadeAndTheOthersKeepTheirRecords)
         {
             WriteFile(Path, Current);
             for (const std::string& table : some)
-                Execute(work + table + ';');
+                RunSQL(work + table + ';');
             if (expected.empty())
                 expected = Content();
         }
@@ -338,7 +340,7 @@ TEST_F(MigrationTest, AColumnSpelledInOtherLettersIsNotTheColumn)
             std::transform(spelling.begin(), spelling.end(), spelling.begin(),
                            [&](char c) { return static_cast<char>(upper ? std::toupper(c) : std::tolower(c)); });
             WriteFile(Path, {{column.Name}});
-            Execute(Replaced(column.Statement, column.Name, spelling));
+            RunSQL(Replaced(column.Statement, column.Name, spelling));
             const std::string bytes = FileBytes(Path);
             ExpectFailure("duplicate column name: " + column.Name);
             EXPECT_EQ(FileBytes(Path), bytes);
@@ -373,7 +375,7 @@ TEST_F(MigrationTest, NotesThatWereTrainingBecomeItAndStockPhrasesGo)
                                          "(9223372036854775807,'nobody','later','Training','tied down'),"
                                          "(7,'c','x','Note','Defoliated'),(8,'c','x','Harvest','Harvested');");
     Migrate();
-    EXPECT_EQ(Query("SELECT * FROM PlantEvents;"),
+    EXPECT_EQ(QueryRows("SELECT * FROM PlantEvents;"),
               (Rows{{"-4", "m", "2019", "Topped", ""},
                     {"2", "m", "2019-05-02", "Water", ""},
                     {"3", "m", "", "Feed", "Fed 2 ml"},
@@ -414,7 +416,7 @@ TEST_F(MigrationTest, EveryTypeIsConvertedWithEveryText)
         }
     WriteFileWithEvents(UncheckedEvents, "BEGIN;" + insert + "COMMIT;");
     Migrate();
-    EXPECT_EQ(Query("SELECT EventType,Details FROM PlantEvents ORDER BY ID;"), expected);
+    EXPECT_EQ(QueryRows("SELECT EventType,Details FROM PlantEvents ORDER BY ID;"), expected);
 }
 
 TEST_F(MigrationTest, ARebuiltEventTableIsLinkedAndCheckedLikeANewOne)
@@ -428,10 +430,10 @@ TEST_F(MigrationTest, ARebuiltEventTableIsLinkedAndCheckedLikeANewOne)
     EXPECT_EQ(execute("INSERT INTO PlantEvents(PlantUUID) VALUES('nobody');"), SQLITE_CONSTRAINT);
     EXPECT_EQ(execute("DELETE FROM PlantEvents WHERE ID IN (12,17);"), SQLITE_OK);
     EXPECT_EQ(
-        Query("SELECT TimelineEventID FROM PlantCareEntries UNION ALL SELECT TimelineEventID FROM HarvestRecords;"),
+        QueryRows("SELECT TimelineEventID FROM PlantCareEntries UNION ALL SELECT TimelineEventID FROM HarvestRecords;"),
         (Rows{{"NULL"}, {"NULL"}, {"NULL"}}));
     EXPECT_EQ(execute("DELETE FROM Plants;"), SQLITE_OK);
-    EXPECT_EQ(Query("SELECT COUNT(*) FROM PlantEvents;"), Rows{{"0"}});
+    EXPECT_EQ(QueryRows("SELECT COUNT(*) FROM PlantEvents;"), Rows{{"0"}});
 }
 
 TEST_F(MigrationTest, TheEventTableIsOldIfItsDefinitionDoesNotNameTheNewestType)
@@ -451,7 +453,7 @@ TEST_F(MigrationTest, TheEventTableIsOldIfItsDefinitionDoesNotNameTheNewestType)
         definition.insert(definition.size() - 1, remark);
         WriteFileWithEvents(definition);
         Migrate();
-        EXPECT_EQ(Query("SELECT sql FROM sqlite_master WHERE name='PlantEvents';") == Rows{{definition}}, !old)
+        EXPECT_EQ(QueryRows("SELECT sql FROM sqlite_master WHERE name='PlantEvents';") == Rows{{definition}}, !old)
             << remark;
     }
 }
@@ -461,7 +463,7 @@ TEST_F(MigrationTest, AnEventTableUnderAnotherSpellingIsLeftAsItIs)
     const std::string definition = Replaced(UncheckedEvents, "PlantEvents", "plantevents");
     WriteFileWithEvents(definition);
     Migrate();
-    EXPECT_EQ(Query("SELECT sql FROM sqlite_master WHERE name='plantevents';"), Rows{{definition}});
+    EXPECT_EQ(QueryRows("SELECT sql FROM sqlite_master WHERE name='plantevents';"), Rows{{definition}});
 }
 
 TEST_F(MigrationTest, AViewInTheEventTablesPlaceIsRefusedAndLeftAsItIs)
@@ -469,7 +471,7 @@ TEST_F(MigrationTest, AViewInTheEventTablesPlaceIsRefusedAndLeftAsItIs)
     const std::string definition = "CREATE VIEW PlantEvents AS SELECT 1 AS PlantUUID";
     WriteFileWithEvents(definition);
     ExpectFailure("views may not be indexed");
-    EXPECT_EQ(Query("SELECT sql FROM sqlite_master WHERE name LIKE 'PlantEvents%';"), Rows{{definition}});
+    EXPECT_EQ(QueryRows("SELECT sql FROM sqlite_master WHERE name LIKE 'PlantEvents%';"), Rows{{definition}});
 }
 
 TEST_F(MigrationTest, AFailedRebuildTellsSQLitesReasonAndChangesNothing)
@@ -482,7 +484,7 @@ TEST_F(MigrationTest, AFailedRebuildTellsSQLitesReasonAndChangesNothing)
     for (const auto& [obstacle, reason] : obstacles)
     {
         WriteFile(Path, {{}, true, false});
-        Execute(obstacle);
+        RunSQL(obstacle);
         const std::string before = Content();
         ExpectFailure(reason);
         EXPECT_EQ(Content(), before);
@@ -497,7 +499,7 @@ TEST_F(MigrationTest, AFailedRebuildThatCannotBeTakenBackIsTakenBackByClosing)
     for (const auto& [statement, number, reason] : recoveries)
     {
         WriteFile(Path, {{}, true, false});
-        Execute("CREATE TABLE PlantEvents_Migrated (ID);");
+        RunSQL("CREATE TABLE PlantEvents_Migrated (ID);");
         const std::string before = Content();
         {
             const CallRecorder recorder;
@@ -507,7 +509,7 @@ TEST_F(MigrationTest, AFailedRebuildThatCannotBeTakenBackIsTakenBackByClosing)
             EXPECT_EQ(recorder.Statements().back(), "PRAGMA foreign_keys=ON;");
         }
         EXPECT_EQ(Content(), before);
-        Execute("DROP TABLE PlantEvents_Migrated;");
+        RunSQL("DROP TABLE PlantEvents_Migrated;");
         Migrate();
     }
 }
@@ -518,7 +520,7 @@ TEST_F(MigrationTest, ARebuildWaitsForTheFileAndGivesUp)
     const std::string before = Content();
     {
         const PlainConnection other(Path);
-        other.Execute("BEGIN IMMEDIATE;");
+        other.RunSQL("BEGIN IMMEDIATE;");
         const auto start = std::chrono::steady_clock::now();
         ExpectFailure(NoTransaction);
         const auto waited = std::chrono::steady_clock::now() - start;
@@ -533,7 +535,7 @@ TEST_F(MigrationTest, ACurrentFileOpensWhileItIsBeingWritten)
 {
     WriteFile(Path, Current);
     const PlainConnection other(Path);
-    other.Execute("BEGIN IMMEDIATE;");
+    other.RunSQL("BEGIN IMMEDIATE;");
     const auto start = std::chrono::steady_clock::now();
     Migrate();
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2'400));
@@ -628,7 +630,7 @@ bool IsLookUp(const std::string& sql)
 TEST_P(InterruptionTest, OfAStatementEndsTheOpening)
 {
     const auto rebuild = std::find(Opening.begin(), Opening.end(), "PRAGMA foreign_keys=OFF;") - Opening.begin();
-    const Rows events = GetParam().Exists ? PlainConnection(Original).Query("SELECT * FROM PlantEvents;") : Rows{};
+    const Rows events = GetParam().Exists ? PlainConnection(Original).QueryRows("SELECT * FROM PlantEvents;") : Rows{};
     int number = 0;
     for (std::ptrdiff_t place = 0; place < std::ssize(Opening); ++place)
     {
@@ -651,11 +653,11 @@ TEST_P(InterruptionTest, OfAStatementEndsTheOpening)
         ExpectFailed(rebuilding && !inTransaction ? NoTransaction : "not an error");
         if (rebuilding && step < 7)
         {
-            EXPECT_EQ(Query("SELECT * FROM PlantEvents;"), events);
+            EXPECT_EQ(QueryRows("SELECT * FROM PlantEvents;"), events);
         }
         if (!GetParam().Exists)
         {
-            EXPECT_EQ(Query("SELECT COUNT(*) FROM sqlite_master WHERE sql IS NOT NULL;"),
+            EXPECT_EQ(QueryRows("SELECT COUNT(*) FROM sqlite_master WHERE sql IS NOT NULL;"),
                       Rows{{std::to_string(std::max(number - 2, 0))}});
         }
         ExpectThatNothingIsLost();

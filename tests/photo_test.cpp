@@ -37,7 +37,7 @@ class PhotoTest : public JournalTest
 
     Rows StoredPhotos() const
     {
-        return Query("SELECT ID,UUID,PlantUUID,PhotoDate,FilePath,Caption FROM PlantPhotos ORDER BY ID;");
+        return QueryRows("SELECT ID,UUID,PlantUUID,PhotoDate,FilePath,Caption FROM PlantPhotos ORDER BY ID;");
     }
 
     Plant Basil;
@@ -79,7 +79,7 @@ TEST_F(PhotoTest, EachOperationRunsItsStatement)
                     "BY PhotoDate DESC,ID DESC;"}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeletePlantPhoto("photo"); }),
               (Statements{"DELETE FROM PlantPhotos WHERE UUID=?;"}));
-    EXPECT_EQ(Count("PlantPhotos"), 0);
+    EXPECT_EQ(RowCount("PlantPhotos"), 0);
 }
 
 TEST_F(PhotoTest, CreateGivesAPhotoWithoutAUUIDANewOne)
@@ -88,7 +88,7 @@ TEST_F(PhotoTest, CreateGivesAPhotoWithoutAUUIDANewOne)
     const PlantPhoto second = NewPhoto("");
     EXPECT_EQ(first.UUID.size(), 36U);
     EXPECT_NE(first.UUID, second.UUID);
-    EXPECT_EQ(Query("SELECT UUID FROM PlantPhotos ORDER BY ID;"), (Rows{{first.UUID}, {second.UUID}}));
+    EXPECT_EQ(QueryRows("SELECT UUID FROM PlantPhotos ORDER BY ID;"), (Rows{{first.UUID}, {second.UUID}}));
 }
 
 TEST_F(PhotoTest, APhotoWithoutAPlantOrAFileIsRefusedAtOnceAndGetsNoUUID)
@@ -98,7 +98,7 @@ TEST_F(PhotoTest, APhotoWithoutAPlantOrAFileIsRefusedAtOnceAndGetsNoUUID)
         PlantPhoto photo = Full("");
         (photo.*field).clear();
         const PlantPhoto before = photo;
-        EXPECT_TRUE(Refused([&] { return Repository.CreatePlantPhoto(photo); }));
+        EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.CreatePlantPhoto(photo); }));
         EXPECT_EQ(photo, before);
     }
 }
@@ -110,7 +110,7 @@ TEST_F(PhotoTest, AnUpdateWithoutAUUIDAPlantOrAFileIsRefusedAtOnce)
     {
         PlantPhoto photo = stored;
         (photo.*field).clear();
-        EXPECT_TRUE(Refused([&] { return Repository.UpdatePlantPhoto(photo); }));
+        EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.UpdatePlantPhoto(photo); }));
     }
 }
 
@@ -122,7 +122,7 @@ TEST_F(PhotoTest, AUUIDThatExistsIsRefused)
     EXPECT_FALSE(Repository.CreatePlantPhoto(second));
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "UNIQUE constraint failed: PlantPhotos.UUID");
     EXPECT_EQ(second.ID, 99);
-    EXPECT_EQ(Count("PlantPhotos"), 1);
+    EXPECT_EQ(RowCount("PlantPhotos"), 1);
 }
 
 TEST_F(PhotoTest, APhotoOfAnUnknownPlantIsRefusedButKeepsItsNewUUID)
@@ -133,7 +133,7 @@ TEST_F(PhotoTest, APhotoOfAnUnknownPlantIsRefusedButKeepsItsNewUUID)
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "FOREIGN KEY constraint failed");
     EXPECT_EQ(photo.UUID.size(), 36U);
     EXPECT_EQ(photo.ID, 99);
-    EXPECT_EQ(Count("PlantPhotos"), 0);
+    EXPECT_EQ(RowCount("PlantPhotos"), 0);
 }
 
 TEST_F(PhotoTest, AnEmptyDateAndCaptionStayEmpty)
@@ -152,9 +152,9 @@ TEST_F(PhotoTest, DeleteTakesThePhotoWithExactlyThatUUID)
     NewPhoto("Photo");
     for (const char* unknown : {"PHOTO", "phot", "photo "})
         EXPECT_TRUE(Repository.DeletePlantPhoto(unknown));
-    EXPECT_EQ(Count("PlantPhotos"), 2);
+    EXPECT_EQ(RowCount("PlantPhotos"), 2);
     EXPECT_TRUE(Repository.DeletePlantPhoto("photo"));
-    EXPECT_EQ(Query("SELECT UUID FROM PlantPhotos;"), (Rows{{"Photo"}}));
+    EXPECT_EQ(QueryRows("SELECT UUID FROM PlantPhotos;"), (Rows{{"Photo"}}));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "support/journal_test.h"
-#include "testing/statements.h"
+#include "testing/operation_statements.h"
 
 #include <climits>
 #include <regex>
@@ -74,7 +74,7 @@ TEST_F(PlantTest, CreateStoresEveryFieldInItsColumn)
     Plant expected = FullPlant(mother.UUID);
     expected.ID = 2;
     EXPECT_EQ(basil, expected);
-    EXPECT_EQ(Query(EveryColumn).at(1),
+    EXPECT_EQ(QueryRows(EveryColumn).at(1),
               (Row{"2", "basil", "Basil", "Genovese", "1", "Flower", "Female", "Window", "11 l", "Coco", "2024-01-01",
                    "30.25", "61.5", "2024-02-02", "2024-03-03", "2024-04-04", "2024-05-05", "Likes the sun"}));
     EXPECT_EQ(ListedPlants(), (std::vector{mother, expected}));
@@ -86,8 +86,8 @@ TEST_F(PlantTest, CreateOfABarePlantStoresTheDefaults)
     Plant plant;
     plant.UUID = "bare";
     ASSERT_TRUE(Repository.CreatePlant(plant));
-    EXPECT_EQ(Query(EveryColumn), (Rows{{"1", "bare", "", "", "NULL", "Veg", "Unknown", "", "", "", "", "0.0", "0.0",
-                                         "", "", "", "", ""}}));
+    EXPECT_EQ(QueryRows(EveryColumn), (Rows{{"1", "bare", "", "", "NULL", "Veg", "Unknown", "", "", "", "", "0.0",
+                                             "0.0", "", "", "", "", ""}}));
     EXPECT_EQ(StoredPlant("bare"), plant);
 }
 
@@ -97,21 +97,21 @@ TEST_F(PlantTest, UpdateOverwritesEveryFieldButTheIdentifiers)
     const Plant mother = NewPlant("Second");
     Plant basil = Named("basil", "Unnamed");
     ASSERT_TRUE(Repository.CreatePlant(basil));
-    const Rows others = Query("SELECT * FROM Plants WHERE ID<3;");
+    const Rows others = QueryRows("SELECT * FROM Plants WHERE ID<3;");
 
     const Plant changed = FullPlant(mother.UUID); // its ID is no plant's
     ASSERT_TRUE(Repository.UpdatePlant(changed));
 
     Plant expected = changed;
     expected.ID = 3;
-    EXPECT_EQ(Query(EveryColumn).at(2),
+    EXPECT_EQ(QueryRows(EveryColumn).at(2),
               (Row{"3", "basil", "Basil", "Genovese", "2", "Flower", "Female", "Window", "11 l", "Coco", "2024-01-01",
                    "30.25", "61.5", "2024-02-02", "2024-03-03", "2024-04-04", "2024-05-05", "Likes the sun"}));
     EXPECT_EQ(StoredPlant("basil"), expected);
-    EXPECT_EQ(Query("SELECT * FROM Plants WHERE ID<3;"), others);
+    EXPECT_EQ(QueryRows("SELECT * FROM Plants WHERE ID<3;"), others);
 
     ASSERT_TRUE(Repository.UpdatePlant(Named("basil", "")));
-    EXPECT_EQ(Query(EveryColumn).at(2),
+    EXPECT_EQ(QueryRows(EveryColumn).at(2),
               (Row{"3", "basil", "", "", "NULL", "Veg", "Unknown", "", "", "", "", "0.0", "0.0", "", "", "", "", ""}));
 }
 
@@ -141,7 +141,7 @@ TEST_F(PlantTest, EachOperationRunsItsStatements)
     EXPECT_EQ(StatementsOf([&] { Repository.ListPlants(plants); }), (Statements{SQL::ListPlants}));
     EXPECT_EQ(StatementsOf([&] { Repository.GetPlant("plain", plain); }), (Statements{SQL::ListPlants}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeletePlant("plain"); }), (Statements{"DELETE FROM Plants WHERE UUID=?;"}));
-    EXPECT_EQ(Count("Plants"), 4);
+    EXPECT_EQ(RowCount("Plants"), 4);
 }
 
 TEST_F(PlantTest, CreateGivesAPlantWithoutAUUIDANewOne)
@@ -152,7 +152,7 @@ TEST_F(PlantTest, CreateGivesAPlantWithoutAUUIDANewOne)
     EXPECT_TRUE(std::regex_match(first.UUID, version4)) << first.UUID;
     EXPECT_TRUE(std::regex_match(second.UUID, version4)) << second.UUID;
     EXPECT_NE(first.UUID, second.UUID);
-    EXPECT_EQ(Query("SELECT UUID FROM Plants ORDER BY ID;"), (Rows{{first.UUID}, {second.UUID}}));
+    EXPECT_EQ(QueryRows("SELECT UUID FROM Plants ORDER BY ID;"), (Rows{{first.UUID}, {second.UUID}}));
 }
 
 TEST_F(PlantTest, AUUIDThatExistsIsRefused)
@@ -166,7 +166,7 @@ TEST_F(PlantTest, AUUIDThatExistsIsRefused)
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "UNIQUE constraint failed: Plants.UUID");
     EXPECT_EQ(second.ID, 77);
     EXPECT_EQ(second.UUID, "basil");
-    EXPECT_EQ(Query("SELECT Name FROM Plants WHERE UUID='basil';"), (Rows{{"First"}}));
+    EXPECT_EQ(QueryRows("SELECT Name FROM Plants WHERE UUID='basil';"), (Rows{{"First"}}));
 
     Plant otherCase = Named("Basil", "Third");
     EXPECT_TRUE(Repository.CreatePlant(otherCase));
@@ -178,7 +178,7 @@ TEST_F(PlantTest, ANewStrainIsRegisteredWithDefaults)
     Plant moved = NewPlant("Mint", "Spearmint");
     moved.Strain = "Peppermint";
     ASSERT_TRUE(Repository.UpdatePlant(moved));
-    EXPECT_EQ(Query("SELECT Name,Breeder,FloweringWeeks,Notes FROM Strains ORDER BY ID;"),
+    EXPECT_EQ(QueryRows("SELECT Name,Breeder,FloweringWeeks,Notes FROM Strains ORDER BY ID;"),
               (Rows{{"Genovese", "", "0", ""}, {"Spearmint", "", "0", ""}, {"Peppermint", "", "0", ""}}));
 }
 
@@ -192,22 +192,22 @@ TEST_F(PlantTest, AKnownStrainIsLeftAsItIs)
     ASSERT_TRUE(Repository.CreateStrain(genovese));
     Plant basil = NewPlant("Basil", "Genovese");
     ASSERT_TRUE(Repository.UpdatePlant(basil));
-    EXPECT_EQ(Query("SELECT * FROM Strains;"), (Rows{{"1", "Genovese", "Aunt Rosa", "8", "From the balcony"}}));
+    EXPECT_EQ(QueryRows("SELECT * FROM Strains;"), (Rows{{"1", "Genovese", "Aunt Rosa", "8", "From the balcony"}}));
 }
 
 TEST_F(PlantTest, StrainNamesThatDifferInCaseAreTwoStrains)
 {
     NewPlant("One", "Genovese");
     NewPlant("Two", "genovese");
-    EXPECT_EQ(Query("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Genovese"}, {"genovese"}}));
+    EXPECT_EQ(QueryRows("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Genovese"}, {"genovese"}}));
 }
 
 TEST_F(PlantTest, APlantWithoutAStrainRegistersNone)
 {
     Plant plant = NewPlant("Basil");
     ASSERT_TRUE(Repository.UpdatePlant(plant));
-    EXPECT_EQ(Query("SELECT Strain FROM Plants;"), (Rows{{""}}));
-    EXPECT_EQ(Count("Strains"), 0);
+    EXPECT_EQ(QueryRows("SELECT Strain FROM Plants;"), (Rows{{""}}));
+    EXPECT_EQ(RowCount("Strains"), 0);
 }
 
 TEST_F(PlantTest, ARefusedPlantStillRegistersItsStrain)
@@ -230,7 +230,7 @@ TEST_F(PlantTest, ARefusedPlantStillRegistersItsStrain)
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.UpdatePlant(moved)); }),
               (Statements{SQL::RegisterStrain, SQL::ListPlants}));
 
-    EXPECT_EQ(Query("SELECT Name FROM Strains ORDER BY ID;"),
+    EXPECT_EQ(QueryRows("SELECT Name FROM Strains ORDER BY ID;"),
               (Rows{{"Of an orphan"}, {"Of a twin"}, {"Of the moved"}}));
     EXPECT_EQ(ListedPlants(), (std::vector{stored}));
 }
@@ -274,15 +274,15 @@ TEST_F(PlantTest, AMotherIsReadBackUntilSheIsDeleted)
     EXPECT_EQ(StoredPlant(clone.UUID).MotherPlantUUID, mother.UUID);
     ASSERT_TRUE(Repository.DeletePlant(mother.UUID));
     EXPECT_EQ(StoredPlant(clone.UUID).MotherPlantUUID, "");
-    EXPECT_EQ(Query("SELECT MotherPlantID FROM Plants;"), (Rows{{"NULL"}}));
+    EXPECT_EQ(QueryRows("SELECT MotherPlantID FROM Plants;"), (Rows{{"NULL"}}));
 }
 
 TEST_F(PlantTest, AMotherThatIsGoneFromTheTableReadsBackAsNone)
 {
     const Plant mother = NewPlant("Mother");
     const Plant clone = NewPlant("Clone", "", mother.UUID);
-    Execute("PRAGMA foreign_keys=OFF; DELETE FROM Plants WHERE ID=1; PRAGMA foreign_keys=ON;");
-    EXPECT_EQ(Query("SELECT MotherPlantID FROM Plants;"), (Rows{{"1"}}));
+    RunSQL("PRAGMA foreign_keys=OFF; DELETE FROM Plants WHERE ID=1; PRAGMA foreign_keys=ON;");
+    EXPECT_EQ(QueryRows("SELECT MotherPlantID FROM Plants;"), (Rows{{"1"}}));
     EXPECT_EQ(StoredPlant(clone.UUID).MotherPlantUUID, "");
 }
 
@@ -296,7 +296,7 @@ TEST_F(PlantTest, UpdateSetsAndClearsTheMother)
         ASSERT_TRUE(Repository.UpdatePlant(clone));
         EXPECT_EQ(StoredPlant(clone.UUID).MotherPlantUUID, uuid);
     }
-    EXPECT_EQ(Count("Plants", "MotherPlantID IS NULL"), 2);
+    EXPECT_EQ(RowCount("Plants", "MotherPlantID IS NULL"), 2);
 }
 
 TEST_F(PlantTest, GetFindsThePlantWithExactlyThatUUID)
@@ -434,13 +434,13 @@ TEST_F(PlantTest, DeleteTakesAllThatBelongsToThePlantAndNothingElse)
     }
 
     ASSERT_TRUE(Repository.DeletePlant(basil.UUID));
-    EXPECT_EQ(Query("SELECT UUID FROM Plants;"), (Rows{{mint.UUID}}));
+    EXPECT_EQ(QueryRows("SELECT UUID FROM Plants;"), (Rows{{mint.UUID}}));
     for (const char* table :
          {"PlantCareEntries", "HarvestRecords", "PlantPhotos", "PlantHealthObservations", "PlantJournalEntries"})
-        EXPECT_EQ(Query(std::string("SELECT PlantUUID FROM ") + table + ";"), (Rows{{mint.UUID}})) << table;
-    EXPECT_EQ(Count("PlantEvents", "PlantUUID='" + mint.UUID + "'"), 3);
-    EXPECT_EQ(Count("PlantEvents"), 3);
-    EXPECT_EQ(Query("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Genovese"}, {"Spearmint"}}));
+        EXPECT_EQ(QueryRows(std::string("SELECT PlantUUID FROM ") + table + ";"), (Rows{{mint.UUID}})) << table;
+    EXPECT_EQ(RowCount("PlantEvents", "PlantUUID='" + mint.UUID + "'"), 3);
+    EXPECT_EQ(RowCount("PlantEvents"), 3);
+    EXPECT_EQ(QueryRows("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Genovese"}, {"Spearmint"}}));
 }
 
 TEST_F(PlantTest, DeleteComparesTheUUIDExactly)
@@ -448,9 +448,9 @@ TEST_F(PlantTest, DeleteComparesTheUUIDExactly)
     Plant basil = Named("basil", "Basil");
     ASSERT_TRUE(Repository.CreatePlant(basil));
     EXPECT_TRUE(Repository.DeletePlant("BASIL"));
-    EXPECT_EQ(Count("Plants"), 1);
+    EXPECT_EQ(RowCount("Plants"), 1);
     EXPECT_TRUE(Repository.DeletePlant("basil"));
-    EXPECT_EQ(Count("Plants"), 0);
+    EXPECT_EQ(RowCount("Plants"), 0);
 }
 
 TEST_F(PlantTest, StagesAndSexesAreStoredByTheirNames)
@@ -470,7 +470,7 @@ TEST_F(PlantTest, StagesAndSexesAreStoredByTheirNames)
             plant.Stage = stage;
             plant.Sex = sex;
             ASSERT_TRUE(Repository.UpdatePlant(plant));
-            EXPECT_EQ(Query("SELECT Stage,Sex FROM Plants;"), (Rows{{stageName, sexName}}));
+            EXPECT_EQ(QueryRows("SELECT Stage,Sex FROM Plants;"), (Rows{{stageName, sexName}}));
             EXPECT_EQ(StoredPlant(plant.UUID), plant);
         }
 }
@@ -483,7 +483,7 @@ TEST_F(PlantTest, NumbersOutsideTheEnumerationsAreStoredAsTheDefaults)
         plant.Stage = static_cast<PlantStage>(number);
         plant.Sex = static_cast<PlantSex>(number);
         ASSERT_TRUE(Repository.UpdatePlant(plant));
-        EXPECT_EQ(Query("SELECT Stage,Sex FROM Plants;"), (Rows{{"Veg", "Unknown"}}));
+        EXPECT_EQ(QueryRows("SELECT Stage,Sex FROM Plants;"), (Rows{{"Veg", "Unknown"}}));
     }
 }
 
@@ -493,7 +493,7 @@ TEST_F(PlantTest, StoredNamesThatAreUnknownReadAsTheDefaults)
     plant.Stage = PlantStage::Dry;
     plant.Sex = PlantSex::Male;
     ASSERT_TRUE(Repository.UpdatePlant(plant));
-    Execute("PRAGMA ignore_check_constraints=ON; UPDATE Plants SET Stage='dry',Sex='Both';");
+    RunSQL("PRAGMA ignore_check_constraints=ON; UPDATE Plants SET Stage='dry',Sex='Both';");
     EXPECT_EQ(StoredPlant(plant.UUID).Stage, PlantStage::Veg);
     EXPECT_EQ(StoredPlant(plant.UUID).Sex, PlantSex::Unknown);
 }
@@ -509,7 +509,7 @@ TEST_F(PlantTest, AStageThatTheFileDoesNotAllowIsRefused)
     EXPECT_EQ(seed.ID, 0);
     stored.Stage = PlantStage::Seed;
     EXPECT_FALSE(Repository.UpdatePlant(stored));
-    EXPECT_EQ(Query("SELECT Stage FROM Plants;"), (Rows{{"Veg"}}));
+    EXPECT_EQ(QueryRows("SELECT Stage FROM Plants;"), (Rows{{"Veg"}}));
 }
 
 } // namespace

@@ -561,7 +561,7 @@ TEST_F(CareShortFormTest, AnEntryWithoutAnEventWhoseSaveFailsStaysWithoutOne)
             entry.TimelineEventID = 0;
             return entry;
         });
-    EXPECT_EQ(Count("PlantEvents"), 0);
+    EXPECT_EQ(RowCount("PlantEvents"), 0);
 }
 
 using PlantShortFormTest = ShortFormTest<Plant>;

@@ -1,7 +1,7 @@
 // The form of a journal file, as other programs see it, and what it enforces.
 
 #include "support/journal_test.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 #include "testing/schema_statements.h"
 
 #include <algorithm>
@@ -116,18 +116,18 @@ class TableTest : public JournalTest, public testing::WithParamInterface<TableFo
 
 TEST_P(TableTest, HasTheseColumnsInThisOrder)
 {
-    EXPECT_EQ(Query("SELECT name,type,\"notnull\",dflt_value,pk FROM pragma_table_info('" + GetParam().Name +
-                    "') ORDER BY cid;"),
+    EXPECT_EQ(QueryRows("SELECT name,type,\"notnull\",dflt_value,pk FROM pragma_table_info('" + GetParam().Name +
+                        "') ORDER BY cid;"),
               GetParam().Columns);
 }
 
 TEST_P(TableTest, RefersToTheseTables)
 {
-    EXPECT_EQ(Query("SELECT \"from\",\"table\",\"to\",on_delete FROM pragma_foreign_key_list('" + GetParam().Name +
-                    "') ORDER BY 1;"),
+    EXPECT_EQ(QueryRows("SELECT \"from\",\"table\",\"to\",on_delete FROM pragma_foreign_key_list('" + GetParam().Name +
+                        "') ORDER BY 1;"),
               GetParam().ForeignKeys);
-    EXPECT_EQ(Query("SELECT 1 FROM pragma_foreign_key_list('" + GetParam().Name +
-                    "') WHERE on_update<>'NO ACTION' OR \"match\"<>'NONE';"),
+    EXPECT_EQ(QueryRows("SELECT 1 FROM pragma_foreign_key_list('" + GetParam().Name +
+                        "') WHERE on_update<>'NO ACTION' OR \"match\"<>'NONE';"),
               Rows{});
 }
 
@@ -136,8 +136,8 @@ TEST_P(TableTest, HoldsTheseValuesOnce)
     Rows expected;
     for (const std::string& column : GetParam().Unique)
         expected.push_back({column});
-    EXPECT_EQ(Query("SELECT i.name FROM pragma_index_list('" + GetParam().Name +
-                    "') l, pragma_index_info(l.name) i WHERE l.\"unique\" ORDER BY 1;"),
+    EXPECT_EQ(QueryRows("SELECT i.name FROM pragma_index_list('" + GetParam().Name +
+                        "') l, pragma_index_info(l.name) i WHERE l.\"unique\" ORDER BY 1;"),
               expected);
 }
 
@@ -152,9 +152,9 @@ class SchemaTest : public JournalTest
     // Whether the file takes a row. It is not kept.
     bool Takes(const std::string& insert) const
     {
-        Execute("SAVEPOINT trial;");
+        RunSQL("SAVEPOINT trial;");
         const int result = sqlite3_exec(Database.NativeHandle(), insert.c_str(), nullptr, nullptr, nullptr);
-        Execute("ROLLBACK TO trial; RELEASE trial;");
+        RunSQL("ROLLBACK TO trial; RELEASE trial;");
         EXPECT_TRUE(result == SQLITE_OK || result == SQLITE_CONSTRAINT) << insert;
         return result == SQLITE_OK;
     }
@@ -165,21 +165,21 @@ TEST_F(SchemaTest, TheFileHoldsTheTablesAndIndexesToTheByteAndNothingElse)
     std::set<std::string> expected;
     for (const Statements& statements : {CreateTableStatements(), CreateIndexStatements()})
         for (const std::string& statement : statements)
-            expected.insert(Stored(statement));
+            expected.insert(StoredStatement(statement));
     std::set<std::string> stored;
-    for (const Row& row : Query("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL;"))
+    for (const Row& row : QueryRows("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL;"))
         stored.insert(row[0]);
     EXPECT_EQ(stored, expected);
     EXPECT_EQ(expected.size(), 16U);
-    EXPECT_EQ(Query("SELECT name FROM sqlite_master WHERE sql IS NULL AND name NOT LIKE 'sqlite_autoindex_%';"),
+    EXPECT_EQ(QueryRows("SELECT name FROM sqlite_master WHERE sql IS NULL AND name NOT LIKE 'sqlite_autoindex_%';"),
               Rows{});
-    EXPECT_EQ(Query("SELECT type,COUNT(*) FROM sqlite_master WHERE sql IS NOT NULL GROUP BY type ORDER BY type;"),
+    EXPECT_EQ(QueryRows("SELECT type,COUNT(*) FROM sqlite_master WHERE sql IS NOT NULL GROUP BY type ORDER BY type;"),
               (Rows{{"index", "7"}, {"table", "9"}}));
 }
 
 TEST_F(SchemaTest, TheTablesAreCalledLikeThis)
 {
-    EXPECT_EQ(Query("SELECT name FROM sqlite_master WHERE type='table' ORDER BY rowid;"),
+    EXPECT_EQ(QueryRows("SELECT name FROM sqlite_master WHERE type='table' ORDER BY rowid;"),
               (Rows{{"SchemaMeta"},
                     {"Strains"},
                     {"Plants"},
@@ -194,10 +194,10 @@ TEST_F(SchemaTest, TheTablesAreCalledLikeThis)
 TEST_F(SchemaTest, TheFileCarriesNoMarksOfItsOwn)
 {
     for (const std::string pragma : {"user_version", "application_id"})
-        EXPECT_EQ(Query("PRAGMA " + pragma + ';'), Rows{{"0"}}) << pragma;
-    EXPECT_EQ(Query("PRAGMA journal_mode;"), Rows{{"delete"}});
-    EXPECT_EQ(Query("PRAGMA encoding;"), Rows{{"UTF-8"}});
-    EXPECT_EQ(Query("PRAGMA integrity_check;"), Rows{{"ok"}});
+        EXPECT_EQ(QueryRows("PRAGMA " + pragma + ';'), Rows{{"0"}}) << pragma;
+    EXPECT_EQ(QueryRows("PRAGMA journal_mode;"), Rows{{"delete"}});
+    EXPECT_EQ(QueryRows("PRAGMA encoding;"), Rows{{"UTF-8"}});
+    EXPECT_EQ(QueryRows("PRAGMA integrity_check;"), Rows{{"ok"}});
 }
 
 TEST_F(SchemaTest, TheIndexesHaveTheseKeys)
@@ -214,21 +214,21 @@ TEST_F(SchemaTest, TheIndexesHaveTheseKeys)
         expected.push_back({index, table, date, "1"});
         expected.push_back({index, table, "ID", "1"});
     }
-    EXPECT_EQ(Query("SELECT m.name,m.tbl_name,k.name,k.\"desc\" FROM sqlite_master m, pragma_index_xinfo(m.name) k "
-                    "WHERE m.type='index' AND m.sql IS NOT NULL AND k.\"key\" ORDER BY m.rowid,k.seqno;"),
+    EXPECT_EQ(QueryRows("SELECT m.name,m.tbl_name,k.name,k.\"desc\" FROM sqlite_master m, pragma_index_xinfo(m.name) k "
+                        "WHERE m.type='index' AND m.sql IS NOT NULL AND k.\"key\" ORDER BY m.rowid,k.seqno;"),
               expected);
 }
 
 TEST_F(SchemaTest, ARowThatSaysNothingReadsAsADefaultRecord)
 {
-    Execute("INSERT INTO Strains(ID,Name) VALUES(1,'s');"
-            "INSERT INTO Plants(ID,UUID,Name) VALUES(1,'p','');"
-            "INSERT INTO PlantEvents(ID,PlantUUID) VALUES(1,'p');"
-            "INSERT INTO PlantCareEntries(ID,PlantUUID) VALUES(1,'p');"
-            "INSERT INTO HarvestRecords(ID,PlantUUID) VALUES(1,'p');"
-            "INSERT INTO PlantPhotos(ID,UUID,PlantUUID,FilePath) VALUES(1,'f','p','');"
-            "INSERT INTO PlantHealthObservations(ID,PlantUUID,Issue) VALUES(1,'p','');"
-            "INSERT INTO PlantJournalEntries(ID,PlantUUID) VALUES(1,'p');");
+    RunSQL("INSERT INTO Strains(ID,Name) VALUES(1,'s');"
+           "INSERT INTO Plants(ID,UUID,Name) VALUES(1,'p','');"
+           "INSERT INTO PlantEvents(ID,PlantUUID) VALUES(1,'p');"
+           "INSERT INTO PlantCareEntries(ID,PlantUUID) VALUES(1,'p');"
+           "INSERT INTO HarvestRecords(ID,PlantUUID) VALUES(1,'p');"
+           "INSERT INTO PlantPhotos(ID,UUID,PlantUUID,FilePath) VALUES(1,'f','p','');"
+           "INSERT INTO PlantHealthObservations(ID,PlantUUID,Issue) VALUES(1,'p','');"
+           "INSERT INTO PlantJournalEntries(ID,PlantUUID) VALUES(1,'p');");
     // The record that is read, with all that the row did say set back.
     const auto withoutKeys = [](auto record)
     {
@@ -273,7 +273,7 @@ TEST_F(SchemaTest, AColumnOfNamesTakesItsNamesAndNoOthers)
         {"INSERT INTO PlantJournalEntries(PlantUUID,Type) VALUES('p','?');",
          {"Observation", "Training", "Pruning", "Topping", "Defoliation", "Milestone"}},
     };
-    Execute("INSERT INTO Plants(UUID,Name) VALUES('p','');");
+    RunSQL("INSERT INTO Plants(UUID,Name) VALUES('p','');");
     std::set<std::string> words;
     for (const auto& column : columns)
         words.insert(column.Names.begin(), column.Names.end());
@@ -295,7 +295,7 @@ TEST_F(SchemaTest, AColumnOfNamesTakesItsNamesAndNoOthers)
 
 TEST_F(SchemaTest, ASeverityIsFromOneToFive)
 {
-    Execute("INSERT INTO Plants(UUID,Name) VALUES('p','');");
+    RunSQL("INSERT INTO Plants(UUID,Name) VALUES('p','');");
     for (int severity = -1; severity <= 7; ++severity)
         EXPECT_EQ(Takes("INSERT INTO PlantHealthObservations(PlantUUID,Issue,Severity) VALUES('p','thrips'," +
                         std::to_string(severity) + ");"),
@@ -305,10 +305,10 @@ TEST_F(SchemaTest, ASeverityIsFromOneToFive)
 
 TEST_F(SchemaTest, WhatMustBeUniqueIsAndNamesDifferByCase)
 {
-    Execute("INSERT INTO Strains(Name) VALUES('Roma');"
-            "INSERT INTO Plants(UUID,Name) VALUES('p','Name');"
-            "INSERT INTO HarvestRecords(PlantUUID) VALUES('p');"
-            "INSERT INTO PlantPhotos(UUID,PlantUUID,FilePath) VALUES('f','p','');");
+    RunSQL("INSERT INTO Strains(Name) VALUES('Roma');"
+           "INSERT INTO Plants(UUID,Name) VALUES('p','Name');"
+           "INSERT INTO HarvestRecords(PlantUUID) VALUES('p');"
+           "INSERT INTO PlantPhotos(UUID,PlantUUID,FilePath) VALUES('f','p','');");
     const std::pair<std::string, bool> rows[] = {
         {"Strains(Name) VALUES('Roma')", false},
         {"Strains(Name) VALUES('roma')", true},
@@ -324,7 +324,7 @@ TEST_F(SchemaTest, WhatMustBeUniqueIsAndNamesDifferByCase)
 
 TEST_F(SchemaTest, ARowOfAnUnknownPlantOrEventIsRefused)
 {
-    Execute("INSERT INTO Plants(UUID,Name) VALUES('p','');");
+    RunSQL("INSERT INTO Plants(UUID,Name) VALUES('p','');");
     for (const std::string row :
          {"PlantEvents(PlantUUID) VALUES('?')", "PlantCareEntries(PlantUUID) VALUES('?')",
           "HarvestRecords(PlantUUID) VALUES('?')", "PlantPhotos(UUID,PlantUUID,FilePath) VALUES('f','?','')",
@@ -340,7 +340,7 @@ TEST_F(SchemaTest, ARowOfAnUnknownPlantOrEventIsRefused)
 class PlantedSchemaTest : public JournalTest
 {
   protected:
-    Garden Planted = PlantGarden(Repository);
+    SampleRecords Planted = StoreSampleRecords(Repository);
 };
 
 TEST_F(PlantedSchemaTest, APlantTakesItsRecordsWithItAndLeavesItsClonesAndItsStrain)
@@ -349,15 +349,15 @@ TEST_F(PlantedSchemaTest, APlantTakesItsRecordsWithItAndLeavesItsClonesAndItsStr
     const Statements tables = {"PlantEvents", "PlantCareEntries",        "HarvestRecords",
                                "PlantPhotos", "PlantHealthObservations", "PlantJournalEntries"};
     for (const std::string& table : tables)
-        EXPECT_GT(Count(table, ofTheMother), 0) << table;
-    EXPECT_EQ(Count("Plants", "MotherPlantID=" + std::to_string(Planted.Mother.ID)), 1);
-    const int strains = Count("Strains");
+        EXPECT_GT(RowCount(table, ofTheMother), 0) << table;
+    EXPECT_EQ(RowCount("Plants", "MotherPlantID=" + std::to_string(Planted.Mother.ID)), 1);
+    const int strains = RowCount("Strains");
 
-    Execute("DELETE FROM Plants WHERE UUID='" + Planted.Mother.UUID + "';");
+    RunSQL("DELETE FROM Plants WHERE UUID='" + Planted.Mother.UUID + "';");
     for (const std::string& table : tables)
-        EXPECT_EQ(Count(table), 0) << table;
-    EXPECT_EQ(Query("SELECT UUID,MotherPlantID FROM Plants;"), (Rows{{Planted.Clone.UUID, "NULL"}}));
-    EXPECT_EQ(Count("Strains"), strains);
+        EXPECT_EQ(RowCount(table), 0) << table;
+    EXPECT_EQ(QueryRows("SELECT UUID,MotherPlantID FROM Plants;"), (Rows{{Planted.Clone.UUID, "NULL"}}));
+    EXPECT_EQ(RowCount("Strains"), strains);
 }
 
 TEST_F(PlantedSchemaTest, AnEventLeavesTheCareEntryAndTheHarvestRecordThatItMirrored)
@@ -366,12 +366,12 @@ TEST_F(PlantedSchemaTest, AnEventLeavesTheCareEntryAndTheHarvestRecordThatItMirr
          {std::pair<std::string, std::int64_t>("PlantCareEntries", Planted.Care.TimelineEventID),
           {"HarvestRecords", Planted.Harvest.TimelineEventID}})
     {
-        const int rows = Count(table);
-        const int unlinked = Count(table, "TimelineEventID IS NULL");
-        EXPECT_EQ(Count(table, "TimelineEventID=" + std::to_string(event)), 1) << table;
-        Execute("DELETE FROM PlantEvents WHERE ID=" + std::to_string(event) + ';');
-        EXPECT_EQ(Count(table), rows) << table;
-        EXPECT_EQ(Count(table, "TimelineEventID IS NULL"), unlinked + 1) << table;
+        const int rows = RowCount(table);
+        const int unlinked = RowCount(table, "TimelineEventID IS NULL");
+        EXPECT_EQ(RowCount(table, "TimelineEventID=" + std::to_string(event)), 1) << table;
+        RunSQL("DELETE FROM PlantEvents WHERE ID=" + std::to_string(event) + ';');
+        EXPECT_EQ(RowCount(table), rows) << table;
+        EXPECT_EQ(RowCount(table, "TimelineEventID IS NULL"), unlinked + 1) << table;
     }
 }
 
@@ -379,9 +379,9 @@ TEST_F(PlantedSchemaTest, NoOperationWritesSchemaMeta)
 {
     for (const Operation& operation : Operations())
     {
-        Garden garden = Planted;
-        operation.Call(Repository, garden);
-        EXPECT_EQ(Count("SchemaMeta"), 0) << operation;
+        SampleRecords sample = Planted;
+        operation.Call(Repository, sample);
+        EXPECT_EQ(RowCount("SchemaMeta"), 0) << operation;
     }
 }
 

@@ -324,7 +324,7 @@ TEST_F(SeasonTest, NoTextShowsAMissingMeasurement)
     const PlainConnection journal(Journal);
     const auto details = [&](const std::string& date)
     {
-        return journal.Query("SELECT Details FROM PlantJournalEntries WHERE EntryDate='" + date +
+        return journal.QueryRows("SELECT Details FROM PlantJournalEntries WHERE EntryDate='" + date +
                              "' AND PlantUUID=(SELECT UUID FROM Plants WHERE Name='AICU') ORDER BY ID;");
     };
     EXPECT_EQ(details("2019-12-24"), (Rows{{"Stem growth 18.7 cm, thickness 8.3 mm"}})); // no trusses
@@ -385,7 +385,7 @@ TEST_F(SeasonTest, TheGrowersOwnPlantsStayUnchanged)
     ASSERT_EQ(Run(), 0) << Err();
     ASSERT_EQ(Run(), 0) << Err();
     const PlainConnection journal(Journal);
-    EXPECT_EQ(journal.Query("SELECT Name,Stage FROM Plants WHERE Tent='the window sill';"),
+    EXPECT_EQ(journal.QueryRows("SELECT Name,Stage FROM Plants WHERE Tent='the window sill';"),
               (Rows{{"Reference", "Veg"}}));
     EXPECT_EQ(journal.Value("SELECT COUNT(*) FROM Plants;"), "7");
     EXPECT_EQ(journal.Value("SELECT COUNT(*) FROM PlantCareEntries;"), "971");
@@ -395,7 +395,7 @@ TEST_F(SeasonTest, TheNextRunCompletesAnInterruptedSeason)
 {
     ASSERT_EQ(Run(), 0) << Err();
     const std::string shown = Out();
-    PlainConnection(Journal).Execute(
+    PlainConnection(Journal).RunSQL(
         "PRAGMA foreign_keys=ON; DELETE FROM Plants WHERE ID>4; DELETE FROM HarvestRecords WHERE ID=4; "
         "UPDATE Plants SET Stage='Veg',HarvestDate='' WHERE ID=4;"); // as if a run was killed while it wrote the fourth
                                                                      // plant

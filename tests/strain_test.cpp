@@ -1,5 +1,5 @@
 #include "support/journal_test.h"
-#include "testing/statements.h"
+#include "testing/operation_statements.h"
 
 #include <climits>
 #include <cstdint>
@@ -55,9 +55,9 @@ class StrainTest : public JournalTest
 
     Rows StoredStrains() const
     {
-        return Query("SELECT ID,Name,Breeder,FloweringWeeks,Notes FROM Strains ORDER BY ID;");
+        return QueryRows("SELECT ID,Name,Breeder,FloweringWeeks,Notes FROM Strains ORDER BY ID;");
     }
-    Rows StrainsOfPlants() const { return Query("SELECT Strain FROM Plants ORDER BY ID;"); }
+    Rows StrainsOfPlants() const { return QueryRows("SELECT Strain FROM Plants ORDER BY ID;"); }
 };
 
 TEST_F(StrainTest, CreateStoresEveryFieldInItsColumn)
@@ -106,7 +106,7 @@ TEST_F(StrainTest, EachOperationRunsItsStatements)
     EXPECT_EQ(StatementsOf([&] { Repository.UpdateStrain(strain); }),
               (Statements{GetName, SQL::Begin, Update, Rename, SQL::Commit}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeleteStrain(strain.ID); }), (Statements{InUse, Delete}));
-    EXPECT_EQ(Count("Strains"), 0);
+    EXPECT_EQ(RowCount("Strains"), 0);
 }
 
 TEST_F(StrainTest, ListsByNameWithoutRegardToCase)
@@ -165,7 +165,7 @@ TEST_F(StrainTest, RowNumbersAndWeeksOfEverySizeAreKept)
         for (const int weeks : {INT_MIN, INT_MAX})
         {
             NewStrain("Genovese");
-            Execute("UPDATE Strains SET ID=" + std::to_string(id) + ";");
+            RunSQL("UPDATE Strains SET ID=" + std::to_string(id) + ";");
             Strain strain = Full("Genovese");
             strain.ID = id;
             strain.FloweringWeeks = weeks;
@@ -177,7 +177,7 @@ TEST_F(StrainTest, RowNumbersAndWeeksOfEverySizeAreKept)
             EXPECT_TRUE(Repository.GetStrainSummary(id, summary));
             EXPECT_EQ(summary.StrainID, id);
             EXPECT_TRUE(Repository.DeleteStrain(id));
-            EXPECT_EQ(Count("Strains"), 0);
+            EXPECT_EQ(RowCount("Strains"), 0);
         }
 }
 
@@ -186,15 +186,15 @@ TEST_F(StrainTest, AStrainWithoutANameIsRefusedAtOnce)
     Strain strain = NewStrain("Genovese");
     strain.Name.clear();
     const Strain before = strain;
-    EXPECT_TRUE(Refused([&] { return Repository.CreateStrain(strain); }));
-    EXPECT_TRUE(Refused([&] { return Repository.UpdateStrain(strain); }));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.CreateStrain(strain); }));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.UpdateStrain(strain); }));
     EXPECT_EQ(strain, before);
 }
 
 TEST_F(StrainTest, AnUpdateWithoutARowNumberIsRefusedAtOnce)
 {
     NewStrain("Genovese");
-    EXPECT_TRUE(Refused([&] { return Repository.UpdateStrain(Full("Thai")); }));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.UpdateStrain(Full("Thai")); }));
 }
 
 TEST_F(StrainTest, ANameThatExistsIsRefused)
@@ -205,7 +205,7 @@ TEST_F(StrainTest, ANameThatExistsIsRefused)
     EXPECT_FALSE(Repository.CreateStrain(second));
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "UNIQUE constraint failed: Strains.Name");
     EXPECT_EQ(second.ID, 77);
-    EXPECT_EQ(Count("Strains"), 1);
+    EXPECT_EQ(RowCount("Strains"), 1);
 
     Strain otherCase = Full("genovese");
     EXPECT_TRUE(Repository.CreateStrain(otherCase));
@@ -219,7 +219,7 @@ TEST_F(StrainTest, ARenameReachesEveryPlantOfTheStrainAndNoOther)
     genovese.ID = 1;
     ASSERT_TRUE(Repository.UpdateStrain(genovese));
     EXPECT_EQ(StrainsOfPlants(), (Rows{{"Classic"}, {"Classic"}, {"genovese"}, {"Classic"}, {"Thai"}, {""}}));
-    EXPECT_EQ(Query("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Classic"}, {"genovese"}, {"Thai"}}));
+    EXPECT_EQ(QueryRows("SELECT Name FROM Strains ORDER BY ID;"), (Rows{{"Classic"}, {"genovese"}, {"Thai"}}));
 }
 
 TEST_F(StrainTest, AChangeOfCaseIsARename)
@@ -261,7 +261,7 @@ TEST_F(StrainTest, UpdateOfAnUnknownStrainEndsAtTheLookup)
     Strain unknown = Full("Thai");
     unknown.ID = 2;
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.UpdateStrain(unknown)); }), (Statements{GetName}));
-    EXPECT_EQ(Query("SELECT Name FROM Strains;"), (Rows{{"Genovese"}}));
+    EXPECT_EQ(QueryRows("SELECT Name FROM Strains;"), (Rows{{"Genovese"}}));
 }
 
 TEST_F(StrainTest, UpdateWhoseLookupFailsEndsThere)
@@ -280,12 +280,12 @@ TEST_F(StrainTest, AStrainInUseIsKept)
     Plant plant = NewPlant("A plant", "Genovese");
     NewStrain("Thai");
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.DeleteStrain(1)); }), (Statements{InUse}));
-    EXPECT_EQ(Count("Strains"), 2);
+    EXPECT_EQ(RowCount("Strains"), 2);
 
     plant.Strain = "Thai";
     ASSERT_TRUE(Repository.UpdatePlant(plant));
     EXPECT_TRUE(Repository.DeleteStrain(1));
-    EXPECT_EQ(Query("SELECT Name FROM Strains;"), (Rows{{"Thai"}}));
+    EXPECT_EQ(QueryRows("SELECT Name FROM Strains;"), (Rows{{"Thai"}}));
 }
 
 TEST_F(StrainTest, APlantOfAnotherCaseDoesNotKeepAStrain)
@@ -293,7 +293,7 @@ TEST_F(StrainTest, APlantOfAnotherCaseDoesNotKeepAStrain)
     NewStrain("Genovese");
     NewPlant("A plant", "genovese");
     EXPECT_TRUE(Repository.DeleteStrain(1));
-    EXPECT_EQ(Query("SELECT Name FROM Strains;"), (Rows{{"genovese"}}));
+    EXPECT_EQ(QueryRows("SELECT Name FROM Strains;"), (Rows{{"genovese"}}));
     EXPECT_EQ(StrainsOfPlants(), (Rows{{"genovese"}}));
 }
 
@@ -315,7 +315,7 @@ TEST_F(StrainTest, DeleteGoesAheadWhenTheSearchForItsPlantsFails)
         const CallFailure failure(call, 1, SQLITE_IOERR);
         EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DeleteStrain(1)); }), (Statements{InUse, Delete}));
         EXPECT_TRUE(failure.Happened());
-        EXPECT_EQ(Count("Strains"), 0);
+        EXPECT_EQ(RowCount("Strains"), 0);
     }
 }
 
@@ -324,7 +324,7 @@ TEST_F(StrainTest, DeleteFailsWhenTheSearchForItsPlantsCannotBePrepared)
     NewStrain("Genovese");
     const CallFailure failure(SQLiteCall::Prepare, 1, SQLITE_NOMEM);
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.DeleteStrain(1)); }), (Statements{InUse}));
-    EXPECT_EQ(Count("Strains"), 1);
+    EXPECT_EQ(RowCount("Strains"), 1);
 }
 
 class StrainSummaryTest : public StrainTest
@@ -444,7 +444,7 @@ TEST_F(StrainSummaryTest, CountsAHarvestedPlantWithoutARecordAndARecordInAnother
 {
     Grown(PlantStage::Harvested);
     Harvested(10, 5);
-    Execute("UPDATE Plants SET Stage='Archived' WHERE ID=2;");
+    RunSQL("UPDATE Plants SET Stage='Archived' WHERE ID=2;");
     const StrainSummary summary = Summary();
     EXPECT_EQ(summary.Harvested, 1);
     EXPECT_EQ(summary.Archived, 1);

@@ -28,7 +28,7 @@ TEST(ScratchDirectoryTest, IsThereInItsScopeAndGoneAfterwards)
         const ScratchDirectory scratch;
         file = scratch.File("journal.db");
         EXPECT_TRUE(std::filesystem::is_directory(std::filesystem::path(file).parent_path()));
-        PlainConnection(file).Execute("CREATE TABLE T(X);");
+        PlainConnection(file).RunSQL("CREATE TABLE T(X);");
         EXPECT_EQ(FileBytes(file).substr(0, 15), "SQLite format 3");
     }
     EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(file).parent_path()));
@@ -38,11 +38,11 @@ TEST(ScratchDirectoryTest, IsThereInItsScopeAndGoneAfterwards)
 TEST(PlainConnectionTest, ReadsBackWhatItWritesAndReportsFailure)
 {
     const PlainConnection connection(":memory:");
-    connection.Execute("CREATE TABLE T(X,Y); INSERT INTO T VALUES(1,NULL),('a',0.5);");
-    EXPECT_EQ(connection.Query("SELECT X,Y FROM T ORDER BY rowid;"), (Rows{{"1", "NULL"}, {"a", "0.5"}}));
+    connection.RunSQL("CREATE TABLE T(X,Y); INSERT INTO T VALUES(1,NULL),('a',0.5);");
+    EXPECT_EQ(connection.QueryRows("SELECT X,Y FROM T ORDER BY rowid;"), (Rows{{"1", "NULL"}, {"a", "0.5"}}));
     EXPECT_EQ(connection.Value("SELECT COUNT(*) FROM T;"), "2");
-    EXPECT_THROW(connection.Execute("INSERT INTO U VALUES(1);"), std::runtime_error);
-    EXPECT_THROW(connection.Query("SELECT abs(-9223372036854775808);"), std::runtime_error);
+    EXPECT_THROW(connection.RunSQL("INSERT INTO U VALUES(1);"), std::runtime_error);
+    EXPECT_THROW(connection.QueryRows("SELECT abs(-9223372036854775808);"), std::runtime_error);
     EXPECT_THROW(PlainConnection("/nowhere/at/all.db"), std::runtime_error);
 }
 
@@ -51,7 +51,7 @@ TEST(PlainConnectionTest, TellsContentsApartByTypeAndByTheLastDigit)
     const auto contentOf = [](const std::string& value)
     {
         const PlainConnection connection(":memory:");
-        connection.Execute("CREATE TABLE T(X); INSERT INTO T VALUES(" + value + ");");
+        connection.RunSQL("CREATE TABLE T(X); INSERT INTO T VALUES(" + value + ");");
         return Content(connection.NativeHandle());
     };
     EXPECT_EQ(contentOf("1"), contentOf("1"));
@@ -63,13 +63,13 @@ TEST(PlainConnectionTest, TellsContentsApartByTypeAndByTheLastDigit)
 TEST(PlainConnectionTest, FindsDamageAndLinksThatLeadNowhere)
 {
     const PlainConnection connection(":memory:");
-    connection.Execute("CREATE TABLE A(X PRIMARY KEY); CREATE TABLE B(Y REFERENCES A(X)); INSERT INTO A VALUES('a');");
-    connection.Execute("INSERT INTO B VALUES('a');");
+    connection.RunSQL("CREATE TABLE A(X PRIMARY KEY); CREATE TABLE B(Y REFERENCES A(X)); INSERT INTO A VALUES('a');");
+    connection.RunSQL("INSERT INTO B VALUES('a');");
     EXPECT_EQ(Damage(connection.NativeHandle()), "ok");
-    connection.Execute("INSERT INTO B VALUES('b');");
+    connection.RunSQL("INSERT INTO B VALUES('b');");
     EXPECT_EQ(Damage(connection.NativeHandle()), "ok\nrow 2 of B has lost its A");
-    connection.Execute("DELETE FROM B; CREATE TABLE C(Z CHECK(Z>0)); PRAGMA ignore_check_constraints=ON; "
-                       "INSERT INTO C VALUES(0); PRAGMA ignore_check_constraints=OFF;");
+    connection.RunSQL("DELETE FROM B; CREATE TABLE C(Z CHECK(Z>0)); PRAGMA ignore_check_constraints=ON; "
+                      "INSERT INTO C VALUES(0); PRAGMA ignore_check_constraints=OFF;");
     EXPECT_EQ(Damage(connection.NativeHandle()), "CHECK constraint failed in C");
 }
 
@@ -102,7 +102,7 @@ TEST_F(SupportTest, ARecorderSeesTheCallsOfTheLibraryInTheirOrder)
     }
     EXPECT_EQ(calls, (std::vector{SQLiteCall::Prepare, SQLiteCall::Bind, SQLiteCall::Step, SQLiteCall::Finalize}));
     EXPECT_EQ(recorder.Statements(), (Statements{"DELETE FROM PlantEvents WHERE ID=?;"}));
-    EXPECT_EQ(recorder.Count(SQLiteCall::Bind), 1);
+    EXPECT_EQ(recorder.CallCount(SQLiteCall::Bind), 1);
 }
 
 TEST_F(SupportTest, AFailureMeetsTheOneCallThatItIsMeantFor)

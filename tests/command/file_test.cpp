@@ -103,15 +103,15 @@ TEST_P(OlderJournalTest, IsBackedUpBesideItselfAndBroughtUpToDateAndThatIsSaidOn
 {
     const std::string before = Content();
     const JSON info = Parsed({"info"});
-    EXPECT_EQ(info.at("Kind"), IsUpToDate(GetParam()) ? "Current" : "Older");
-    EXPECT_EQ(info.at("Steps").empty(), IsUpToDate(GetParam()));
+    EXPECT_EQ(info.at("Kind"), HasCurrentSchema(GetParam()) ? "Current" : "Older");
+    EXPECT_EQ(info.at("Steps").empty(), HasCurrentSchema(GetParam()));
     Run({"check"});
     EXPECT_EQ(Content(), before); // neither changes anything
 
     const ProgramResult first = Run({"plant", "list", "--json"});
     EXPECT_EQ(first.Status, 0);
     EXPECT_EQ(JSON::parse(first.Out).size(), 2U);
-    if (IsUpToDate(GetParam()))
+    if (HasCurrentSchema(GetParam()))
     {
         EXPECT_EQ(first.Error, "");
         EXPECT_EQ(Content(), before);
@@ -172,7 +172,7 @@ TEST_F(JournalKindTest, AnOlderJournalThatCannotBeBackedUpIsNotBroughtUpToDate)
 
 TEST_F(JournalKindTest, AnotherProgramsDatabaseIsLeftAlone)
 {
-    PlainConnection(Journal).Execute("CREATE TABLE \"Songs\x1B[2J\"(Title);");
+    PlainConnection(Journal).RunSQL("CREATE TABLE \"Songs\x1B[2J\"(Title);");
     const std::string reason = RefusedToUse();
     EXPECT_NE(reason.find("no journal of ours, or a newer one than this version knows"), std::string::npos) << reason;
     EXPECT_EQ(reason.find('\x1B'), std::string::npos);
@@ -183,7 +183,7 @@ TEST_F(JournalKindTest, AnotherProgramsDatabaseIsLeftAlone)
 TEST_F(JournalKindTest, ANewerJournalIsLeftAlone)
 {
     KeepEverything();
-    PlainConnection(Journal).Execute("ALTER TABLE Plants ADD COLUMN Colour TEXT;");
+    PlainConnection(Journal).RunSQL("ALTER TABLE Plants ADD COLUMN Colour TEXT;");
     EXPECT_NE(RefusedToUse().find("a newer one than this version knows"), std::string::npos);
     Sound = false;
 }
@@ -226,14 +226,14 @@ TEST_F(JournalKindTest, AnInterruptedWriteIsTakenBack)
         [&](const ParentProcess& parent)
         {
             const PlainConnection connection(Journal);
-            connection.Execute("PRAGMA cache_size=1; PRAGMA cache_spill=1; BEGIN;");
+            connection.RunSQL("PRAGMA cache_size=1; PRAGMA cache_spill=1; BEGIN;");
             for (int i = 0; i < 200; ++i)
-                connection.Execute("INSERT INTO Strains(Name,Notes) VALUES('" + std::to_string(i) +
-                                   "',hex(randomblob(500)));");
-            parent.Tell("written");
-            parent.Await();
+                connection.RunSQL("INSERT INTO Strains(Name,Notes) VALUES('" + std::to_string(i) +
+                                  "',hex(randomblob(500)));");
+            parent.Send("written");
+            parent.Wait();
         });
-    ASSERT_EQ(child.Line(), "written");
+    ASSERT_EQ(child.ReadLine(), "written");
     child.Kill();
     child.End();
     ASSERT_TRUE(std::filesystem::exists(Journal + "-journal"));

@@ -108,11 +108,11 @@ class TransferTest : public CommandTest
             });
         // Gaps and extremes among the row numbers, and an entry without an event.
         const PlainConnection connection(Journal);
-        connection.Execute("DELETE FROM PlantEvents WHERE ID%7=3 AND ID NOT IN (SELECT TimelineEventID "
-                           "FROM PlantCareEntries UNION SELECT TimelineEventID FROM HarvestRecords);"
-                           "UPDATE PlantJournalEntries SET ID=9223372036854775807 WHERE ID=4;"
-                           "UPDATE PlantPhotos SET ID=-5 WHERE ID=2;"
-                           "UPDATE Plants SET ID=ID+100000 WHERE ID>10 AND MotherPlantID IS NULL;");
+        connection.RunSQL("DELETE FROM PlantEvents WHERE ID%7=3 AND ID NOT IN (SELECT TimelineEventID "
+                          "FROM PlantCareEntries UNION SELECT TimelineEventID FROM HarvestRecords);"
+                          "UPDATE PlantJournalEntries SET ID=9223372036854775807 WHERE ID=4;"
+                          "UPDATE PlantPhotos SET ID=-5 WHERE ID=2;"
+                          "UPDATE Plants SET ID=ID+100000 WHERE ID>10 AND MotherPlantID IS NULL;");
     }
 };
 
@@ -192,7 +192,7 @@ TEST_F(TransferTest, AnExportThatWouldNotBeWholeIsRefused)
 {
     KeepEverything();
     const PlainConnection connection(Journal);
-    connection.Execute("INSERT INTO PlantJournalEntries(PlantUUID,Details) VALUES('nobody','lost');");
+    connection.RunSQL("INSERT INTO PlantJournalEntries(PlantUUID,Details) VALUES('nobody','lost');");
     Sound = false;
     std::filesystem::create_directory(Scratch.File("out"));
     for (const Words& words : {Words{"export", "out/a.json"}, {"export", "-"}, {"export", "--csv", "out/csv"}})
@@ -221,12 +221,12 @@ TEST_F(TransferTest, AnExportIsOfOneMomentWhileOthersWrite)
     Words moments;
     {
         const PlainConnection connection(Journal);
-        connection.Execute("WITH RECURSIVE N(I) AS (SELECT 1 UNION ALL SELECT I+1 FROM N WHERE I<500) "
-                           "INSERT INTO Plants(UUID,Name) SELECT 'u'||I,'one of many' FROM N;"
-                           "INSERT INTO PlantJournalEntries(PlantUUID) SELECT UUID FROM Plants;");
+        connection.RunSQL("WITH RECURSIVE N(I) AS (SELECT 1 UNION ALL SELECT I+1 FROM N WHERE I<500) "
+                          "INSERT INTO Plants(UUID,Name) SELECT 'u'||I,'one of many' FROM N;"
+                          "INSERT INTO PlantJournalEntries(PlantUUID) SELECT UUID FROM Plants;");
         for (const char* word : {"here", "there"})
         {
-            connection.Execute(state(word));
+            connection.RunSQL(state(word));
             moments.push_back(Exported());
         }
     }
@@ -235,15 +235,15 @@ TEST_F(TransferTest, AnExportIsOfOneMomentWhileOthersWrite)
         [&](const ParentProcess& parent)
         {
             const PlainConnection connection(Journal);
-            connection.Execute("PRAGMA busy_timeout=10000;");
-            parent.Tell("begun");
+            connection.RunSQL("PRAGMA busy_timeout=10000;");
+            parent.Send("begun");
             for (int i = 0; !std::filesystem::exists(end); ++i)
             {
-                connection.Execute(state(i % 2 == 0 ? "here" : "there"));
+                connection.RunSQL(state(i % 2 == 0 ? "here" : "there"));
                 std::this_thread::sleep_for(std::chrono::milliseconds(5));
             }
         });
-    EXPECT_EQ(writer.Line(), "begun");
+    EXPECT_EQ(writer.ReadLine(), "begun");
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(std::count(moments.begin(), moments.end(), Exported()), 1);
     Write("end", "");
@@ -842,7 +842,7 @@ TEST_F(FullDiskTest, LeavesNoHalfABackUp)
 
 TEST_F(FullDiskTest, LeavesNoHalfAnExport)
 {
-    PlainConnection(Journal).Execute("UPDATE Plants SET Notes=hex(zeroblob(50000)) WHERE ID=1;");
+    PlainConnection(Journal).RunSQL("UPDATE Plants SET Notes=hex(zeroblob(50000)) WHERE ID=1;");
     for (const bool csv : {false, true})
     {
         const std::string destination = Disk + "/everything";

@@ -2,12 +2,13 @@
 // then on, with an I/O error or for lack of room.
 
 #include "support/disk_failure.h"
+#include "support/figures.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
-#include "support/soak.h"
+#include "support/repository_operations.h"
+#include "support/test_form.h"
 #include "testing/old_files.h"
+#include "testing/operation_statements.h"
 #include "testing/schema_statements.h"
-#include "testing/statements.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -40,7 +41,7 @@ template <typename Attempt> std::uint64_t TryEveryFault(const Attempt& attempt, 
         SCOPED_TRACE(testing::Message() << fault);
         if (!attempt(fault))
             return false;
-        Count("disk faults: " + testing::PrintToString(fault.Call));
+        AddToFigure("disk faults: " + testing::PrintToString(fault.Call));
         ++faults;
         return !testing::Test::HasFailure(); // one is enough to read
     };
@@ -50,7 +51,7 @@ template <typename Attempt> std::uint64_t TryEveryFault(const Attempt& attempt, 
                 for (int number = 1; happens({call, error, lasting, number}); number += stride)
                 {
                 }
-    Count("disk faults", faults);
+    AddToFigure("disk faults", faults);
     return faults;
 }
 
@@ -150,11 +151,11 @@ class DiskErrorTest : public testing::Test
 struct PlantedFiles
 {
     Files Journal;
-    Garden Planted;
+    SampleRecords Planted;
 };
 
 // The file of a garden.
-const PlantedFiles& GardenFiles()
+const PlantedFiles& SampleFiles()
 {
     static const PlantedFiles files = []
     {
@@ -164,9 +165,9 @@ const PlantedFiles& GardenFiles()
         if (!database.Open(path))
             throw std::runtime_error(database.LastError());
         PlantRepository repository(database);
-        const Garden garden = PlantGarden(repository);
+        const SampleRecords sample = StoreSampleRecords(repository);
         database.Close();
-        return PlantedFiles{FilesAt(path), garden};
+        return PlantedFiles{FilesAt(path), sample};
     }();
     return files;
 }
@@ -180,7 +181,7 @@ class OperationTest : public DiskErrorTest, public testing::WithParamInterface<O
     void Replant()
     {
         Database.Close();
-        Lay(Path, GardenFiles().Journal);
+        Lay(Path, SampleFiles().Journal);
         EXPECT_TRUE(Database.Open(Path));
     }
 
@@ -194,11 +195,11 @@ TEST_P(OperationTest, IsWhollyDoneOrNotAtAllWhateverTheDiskDoes)
 {
     Replant();
     const std::string before = Content();
-    Garden garden = GardenFiles().Planted;
+    SampleRecords sample = SampleFiles().Planted;
     Statements statements;
     {
         const CallRecorder recorder;
-        ASSERT_TRUE(GetParam().Call(Repository, garden));
+        ASSERT_TRUE(GetParam().Call(Repository, sample));
         statements = recorder.Statements();
     }
     const std::string after = Content();
@@ -215,12 +216,12 @@ TEST_P(OperationTest, IsWhollyDoneOrNotAtAllWhateverTheDiskDoes)
     const auto attempt = [&](const DiskFault& fault)
     {
         Replant();
-        garden = GardenFiles().Planted;
+        sample = SampleFiles().Planted;
         bool done = false;
         bool happened = false;
         {
             const DiskFailure failure(fault);
-            done = GetParam().Call(Repository, garden);
+            done = GetParam().Call(Repository, sample);
             happened = failure.Happened();
         }
         const auto expectHonest = [&](const std::string& content)
@@ -259,7 +260,7 @@ struct Read
 {
     std::string Name;
     bool RowByRow; // rather than in one piece, or sorted after all was read
-    std::function<std::optional<Records>(PlantRepository&, const Garden&)> Call;
+    std::function<std::optional<Records>(PlantRepository&, const SampleRecords&)> Call;
 };
 
 std::ostream& operator<<(std::ostream& out, const Read& read)
@@ -281,13 +282,13 @@ template <typename Record, typename List> std::optional<Records> Listed(const Li
 
 template <typename Record> auto ListOf(bool (PlantRepository::*list)(const std::string&, std::vector<Record>&))
 {
-    return [list](PlantRepository& repository, const Garden& garden)
-    { return Listed<Record>([&](auto& records) { return (repository.*list)(garden.Mother.UUID, records); }); };
+    return [list](PlantRepository& repository, const SampleRecords& sample)
+    { return Listed<Record>([&](auto& records) { return (repository.*list)(sample.Mother.UUID, records); }); };
 }
 
 template <typename Record> auto ListAll(bool (PlantRepository::*list)(std::vector<Record>&))
 {
-    return [list](PlantRepository& repository, const Garden&)
+    return [list](PlantRepository& repository, const SampleRecords&)
     { return Listed<Record>([&](auto& records) { return (repository.*list)(records); }); };
 }
 
@@ -295,10 +296,10 @@ template <typename Record> auto ListAll(bool (PlantRepository::*list)(std::vecto
 template <typename Key, typename Record, typename KeyOf>
 auto Get(bool (PlantRepository::*get)(Key, Record&), const KeyOf& keyOf)
 {
-    return [get, keyOf](PlantRepository& repository, const Garden& garden)
+    return [get, keyOf](PlantRepository& repository, const SampleRecords& sample)
     {
         Record record;
-        const bool done = (repository.*get)(keyOf(garden), record);
+        const bool done = (repository.*get)(keyOf(sample), record);
         EXPECT_TRUE(done || record == Record());
         return done ? std::optional(Records{Print(record)}) : std::nullopt;
     };
@@ -307,8 +308,8 @@ auto Get(bool (PlantRepository::*get)(Key, Record&), const KeyOf& keyOf)
 const std::vector<Read>& Reads()
 {
     using R = PlantRepository;
-    const auto mother = [](const Garden& g) { return g.Mother.UUID; };
-    const auto kind = [](const Garden& g) { return g.Kind.ID; };
+    const auto mother = [](const SampleRecords& g) { return g.Mother.UUID; };
+    const auto kind = [](const SampleRecords& g) { return g.Kind.ID; };
     static const std::vector<Read> reads = {
         {"ListPlants", false, ListAll(&R::ListPlants)},
         {"GetPlant", false, Get(&R::GetPlant, mother)},
@@ -331,30 +332,30 @@ class ReadTest : public DiskErrorTest, public testing::WithParamInterface<Read>
     // A garden whose records fill many pages of the file, so that a list may fail on its way.
     ReadTest()
     {
-        Lay(Path, GardenFiles().Journal);
+        Lay(Path, SampleFiles().Journal);
         PlantDatabase database;
         EXPECT_TRUE(database.Open(Path));
-        Execute(database.NativeHandle(), "BEGIN;");
+        RunSQL(database.NativeHandle(), "BEGIN;");
         PlantRepository repository(database);
-        Garden garden = Planted;
+        SampleRecords sample = Planted;
         for (int i = 0; i < 20; ++i)
         {
             const std::string text(1'000, static_cast<char>('a' + i));
-            garden.Clone.UUID = garden.Photo.UUID = garden.Kind.Name = garden.Clone.Notes = text;
-            garden.Clone.Strain = Planted.Kind.Name;
-            garden.Event.Details = garden.Care.Notes = garden.Photo.Caption = text;
-            garden.Observation.Notes = garden.Entry.Details = text;
-            EXPECT_TRUE(repository.CreatePlant(garden.Clone) && repository.CreateStrain(garden.Kind) &&
-                        repository.CreatePlantEvent(garden.Event) && repository.CreatePlantPhoto(garden.Photo) &&
-                        repository.CreatePlantHealthObservation(garden.Observation) &&
-                        repository.CreatePlantJournalEntry(garden.Entry));
+            sample.Clone.UUID = sample.Photo.UUID = sample.Kind.Name = sample.Clone.Notes = text;
+            sample.Clone.Strain = Planted.Kind.Name;
+            sample.Event.Details = sample.Care.Notes = sample.Photo.Caption = text;
+            sample.Observation.Notes = sample.Entry.Details = text;
+            EXPECT_TRUE(repository.CreatePlant(sample.Clone) && repository.CreateStrain(sample.Kind) &&
+                        repository.CreatePlantEvent(sample.Event) && repository.CreatePlantPhoto(sample.Photo) &&
+                        repository.CreatePlantHealthObservation(sample.Observation) &&
+                        repository.CreatePlantJournalEntry(sample.Entry));
         }
-        Execute(database.NativeHandle(), "COMMIT;");
+        RunSQL(database.NativeHandle(), "COMMIT;");
         for (int i = 0; i < 20; ++i)
-            EXPECT_TRUE(repository.CreatePlantCareEntry(garden.Care));
+            EXPECT_TRUE(repository.CreatePlantCareEntry(sample.Care));
     }
 
-    const Garden Planted = GardenFiles().Planted;
+    const SampleRecords Planted = SampleFiles().Planted;
 };
 
 TEST_P(ReadTest, TellsNothingThatIsNotInTheFileWhateverTheDiskDoes)
@@ -415,11 +416,11 @@ std::ostream& operator<<(std::ostream& out, const Start& start)
 // A garden whose grower lost power while a long entry was being written.
 Files InterruptedFiles(const std::string& path)
 {
-    Lay(path, GardenFiles().Journal);
+    Lay(path, SampleFiles().Journal);
     PlantDatabase database;
     EXPECT_TRUE(database.Open(path));
     PlantRepository repository(database);
-    PlantJournalEntry entry = GardenFiles().Planted.Entry;
+    PlantJournalEntry entry = SampleFiles().Planted.Entry;
     entry.Details.assign(20'000, 'x');
     const DiskFailure failure({DiskCall::Delete, DiskError::IO, true, 1}); // the undo file stays, and counts
     EXPECT_FALSE(repository.CreatePlantJournalEntry(entry));
@@ -430,7 +431,7 @@ Files InterruptedFiles(const std::string& path)
 std::vector<Start> Starts()
 {
     std::vector<Start> starts = {{"NoFile", true, [](const std::string&) { return Files(); }},
-                                 {"CurrentFile", true, [](const std::string&) { return GardenFiles().Journal; }},
+                                 {"CurrentFile", true, [](const std::string&) { return SampleFiles().Journal; }},
                                  {"InterruptedFile", true, InterruptedFiles}};
     for (const OldFile& file : OldFiles())
         starts.push_back({file.Name, file.Name == OldFiles().front().Name,
@@ -457,7 +458,7 @@ class OpeningTest : public DiskErrorTest, public testing::WithParamInterface<Sta
     {
         const PlainConnection file = Restored();
         for (const std::string& table : CreateTableStatements())
-            file.Execute(table);
+            file.RunSQL(table);
         Statements missing;
         for (const AddedColumn& column : AddedColumns())
             if (file.Value("SELECT COUNT(*) FROM pragma_table_info('" + column.Table + "') WHERE name='" + column.Name +
@@ -475,7 +476,7 @@ class OpeningTest : public DiskErrorTest, public testing::WithParamInterface<Sta
         std::vector<std::string> contents;
         for (const std::string& statement : statements)
         {
-            file.Execute(statement);
+            file.RunSQL(statement);
             if (sqlite3_get_autocommit(file.NativeHandle()) != 0)
                 contents.push_back(Content(file.NativeHandle()));
         }
@@ -520,7 +521,7 @@ TEST_P(OpeningTest, StopsBetweenTwoStepsAndIsFinishedByTheNextWhateverTheDiskDoe
         expectHonestFiles();
         if (opened)
         {
-            Count("rebuilds put off", Found().Content == After ? 0 : 1);
+            AddToFigure("rebuilds put off", Found().Content == After ? 0 : 1);
             ExpectWorking(database);
             database.Close();
             expectHonestFiles();

@@ -2,8 +2,9 @@
 // file is there, what it never asked for is not, and nothing is half done.
 
 #include "support/child_process.h"
+#include "support/figures.h"
 #include "support/journal_test.h"
-#include "support/soak.h"
+#include "support/test_form.h"
 #include "testing/old_files.h"
 
 #include <algorithm>
@@ -183,8 +184,8 @@ void WriteOn(const ParentProcess& parent, const std::string& path, std::uint64_t
     {
         if (number % 32 == 0)
             MustOpen(database, path);
-        parent.Tell("attempt");
-        parent.Tell(Write(repository, number) ? "true" : "false");
+        parent.Send("attempt");
+        parent.Send(Write(repository, number) ? "true" : "false");
     }
 }
 
@@ -226,7 +227,7 @@ class KillTest : public testing::Test
     {
         std::error_code none;
         if (std::filesystem::file_size(Path + "-journal", none) > 0 && !none)
-            Count("kills that left a rollback journal");
+            AddToFigure("kills that left a rollback journal");
     }
 
     ScratchDirectory Scratch;
@@ -242,13 +243,13 @@ class KilledWriterTest : public KillTest
         ChildProcess child([&](const ParentProcess& parent) { WriteOn(parent, Path, number); });
         std::vector<std::string> told;
         for (std::uint64_t wait = random() % 40; wait > 0; --wait)
-            told.push_back(child.Line().value_or("the end"));
+            told.push_back(child.ReadLine().value_or("the end"));
         Sleep(random() % 1'000);
         child.Kill();
-        for (std::string& line : child.Lines())
+        for (std::string& line : child.ReadLines())
             told.push_back(std::move(line));
         EXPECT_EQ(child.End(), "signal 9") << testing::PrintToString(told);
-        Count("kills");
+        AddToFigure("kills");
         CountRollbackJournal();
         return told;
     }
@@ -267,11 +268,11 @@ class KilledWriterTest : public KillTest
         const auto content = [&] { return Content(undisturbed.NativeHandle()); };
         for (const std::string& line : told)
             if (line == "attempt")
-                Count("calls attempted");
+                AddToFigure("calls attempted");
             else
             {
                 ASSERT_EQ(Write(repository, number++) ? "true" : "false", line) << "call " << number - 1;
-                Count("calls acknowledged");
+                AddToFigure("calls acknowledged");
             }
         if (told.empty() || told.back() != "attempt")
         {
@@ -279,7 +280,7 @@ class KilledWriterTest : public KillTest
             return;
         }
 
-        Count("kills amid a call");
+        AddToFigure("kills amid a call");
         const std::uint64_t last = number++;
         if (found == content())
             return;
@@ -295,7 +296,7 @@ class KilledWriterTest : public KillTest
         if (registered)
             Write(repository, last);
         EXPECT_EQ(found, content()) << "call " << last;
-        Count("kills amid a call that was stored");
+        AddToFigure("kills amid a call that was stored");
     }
 
     std::string Copy = Scratch.File("copy.db");
@@ -320,7 +321,7 @@ TEST_F(KilledWriterTest, HasStoredWhatWasAcknowledgedAndNothingThatWasNotAttempt
                 return;
         }
     }
-    EXPECT_GE(Count("kills", 0), 200);
+    EXPECT_GE(AddToFigure("kills", 0), 200);
 }
 
 TEST_F(KillTest, AnOpeningThatIsKilledIsFinishedByTheNext)
@@ -347,11 +348,11 @@ TEST_F(KillTest, AnOpeningThatIsKilledIsFinishedByTheNext)
 
         const auto openIt = [&](const ParentProcess& parent)
         {
-            parent.Tell("opening");
+            parent.Send("opening");
             PlantDatabase database;
             MustOpen(database, Path);
-            parent.Tell("open");
-            parent.Await();
+            parent.Send("open");
+            parent.Wait();
         };
         std::uint64_t longest = 2'000; // microseconds, brought to where about every third opening comes to its end
         bool again = false;            // what a killed one has left is opened, and killed, once more
@@ -360,17 +361,17 @@ TEST_F(KillTest, AnOpeningThatIsKilledIsFinishedByTheNext)
             if (!again)
                 restore(start);
             ChildProcess child(openIt);
-            ASSERT_EQ(child.Line(), "opening");
+            ASSERT_EQ(child.ReadLine(), "opening");
             Sleep(random() % longest);
             child.Kill();
-            const bool opened = !child.Lines().empty();
+            const bool opened = !child.ReadLines().empty();
             ASSERT_EQ(child.End(), "signal 9");
             longest = opened ? longest - longest / 8 : longest + longest / 16;
             if (!opened)
             {
                 ++kills;
-                Count("kills");
-                Count("kills amid an opening");
+                AddToFigure("kills");
+                AddToFigure("kills amid an opening");
                 CountRollbackJournal();
             }
             again = random() % 3 == 0;
@@ -380,7 +381,7 @@ TEST_F(KillTest, AnOpeningThatIsKilledIsFinishedByTheNext)
             }
         }
     }
-    EXPECT_GE(Count("kills amid an opening", 0), 150);
+    EXPECT_GE(AddToFigure("kills amid an opening", 0), 150);
 }
 
 } // namespace

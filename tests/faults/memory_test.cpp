@@ -2,9 +2,10 @@
 // memory left for SQLite.
 
 #include "support/allocation_failure.h"
+#include "support/figures.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
-#include "support/soak.h"
+#include "support/repository_operations.h"
+#include "support/test_form.h"
 #include "testing/old_files.h"
 
 #include <filesystem>
@@ -108,17 +109,17 @@ class OperationMemoryTest : public MemoryTest, public testing::WithParamInterfac
         PlantDatabase database;
         EXPECT_TRUE(database.Open(Original));
         PlantRepository repository(database);
-        Planted = PlantGarden(repository);
+        Planted = StoreSampleRecords(repository);
         Before = Content(database.NativeHandle());
-        Execute(database.NativeHandle(), "BEGIN; INSERT INTO Strains(Name) VALUES('a new strain');");
+        RunSQL(database.NativeHandle(), "BEGIN; INSERT INTO Strains(Name) VALUES('a new strain');");
         WithTheStrain = Content(database.NativeHandle());
-        Execute(database.NativeHandle(), "ROLLBACK;");
+        RunSQL(database.NativeHandle(), "ROLLBACK;");
 
         Restore();
         EXPECT_TRUE(database.Open(Path));
-        Garden garden = Planted;
+        SampleRecords sample = Planted;
         const CallRecorder recorder;
-        Succeeds = GetParam().Call(repository, garden);
+        Succeeds = GetParam().Call(repository, sample);
         RegistersAStrain = recorder.Calls().front().SQL.starts_with("INSERT INTO Strains(Name) VALUES(?) ON CONFLICT");
         After = Content(database.NativeHandle());
     }
@@ -130,8 +131,8 @@ class OperationMemoryTest : public MemoryTest, public testing::WithParamInterfac
         PlantDatabase database;
         EXPECT_TRUE(database.Open(Path));
         PlantRepository repository(database);
-        Garden garden = Planted;
-        const Outcome outcome = shortOfMemory([&] { return GetParam().Call(repository, garden); });
+        SampleRecords sample = Planted;
+        const Outcome outcome = shortOfMemory([&] { return GetParam().Call(repository, sample); });
 
         EXPECT_EQ(sqlite3_next_stmt(database.NativeHandle(), nullptr), nullptr);
         EXPECT_NE(sqlite3_get_autocommit(database.NativeHandle()), 0);
@@ -140,12 +141,12 @@ class OperationMemoryTest : public MemoryTest, public testing::WithParamInterfac
 
         if (!outcome.Done)
         {
-            garden = Planted;
-            EXPECT_EQ(GetParam().Call(repository, garden), Succeeds) << "once there is memory again";
+            sample = Planted;
+            EXPECT_EQ(GetParam().Call(repository, sample), Succeeds) << "once there is memory again";
         }
         database.Close();
         EXPECT_EQ(Found(), After);
-        Count("allocations failed in operations", outcome.Clean ? 0 : 1);
+        AddToFigure("allocations failed in operations", outcome.Clean ? 0 : 1);
         return outcome;
     }
 
@@ -156,7 +157,7 @@ class OperationMemoryTest : public MemoryTest, public testing::WithParamInterfac
         EXPECT_TRUE(strainOnly || content == (done ? After : Before)) << content;
     }
 
-    Garden Planted;
+    SampleRecords Planted;
     std::string Before;
     std::string WithTheStrain; // a plant's new strain is registered first, and stays where the plant is refused
     std::string After;
@@ -228,13 +229,13 @@ TEST_P(OperationMemoryTest, WhereNoMemoryIsGivenAnyMoreClosingLeavesNothingHalfD
             PlantDatabase database;
             EXPECT_TRUE(database.Open(Path));
             PlantRepository repository(database);
-            Garden garden = Planted;
+            SampleRecords sample = Planted;
             outcome = WithFailure(
-                allocator, number, [&] { return GetParam().Call(repository, garden); }, true);
+                allocator, number, [&] { return GetParam().Call(repository, sample); }, true);
             EXPECT_EQ(sqlite3_next_stmt(database.NativeHandle(), nullptr), nullptr);
             const bool open = sqlite3_get_autocommit(database.NativeHandle()) == 0;
             EXPECT_FALSE(open && (outcome.Done || allocator == Allocator::New));
-            Count("transactions left open for want of all memory", open ? 1 : 0);
+            AddToFigure("transactions left open for want of all memory", open ? 1 : 0);
             database.Close();
             ExpectHonest(outcome.Done);
         }
@@ -265,7 +266,7 @@ std::vector<File> Files()
                                     PlantDatabase database;
                                     EXPECT_TRUE(database.Open(path));
                                     PlantRepository repository(database);
-                                    PlantGarden(repository);
+                                    StoreSampleRecords(repository);
                                 }}};
     for (const OldFile& old : OldFiles())
         files.push_back({"Form" + old.Name, [&](const std::string& path) { WriteOldFile(path, old); }});
@@ -303,7 +304,7 @@ class OpeningMemoryTest : public MemoryTest, public testing::WithParamInterface<
         std::string error;
         EXPECT_TRUE(database.Open(Path, &error)) << error;
         EXPECT_EQ(Found(), After);
-        Count("allocations failed in openings", outcome.Clean ? 0 : 1);
+        AddToFigure("allocations failed in openings", outcome.Clean ? 0 : 1);
         return outcome;
     }
 

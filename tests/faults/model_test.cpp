@@ -1,8 +1,9 @@
 // Random operations with hostile arguments, on a journal and on a plain model of it in memory, compared after each.
 
+#include "support/figures.h"
 #include "support/model.h"
-#include "support/soak.h"
 #include "support/steps.h"
+#include "support/test_form.h"
 #include "testing/scratch_directory.h"
 
 #include <cstdint>
@@ -28,12 +29,12 @@ using namespace std::string_literals;
 std::vector<StepResult> TakeAndCount(const std::vector<Step>& steps)
 {
     std::vector<StepResult> outcomes = Take(steps);
-    Count("sequences");
-    Count("operations", outcomes.size());
+    AddToFigure("sequences");
+    AddToFigure("operations", outcomes.size());
     for (const StepResult& outcome : outcomes)
     {
-        Count("operations that returned false", outcome.Done ? 0 : 1);
-        Count("times closed and opened again", outcome.Operation == "Reopen" ? 1 : 0);
+        AddToFigure("operations that returned false", outcome.Done ? 0 : 1);
+        AddToFigure("times closed and opened again", outcome.Operation == "Reopen" ? 1 : 0);
     }
     return outcomes;
 }
@@ -66,7 +67,7 @@ TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
         ASSERT_TRUE(result.is<rc::detail::SuccessResult>())
             << message.str() << "\nThe same again: RC_PARAMS='seed=" << parameters.seed << settings << '\'';
         parameters.seed = random();
-    } while (Count("operations", 0) < 20'000 || (Soaking() && !limit.IsOver()));
+    } while (AddToFigure("operations", 0) < 20'000 || (IsLongForm() && !limit.IsOver()));
 
     EXPECT_EQ(done, OperationNames());
     EXPECT_GE(refused.size(), 25);
@@ -85,7 +86,7 @@ TEST(ModelTest, TheFuzzersCorpusDoesWhatTheModelDoes)
         EXPECT_NO_THROW(outcomes = TakeAndCount(StepsFrom(data.data(), data.size()))) << file.path();
         for (const StepResult& outcome : outcomes)
             operations.insert(outcome.Operation);
-        Count("files of the corpus");
+        AddToFigure("files of the corpus");
     }
     EXPECT_EQ(operations, OperationNames());
 }

@@ -1,8 +1,9 @@
 // Files of every form that a journal has had: once opened they are like new ones, with every row that they held, and no
 // interruption on the way there keeps them from it.
 
+#include "support/figures.h"
 #include "support/journal_test.h"
-#include "support/soak.h"
+#include "support/test_form.h"
 #include "testing/old_files.h"
 #include "testing/schema_statements.h"
 
@@ -60,7 +61,7 @@ bool Has(const Statements& parts, const std::string& part)
 std::map<Row, Statements> SchemaOf(const PlainConnection& file)
 {
     std::map<Row, Statements> schema;
-    for (const Row& object : file.Query("SELECT type,name,tbl_name,sql FROM sqlite_master;"))
+    for (const Row& object : file.QueryRows("SELECT type,name,tbl_name,sql FROM sqlite_master;"))
     {
         Statements& parts = schema[{object[0], object[1], object[2]}];
         parts = object[0] == "table" ? PartsOf(object[3]) : Statements{object[3]};
@@ -103,7 +104,7 @@ void Apply(const Difference& difference, std::map<Row, Statements>& schema)
 Statements Names(const PlainConnection& file, const std::string& query)
 {
     Statements names;
-    for (const Row& row : file.Query(query))
+    for (const Row& row : file.QueryRows(query))
         names.push_back(row.at(0));
     return names;
 }
@@ -124,7 +125,7 @@ Rows RowsOf(const PlainConnection& file, const std::string& table, const Stateme
     std::string values = "rowid";
     for (const std::string& column : columns)
         values += ",quote(" + column + ')';
-    return file.Query("SELECT " + values + " FROM " + table + " ORDER BY rowid;");
+    return file.QueryRows("SELECT " + values + " FROM " + table + " ORDER BY rowid;");
 }
 
 // What a row that is older than a column holds in it.
@@ -222,7 +223,7 @@ class OldFileTest : public testing::TestWithParam<OldFile>
         EXPECT_EQ(waitpid(child, &status, 0), child);
         const bool crashed = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
         EXPECT_TRUE(crashed || (WIFEXITED(status) && WEXITSTATUS(status) == 0)) << status;
-        Count("crashes", crashed ? 1 : 0);
+        AddToFigure("crashes", crashed ? 1 : 0);
         return crashed;
     }
 
@@ -284,7 +285,7 @@ TEST_P(OldFileTest, KeepsEveryRow)
         const Statements columns = ColumnsOf(before, table);
         const Rows rows = RowsOf(before, table, columns);
         EXPECT_FALSE(rows.empty());
-        Count("rows compared", rows.size());
+        AddToFigure("rows compared", rows.size());
         if (table != "PlantEvents" || !HasOldEvents(before))
         {
             EXPECT_EQ(RowsOf(after, table, columns), rows);
@@ -303,7 +304,8 @@ TEST_P(OldFileTest, KeepsEveryRow)
         Rows events = ConvertedEvents;
         if (SchemaOf(before)[EventTable].size() == 6) // its name and its five columns
             events.insert(events.end(), ConvertedUncheckedEvents.begin(), ConvertedUncheckedEvents.end());
-        EXPECT_EQ(after.Query("SELECT ID,PlantUUID,EventDate,EventType,Details FROM PlantEvents ORDER BY ID;"), events);
+        EXPECT_EQ(after.QueryRows("SELECT ID,PlantUUID,EventDate,EventType,Details FROM PlantEvents ORDER BY ID;"),
+                  events);
     }
 }
 
@@ -334,7 +336,7 @@ TEST_P(OldFileTest, AfterAFaultAtAnyCallTheNextOpeningFinishes)
                 if (!failure.Happened())
                     break;
             }
-            Count("faults");
+            AddToFigure("faults");
             ++faults;
             ExpectThatTheNextOpeningFinishes(finished);
         }
@@ -363,7 +365,7 @@ TEST_P(OldFileTest, AfterCrashUponCrashTheNextOpeningFinishes)
     const std::string finished = Finished();
     std::mt19937_64 random(Seed());
     const TimeLimit time;
-    for (int round = 0; Soaking() ? !time.IsOver() : round < 5; ++round)
+    for (int round = 0; IsLongForm() ? !time.IsOver() : round < 5; ++round)
     {
         SCOPED_TRACE(round);
         Restore();
@@ -380,9 +382,9 @@ TEST_P(OldFileTest, AHalfWrittenRebuildIsTakenBackAndDoneAnew)
 {
     if (!HasOldEvents(PlainConnection(Original)))
         return;
-    PlainConnection(Original).Execute("WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE i<800) "
-                                      "INSERT INTO PlantEvents(PlantUUID,EventType,Details) SELECT '" +
-                                      std::string(Mother) + "','Note',printf('%.3000c','x') FROM n;");
+    PlainConnection(Original).RunSQL("WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE i<800) "
+                                     "INSERT INTO PlantEvents(PlantUUID,EventType,Details) SELECT '" +
+                                     std::string(Mother) + "','Note',printf('%.3000c','x') FROM n;");
     int rebuild = 0;
     Restore();
     {
@@ -405,7 +407,7 @@ TEST_P(OldFileTest, AHalfWrittenRebuildIsTakenBackAndDoneAnew)
         EXPECT_NE(FileBytes(Path), original);
         // SQLite marks a journal as one to go back by, by its first byte, before it writes into the file.
         EXPECT_TRUE(FileBytes(Path + "-journal").starts_with('\xd9'));
-        Count("half-written rebuilds");
+        AddToFigure("half-written rebuilds");
         ExpectThatTheNextOpeningFinishes(finished);
     }
 }
@@ -434,12 +436,12 @@ TEST(OldFilesTest, EachColumnAndIndexThatCameLaterIsMissingInSomeAndThereInOther
                                                               "pragma_table_info('HarvestRecords');");
         for (const std::string& name : later)
             found[name].insert(Has(names, name));
-        Count("forms");
+        AddToFigure("forms");
     }
     EXPECT_EQ(found.size(), AddedColumns().size() + CreateIndexStatements().size());
     for (const auto& [name, states] : found)
         EXPECT_EQ(states.size(), 2) << name;
-    EXPECT_GE(Count("forms", 0), 13);
+    EXPECT_GE(AddToFigure("forms", 0), 13);
 }
 
 } // namespace

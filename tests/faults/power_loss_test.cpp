@@ -1,11 +1,12 @@
 // The power goes, at every write and every sync that the library makes SQLite do, and comes back.
 
+#include "support/figures.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 #include "support/simulated_disk.h"
-#include "support/soak.h"
+#include "support/test_form.h"
 #include "testing/old_files.h"
-#include "testing/statements.h"
+#include "testing/operation_statements.h"
 
 #include <cstdint>
 #include <functional>
@@ -190,7 +191,7 @@ std::string Found()
     if (!database.IsOpen())
         return {};
     EXPECT_EQ(Damage(database.NativeHandle()), "ok");
-    EXPECT_EQ(Query(database.NativeHandle(), WithoutTheirEvent), Rows{});
+    EXPECT_EQ(QueryRows(database.NativeHandle(), WithoutTheirEvent), Rows{});
     return Content(database.NativeHandle());
 }
 
@@ -218,7 +219,7 @@ class PowerLossTest : public testing::Test
     {
         PlantDatabase database;
         EXPECT_TRUE(database.Open(File));
-        Execute(database.NativeHandle(), Setting);
+        RunSQL(database.NativeHandle(), Setting);
         PlantRepository repository(database);
         Disk.DieAt(call);
         const bool done = work(repository);
@@ -246,7 +247,7 @@ class PowerLossTest : public testing::Test
     // `look` looks at what is left. Now and then the power goes once more while the file is mended.
     template <typename Look> void Reboot(int fates, const Look& look)
     {
-        Count("crash points");
+        AddToFigure("crash points");
         const SimulatedDisk dead = Disk;
         for (int fate = 0; fate < fates && !HasFailure(); ++fate)
         {
@@ -256,11 +257,11 @@ class PowerLossTest : public testing::Test
             {
                 const Death death = DieInOpening(1 + static_cast<int>(Random() % 8));
                 EXPECT_EQ(death.Done, death.Idle);
-                Count("crash points", death.Idle ? 0 : 1);
+                AddToFigure("crash points", death.Idle ? 0 : 1);
                 Disk.Reboot(Random);
             }
             look();
-            Count("journals looked at after a crash");
+            AddToFigure("journals looked at after a crash");
         }
     }
 
@@ -273,9 +274,9 @@ class PowerLossTest : public testing::Test
 // ---- Every operation
 
 // A duplicate's identifier is another every time.
-std::string Anonymous(std::string content, const Garden& garden)
+std::string Anonymous(std::string content, const SampleRecords& sample)
 {
-    const std::string& uuid = garden.Clone.UUID;
+    const std::string& uuid = sample.Clone.UUID;
     for (std::size_t at = 0; (at = content.find(uuid, at)) != std::string::npos;)
         content.replace(at, uuid.size(), "the clone's");
     return content;
@@ -292,12 +293,12 @@ class OperationPowerLossTest : public PowerLossTest
             PlantDatabase database;
             ASSERT_TRUE(database.Open(File));
             PlantRepository repository(database);
-            Planted = PlantGarden(repository);
+            Planted = StoreSampleRecords(repository);
         }
         Disk.Settle();
         Settled = Disk;
         Before = Found();
-        Execute(PlainConnection(File).NativeHandle(), "INSERT INTO Strains(Name) VALUES('a new strain');");
+        RunSQL(PlainConnection(File).NativeHandle(), "INSERT INTO Strains(Name) VALUES('a new strain');");
         Registered = Found();
     }
 
@@ -305,19 +306,19 @@ class OperationPowerLossTest : public PowerLossTest
     bool Writes(const Operation& operation)
     {
         Disk = Settled;
-        Garden garden = Planted;
+        SampleRecords sample = Planted;
         Statements statements;
         {
             PlantDatabase database;
             EXPECT_TRUE(database.Open(File));
             PlantRepository repository(database);
             const CallRecorder recorder;
-            EXPECT_TRUE(operation.Call(repository, garden));
+            EXPECT_TRUE(operation.Call(repository, sample));
             statements = recorder.Statements();
         }
         RegistersAStrain = statements.front() == SQL::RegisterStrain;
         const std::string after = Found();
-        After = Anonymous(after, garden);
+        After = Anonymous(after, sample);
         return after != Before;
     }
 
@@ -330,18 +331,18 @@ class OperationPowerLossTest : public PowerLossTest
         {
             SCOPED_TRACE("call " + std::to_string(call));
             Disk = Settled;
-            Garden garden = Planted;
+            SampleRecords sample = Planted;
             const Death death =
-                DieIn([&](PlantRepository& repository) { return operation.Call(repository, garden); }, call);
+                DieIn([&](PlantRepository& repository) { return operation.Call(repository, sample); }, call);
             idle = death.Idle;
             EXPECT_TRUE(death.Done || !idle);
-            look(garden, death.Done);
+            look(sample, death.Done);
         }
     }
 
     int TakenBack(const World& world);
 
-    Garden Planted;
+    SampleRecords Planted;
     SimulatedDisk Settled;
     std::string Before;
     std::string Registered; // a plant's new strain comes before the plant
@@ -354,7 +355,7 @@ std::vector<Operation> OperationsAndDuplicatePlant()
 {
     std::vector<Operation> operations = Operations();
     operations.push_back(
-        {"DuplicatePlant", [](PlantRepository& r, Garden& g) { return r.DuplicatePlant(g.Mother, g.Clone); }});
+        {"DuplicatePlant", [](PlantRepository& r, SampleRecords& g) { return r.DuplicatePlant(g.Mother, g.Clone); }});
     return operations;
 }
 
@@ -372,20 +373,20 @@ int OperationPowerLossTest::TakenBack(const World& world)
         if (!Writes(operation))
             continue;
         ++operations;
-        const auto look = [&](const Garden& garden, bool done)
+        const auto look = [&](const SampleRecords& sample, bool done)
         {
-            const std::string found = Anonymous(Found(), garden);
+            const std::string found = Anonymous(Found(), sample);
             const bool finished = found == After;
-            const bool untouched = found == Anonymous(Before, garden);
-            const bool registered = RegistersAStrain && found == Anonymous(Registered, garden);
+            const bool untouched = found == Anonymous(Before, sample);
+            const bool registered = RegistersAStrain && found == Anonymous(Registered, sample);
             EXPECT_TRUE(finished || untouched || registered) << found;
             EXPECT_TRUE(finished || !done || world.MayTakeBackTheLast) << found;
             takenBack += done && !finished ? 1 : 0;
             whole += !done && finished ? 1 : 0;
             notAtAll += !done && untouched ? 1 : 0;
         };
-        DieInEachCall(operation, [&](const Garden& garden, bool done)
-                      { Reboot(ShortOrLong(2, 20), [&] { look(garden, done); }); });
+        DieInEachCall(operation, [&](const SampleRecords& sample, bool done)
+                      { Reboot(ShortOrLong(2, 20), [&] { look(sample, done); }); });
     }
     EXPECT_GT(whole, 0);
     EXPECT_GT(notAtAll, 0);
@@ -403,7 +404,7 @@ TEST_F(OperationPowerLossTest, WhereUnlinksComeUndoneAnOperationThatWasDoneMayBe
 {
     const int takenBack = TakenBack(UnlinksComeUndone);
     EXPECT_GT(takenBack, 0);
-    Count("operations done and taken back where unlinks come undone", static_cast<std::uint64_t>(takenBack));
+    AddToFigure("operations done and taken back where unlinks come undone", static_cast<std::uint64_t>(takenBack));
 }
 
 TEST_F(OperationPowerLossTest, WhereUnlinksComeUndoneTheCallersSettingKeepsWhatWasDone)
@@ -440,7 +441,7 @@ TEST_F(OperationPowerLossTest, ACarelessSettingIsSeen)
             if (!Writes(operation))
                 continue;
             DieInEachCall(operation,
-                          [&](const Garden&, bool done)
+                          [&](const SampleRecords&, bool done)
                           {
                               Disk.Reboot(Random);
                               const std::string found = foundWhereSound();
@@ -648,7 +649,7 @@ class Ledger
 
     void Register(const std::string& strain)
     {
-        Execute(Database.NativeHandle(), "INSERT INTO Strains(Name) VALUES('" + strain + "') ON CONFLICT DO NOTHING;");
+        RunSQL(Database.NativeHandle(), "INSERT INTO Strains(Name) VALUES('" + strain + "') ON CONFLICT DO NOTHING;");
     }
 
     void Make(const Change& change) { EXPECT_TRUE(change.Make(Repository)); }
@@ -683,7 +684,7 @@ class SeasonPowerLossTest : public PowerLossTest
                     for (const Change& sure : Unsure)
                         ledger.Make(sure);
                     Unsure.clear();
-                    Count("operations done");
+                    AddToFigure("operations done");
                 }
                 if (done && !world.MayTakeBackTheLast)
                     ledger.Make(change);
@@ -724,7 +725,7 @@ TEST_F(SeasonPowerLossTest, NothingThatWasDoneIsLostHoweverOftenThePowerGoes)
     {
         SCOPED_TRACE(world.Name);
         const TimeLimit limit;
-        for (int season = 0; (Soaking() ? !limit.IsOver() : season < 8) && !HasFailure(); ++season)
+        for (int season = 0; (IsLongForm() ? !limit.IsOver() : season < 8) && !HasFailure(); ++season)
         {
             SCOPED_TRACE("season " + std::to_string(season));
             Begin(world);
@@ -748,7 +749,7 @@ class MigrationPowerLossTest : public PowerLossTest
     void Write(const World& world, const OldFile& file, const std::string& more = {})
     {
         Begin(world);
-        PlainConnection(File).Execute("BEGIN;" + file.SQL + more + "COMMIT;");
+        PlainConnection(File).RunSQL("BEGIN;" + file.SQL + more + "COMMIT;");
         Disk.Settle();
     }
 
@@ -859,7 +860,7 @@ TEST_F(MigrationPowerLossTest, ALargeEventTableIsRebuiltWholeOrNotAtAll)
     }
     const std::string whole = Found();
     const TimeLimit limit;
-    for (int point = 0; (Soaking() ? !limit.IsOver() : point < 60) && !HasFailure(); ++point)
+    for (int point = 0; (IsLongForm() ? !limit.IsOver() : point < 60) && !HasFailure(); ++point)
     {
         const int call = 1 + static_cast<int>(Random() % static_cast<unsigned>(calls));
         SCOPED_TRACE("call " + std::to_string(call));
@@ -872,7 +873,7 @@ TEST_F(MigrationPowerLossTest, ALargeEventTableIsRebuiltWholeOrNotAtAll)
 // Stays the last: the figures are of the whole program.
 TEST(PowerLossFiguresTest, ThePowerWentOftenEnough)
 {
-    EXPECT_GE(Count("crash points", 0), 5'000);
+    EXPECT_GE(AddToFigure("crash points", 0), 5'000);
 }
 
 } // namespace

@@ -1,9 +1,10 @@
 // Several processes and threads with one journal file, and a process that may not do what it wants with it.
 
 #include "support/child_process.h"
+#include "support/figures.h"
 #include "support/journal_test.h"
-#include "support/operations.h"
-#include "support/soak.h"
+#include "support/repository_operations.h"
+#include "support/test_form.h"
 #include "testing/old_files.h"
 #include "testing/schema_statements.h"
 
@@ -66,12 +67,12 @@ void MakePlant(const std::string& path, const std::string& name)
 }
 
 // A garden in a new file.
-Garden MakeGarden(const std::string& path)
+SampleRecords MakeSampleJournal(const std::string& path)
 {
     PlantDatabase database;
     MustOpen(database, path);
     PlantRepository repository(database);
-    return PlantGarden(repository);
+    return StoreSampleRecords(repository);
 }
 
 bool IsReading(const Operation& operation)
@@ -110,12 +111,12 @@ void WriteEntries(const ParentProcess& parent, const std::string& path, int writ
     {
         if (i == 0 || i == EntriesEach / 2)
         {
-            parent.Tell("ready");
-            parent.Await();
+            parent.Send("ready");
+            parent.Wait();
         }
         PlantCareEntry entry = Watering("basil", "writer " + std::to_string(writer) + ", entry " + std::to_string(i));
         const bool kept = repository.CreatePlantCareEntry(entry);
-        parent.Tell((kept ? '+' : '-') + entry.Notes);
+        parent.Send((kept ? '+' : '-') + entry.Notes);
     }
 }
 
@@ -126,25 +127,25 @@ TEST_F(ProcessTest, FourWritersLoseNothingAndDoubleNothing)
     for (int writer = 0; writer < Writers; ++writer)
         children.emplace_back([&](const ParentProcess& parent) { WriteEntries(parent, Path, writer); });
     for (ChildProcess& child : children)
-        ASSERT_EQ(child.Line(), "ready");
+        ASSERT_EQ(child.ReadLine(), "ready");
     for (const ChildProcess& child : children)
-        child.GoOn();
+        child.Continue();
 
     // Half way the file is held for longer than they wait: each is refused at least once.
     std::vector<std::string> told;
     for (ChildProcess& child : children)
-        for (std::string line; (line = child.Line().value_or("ready")) != "ready";)
+        for (std::string line; (line = child.ReadLine().value_or("ready")) != "ready";)
             told.push_back(line);
     {
         const PlainConnection other(Path);
-        other.Execute("BEGIN IMMEDIATE;");
+        other.RunSQL("BEGIN IMMEDIATE;");
         for (const ChildProcess& child : children)
-            child.GoOn();
+            child.Continue();
         std::this_thread::sleep_for(std::chrono::milliseconds(3'200));
     }
     for (ChildProcess& child : children)
     {
-        for (std::string& line : child.Lines())
+        for (std::string& line : child.ReadLines())
             told.push_back(std::move(line));
         EXPECT_EQ(child.End(), "done");
     }
@@ -155,17 +156,17 @@ TEST_F(ProcessTest, FourWritersLoseNothingAndDoubleNothing)
     Rows acknowledged;
     for (const std::string& line : told)
     {
-        Count(line[0] == '+' ? "entries acknowledged" : "entries refused");
+        AddToFigure(line[0] == '+' ? "entries acknowledged" : "entries refused");
         if (line[0] == '+')
             acknowledged.push_back({line.substr(1), "0 ml | " + line.substr(1)});
     }
-    EXPECT_GE(Count("entries refused", 0), Writers);
+    EXPECT_GE(AddToFigure("entries refused", 0), Writers);
     std::sort(acknowledged.begin(), acknowledged.end());
-    EXPECT_EQ(file.Query("SELECT c.Notes,e.Details FROM PlantCareEntries c JOIN PlantEvents e ON "
-                         "e.ID=c.TimelineEventID ORDER BY 1;"),
+    EXPECT_EQ(file.QueryRows("SELECT c.Notes,e.Details FROM PlantCareEntries c JOIN PlantEvents e ON "
+                             "e.ID=c.TimelineEventID ORDER BY 1;"),
               acknowledged);
     const std::string number = std::to_string(acknowledged.size());
-    EXPECT_EQ(file.Query("SELECT COUNT(*),COUNT(DISTINCT TimelineEventID) FROM PlantCareEntries;"),
+    EXPECT_EQ(file.QueryRows("SELECT COUNT(*),COUNT(DISTINCT TimelineEventID) FROM PlantCareEntries;"),
               (Rows{{number, number}}));
     EXPECT_EQ(file.Value("SELECT COUNT(*) FROM PlantEvents;"), number);
 }
@@ -183,14 +184,14 @@ struct Lock
 // Makes a call twice, each time at the parent's word, telling how many milliseconds it took and what it came to.
 void CallTwice(const ParentProcess& parent, const std::function<std::string()>& call)
 {
-    parent.Tell("ready");
+    parent.Send("ready");
     for (int i = 0; i < 2; ++i)
     {
-        parent.Await();
+        parent.Wait();
         const auto start = Clock::now();
         const std::string result = call();
-        parent.Tell(std::to_string((Clock::now() - start) / std::chrono::milliseconds(1)));
-        parent.Tell(result);
+        parent.Send(std::to_string((Clock::now() - start) / std::chrono::milliseconds(1)));
+        parent.Send(result);
     }
 }
 
@@ -232,14 +233,14 @@ TEST_F(ProcessTest, ALockIsWaitedForAndOneThatOutlastsTheWaitLeavesTheFileAsItWa
             PlantDatabase undisturbed;
             ASSERT_TRUE(undisturbed.Open(""));
             PlantRepository repository(undisturbed);
-            Garden garden = PlantGarden(repository);
-            ASSERT_TRUE(operation.Call(repository, garden));
+            SampleRecords sample = StoreSampleRecords(repository);
+            ASSERT_TRUE(operation.Call(repository, sample));
             after = Content(undisturbed.NativeHandle());
         }
         for (const Lock& lock : locks)
         {
             Case& c = newCase(operation.Name, lock, "false", "true");
-            const Garden garden = MakeGarden(c.Path);
+            const SampleRecords sample = MakeSampleJournal(c.Path);
             c.Before = ContentOnceOpen(c.Path);
             c.After = after;
             children.emplace_back(
@@ -251,14 +252,14 @@ TEST_F(ProcessTest, ALockIsWaitedForAndOneThatOutlastsTheWaitLeavesTheFileAsItWa
                     CallTwice(parent,
                               [&]
                               {
-                                  Garden copy = garden;
+                                  SampleRecords copy = sample;
                                   return operation.Call(repository, copy) ? "true" : "false";
                               });
                 });
         }
     }
     std::vector<OldFile> files = OldFiles();
-    std::erase_if(files, IsUpToDate); // these are opened without a lock
+    std::erase_if(files, HasCurrentSchema); // these are opened without a lock
     files.push_back({"an empty file", "SELECT 1;"});
     for (const OldFile& file : files)
         for (const Lock& lock : locks)
@@ -274,37 +275,37 @@ TEST_F(ProcessTest, ALockIsWaitedForAndOneThatOutlastsTheWaitLeavesTheFileAsItWa
         }
 
     for (ChildProcess& child : children)
-        ASSERT_EQ(child.Line(), "ready");
+        ASSERT_EQ(child.ReadLine(), "ready");
     std::deque<PlainConnection> others;
     for (const Case& c : cases)
-        others.emplace_back(c.Path).Execute(c.LockSQL);
+        others.emplace_back(c.Path).RunSQL(c.LockSQL);
 
     for (const ChildProcess& child : children)
-        child.GoOn();
+        child.Continue();
     for (std::size_t i = 0; i < cases.size(); ++i)
     {
         SCOPED_TRACE(cases[i].Name);
-        const int milliseconds = std::stoi(children[i].Line().value_or("0"));
+        const int milliseconds = std::stoi(children[i].ReadLine().value_or("0"));
         EXPECT_GE(milliseconds, 2'400);
         EXPECT_LT(milliseconds, 10'000);
-        EXPECT_EQ(children[i].Line(), cases[i].Refused);
+        EXPECT_EQ(children[i].ReadLine(), cases[i].Refused);
         EXPECT_EQ(Content(others[i].NativeHandle()), cases[i].Before);
-        Count("calls that a lock outlasted");
+        AddToFigure("calls that a lock outlasted");
     }
 
     for (const ChildProcess& child : children)
-        child.GoOn();
+        child.Continue();
     std::this_thread::sleep_for(std::chrono::seconds(1));
     for (const PlainConnection& other : others)
-        other.Execute("ROLLBACK;");
+        other.RunSQL("ROLLBACK;");
     for (std::size_t i = 0; i < cases.size(); ++i)
     {
         SCOPED_TRACE(cases[i].Name);
-        EXPECT_GE(std::stoi(children[i].Line().value_or("0")), 500);
-        EXPECT_EQ(children[i].Line(), cases[i].Done);
+        EXPECT_GE(std::stoi(children[i].ReadLine().value_or("0")), 500);
+        EXPECT_EQ(children[i].ReadLine(), cases[i].Done);
         EXPECT_EQ(children[i].End(), "done");
         EXPECT_EQ(ContentOnceOpen(cases[i].Path), cases[i].After);
-        Count("calls that outlasted a lock");
+        AddToFigure("calls that outlasted a lock");
     }
 }
 
@@ -347,11 +348,11 @@ auto OpeningWithAHalt(const std::string& path, int number)
     {
         halt = {number, [&](const std::string& statement)
                 {
-                    parent.Tell("at " + statement);
-                    parent.Await();
+                    parent.Send("at " + statement);
+                    parent.Wait();
                 }};
         sqlite3_auto_extension(reinterpret_cast<void (*)()>(OnConnection));
-        parent.Tell(Opening(path));
+        parent.Send(Opening(path));
     };
 }
 
@@ -393,7 +394,7 @@ class OpeningAtOnceTest : public ProcessTest, public testing::WithParamInterface
         for (const std::string& result : {first, second})
         {
             EXPECT_TRUE(possible.contains(result)) << result;
-            Count("openings at once: " + result);
+            AddToFigure("openings at once: " + result);
         }
         EXPECT_TRUE(first == "open" || second == "open") << first << ", " << second;
         EXPECT_EQ(ContentOnceOpen(Path), Whole);
@@ -415,26 +416,26 @@ TEST_P(OpeningAtOnceTest, OneMayBeRefusedAndNothingIsLost)
             SCOPED_TRACE("halts " + std::to_string(firstHalt) + " and " + std::to_string(secondHalt));
             Restore();
             ChildProcess first(OpeningWithAHalt(Path, firstHalt));
-            std::string firstResult = first.Line().value_or("");
+            std::string firstResult = first.ReadLine().value_or("");
             halted = HasHalted(firstResult);
             ChildProcess second(OpeningWithAHalt(Path, secondHalt));
-            std::string secondResult = second.Line().value_or("");
+            std::string secondResult = second.ReadLine().value_or("");
             secondHalted = HasHalted(secondResult);
             if (halted)
             {
-                first.GoOn();
-                firstResult = first.Line().value_or("");
+                first.Continue();
+                firstResult = first.ReadLine().value_or("");
             }
             if (secondHalted)
             {
-                second.GoOn();
-                secondResult = second.Line().value_or("");
+                second.Continue();
+                secondResult = second.ReadLine().value_or("");
             }
             EXPECT_EQ(first.End(), "done");
             EXPECT_EQ(second.End(), "done");
             ExpectOneRefusalAtMost(firstResult, secondResult);
-            Count("orders of two openings");
-            secondHalted = secondHalted && Soaking();
+            AddToFigure("orders of two openings");
+            secondHalted = secondHalted && IsLongForm();
         }
     }
 }
@@ -446,20 +447,20 @@ TEST_P(OpeningAtOnceTest, FromTheSameMomentOneMayBeRefusedAndNothingIsLost)
         Restore();
         const auto open = [&](const ParentProcess& parent)
         {
-            parent.Tell("ready");
-            parent.Await();
-            parent.Tell(Opening(Path));
+            parent.Send("ready");
+            parent.Wait();
+            parent.Send(Opening(Path));
         };
         ChildProcess first(open);
         ChildProcess second(open);
-        ASSERT_EQ(first.Line(), "ready");
-        ASSERT_EQ(second.Line(), "ready");
-        first.GoOn();
-        second.GoOn();
-        const std::string firstResult = first.Line().value_or("");
-        const std::string secondResult = second.Line().value_or("");
+        ASSERT_EQ(first.ReadLine(), "ready");
+        ASSERT_EQ(second.ReadLine(), "ready");
+        first.Continue();
+        second.Continue();
+        const std::string firstResult = first.ReadLine().value_or("");
+        const std::string secondResult = second.ReadLine().value_or("");
         ExpectOneRefusalAtMost(firstResult, secondResult);
-        Count("races of two openings");
+        AddToFigure("races of two openings");
     }
 }
 
@@ -472,7 +473,7 @@ TEST_P(OpeningAtOnceTest, WhatIsWrittenMeanwhileStaysButForTheStockPhrases)
     {
         Restore();
         ChildProcess opening(OpeningWithAHalt(Path, number));
-        const std::string at = opening.Line().value_or("");
+        const std::string at = opening.ReadLine().value_or("");
         halted = HasHalted(at);
         SCOPED_TRACE(at);
 
@@ -500,8 +501,8 @@ TEST_P(OpeningAtOnceTest, WhatIsWrittenMeanwhileStaysButForTheStockPhrases)
         }
         if (halted)
         {
-            opening.GoOn();
-            opening.Line();
+            opening.Continue();
+            opening.ReadLine();
         }
         EXPECT_EQ(opening.End(), "done");
 
@@ -543,7 +544,7 @@ std::vector<std::string> AsAUser(const std::function<void(const ParentProcess&)>
                 throw std::runtime_error("privileges could not be given up");
             work(parent);
         });
-    std::vector<std::string> lines = child.Lines();
+    std::vector<std::string> lines = child.ReadLines();
     EXPECT_EQ(child.End(), "done");
     return lines;
 }
@@ -610,34 +611,34 @@ TEST_F(PermissionTest, WhatIsNotPermittedIsRefusedAndChangesNothing)
             WriteOldFile(Path, file);
             const std::string whole = ContentOnceOpen(Path);
             WriteOldFile(Path, file);
-            EXPECT_EQ(prohibited([&](const ParentProcess& parent) { parent.Tell(Opening(Path)); }),
-                      std::vector<std::string>{!prohibition.Reading ? cannotOpen
-                                               : IsUpToDate(file)   ? "open"
-                                                                    : readOnly});
+            EXPECT_EQ(prohibited([&](const ParentProcess& parent) { parent.Send(Opening(Path)); }),
+                      std::vector<std::string>{!prohibition.Reading     ? cannotOpen
+                                               : HasCurrentSchema(file) ? "open"
+                                                                        : readOnly});
             EXPECT_EQ(ContentOnceOpen(Path), whole);
         }
 
         std::filesystem::remove(Path);
-        const Garden garden = MakeGarden(Path);
+        const SampleRecords sample = MakeSampleJournal(Path);
         const std::string whole = ContentOnceOpen(Path);
         const std::vector<std::string> told = prohibited(
             [&](const ParentProcess& parent)
             {
                 PlantDatabase database;
                 if (!database.Open(Path))
-                    return parent.Tell(database.LastError());
+                    return parent.Send(database.LastError());
                 PlantRepository repository(database);
                 for (const Operation& operation : Operations())
                 {
-                    Garden copy = garden;
+                    SampleRecords copy = sample;
                     if (operation.Call(repository, copy) != IsReading(operation))
-                        parent.Tell(operation.Name);
+                        parent.Send(operation.Name);
                 }
-                parent.Tell(Content(database.NativeHandle()) == whole ? "all is there" : "something is missing");
+                parent.Send(Content(database.NativeHandle()) == whole ? "all is there" : "something is missing");
                 Strain strain;
                 strain.Name = "a new strain";
                 repository.CreateStrain(strain);
-                parent.Tell(sqlite3_errmsg(database.NativeHandle()));
+                parent.Send(sqlite3_errmsg(database.NativeHandle()));
             });
         EXPECT_EQ(told, prohibition.Reading ? (std::vector<std::string>{"all is there", readOnly})
                                             : std::vector<std::string>{cannotOpen});
@@ -651,8 +652,8 @@ TEST_F(PermissionTest, NothingIsMadeWhereThatIsNotPermitted)
     EXPECT_EQ(AsAUser(
                   [&](const ParentProcess& parent)
                   {
-                      parent.Tell(Opening(Path));
-                      parent.Tell(Opening(Directory + "/further/journal.db"));
+                      parent.Send(Opening(Path));
+                      parent.Send(Opening(Directory + "/further/journal.db"));
                   }),
               (std::vector<std::string>(2, "unable to open database file")));
     EXPECT_TRUE(std::filesystem::is_empty(Directory));
@@ -662,7 +663,7 @@ TEST_F(PermissionTest, ADirectoryInTheFilesPlaceIsRefusedAndStays)
 {
     std::filesystem::create_directory(Path);
     Allow(Path, 0777);
-    const auto open = [&](const ParentProcess& parent) { parent.Tell(Opening(Path)); };
+    const auto open = [&](const ParentProcess& parent) { parent.Send(Opening(Path)); };
     EXPECT_EQ(AsAUser(open), std::vector<std::string>{"unable to open database file"});
     EXPECT_EQ(Opening(Path), "unable to open database file");
     EXPECT_TRUE(std::filesystem::is_empty(Path));
@@ -707,14 +708,15 @@ TEST_F(ProcessTest, ThreadsWithDatabasesOfTheirOwnLoseNothing)
     {
         const PlainConnection file(path);
         EXPECT_EQ(Damage(file.NativeHandle()), "ok");
-        return file.Query("SELECT COUNT(*),COUNT(DISTINCT Notes),COUNT(DISTINCT TimelineEventID),(SELECT COUNT(*) FROM "
-                          "PlantEvents) FROM PlantCareEntries;");
+        return file.QueryRows(
+            "SELECT COUNT(*),COUNT(DISTINCT Notes),COUNT(DISTINCT TimelineEventID),(SELECT COUNT(*) FROM "
+            "PlantEvents) FROM PlantCareEntries;");
     };
     EXPECT_EQ(kept, std::vector<int>(threads, 2 * entries));
     EXPECT_EQ(entriesIn(Path), Rows{Row(4, std::to_string(threads * entries))});
     for (int thread = 0; thread < threads; ++thread)
         EXPECT_EQ(entriesIn(ownPath(thread)), Rows{Row(4, std::to_string(entries))});
-    Count("entries kept by threads", std::uint64_t{2} * threads * entries);
+    AddToFigure("entries kept by threads", std::uint64_t{2} * threads * entries);
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 
 #include "plant_database.h"
 #include "plant_file.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 #include "testing/old_files.h"
 #include "testing/plain_connection.h"
 #include "testing/scratch_directory.h"
@@ -50,10 +50,10 @@ struct BaseFile
 BaseFile ReadBaseFile(const std::string& path)
 {
     const PlainConnection file(path);
-    file.Execute("PRAGMA page_size=512; VACUUM;");
+    file.RunSQL("PRAGMA page_size=512; VACUUM;");
     BaseFile base;
     base.Whole = FileBytes(path);
-    file.Execute("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.4000c','x'); DELETE FROM PlantEvents;");
+    file.RunSQL("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.4000c','x'); DELETE FROM PlantEvents;");
     base.Torn = FileBytes(path);
     base.Journal = FileBytes(path + "-journal");
     Require(base.Torn != base.Whole && base.Journal.starts_with('\xd9'), "the torn file is not torn");
@@ -67,9 +67,9 @@ std::vector<BaseFile> ReadBaseFiles()
     const ScratchDirectory scratch;
     {
         PlantDatabase database;
-        Require(database.Open(scratch.File("garden.db")), "the garden could not be planted");
+        Require(database.Open(scratch.File("garden.db")), "the sample could not be planted");
         PlantRepository repository(database);
-        PlantGarden(repository);
+        StoreSampleRecords(repository);
     }
     files.push_back(ReadBaseFile(scratch.File("garden.db")));
     for (const OldFile& old : OldFiles())
@@ -178,9 +178,9 @@ template <typename Work> void Call(sqlite3* db, std::size_t number, const Work& 
 }
 
 // Reads all there is, of so many plants as a torn file may have, and takes what it finds for the garden.
-Garden ReadGarden(sqlite3* db, PlantRepository& repository)
+SampleRecords ReadRecords(sqlite3* db, PlantRepository& repository)
 {
-    Garden garden;
+    SampleRecords sample;
     std::vector<Plant> plants;
     Call(db, 0, [&] { return repository.ListPlants(plants); });
     plants.resize(std::min<std::size_t>(plants.size(), 8));
@@ -195,17 +195,17 @@ Garden ReadGarden(sqlite3* db, PlantRepository& repository)
             first = records.front();
             last = records.back();
         };
-        Call(db, 1, [&] { return repository.GetPlant(plant.UUID, garden.Clone); });
-        list(2, &PlantRepository::ListPlantEvents, garden.Event, garden.Event);
-        list(3, &PlantRepository::ListPlantCareEntries, garden.Care, garden.Unlinked);
-        list(4, &PlantRepository::ListPlantPhotos, garden.Photo, garden.Photo);
-        list(5, &PlantRepository::ListPlantHealthObservations, garden.Observation, garden.Observation);
-        list(6, &PlantRepository::ListPlantJournalEntries, garden.Entry, garden.Entry);
-        Call(db, 7, [&] { return repository.GetHarvestRecord(plant.UUID, garden.Harvest); });
-        garden.Mother = plant;
+        Call(db, 1, [&] { return repository.GetPlant(plant.UUID, sample.Clone); });
+        list(2, &PlantRepository::ListPlantEvents, sample.Event, sample.Event);
+        list(3, &PlantRepository::ListPlantCareEntries, sample.Care, sample.Unlinked);
+        list(4, &PlantRepository::ListPlantPhotos, sample.Photo, sample.Photo);
+        list(5, &PlantRepository::ListPlantHealthObservations, sample.Observation, sample.Observation);
+        list(6, &PlantRepository::ListPlantJournalEntries, sample.Entry, sample.Entry);
+        Call(db, 7, [&] { return repository.GetHarvestRecord(plant.UUID, sample.Harvest); });
+        sample.Mother = plant;
     }
     if (!plants.empty())
-        garden.Clone = plants.front();
+        sample.Clone = plants.front();
 
     std::vector<Strain> strains;
     Call(db, 8, [&] { return repository.ListStrains(strains); });
@@ -213,11 +213,11 @@ Garden ReadGarden(sqlite3* db, PlantRepository& repository)
     for (const Strain& strain : strains)
     {
         StrainSummary summary;
-        Call(db, 9, [&] { return repository.GetStrain(strain.ID, garden.Unused); });
+        Call(db, 9, [&] { return repository.GetStrain(strain.ID, sample.Unused); });
         Call(db, 10, [&] { return repository.GetStrainSummary(strain.ID, summary); });
-        garden.Kind = strain;
+        sample.Kind = strain;
     }
-    return garden;
+    return sample;
 }
 
 // Every operation, the deletes last and from the leaves to the root.
@@ -290,11 +290,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (Open(database, path))
     {
         PlantRepository repository(database);
-        const Garden garden = ReadGarden(database.NativeHandle(), repository);
+        const SampleRecords sample = ReadRecords(database.NativeHandle(), repository);
         std::size_t number = 16;
         for (const Operation& operation : operations)
         {
-            Garden copy = garden;
+            SampleRecords copy = sample;
             Call(database.NativeHandle(), number++, [&] { return operation.Call(repository, copy); });
         }
         database.Close();

@@ -4,7 +4,7 @@
 #include "pages/errors_page.h"
 #include "support/child_process.h"
 #include "support/disk_failure.h"
-#include "support/operations.h"
+#include "support/repository_operations.h"
 #include "support/page.h"
 
 #include <algorithm>
@@ -71,7 +71,7 @@ class SuccessCodeTest : public ErrorsPageTest, public testing::WithParamInterfac
 
 TEST_P(SuccessCodeTest, ASuccessfulOperationLeavesTheCodeOK)
 {
-    Garden garden = PlantGarden(Repository);
+    SampleRecords garden = StoreSampleRecords(Repository);
     EXPECT_TRUE(GetParam().Call(Repository, garden));
     EXPECT_EQ(Code(), SQLITE_OK);
 }
@@ -83,7 +83,7 @@ TEST_F(ErrorsPageTest, AListThatStopsEarlyReturnsTrueAndKeepsTheReason)
 {
     NewPlant("Basil");
     const PlainConnection other(Path);
-    other.Execute("BEGIN EXCLUSIVE;");
+    other.RunSQL("BEGIN EXCLUSIVE;");
     std::vector<Plant> plants;
     EXPECT_TRUE(Repository.ListPlants(plants));
     EXPECT_TRUE(plants.empty());
@@ -149,14 +149,14 @@ class CommonErrorsTest : public ErrorsPageTest
 TEST_F(CommonErrorsTest, TheLockOfAWriterGivesTheCodesOnThePage)
 {
     const PlainConnection other(Path);
-    other.Execute("BEGIN IMMEDIATE;");
+    other.RunSQL("BEGIN IMMEDIATE;");
     Expect("Another process writes for more than 2.5 seconds");
 }
 
 TEST_F(CommonErrorsTest, TheLockOfAReaderGivesTheCodesOnThePage)
 {
     const PlainConnection other(Path);
-    other.Execute("BEGIN; SELECT * FROM Plants;");
+    other.RunSQL("BEGIN; SELECT * FROM Plants;");
     Expect("Another process reads for more than 2.5 seconds");
 }
 
@@ -173,9 +173,9 @@ TEST_F(CommonErrorsTest, AReadOnlyFileGivesTheCodesOnThePage)
                 throw std::runtime_error("cannot drop privileges");
             OpenJournal();
             for (const std::string& name : Left(Repository, Database.NativeHandle()))
-                parent.Tell(name);
+                parent.Send(name);
         });
-    std::vector<std::string> row = child.Lines();
+    std::vector<std::string> row = child.ReadLines();
     EXPECT_EQ(child.End(), "done");
     row.insert(row.begin(), "The file is read-only");
     EXPECT_EQ(row, Shown(row.front()));
@@ -183,7 +183,7 @@ TEST_F(CommonErrorsTest, AReadOnlyFileGivesTheCodesOnThePage)
 
 TEST_F(CommonErrorsTest, AFullDiskGivesTheCodesOnThePage)
 {
-    Execute("PRAGMA max_page_count=" + Query("PRAGMA page_count;")[0][0] + ";");
+    RunSQL("PRAGMA max_page_count=" + QueryRows("PRAGMA page_count;")[0][0] + ";");
     Expect("The disk is full");
     EXPECT_EQ(Message(), "cannot rollback - no transaction is active");
 }
@@ -202,8 +202,8 @@ TEST_F(CommonErrorsTest, AFailingDiskGivesTheCodesOnThePage)
 
 TEST_F(CommonErrorsTest, ADamagedFileGivesTheCodesOnThePage)
 {
-    const int page = std::stoi(Query("SELECT rootpage FROM sqlite_master WHERE name='PlantEvents';")[0][0]);
-    const int size = std::stoi(Query("PRAGMA page_size;")[0][0]);
+    const int page = std::stoi(QueryRows("SELECT rootpage FROM sqlite_master WHERE name='PlantEvents';")[0][0]);
+    const int size = std::stoi(QueryRows("PRAGMA page_size;")[0][0]);
     Database.Close();
     {
         std::fstream file(Path, std::ios::in | std::ios::out | std::ios::binary);
@@ -221,11 +221,11 @@ TEST_F(CommonErrorsTest, ThePageListsNoOtherCauses)
 
 TEST_F(CommonErrorsTest, AnOpenTransactionMakesOperationsThatNeedOneFail)
 {
-    Execute("BEGIN;");
+    RunSQL("BEGIN;");
     EXPECT_TRUE(Repository.CreatePlantEvent(Event));
     EXPECT_FALSE(Repository.CreatePlantCareEntry(Care));
     EXPECT_EQ(Message(), "cannot start a transaction within a transaction");
-    Execute("COMMIT;");
+    RunSQL("COMMIT;");
 }
 
 TEST_F(CommonErrorsTest, AClosedDatabaseKeepsNoReason)

@@ -36,7 +36,7 @@ std::string TextOf(const std::string& path)
 std::string TextUnderALock(const std::string& path)
 {
     const PlainConnection other(path);
-    other.Execute("BEGIN IMMEDIATE;");
+    other.RunSQL("BEGIN IMMEDIATE;");
     return TextOf(path);
 }
 
@@ -82,7 +82,7 @@ const std::vector<OpenError>& OpenErrors()
              file << std::string(900, '\xFF');
          },
          TextOf},
-        {"no such column: Strain", [](auto& path) { PlainConnection(path).Execute("CREATE TABLE Plants(Genus);"); },
+        {"no such column: Strain", [](auto& path) { PlainConnection(path).RunSQL("CREATE TABLE Plants(Genus);"); },
          TextOf},
         {"Could not open database", [](auto&) {}, [](auto& path) { return TextOf(path + std::string("\0.db", 4)); }},
     };
@@ -111,7 +111,7 @@ TEST(OpenErrorsPageTest, OpenAddsTheTablesToTheDatabaseOfAnotherProgram)
 {
     const ScratchDirectory scratch;
     const std::string path = scratch.File("other.db");
-    PlainConnection(path).Execute("CREATE TABLE Invoices(Sum);");
+    PlainConnection(path).RunSQL("CREATE TABLE Invoices(Sum);");
     EXPECT_EQ(TextOf(path), "opened");
     EXPECT_EQ(PlainConnection(path).Value("SELECT COUNT(*) FROM sqlite_master WHERE type='table';"), "10");
 }

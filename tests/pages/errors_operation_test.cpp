@@ -195,7 +195,7 @@ std::vector<Refusal> RefusalPageTest::StrainRefusals()
          [this] { return UpdateThyme([](Strain& s) { s.Name = "Genovese"; }); }},
         {"DeleteStrain", "a plant has the strain", OK, Nothing,
          [this]
-         { return Repository.DeleteStrain(std::stoi(Query("SELECT ID FROM Strains WHERE Name='Genovese';")[0][0])); }},
+         { return Repository.DeleteStrain(std::stoi(QueryRows("SELECT ID FROM Strains WHERE Name='Genovese';")[0][0])); }},
         {"GetStrainSummary", "no strain has this row ID", OK, Nothing,
          [this] { return Repository.GetStrainSummary(99, *std::make_unique<StrainSummary>()); }},
     };
@@ -347,7 +347,7 @@ TEST_F(RefusalPageTest, EveryFailureHasTheCodeAndTheLogOfThePage)
         rows.push_back({refusal.Operation, Plain(refusal.Meaning), refusal.Code, refusal.Logged});
         if (refusal.Code == Unchanged)
         {
-            EXPECT_TRUE(Refused(refusal.Call));
+            EXPECT_TRUE(RefusedWithoutACall(refusal.Call));
             continue;
         }
         Log.str("");

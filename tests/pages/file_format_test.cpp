@@ -25,7 +25,7 @@ class FileFormatPageTest : public JournalTest
     std::vector<std::string> TableNames() const
     {
         std::vector<std::string> names;
-        for (const Row& row : Query("SELECT name FROM sqlite_master WHERE type='table' ORDER BY rowid;"))
+        for (const Row& row : QueryRows("SELECT name FROM sqlite_master WHERE type='table' ORDER BY rowid;"))
             names.push_back(row[0]);
         return names;
     }
@@ -46,10 +46,10 @@ class FileFormatPageTest : public JournalTest
         const bool key = column[5] == "1";
         if (key)
             add("primary key");
-        for (const Row& index : Query("PRAGMA index_list(" + table + ");"))
-            if (index[3] == "u" && Query("PRAGMA index_info(" + index[1] + ");")[0][2] == column[1])
+        for (const Row& index : QueryRows("PRAGMA index_list(" + table + ");"))
+            if (index[3] == "u" && QueryRows("PRAGMA index_info(" + index[1] + ");")[0][2] == column[1])
                 add("unique");
-        for (const Row& link : Query("PRAGMA foreign_key_list(" + table + ");"))
+        for (const Row& link : QueryRows("PRAGMA foreign_key_list(" + table + ");"))
             if (link[3] == column[1])
                 add("refers to " + link[2] + '(' + link[4] + "), " + link[6]);
         if (column[3] == "0" && !key)
@@ -66,7 +66,7 @@ class FileFormatPageTest : public JournalTest
     Row Definitions() const
     {
         Row definitions;
-        for (const Row& row : Query("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY rowid;"))
+        for (const Row& row : QueryRows("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY rowid;"))
             definitions.push_back(row[0] + ';');
         return definitions;
     }
@@ -77,7 +77,7 @@ TEST_F(FileFormatPageTest, EveryColumnIsShownAsItIs)
     for (const std::string& table : TableNames())
     {
         Rows columns;
-        for (const Row& column : Query("PRAGMA table_info(" + table + ");"))
+        for (const Row& column : QueryRows("PRAGMA table_info(" + table + ");"))
             columns.push_back({column[1], column[2], Default(column), Rules(table, column)});
         Rows shown;
         for (Row row : TableRows(Page, "### " + table))
@@ -176,16 +176,17 @@ TEST_F(FileFormatPageTest, TheRebuildConvertsAsItShows)
                                      [](const OldFile& file) { return file.Name == "10_unchecked"; }));
     {
         const PlainConnection old(path);
-        old.Execute("DELETE FROM PlantEvents;");
+        old.RunSQL("DELETE FROM PlantEvents;");
         for (const Row& row : shown)
-            old.Execute("INSERT INTO PlantEvents(PlantUUID,EventType,Details) SELECT UUID,'" + row[0] + "','" + row[1] +
-                        "' FROM Plants LIMIT 1;");
+            old.RunSQL("INSERT INTO PlantEvents(PlantUUID,EventType,Details) SELECT UUID,'" + row[0] + "','" + row[1] +
+                       "' FROM Plants LIMIT 1;");
     }
     PlantDatabase database;
     ASSERT_TRUE(database.Open(path));
     Rows converted;
     std::size_t number = 0;
-    for (const Row& row : ::Query(database.NativeHandle(), "SELECT EventType,Details FROM PlantEvents ORDER BY ID;"))
+    for (const Row& row :
+         ::QueryRows(database.NativeHandle(), "SELECT EventType,Details FROM PlantEvents ORDER BY ID;"))
     {
         converted.push_back({shown[number][0], shown[number][1], row[0], row[1]});
         ++number;
@@ -201,7 +202,7 @@ TEST_F(FileFormatPageTest, ThePictureHasEveryTableAndColumn)
     for (const std::string& table : TableNames())
     {
         expected.push_back(table);
-        for (const Row& column : Query("PRAGMA table_info(" + table + ");"))
+        for (const Row& column : QueryRows("PRAGMA table_info(" + table + ");"))
             expected.push_back(column[1]);
     }
     std::sort(expected.begin(), expected.end());
@@ -224,7 +225,7 @@ TEST_F(FileFormatPageTest, ThePictureHasEveryLinkWithWhatBecomesOfIt)
     const std::map<std::string, std::string> styles = {{"CASCADE", "solid"}, {"SET NULL", "dotted"}};
     std::set<std::string> expected = {"dashed Plants:Strain -> Strains:Name"};
     for (const std::string& table : TableNames())
-        for (const Row& link : Query("PRAGMA foreign_key_list(" + table + ");"))
+        for (const Row& link : QueryRows("PRAGMA foreign_key_list(" + table + ");"))
             expected.insert(styles.at(link[6]) + ' ' + table + ':' + link[3] + " -> " + link[2] + ':' + link[4]);
 
     std::set<std::string> drawn;
@@ -266,7 +267,7 @@ TEST_F(FileFormatPageTest, WhatIsAddedMakesAFileForeignWhichStillOpens)
         SCOPED_TRACE(statement);
         const std::string path = Scratch.File("added.db");
         EXPECT_TRUE(PlantDatabase().Open(path));
-        PlainConnection(path).Execute(statement);
+        PlainConnection(path).RunSQL(statement);
         PlantFileInspection found;
         EXPECT_TRUE(InspectPlantDatabase(path, found));
         EXPECT_EQ(found.Kind, PlantFileKind::Foreign);
@@ -282,7 +283,7 @@ TEST_F(FileFormatPageTest, VacuumIsHarmless)
 {
     NewPlant("Basil", "Genovese");
     const std::string before = Content();
-    PlainConnection(Path).Execute("VACUUM;");
+    PlainConnection(Path).RunSQL("VACUUM;");
     EXPECT_EQ(Content(), before);
     PlantFileInspection found;
     EXPECT_TRUE(InspectPlantDatabase(Path, found));

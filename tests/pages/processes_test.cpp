@@ -79,40 +79,40 @@ TEST_F(ProcessesPageTest, ItShowsWhatIsTriedHere)
 TEST_F(ProcessesPageTest, AnOpenJournalHoldsUpNobody)
 {
     EXPECT_TRUE(Reads() && Writes());
-    EXPECT_NO_THROW(Other.Execute("BEGIN EXCLUSIVE; DELETE FROM Strains; COMMIT;"));
+    EXPECT_NO_THROW(Other.RunSQL("BEGIN EXCLUSIVE; DELETE FROM Strains; COMMIT;"));
 }
 
 TEST_F(ProcessesPageTest, ReadersDoNotWaitForReaders)
 {
-    Other.Execute("BEGIN; SELECT * FROM Plants;");
+    Other.RunSQL("BEGIN; SELECT * FROM Plants;");
     EXPECT_TRUE(Reads());
 }
 
 TEST_F(ProcessesPageTest, AReaderGetsAtOnceWhatWasThereBeforeAWrite)
 {
-    Other.Execute("BEGIN IMMEDIATE; DELETE FROM Plants;");
+    Other.RunSQL("BEGIN IMMEDIATE; DELETE FROM Plants;");
     EXPECT_TRUE(Reads());
 }
 
 TEST_F(ProcessesPageTest, AReaderWaitsForACommit)
 {
-    Other.Execute("BEGIN EXCLUSIVE;"); // the lock of a commit
+    Other.RunSQL("BEGIN EXCLUSIVE;"); // the lock of a commit
     EXPECT_FALSE(Reads());
 }
 
 TEST_F(ProcessesPageTest, AWriterWaitsForAWriter)
 {
-    Other.Execute("BEGIN IMMEDIATE;");
+    Other.RunSQL("BEGIN IMMEDIATE;");
     EXPECT_FALSE(Writes());
-    Other.Execute("COMMIT;");
+    Other.RunSQL("COMMIT;");
     EXPECT_TRUE(Writes());
 }
 
 TEST_F(ProcessesPageTest, ACommitWaitsForAReader)
 {
-    Other.Execute("BEGIN; SELECT * FROM Plants;");
+    Other.RunSQL("BEGIN; SELECT * FROM Plants;");
     EXPECT_FALSE(Writes());
-    Other.Execute("COMMIT;");
+    Other.RunSQL("COMMIT;");
     EXPECT_TRUE(Writes());
 }
 
@@ -121,8 +121,8 @@ TEST_F(ProcessesPageTest, WhatALockRefusedCanBeDoneAgain)
     PlantRepository& repository = Repository;
     PlantDatabase& journal = Database;
     PlantCareEntry feeding = Feeding;
-    Other.Execute("BEGIN IMMEDIATE;");
-    const AfterCall release(SQLiteCall::Exec, 1, [&] { Other.Execute("COMMIT;"); }); // the first time just too late
+    Other.RunSQL("BEGIN IMMEDIATE;");
+    const AfterCall release(SQLiteCall::Exec, 1, [&] { Other.RunSQL("COMMIT;"); }); // the first time just too late
     // [again]
     bool saved = repository.CreatePlantCareEntry(feeding);
     if (!saved && sqlite3_errcode(journal.NativeHandle()) == SQLITE_BUSY)
@@ -130,8 +130,8 @@ TEST_F(ProcessesPageTest, WhatALockRefusedCanBeDoneAgain)
     // [end]
     EXPECT_TRUE(release.Happened());
     EXPECT_TRUE(saved);
-    EXPECT_EQ(Count("PlantCareEntries"), 1);
-    EXPECT_EQ(Count("PlantEvents"), 1);
+    EXPECT_EQ(RowCount("PlantCareEntries"), 1);
+    EXPECT_EQ(RowCount("PlantEvents"), 1);
 }
 
 TEST_F(ProcessesPageTest, ATimeOutOfOnesOwnHoldsUntilTheNextOpening)
@@ -140,9 +140,9 @@ TEST_F(ProcessesPageTest, ATimeOutOfOnesOwnHoldsUntilTheNextOpening)
     // [patience]
     sqlite3_busy_timeout(journal.NativeHandle(), 10'000); // milliseconds
     // [end]
-    EXPECT_EQ(Query("PRAGMA busy_timeout;"), Rows{{"10000"}});
+    EXPECT_EQ(QueryRows("PRAGMA busy_timeout;"), Rows{{"10000"}});
     OpenJournal();
-    EXPECT_EQ(Query("PRAGMA busy_timeout;"), Rows{{"2500"}});
+    EXPECT_EQ(QueryRows("PRAGMA busy_timeout;"), Rows{{"2500"}});
 }
 
 TEST_F(ProcessesPageTest, TheDataVersionTellsThatAnotherHasWritten)
@@ -150,7 +150,7 @@ TEST_F(ProcessesPageTest, TheDataVersionTellsThatAnotherHasWritten)
     const std::int64_t before = DataVersion(Database.NativeHandle());
     EXPECT_TRUE(Writes() && Reads());
     EXPECT_EQ(DataVersion(Database.NativeHandle()), before); // one's own writes do not count
-    Other.Execute("UPDATE Plants SET Tent='by the door';");
+    Other.RunSQL("UPDATE Plants SET Tent='by the door';");
     EXPECT_NE(DataVersion(Database.NativeHandle()), before);
 }
 

@@ -92,7 +92,7 @@ class TutorialTest : public testing::Test
             if (session.find("Another program") != std::string::npos)
             {
                 other = std::make_unique<PlainConnection>(Scratch.File("garden.db"));
-                other->Execute("BEGIN IMMEDIATE;");
+                other->RunSQL("BEGIN IMMEDIATE;");
             }
             const std::string expected = Printed(session);
             const std::string printed = RunSession(program, session);

@@ -59,7 +59,7 @@ TEST_F(UpgradingPageTest, AnOlderFileIsCopiedBeforeItIsBroughtUpToDate)
         EXPECT_TRUE(OpenWithACopy(Journal, Old, Error)) << Error;
         Journal.Close();
         EXPECT_EQ(Kind(Old), PlantFileKind::Current);
-        EXPECT_EQ(Kind(Old + ".before"), IsUpToDate(file) ? PlantFileKind::Missing : PlantFileKind::Older);
+        EXPECT_EQ(Kind(Old + ".before"), HasCurrentSchema(file) ? PlantFileKind::Missing : PlantFileKind::Older);
         std::filesystem::remove(Old + ".before");
     }
 }
@@ -84,7 +84,7 @@ TEST_F(UpgradingPageTest, TheRowsOfEveryOlderFormAreTakenByANewFile)
         EXPECT_TRUE(Journal.Open(path));
         Journal.Close();
         EXPECT_NO_THROW(
-            PlainConnection(path).Execute("PRAGMA foreign_keys=ON;" + file.SQL.substr(file.SQL.find("\nINSERT INTO"))));
+            PlainConnection(path).RunSQL("PRAGMA foreign_keys=ON;" + file.SQL.substr(file.SQL.find("\nINSERT INTO"))));
         EXPECT_GT(std::stoi(PlainConnection(path).Value("SELECT COUNT(*) FROM PlantEvents;")), 0);
         EXPECT_EQ(Kind(path), PlantFileKind::Current);
     }
@@ -96,7 +96,7 @@ TEST_F(UpgradingPageTest, AnUpdateThatNamesOlderColumnsLeavesTheOthers)
     plant.Sex = PlantSex::Female;
     plant.FinalHeightCm = 40;
     EXPECT_TRUE(plant.Save(Repository));
-    PlainConnection(Path).Execute("UPDATE Plants SET Name='Thyme',Stage='Flower',Notes='cut';");
+    PlainConnection(Path).RunSQL("UPDATE Plants SET Name='Thyme',Stage='Flower',Notes='cut';");
     plant = StoredPlant(plant.UUID);
     EXPECT_EQ(plant.Name, "Thyme");
     EXPECT_EQ(plant.Sex, PlantSex::Female);
@@ -107,7 +107,7 @@ TEST_F(UpgradingPageTest, AnEventOfANewerTypeReadsAsANoteAndStays)
 {
     const Plant plant = NewPlant("Basil");
     ReplaceInDefinitions("'Note'))", "'Note','Repotted'))");
-    Execute("INSERT INTO PlantEvents(PlantUUID,EventType) SELECT UUID,'Repotted' FROM Plants;");
+    RunSQL("INSERT INTO PlantEvents(PlantUUID,EventType) SELECT UUID,'Repotted' FROM Plants;");
     EXPECT_EQ(Kind(Path), PlantFileKind::Foreign);
     ASSERT_EQ(Reasons.size(), 1);
     EXPECT_NE(Reasons[0].find("Repotted"), std::string::npos);
@@ -116,9 +116,9 @@ TEST_F(UpgradingPageTest, AnEventOfANewerTypeReadsAsANoteAndStays)
     std::vector<PlantEvent> events = Listed(&PlantRepository::ListPlantEvents, plant.UUID);
     ASSERT_EQ(events.size(), 1);
     EXPECT_EQ(events[0].Type, PlantEventType::Note);
-    EXPECT_EQ(Query("SELECT EventType FROM PlantEvents;"), Rows{{"Repotted"}});
+    EXPECT_EQ(QueryRows("SELECT EventType FROM PlantEvents;"), Rows{{"Repotted"}});
     EXPECT_TRUE(events[0].Save(Repository));
-    EXPECT_EQ(Query("SELECT EventType FROM PlantEvents;"), Rows{{"Note"}});
+    EXPECT_EQ(QueryRows("SELECT EventType FROM PlantEvents;"), Rows{{"Note"}});
 }
 
 } // namespace

@@ -29,33 +29,33 @@ std::array<int, 2> Pipe()
 
 } // namespace
 
-void ParentProcess::Tell(const std::string& line) const
+void ParentProcess::Send(const std::string& line) const
 {
-    const std::string text = line + '\n'; // one write, which a kill cannot cut in two
-    Require(write(Lines, text.data(), text.size()) == static_cast<ssize_t>(text.size()), "write");
+    const std::string text = line + '\n'; // one write: a kill cannot split it
+    Require(write(LineEnd, text.data(), text.size()) == static_cast<ssize_t>(text.size()), "write");
 }
 
-void ParentProcess::Await() const
+void ParentProcess::Wait() const
 {
-    char word = 0;
-    Require(read(Words, &word, 1) == 1, "read");
+    char signal = 0;
+    Require(read(SignalEnd, &signal, 1) == 1, "read");
 }
 
 ChildProcess::ChildProcess(const std::function<void(const ParentProcess&)>& work)
-    : LinePipe(Pipe()), WordPipe(Pipe()), Process(fork())
+    : LinePipe(Pipe()), SignalPipe(Pipe()), Process(fork())
 {
     Require(Process >= 0, "fork");
     if (Process > 0)
     {
-        close(LinePipe[1]); // else the child's end would not end its lines
+        close(LinePipe[1]); // or reading would not end with the child
         return;
     }
 
-    // Only _exit leads out of here: what the parent has on its stack and in its buffers is the parent's.
+    // _exit ends the child: it must not unwind the stack or flush the buffers of the parent.
     alarm(120);
     ParentProcess parent;
-    parent.Lines = LinePipe[1];
-    parent.Words = WordPipe[0];
+    parent.LineEnd = LinePipe[1];
+    parent.SignalEnd = SignalPipe[0];
     try
     {
         work(parent);
@@ -63,7 +63,7 @@ ChildProcess::ChildProcess(const std::function<void(const ParentProcess&)>& work
     }
     catch (const std::exception& reason)
     {
-        parent.Tell(reason.what());
+        parent.Send(reason.what());
     }
     _exit(1);
 }
@@ -76,11 +76,11 @@ ChildProcess::~ChildProcess()
         waitpid(Process, nullptr, 0);
     }
     close(LinePipe[0]);
-    close(WordPipe[0]);
-    close(WordPipe[1]);
+    close(SignalPipe[0]);
+    close(SignalPipe[1]);
 }
 
-std::optional<std::string> ChildProcess::Line()
+std::optional<std::string> ChildProcess::ReadLine()
 {
     std::size_t end = 0;
     while ((end = Unread.find('\n')) == std::string::npos)
@@ -97,23 +97,23 @@ std::optional<std::string> ChildProcess::Line()
     return line;
 }
 
-std::vector<std::string> ChildProcess::Lines()
+std::vector<std::string> ChildProcess::ReadLines()
 {
     std::vector<std::string> lines;
-    while (std::optional<std::string> line = Line())
+    while (std::optional<std::string> line = ReadLine())
         lines.push_back(std::move(*line));
     return lines;
 }
 
-void ChildProcess::GoOn() const
+void ChildProcess::Continue() const
 {
-    // This process keeps the reading end, too, so that giving the word to a child that has ended is no SIGPIPE.
-    Require(write(WordPipe[1], "!", 1) == 1, "write");
+    // This process keeps the reading end open as well: writing to a child that has ended must not raise SIGPIPE.
+    Require(write(SignalPipe[1], "!", 1) == 1, "write");
 }
 
 void ChildProcess::Kill() const
 {
-    if (!Ended) // its number may be another process's by then
+    if (!Ended) // the process ID may have been reused
         kill(Process, SIGKILL);
 }
 

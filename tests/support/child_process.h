@@ -11,24 +11,25 @@
 namespace support
 {
 
-// The parent as the child sees it.
+// The parent, as the child process sees it.
 class ParentProcess
 {
   public:
-    // Tells the parent a line. It has the line for good once this returns, even if the child is killed right after.
-    void Tell(const std::string& line) const;
-    // Waits for the parent's word.
-    void Await() const;
+    // Sends a line to the parent. Once this returns, the parent can read the line even if the child is killed.
+    void Send(const std::string& line) const;
+    // Waits until the parent calls ChildProcess::Continue.
+    void Wait() const;
 
   private:
     friend class ChildProcess;
-    int Lines = -1;
-    int Words = -1;
+    int LineEnd = -1;
+    int SignalEnd = -1;
 };
 
-// A second process: a fork of this one that runs `work` and ends there, by an exception too, which it tells. Fork while
-// no journal is open: a connection must not be carried into a child, https://www.sqlite.org/howtocorrupt.html
-// section 2.6. No wait is endless: a child that takes longer than two minutes is ended by SIGALRM.
+// A fork of this process that runs `work` and ends. An exception ends it as well and is sent to the parent as a line.
+// Fork while no journal is open: a connection must not be carried into a child process,
+// https://www.sqlite.org/howtocorrupt.html section 2.6. A child that runs for more than two minutes is ended by
+// SIGALRM, so that every wait ends.
 class ChildProcess
 {
   public:
@@ -37,20 +38,20 @@ class ChildProcess
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // The next line that the child tells; none once it has ended and every line was read.
-    std::optional<std::string> Line();
-    // All lines that were not read yet, up to the child's end.
-    std::vector<std::string> Lines();
-    // Gives the child the word that it awaits.
-    void GoOn() const;
-    // Ends the child with signal 9 wherever it is.
+    // Waits for the next line from the child. Empty once the child has ended and every line was read.
+    std::optional<std::string> ReadLine();
+    // Waits for the end of the child and returns all lines that were not read yet.
+    std::vector<std::string> ReadLines();
+    // Ends one ParentProcess::Wait of the child.
+    void Continue() const;
+    // Ends the child with signal 9.
     void Kill() const;
-    // Waits for the child's end: "done", "failed" by an exception, or the "signal" that it died of.
+    // Waits for the end of the child. Returns "done", "failed" after an exception, or "signal N".
     std::string End();
 
   private:
     std::array<int, 2> LinePipe;
-    std::array<int, 2> WordPipe;
+    std::array<int, 2> SignalPipe;
     pid_t Process;
     std::string Unread;
     std::optional<std::string> Ended;

@@ -207,18 +207,18 @@ OtherProgram::OtherProgram(const std::string& journal, const std::string& begin)
           [&](const ParentProcess& parent)
           {
               const PlainConnection connection(journal);
-              connection.Execute("PRAGMA busy_timeout=10000;" + begin);
-              parent.Tell("begun");
-              parent.Await();
-              connection.Execute("COMMIT;");
+              connection.RunSQL("PRAGMA busy_timeout=10000;" + begin);
+              parent.Send("begun");
+              parent.Wait();
+              connection.RunSQL("COMMIT;");
           })
 {
-    EXPECT_EQ(Child.Line(), "begun");
+    EXPECT_EQ(Child.ReadLine(), "begun");
 }
 
 void OtherProgram::Finish()
 {
-    Child.GoOn();
+    Child.Continue();
     EXPECT_EQ(Child.End(), "done");
 }
 

@@ -53,17 +53,17 @@ Plant JournalTest::StoredPlant(const std::string& uuid)
     return plant;
 }
 
-int JournalTest::Count(const std::string& table, const std::string& condition) const
+int JournalTest::RowCount(const std::string& table, const std::string& condition) const
 {
-    return std::stoi(Query("SELECT COUNT(*) FROM " + table + " WHERE " + condition + ";").at(0).at(0));
+    return std::stoi(QueryRows("SELECT COUNT(*) FROM " + table + " WHERE " + condition + ";").at(0).at(0));
 }
 
 void JournalTest::ReplaceInDefinitions(const std::string& text, const std::string& replacement) const
 {
-    Execute("PRAGMA writable_schema=ON;");
-    Execute("UPDATE sqlite_master SET sql=replace(sql," + Quoted(text) + ',' + Quoted(replacement) +
-            ") WHERE type='table';");
-    Execute("PRAGMA writable_schema=RESET;");
+    RunSQL("PRAGMA writable_schema=ON;");
+    RunSQL("UPDATE sqlite_master SET sql=replace(sql," + Quoted(text) + ',' + Quoted(replacement) +
+           ") WHERE type='table';");
+    RunSQL("PRAGMA writable_schema=RESET;");
 }
 
 void JournalTest::ExpectNothingOpen() const

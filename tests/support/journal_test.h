@@ -28,11 +28,11 @@ class JournalTest : public testing::Test
     // A plant as it is stored.
     Plant StoredPlant(const std::string& uuid);
 
-    Rows Query(const std::string& sql) const { return support::Query(Database.NativeHandle(), sql); }
-    void Execute(const std::string& sql) const { support::Execute(Database.NativeHandle(), sql); }
+    Rows QueryRows(const std::string& sql) const { return support::QueryRows(Database.NativeHandle(), sql); }
+    void RunSQL(const std::string& sql) const { support::RunSQL(Database.NativeHandle(), sql); }
     std::string Content() const { return support::Content(Database.NativeHandle()); }
     // The number of rows of `table`, with a condition if need be.
-    int Count(const std::string& table, const std::string& condition = "1") const;
+    int RowCount(const std::string& table, const std::string& condition = "1") const;
 
     // The texts of the statements that `work` prepares or executes on the library's connection.
     template <typename Work> static std::vector<std::string> StatementsOf(const Work& work)
@@ -43,7 +43,7 @@ class JournalTest : public testing::Test
     }
 
     // Whether `operation` returns false without so much as one call of SQLite.
-    template <typename Work> static bool Refused(const Work& operation)
+    template <typename Work> static bool RefusedWithoutACall(const Work& operation)
     {
         const CallRecorder recorder;
         return !operation() && recorder.Calls().empty();

@@ -74,7 +74,7 @@ std::vector<std::string> CallRecorder::Statements() const
     return statements;
 }
 
-int CallRecorder::Count(SQLiteCall call) const
+int CallRecorder::CallCount(SQLiteCall call) const
 {
     return static_cast<int>(std::count_if(Recorded.begin(), Recorded.end(),
                                           [&](const RecordedCall& recorded) { return recorded.Call == call; }));

@@ -40,7 +40,7 @@ class CallRecorder
     const std::vector<RecordedCall>& Calls() const { return Recorded; }
     // The texts that were prepared or executed, in their order.
     std::vector<std::string> Statements() const;
-    int Count(SQLiteCall call) const;
+    int CallCount(SQLiteCall call) const;
 
   private:
     friend class CallGate;
