@@ -1,12 +1,12 @@
-// Proves that every contender gives the same records and leaves the same file as plantjournal, before anything is
-// timed: a day of a front end on a new file and on an old one, then every workload.
+// Verifies, before anything is timed, that every implementation returns the same records and leaves the same file as
+// plantjournal: after a front end's day on a new file and on an older one, and after every workload.
 
-#include "contender.h"
+#include "implementation.h"
 #include "testing/old_files.h"
 #include "testing/plain_connection.h"
 #include "testing/records.h"
 #include "testing/scratch_directory.h"
-#include "workload.h"
+#include "workload_run.h"
 
 #include <cstdlib>
 #include <exception>
@@ -28,55 +28,38 @@ template <typename Record> std::string PrintAll(const std::vector<Record>& recor
     return text;
 }
 
-void TellCareEntries(Contender& contender, const std::string& plantUUID, std::ostream& out)
+// Calls every operation, and prints what it returns and the records that it fills.
+class Day
 {
-    for (int i = 0; i < 4; ++i)
+  public:
+    explicit Day(Implementation& implementation) : Front(implementation) {}
+
+    std::string Run()
     {
-        PlantCareEntry entry;
-        entry.PlantUUID = i == 3 ? "nobody" : plantUUID;
-        entry.CareDate = "2024-05-0" + std::to_string(i);
-        entry.Action = i == 0 ? PlantCareAction::Feed : PlantCareAction::Water;
-        entry.Product = i == 0 ? "Bloom A" : "";
-        entry.AmountMl = 250.4 * i;
-        entry.EC = i;
-        entry.PH = 6.45;
-        entry.RunoffMl = 10.0 * i;
-        entry.Notes = i == 1 ? "dry pot" : "";
-        out << contender.CreatePlantCareEntry(entry);
-        if (i != 3)
-            out << Print(entry) << '\n';
-        entry.Product = "Cal-Mag";
-        entry.TimelineEventID = i == 2 ? 0 : entry.TimelineEventID;
-        if (i == 1 || i == 2) // the first stays as it was created
-            out << contender.UpdatePlantCareEntry(entry) << Print(entry) << '\n';
-        if (i == 1)
-            out << contender.DeletePlantCareEntry(entry.ID) << contender.DeletePlantCareEntry(entry.ID) << '\n';
+        CreatePlants();
+        ListPlants();
+        KeepCareEntries();
+        ListEvents();
+        KeepHarvests();
+        ListEvents();
+        for (const std::int64_t strain : {1, 99})
+        {
+            StrainSummary summary;
+            Out << Front.GetStrainSummary(strain, summary) << Print(summary) << '\n';
+        }
+        Out << Front.DeletePlant(Plants[1].UUID) << Front.DeletePlant("unknown") << '\n';
+        ListPlants();
+        return Out.str();
     }
-}
 
-// What every operation answers and fills, as text.
-std::string ADay(Contender& contender)
-{
-    std::ostringstream told;
-    const auto tellPlants = [&]
+  private:
+    static Plant NewPlant(std::size_t number)
     {
-        std::vector<Plant> plants(3);
-        told << contender.ListPlants(plants) << '\n' << PrintAll(plants);
-    };
-    const auto tellEvents = [&](const std::string& plantUUID)
-    {
-        std::vector<PlantEvent> events(3);
-        told << contender.ListPlantEvents(plantUUID, events) << '\n' << PrintAll(events);
-    };
-
-    std::vector<Plant> plants(3);
-    for (std::size_t i = 0; i < plants.size(); ++i)
-    {
-        Plant& plant = plants[i];
-        plant.UUID = "plant " + std::to_string(i);
-        plant.Name = i == 1 ? "a plant with a name of some length, Süßkirsche" : "B";
-        plant.Strain = i == 2 ? "" : "a strain";
-        plant.MotherPlantUUID = i == 0 ? "" : plants[i - 1].UUID;
+        Plant plant;
+        plant.UUID = "plant " + std::to_string(number);
+        plant.Name = number == 1 ? "a plant with a name of some length, Süßkirsche" : "B";
+        plant.Strain = number == 2 ? "" : "a strain";
+        plant.MotherPlantUUID = number == 0 ? "" : "plant " + std::to_string(number - 1);
         plant.Stage = PlantStage::Clone;
         plant.Sex = PlantSex::Hermaphrodite;
         plant.Tent = "tent";
@@ -90,47 +73,87 @@ std::string ADay(Contender& contender)
         plant.FlipDate = "2024-01-05";
         plant.HarvestDate = "2024-01-06";
         plant.Notes = "some \"notes\"";
-        told << contender.CreatePlant(plant) << Print(plant) << '\n';
+        return plant;
     }
-    Plant again = plants[0];
-    told << contender.CreatePlant(again) << Print(again) << '\n';
-    Plant orphan = plants[0];
-    orphan.UUID = "orphan";
-    orphan.MotherPlantUUID = "nobody";
-    told << contender.CreatePlant(orphan) << Print(orphan) << '\n';
-    Plant found;
-    told << contender.GetPlant("plant 2", found) << Print(found) << contender.GetPlant("plant 9", found) << '\n';
-    tellPlants();
 
-    TellCareEntries(contender, plants[0].UUID, told);
-    tellEvents(plants[0].UUID);
-
-    HarvestRecord harvest;
-    harvest.HarvestDate = "2024-07-05";
-    harvest.WetWeightG = 450;
-    harvest.DryWeightG = 112.5;
-    harvest.QualityRating = 7.25;
-    harvest.SeedYield = 12;
-    harvest.CureOutcome = "Jarred 3 weeks";
-    harvest.Notes = "sticky";
-    told << contender.SaveHarvestRecord(plants[0], harvest) << Print(harvest) << Print(plants[0]) << '\n';
-    harvest.DryWeightG = 0.05;
-    told << contender.SaveHarvestRecord(plants[0], harvest) << Print(harvest) << '\n';
-    HarvestRecord second;
-    told << contender.SaveHarvestRecord(plants[0], second) << '\n';
-    tellEvents(plants[0].UUID);
-
-    for (const std::int64_t strain : {1, 99})
+    void CreatePlants()
     {
-        StrainSummary summary;
-        told << contender.GetStrainSummary(strain, summary) << Print(summary) << '\n';
+        for (std::size_t number = 0; number < 3; ++number)
+        {
+            Plant& plant = Plants.emplace_back(NewPlant(number));
+            Out << Front.CreatePlant(plant) << Print(plant) << '\n';
+        }
+        Plant again = Plants[0];
+        Out << Front.CreatePlant(again) << Print(again) << '\n';
+        Plant orphan = Plants[0];
+        orphan.UUID = "orphan";
+        orphan.MotherPlantUUID = "unknown";
+        Out << Front.CreatePlant(orphan) << Print(orphan) << '\n';
+        Plant found;
+        Out << Front.GetPlant("plant 2", found) << Print(found) << Front.GetPlant("plant 9", found) << '\n';
     }
-    told << contender.DeletePlant(plants[1].UUID) << contender.DeletePlant("nobody") << '\n';
-    tellPlants();
-    return told.str();
-}
 
-// All that is in the file, the identifiers of new plants apart: they are random.
+    void KeepCareEntries()
+    {
+        for (int i = 0; i < 4; ++i)
+        {
+            PlantCareEntry entry;
+            entry.PlantUUID = i == 3 ? "unknown" : Plants[0].UUID;
+            entry.CareDate = "2024-05-0" + std::to_string(i);
+            entry.Action = i == 0 ? PlantCareAction::Feed : PlantCareAction::Water;
+            entry.Product = i == 0 ? "Bloom A" : "";
+            entry.AmountMl = 250.4 * i;
+            entry.EC = i;
+            entry.PH = 6.45;
+            entry.RunoffMl = 10.0 * i;
+            entry.Notes = i == 1 ? "dry pot" : "";
+            Out << Front.CreatePlantCareEntry(entry);
+            if (i != 3)
+                Out << Print(entry) << '\n';
+            entry.Product = "Cal-Mag";
+            entry.TimelineEventID = i == 2 ? 0 : entry.TimelineEventID;
+            if (i == 1 || i == 2) // the first stays as it was created
+                Out << Front.UpdatePlantCareEntry(entry) << Print(entry) << '\n';
+            if (i == 1)
+                Out << Front.DeletePlantCareEntry(entry.ID) << Front.DeletePlantCareEntry(entry.ID) << '\n';
+        }
+    }
+
+    void KeepHarvests()
+    {
+        HarvestRecord harvest;
+        harvest.HarvestDate = "2024-07-05";
+        harvest.WetWeightG = 450;
+        harvest.DryWeightG = 112.5;
+        harvest.QualityRating = 7.25;
+        harvest.SeedYield = 12;
+        harvest.CureOutcome = "Jarred 3 weeks";
+        harvest.Notes = "sticky";
+        Out << Front.SaveHarvestRecord(Plants[0], harvest) << Print(harvest) << Print(Plants[0]) << '\n';
+        harvest.DryWeightG = 0.05;
+        Out << Front.SaveHarvestRecord(Plants[0], harvest) << Print(harvest) << '\n';
+        HarvestRecord second;
+        Out << Front.SaveHarvestRecord(Plants[0], second) << '\n';
+    }
+
+    void ListPlants()
+    {
+        std::vector<Plant> plants(3);
+        Out << Front.ListPlants(plants) << '\n' << PrintAll(plants);
+    }
+
+    void ListEvents()
+    {
+        std::vector<PlantEvent> events(3);
+        Out << Front.ListPlantEvents(Plants[0].UUID, events) << '\n' << PrintAll(events);
+    }
+
+    Implementation& Front;
+    std::vector<Plant> Plants;
+    std::ostringstream Out;
+};
+
+// All that is in the file but the UUIDs of new plants, which are random.
 std::string ContentOf(const std::string& path)
 {
     const PlainConnection file(path);
@@ -138,31 +161,31 @@ std::string ContentOf(const std::string& path)
     return Content(file.NativeHandle());
 }
 
-std::string AfterADay(const ContenderKind& kind, const ScratchDirectory& scratch, const OldFile* old)
+std::string AfterADay(const ImplementationKind& kind, const ScratchDirectory& scratch, const OldFile* old)
 {
     const std::string path = scratch.File(kind.Name + ".db");
     if (old != nullptr)
         WriteOldFile(path, *old);
-    const std::unique_ptr<Contender> contender = kind.Make();
-    if (!contender->Open(path))
-        throw std::runtime_error(kind.Name + " does not open " + path);
-    const std::string told = ADay(*contender);
-    contender->Close();
-    return told + ContentOf(path);
+    const std::unique_ptr<Implementation> implementation = kind.Make();
+    if (!implementation->Open(path))
+        throw std::runtime_error(kind.Name + " cannot open " + path);
+    const std::string printed = Day(*implementation).Run();
+    implementation->Close();
+    return printed + ContentOf(path);
 }
 
-std::string AfterWorkload(const ContenderKind& kind, const ScratchDirectory& scratch, const Workload& workload)
+std::string AfterWorkload(const ImplementationKind& kind, const ScratchDirectory& scratch, const Workload& workload)
 {
-    Bout bout(kind, workload, Medium::Disk, scratch.File(""));
-    const Step step = bout.Prepare();
+    WorkloadRun run(kind, workload, Medium::Disk, scratch.File(""));
+    const Step step = run.Prepare();
     for (int i = 0; i < workload.Steps; ++i)
         if (!step())
             throw std::runtime_error(kind.Name + " fails to " + workload.Title());
-    bout.Opened().Close();
-    return ContentOf(bout.Path());
+    run.Close();
+    return ContentOf(run.Path());
 }
 
-// Where two texts first differ, for the one who has to find out why.
+// Returns the first line in which two texts differ, from both.
 std::string Difference(const std::string& expected, const std::string& found)
 {
     std::istringstream left(expected);
@@ -174,13 +197,13 @@ std::string Difference(const std::string& expected, const std::string& found)
     return "  plantjournal: " + l + "\n  here:         " + r + '\n';
 }
 
-// Whether `what`, done by each contender that can do it, comes out as plantjournal's.
+// Whether `work` has the same result for every implementation as for plantjournal.
 template <typename Work> bool Agree(const std::string& what, const Work& work)
 {
     bool agree = true;
     const ScratchDirectory scratch;
-    const std::string expected = work(Contenders().front(), scratch);
-    for (auto kind = std::next(Contenders().begin()); kind != Contenders().end(); ++kind)
+    const std::string expected = work(Implementations().front(), scratch);
+    for (auto kind = std::next(Implementations().begin()); kind != Implementations().end(); ++kind)
     {
         const std::string found = work(*kind, scratch);
         if (found != expected)
@@ -204,21 +227,22 @@ try
         agree = same && agree;
         ++compared;
     };
-    add(Agree("a day on a new file", [](const ContenderKind& kind, const ScratchDirectory& scratch)
+    add(Agree("a day on a new file", [](const ImplementationKind& kind, const ScratchDirectory& scratch)
               { return AfterADay(kind, scratch, nullptr); }));
     for (const OldFile& old : OldFiles())
-        add(Agree("a day on an old file, " + old.Name, [&](const ContenderKind& kind, const ScratchDirectory& scratch)
+        add(Agree("a day on an older file, " + old.Name,
+                  [&](const ImplementationKind& kind, const ScratchDirectory& scratch)
                   { return AfterADay(kind, scratch, &old); }));
     for (const Workload& workload : Workloads())
-        if (workload.OnDisk && workload.Rounds == 0) // what takes seconds a step was done in a day, too, on less
-            add(Agree(workload.Title(), [&](const ContenderKind& kind, const ScratchDirectory& scratch)
+        if (workload.OnDisk && workload.Rounds == 0) // a day does the long ones on a small journal
+            add(Agree(workload.Title(), [&](const ImplementationKind& kind, const ScratchDirectory& scratch)
                       { return AfterWorkload(kind, scratch, workload); }));
 
-    std::cout << "Contenders:";
-    for (const ContenderKind& kind : Contenders())
-        std::cout << ' ' << kind.Name << ' ' << kind.Version << (&kind == &Contenders().back() ? "" : ",");
+    std::cout << "Implementations:";
+    for (const ImplementationKind& kind : Implementations())
+        std::cout << ' ' << kind.Name << ' ' << kind.Version << (&kind == &Implementations().back() ? "" : ",");
     std::cout << '\n';
-    for (const std::string& name : AbsentContenders())
+    for (const std::string& name : AbsentImplementations())
         std::cout << "Absent: " << name << '\n';
     std::cout << compared << " comparisons of records and files: " << (agree ? "all the same" : "NOT the same") << '\n';
     return agree ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -1,15 +1,16 @@
-// Counts what every workload takes from the heap, for every contender: allocations a step, and the most that is held at
-// a time beyond what was held before it. SQLite's own allocations count like all others.
+// Counts the heap allocations of every workload for every implementation: allocations for each step, and the most bytes
+// held at a time beyond those held before it. SQLite's allocations count, too.
 
-#include "workload.h"
+#include "bar_check.h"
+#include "workload_run.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <fstream>
-#include <iomanip>
 #include <iostream>
+#include <map>
 #include <stdexcept>
 
 #include <malloc.h>
@@ -17,7 +18,7 @@
 namespace
 {
 
-// The heap is one for the whole program, and so is its count.
+// The whole program has one heap, and one count.
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 bool counting = false;
 std::size_t allocations = 0;
@@ -25,7 +26,7 @@ std::ptrdiff_t held = 0;
 std::ptrdiff_t most = 0;
 // NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
-void* Taken(void* memory)
+void* Allocated(void* memory)
 {
     if (counting && memory != nullptr)
     {
@@ -36,7 +37,7 @@ void* Taken(void* memory)
     return memory;
 }
 
-void* GivenBack(void* memory)
+void* Released(void* memory)
 {
     if (counting && memory != nullptr)
         held -= static_cast<std::ptrdiff_t>(malloc_usable_size(memory));
@@ -45,7 +46,7 @@ void* GivenBack(void* memory)
 
 } // namespace
 
-// In front of the C library's own, which it offers by these names, too:
+// These replace the C library's functions, which it also offers under other names:
 // https://www.gnu.org/software/libc/manual/html_node/Replacing-malloc.html
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the C library's names
 extern "C"
@@ -57,19 +58,19 @@ extern "C"
 
     void* malloc(std::size_t size)
     {
-        return Taken(__libc_malloc(size));
+        return Allocated(__libc_malloc(size));
     }
     void* calloc(std::size_t nmemb, std::size_t size)
     {
-        return Taken(__libc_calloc(nmemb, size));
+        return Allocated(__libc_calloc(nmemb, size));
     }
     void* realloc(void* ptr, std::size_t size)
     {
-        return Taken(__libc_realloc(GivenBack(ptr), size));
+        return Allocated(__libc_realloc(Released(ptr), size));
     }
     void free(void* ptr)
     {
-        __libc_free(GivenBack(ptr));
+        __libc_free(Released(ptr));
     }
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
@@ -77,28 +78,52 @@ extern "C"
 namespace
 {
 
-// What people will notice first: allocations for each record that a list gives, where the records' texts are short.
-constexpr struct
+// Allocations for each step, and the most bytes that were held at a time.
+struct Counts
 {
-    const char* Workload;
-    double AllocationsOfARecord;
-} Bars[] = {
-    {"list events, 1,000", 2},
-    {"list plants, 1,000", 3.5},
+    double Allocations = 0;
+    std::ptrdiff_t Peak = 0;
 };
 
-bool HoldsBar(const Workload& workload, double allocationsOfAStep)
+Counts Count(const Workload& workload, const ImplementationKind& kind)
 {
-    const auto* const bar =
-        std::find_if(std::begin(Bars), std::end(Bars), [&](const auto& b) { return workload.Title() == b.Workload; });
-    if (bar == std::end(Bars))
-        return true;
-    const double ofARecord = allocationsOfAStep / workload.Size;
-    const bool holds = ofARecord <= bar->AllocationsOfARecord;
-    std::cout << workload.Title() << ": " << std::fixed << std::setprecision(3) << ofARecord
-              << " allocations for each record, at most " << bar->AllocationsOfARecord
-              << (holds ? "\n" : ": TOO MANY\n");
-    return holds;
+    WorkloadRun run(kind, workload, Medium::Memory, "");
+    for (const bool warm : {false, true})
+    {
+        const Step step = run.Prepare();
+        allocations = 0;
+        held = most = 0;
+        counting = warm;
+        bool done = true;
+        for (int i = 0; i < workload.Steps && done; ++i)
+            done = step();
+        counting = false;
+        if (!done)
+            throw std::runtime_error(kind.Name + " fails to " + workload.Title());
+        run.Restore();
+    }
+    return {static_cast<double>(allocations) / workload.Steps, most};
+}
+
+// The library's allocations by workload.
+using Allocations = std::map<std::string, double>;
+
+Allocations CountAll(std::ostream& out)
+{
+    Allocations library;
+    out << "workload\tsize\timplementation\tallocations\tpeak\n";
+    for (const Workload& workload : Workloads())
+        for (const ImplementationKind& kind : Implementations())
+        {
+            if (!workload.InMemory || workload.Rounds != 0 || !CanRun(kind, workload))
+                continue;
+            const Counts counts = Count(workload, kind);
+            out << workload.Name << '\t' << workload.Size << '\t' << kind.Name << '\t' << counts.Allocations << '\t'
+                << counts.Peak << '\n';
+            if (&kind == &Implementations().front())
+                library[workload.Title()] = counts.Allocations;
+        }
+    return library;
 }
 
 } // namespace
@@ -106,44 +131,17 @@ bool HoldsBar(const Workload& workload, double allocationsOfAStep)
 int main(int argc, char** argv)
 try
 {
-    if (argc != 2)
+    if (argc != 3)
     {
-        std::cerr << "usage: " << argv[0] << " OUTPUT\n";
+        std::cerr << "usage: " << argv[0] << " OUTPUT BARS\n";
         return 2;
     }
     std::ofstream out(argv[1]);
-    out << "workload\tsize\tcontender\tallocations\tpeak\n";
-    bool allHeld = true;
-    for (const Workload& workload : Workloads())
-        for (const ContenderKind& kind : Contenders())
-        {
-            if (!workload.InMemory || workload.Rounds != 0 ||
-                (workload.Name == "an identifier" && kind.Make()->CreateIdentifier().empty()))
-                continue;
-            Bout bout(kind, workload, Medium::Memory, "");
-            const auto takeTurn = [&]
-            {
-                const Step step = bout.Prepare();
-                allocations = 0;
-                held = most = 0;
-                counting = true;
-                bool done = true;
-                for (int i = 0; i < workload.Steps && done; ++i)
-                    done = step();
-                counting = false;
-                if (!done)
-                    throw std::runtime_error(kind.Name + " fails to " + workload.Title());
-                bout.Restore();
-            };
-            takeTurn(); // warms up
-            takeTurn();
-            const double perStep = static_cast<double>(allocations) / workload.Steps;
-            out << workload.Name << '\t' << workload.Size << '\t' << kind.Name << '\t' << perStep << '\t' << most
-                << '\n';
-            if (&kind == &Contenders().front())
-                allHeld = HoldsBar(workload, perStep) && allHeld;
-        }
-    return allHeld && out ? EXIT_SUCCESS : EXIT_FAILURE;
+    const Allocations library = CountAll(out);
+    BarCheck check("allocations for each record", argv[2]);
+    for (const bars::Bar& bar : bars::AllocationsPerRecord)
+        check.Compare(bar, library.at(bar.Operation) / WorkloadTitled(bar.Operation).Size);
+    return check.Passed() && out.flush() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 catch (const std::exception& e)
 {

@@ -2,7 +2,8 @@
 
 #include "testing/operation_statements.h"
 
-// The statements of the operations that are measured, as the library runs them. Contenders keep them by their address.
+// The statements of the operations that are measured, as the library runs them. Implementations keep them by their
+// address.
 namespace SQL
 {
 

@@ -1,9 +1,9 @@
-// Times every workload for every contender, in memory and on disk: in each round all of them take their turn, in random
-// order, so that what slows the machine for a while slows all of them. Prints one line a turn: the ratios are made from
-// turns of the same round.
+// Times every workload for every implementation, in memory and on disk. In each round all of them run once, in random
+// order, so that other load on the machine slows all of them. Prints one line for each run: report.py computes ratios
+// from runs of the same round.
 
 #include "testing/scratch_directory.h"
-#include "workload.h"
+#include "workload_run.h"
 
 #include <algorithm>
 #include <climits>
@@ -24,8 +24,8 @@ using namespace support;
 namespace
 {
 
-// Takes what one turn took, in nanoseconds a step.
-class Turn : public benchmark::BenchmarkReporter
+// Keeps the time of one run, in nanoseconds for each step.
+class RunTime : public benchmark::BenchmarkReporter
 {
   public:
     bool ReportContext(const Context&) override { return true; }
@@ -39,62 +39,61 @@ class Turn : public benchmark::BenchmarkReporter
     double Nanoseconds = 0;
 };
 
-// False where a step failed.
-bool TakeTurn(benchmark::State& state, Bout& bout)
+// Returns false where a step failed.
+bool RunOnce(benchmark::State& state, WorkloadRun& run)
 {
-    const Step step = bout.Prepare();
+    const Step step = run.Prepare();
     bool done = true;
     for (auto _ : state)
         done = step() && done;
-    bout.Restore();
+    run.Restore();
     return done;
 }
 
 void Measure(const Workload& workload, Medium medium, int rounds, const std::string& directory, std::ostream& out)
 {
-    std::vector<std::pair<std::string, std::unique_ptr<Bout>>> bouts;
-    for (const ContenderKind& kind : Contenders())
+    std::vector<std::pair<std::string, std::unique_ptr<WorkloadRun>>> runs;
+    for (const ImplementationKind& kind : Implementations())
     {
-        if (workload.Name == "an identifier" && kind.Make()->CreateIdentifier().empty())
-            continue;
-        bouts.emplace_back(kind.Name, std::make_unique<Bout>(kind, workload, medium, directory));
+        if (CanRun(kind, workload))
+            runs.emplace_back(kind.Name, std::make_unique<WorkloadRun>(kind, workload, medium, directory));
     }
     std::mt19937 generator(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same order in every run
-    // The first round warms up and is not kept; what takes seconds needs none.
+    // The first round warms up and is not kept. A workload that takes seconds needs none.
     for (int round = workload.Rounds == 0 ? 0 : 1; round <= rounds; ++round)
     {
-        std::shuffle(bouts.begin(), bouts.end(), generator);
-        for (const auto& entry : bouts)
+        std::shuffle(runs.begin(), runs.end(), generator);
+        for (const auto& entry : runs)
         {
-            Bout& bout = *entry.second;
+            WorkloadRun& run = *entry.second;
             bool done = false;
             benchmark::ClearRegisteredBenchmarks();
             benchmark::RegisterBenchmark(workload.Name.c_str(),
-                                         [&](benchmark::State& state) { done = TakeTurn(state, bout); })
+                                         [&](benchmark::State& state) { done = RunOnce(state, run); })
                 ->Iterations(workload.Steps)
                 ->Unit(benchmark::kNanosecond)
                 ->UseRealTime();
-            Turn turn;
-            benchmark::RunSpecifiedBenchmarks(&turn);
+            RunTime time;
+            benchmark::RunSpecifiedBenchmarks(&time);
             if (!done)
                 throw std::runtime_error(entry.first + " fails to " + workload.Title());
             if (round > 0)
                 out << workload.Name << '\t' << workload.Size << '\t' << (medium == Medium::Memory ? "memory" : "disk")
-                    << '\t' << entry.first << '\t' << round << '\t' << turn.Nanoseconds << '\n';
+                    << '\t' << entry.first << '\t' << round << '\t' << time.Nanoseconds << '\n';
         }
     }
     out.flush();
 }
 
-// What the figures were made with, as comments in front of them.
-void TellCircumstances(std::ostream& out)
+// Prints the build and the libraries, as comments in front of the figures.
+void PrintBuild(std::ostream& out)
 {
     out << "# compiler\t" << BENCH_COMPILER << '\n' << "# SQLite\t" << sqlite3_libversion() << '\n';
     for (int i = 0; sqlite3_compileoption_get(i) != nullptr; ++i)
         out << "# SQLite option\t" << sqlite3_compileoption_get(i) << '\n';
-    for (const ContenderKind& kind : Contenders())
-        out << "# contender\t" << kind.Name << '\t' << kind.Version << '\n';
-    for (const std::string& name : AbsentContenders())
+    for (const ImplementationKind& kind : Implementations())
+        out << "# implementation\t" << kind.Name << '\t' << kind.Version << '\n';
+    for (const std::string& name : AbsentImplementations())
         out << "# absent\t" << name << '\n';
 }
 
@@ -109,16 +108,15 @@ try
         std::cerr << "usage: " << argv[0] << " ROUNDS DIRECTORY OUTPUT\n";
         return 2;
     }
-    // Giving memory back to the system and taking it again costs now one, now the other contender, as chance has laid
-    // out the heap.
-    mallopt(M_TRIM_THRESHOLD, INT_MAX); // NOLINT(concurrency-mt-unsafe): there is but one thread
+    // To return memory to the system and to request it again would cost one implementation or another by chance.
+    mallopt(M_TRIM_THRESHOLD, INT_MAX); // NOLINT(concurrency-mt-unsafe): the program has one thread
     mallopt(M_MMAP_THRESHOLD, INT_MAX); // NOLINT(concurrency-mt-unsafe): the same
 
     const int rounds = std::stoi(argv[1]);
     const std::string directory = argv[2];
     std::ofstream out(argv[3]);
-    TellCircumstances(out);
-    out << "workload\tsize\tmedium\tcontender\tround\tnanoseconds\n";
+    PrintBuild(out);
+    out << "workload\tsize\tmedium\timplementation\tround\tnanoseconds\n";
     for (const Workload& workload : Workloads())
         for (const Medium medium : {Medium::Memory, Medium::Disk})
             if (medium == Medium::Memory ? workload.InMemory : workload.OnDisk)

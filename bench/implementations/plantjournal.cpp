@@ -1,4 +1,4 @@
-#include "contender.h"
+#include "implementation.h"
 #include "plant_database.h"
 
 #include <sqlite3.h>
@@ -6,7 +6,7 @@
 namespace
 {
 
-class Plantjournal : public Contender
+class Plantjournal : public Implementation
 {
   public:
     bool Open(const std::string& path) override { return Journal.Open(path); }
@@ -17,7 +17,7 @@ class Plantjournal : public Contender
         return sqlite3_exec(Journal.NativeHandle(), statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
     }
 
-    std::string CreateIdentifier() override { return CreatePlantUUID(); }
+    std::string CreateUUID() override { return CreatePlantUUID(); }
     bool ListPlants(std::vector<Plant>& out) override { return Repository.ListPlants(out); }
     bool GetPlant(const std::string& uuid, Plant& out) override { return Repository.GetPlant(uuid, out); }
     bool CreatePlant(Plant& plant) override { return Repository.CreatePlant(plant); }
@@ -49,7 +49,7 @@ class Plantjournal : public Contender
 
 } // namespace
 
-std::unique_ptr<Contender> MakePlantjournal()
+std::unique_ptr<Implementation> MakePlantjournal()
 {
     return std::make_unique<Plantjournal>();
 }

@@ -1,4 +1,4 @@
-#include "contender.h"
+#include "implementation.h"
 
 #include "statements.h"
 #include "testing/schema_statements.h"
@@ -36,42 +36,42 @@ Enum Named(const char* const (&names)[Count], const std::string& name, Enum othe
 
 } // namespace
 
-std::string Contender::Name(PlantStage stage)
+std::string Implementation::Name(PlantStage stage)
 {
     return StageNames[static_cast<std::size_t>(stage)];
 }
 
-std::string Contender::Name(PlantSex sex)
+std::string Implementation::Name(PlantSex sex)
 {
     return SexNames[static_cast<std::size_t>(sex)];
 }
 
-std::string Contender::Name(PlantEventType type)
+std::string Implementation::Name(PlantEventType type)
 {
     return EventTypeNames[static_cast<std::size_t>(type)];
 }
 
-std::string Contender::Name(PlantCareAction action)
+std::string Implementation::Name(PlantCareAction action)
 {
     return action == PlantCareAction::Feed ? "Feed" : "Water";
 }
 
-PlantStage Contender::StageNamed(const std::string& name)
+PlantStage Implementation::StageNamed(const std::string& name)
 {
     return Named(StageNames, name, PlantStage::Veg);
 }
 
-PlantSex Contender::SexNamed(const std::string& name)
+PlantSex Implementation::SexNamed(const std::string& name)
 {
     return Named(SexNames, name, PlantSex::Unknown);
 }
 
-PlantEventType Contender::EventTypeNamed(const std::string& name)
+PlantEventType Implementation::EventTypeNamed(const std::string& name)
 {
     return Named(EventTypeNames, name, PlantEventType::Note);
 }
 
-bool Contender::GetPlant(const std::string& uuid, Plant& out)
+bool Implementation::GetPlant(const std::string& uuid, Plant& out)
 {
     std::vector<Plant> plants;
     if (!ListPlants(plants))
@@ -83,7 +83,7 @@ bool Contender::GetPlant(const std::string& uuid, Plant& out)
     return true;
 }
 
-bool Contender::Migrate()
+bool Implementation::Migrate()
 {
     const auto executeAll = [this](const std::vector<std::string>& statements) {
         return std::all_of(statements.begin(), statements.end(),
@@ -103,7 +103,7 @@ bool Contender::Migrate()
     return (!old || executeAll(RebuildStatements())) && executeAll(CreateIndexStatements());
 }
 
-bool Contender::HasValidMotherLink(const Plant& plant)
+bool Implementation::HasValidMotherLink(const Plant& plant)
 {
     if (plant.MotherPlantUUID.empty())
         return true;
@@ -131,12 +131,12 @@ bool Contender::HasValidMotherLink(const Plant& plant)
     return true;
 }
 
-PlantEventType Contender::CareEventType(const PlantCareEntry& entry)
+PlantEventType Implementation::CareEventType(const PlantCareEntry& entry)
 {
     return entry.Action == PlantCareAction::Feed ? PlantEventType::Feed : PlantEventType::Water;
 }
 
-std::string Contender::CareDetails(const PlantCareEntry& entry)
+std::string Implementation::CareDetails(const PlantCareEntry& entry)
 {
     std::ostringstream text;
     text.imbue(std::locale::classic());
@@ -155,7 +155,7 @@ std::string Contender::CareDetails(const PlantCareEntry& entry)
     return text.str();
 }
 
-std::string Contender::HarvestDetails(const HarvestRecord& record)
+std::string Implementation::HarvestDetails(const HarvestRecord& record)
 {
     std::ostringstream text;
     text.imbue(std::locale::classic());
@@ -172,9 +172,9 @@ std::string Contender::HarvestDetails(const HarvestRecord& record)
     return text.str();
 }
 
-const std::vector<ContenderKind>& Contenders()
+const std::vector<ImplementationKind>& Implementations()
 {
-    static const std::vector<ContenderKind> contenders = {
+    static const std::vector<ImplementationKind> implementations = {
         {"plantjournal", BENCH_PLANTJOURNAL_VERSION, MakePlantjournal},
         {"SQLite", sqlite3_libversion(), MakeSQLite},
         {"SQLite, kept", sqlite3_libversion(), MakeSQLiteKept},
@@ -191,10 +191,10 @@ const std::vector<ContenderKind>& Contenders()
         {"Qt SQL", BENCH_QT_VERSION, MakeQt},
 #endif
     };
-    return contenders;
+    return implementations;
 }
 
-const std::vector<std::string>& AbsentContenders()
+const std::vector<std::string>& AbsentImplementations()
 {
     static const std::vector<std::string> absent = {
 #ifndef BENCH_SQLITECPP_VERSION
@@ -213,10 +213,10 @@ const std::vector<std::string>& AbsentContenders()
     return absent;
 }
 
-const ContenderKind& ContenderNamed(std::string_view name)
+const ImplementationKind& ImplementationNamed(std::string_view name)
 {
-    for (const ContenderKind& kind : Contenders())
+    for (const ImplementationKind& kind : Implementations())
         if (kind.Name == name)
             return kind;
-    throw std::invalid_argument("no contender is called " + std::string(name));
+    throw std::invalid_argument("no implementation has the name " + std::string(name));
 }

@@ -1,32 +1,32 @@
-// SQLiteCpp as its README and examples show it: a Statement for each call, a Transaction for what belongs together, and
-// exceptions for what fails: https://github.com/SRombauts/SQLiteCpp
+// SOCI as its manual shows it: values and fields bound by use and into, lists by a prepared statement that fetches row
+// after row into one record: https://soci.sourceforge.net/doc/release/4.0/
 
-#include "contender.h"
+#include "implementation.h"
 #include "statements.h"
 
 #include <optional>
 #include <utility>
 
-#include <SQLiteCpp/SQLiteCpp.h>
-#include <SQLiteCpp/VariadicBind.h>
+#include <soci/soci.h>
+#include <soci/sqlite3/soci-sqlite3.h>
 
 namespace
 {
 
-// What `work` answers; false where the library throws on the way.
+// Returns what `work` returns, or false where the library throws.
 template <typename Work> bool Attempt(const Work& work)
 {
     try
     {
         return work();
     }
-    catch (const SQLite::Exception&)
+    catch (const soci::soci_error&)
     {
         return false;
     }
 }
 
-class SQLiteCpp : public Contender
+class SOCI : public Implementation
 {
   public:
     bool Open(const std::string& path) override
@@ -34,7 +34,9 @@ class SQLiteCpp : public Contender
         return Attempt(
             [&]
             {
-                DB.emplace(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_FULLMUTEX, 2500);
+                DB.emplace(soci::sqlite3, "dbname=\"" + path + "\"");
+                sqlite_api::sqlite3_busy_timeout(NativeHandle(),
+                                                 2500); // the connection string accepts whole seconds only
                 return Migrate();
             });
     }
@@ -43,12 +45,8 @@ class SQLiteCpp : public Contender
 
     bool Execute(const std::string& statements) override
     {
-        return Attempt(
-            [&]
-            {
-                DB->exec(statements);
-                return true;
-            });
+        // A statement of the session ends at the first semicolon.
+        return sqlite_api::sqlite3_exec(NativeHandle(), statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
     }
 
     bool ListPlants(std::vector<Plant>& out) override
@@ -57,29 +55,22 @@ class SQLiteCpp : public Contender
         return Attempt(
             [&]
             {
-                SQLite::Statement query(*DB, SQL::ListPlants);
-                while (query.executeStep())
+                Plant plant;
+                std::string stage;
+                std::string sex;
+                soci::statement query =
+                    (DB->prepare << SQL::ListPlants, soci::into(plant.ID), soci::into(plant.UUID),
+                     soci::into(plant.Name), soci::into(plant.Strain), soci::into(plant.MotherPlantUUID),
+                     soci::into(stage), soci::into(sex), soci::into(plant.Tent), soci::into(plant.PotSize),
+                     soci::into(plant.Medium), soci::into(plant.SeedDate), soci::into(plant.FlipHeightCm),
+                     soci::into(plant.FinalHeightCm), soci::into(plant.CloneDate), soci::into(plant.TransplantDate),
+                     soci::into(plant.FlipDate), soci::into(plant.HarvestDate), soci::into(plant.Notes));
+                query.execute();
+                while (query.fetch())
                 {
-                    Plant plant;
-                    plant.ID = query.getColumn(0).getInt64();
-                    plant.UUID = query.getColumn(1).getString();
-                    plant.Name = query.getColumn(2).getString();
-                    plant.Strain = query.getColumn(3).getString();
-                    plant.MotherPlantUUID = query.getColumn(4).getString();
-                    plant.Stage = StageNamed(query.getColumn(5));
-                    plant.Sex = SexNamed(query.getColumn(6));
-                    plant.Tent = query.getColumn(7).getString();
-                    plant.PotSize = query.getColumn(8).getString();
-                    plant.Medium = query.getColumn(9).getString();
-                    plant.SeedDate = query.getColumn(10).getString();
-                    plant.FlipHeightCm = query.getColumn(11).getDouble();
-                    plant.FinalHeightCm = query.getColumn(12).getDouble();
-                    plant.CloneDate = query.getColumn(13).getString();
-                    plant.TransplantDate = query.getColumn(14).getString();
-                    plant.FlipDate = query.getColumn(15).getString();
-                    plant.HarvestDate = query.getColumn(16).getString();
-                    plant.Notes = query.getColumn(17).getString();
-                    out.push_back(std::move(plant));
+                    plant.Stage = StageNamed(stage);
+                    plant.Sex = SexNamed(sex);
+                    out.push_back(plant);
                 }
                 return true;
             });
@@ -100,7 +91,7 @@ class SQLiteCpp : public Contender
                     Name(plant.Sex), plant.Tent, plant.PotSize, plant.Medium, plant.SeedDate, plant.FlipHeightCm,
                     plant.FinalHeightCm, plant.CloneDate, plant.TransplantDate, plant.FlipDate, plant.HarvestDate,
                     plant.Notes);
-                plant.ID = DB->getLastInsertRowid();
+                plant.ID = LastID();
                 return true;
             });
     }
@@ -121,25 +112,12 @@ class SQLiteCpp : public Contender
         return Attempt(
             [&]
             {
-                SQLite::Statement query(*DB, SQL::StrainSummary);
-                query.bind(1, strainID);
-                if (!query.executeStep())
-                    return false;
-                out.StrainID = query.getColumn(0).getInt64();
-                out.StrainName = query.getColumn(1).getString();
-                out.TotalPlants = query.getColumn(2).getInt();
-                out.Seed = query.getColumn(3).getInt();
-                out.Clone = query.getColumn(4).getInt();
-                out.Veg = query.getColumn(5).getInt();
-                out.Flower = query.getColumn(6).getInt();
-                out.Dry = query.getColumn(7).getInt();
-                out.Cure = query.getColumn(8).getInt();
-                out.Harvested = query.getColumn(9).getInt();
-                out.Archived = query.getColumn(10).getInt();
-                out.HarvestCount = query.getColumn(11).getInt();
-                out.AverageDryWeightG = query.getColumn(12).getDouble();
-                out.AverageQuality = query.getColumn(13).getDouble();
-                return true;
+                *DB << SQL::StrainSummary, soci::into(out.StrainID), soci::into(out.StrainName),
+                    soci::into(out.TotalPlants), soci::into(out.Seed), soci::into(out.Clone), soci::into(out.Veg),
+                    soci::into(out.Flower), soci::into(out.Dry), soci::into(out.Cure), soci::into(out.Harvested),
+                    soci::into(out.Archived), soci::into(out.HarvestCount), soci::into(out.AverageDryWeightG),
+                    soci::into(out.AverageQuality), soci::use(strainID);
+                return DB->got_data();
             });
     }
 
@@ -149,17 +127,16 @@ class SQLiteCpp : public Contender
         return Attempt(
             [&]
             {
-                SQLite::Statement query(*DB, SQL::ListEvents);
-                query.bind(1, plantUUID);
-                while (query.executeStep())
+                PlantEvent event;
+                std::string type;
+                soci::statement query =
+                    (DB->prepare << SQL::ListEvents, soci::into(event.ID), soci::into(event.PlantUUID),
+                     soci::into(event.EventDate), soci::into(type), soci::into(event.Details), soci::use(plantUUID));
+                query.execute();
+                while (query.fetch())
                 {
-                    PlantEvent event;
-                    event.ID = query.getColumn(0).getInt64();
-                    event.PlantUUID = query.getColumn(1).getString();
-                    event.EventDate = query.getColumn(2).getString();
-                    event.Type = EventTypeNamed(query.getColumn(3));
-                    event.Details = query.getColumn(4).getString();
-                    out.push_back(std::move(event));
+                    event.Type = EventTypeNamed(type);
+                    out.push_back(event);
                 }
                 return true;
             });
@@ -175,7 +152,7 @@ class SQLiteCpp : public Contender
                                                    Run(SQL::InsertCareEntry, entry.TimelineEventID, entry.PlantUUID,
                                                        entry.CareDate, Name(entry.Action), entry.Product,
                                                        entry.AmountMl, entry.EC, entry.PH, entry.RunoffMl, entry.Notes);
-                                                   entry.ID = DB->getLastInsertRowid();
+                                                   entry.ID = LastID();
                                                });
     }
 
@@ -198,12 +175,8 @@ class SQLiteCpp : public Contender
         std::int64_t eventID = 0;
         const auto look = [&]
         {
-            SQLite::Statement query(*DB, SQL::EventOfCareEntry);
-            query.bind(1, id);
-            if (!query.executeStep())
-                return false;
-            eventID = query.getColumn(0).getInt64();
-            return true;
+            *DB << SQL::EventOfCareEntry, soci::into(eventID), soci::use(id);
+            return DB->got_data();
         };
         return id != 0 && Attempt(look) &&
                InTransaction(
@@ -240,18 +213,29 @@ class SQLiteCpp : public Contender
     std::vector<std::string> Texts(const std::string& sql, int column) override
     {
         std::vector<std::string> texts;
-        SQLite::Statement query(*DB, sql);
-        while (query.executeStep())
-            texts.push_back(query.getColumn(column).getString());
+        const soci::rowset<soci::row> rows = (DB->prepare << sql);
+        for (const soci::row& row : rows)
+            texts.push_back(row.get<std::string>(static_cast<std::size_t>(column)));
         return texts;
     }
 
   private:
+    sqlite_api::sqlite3* NativeHandle()
+    {
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): the library does not export the type's name
+        return static_cast<soci::sqlite3_session_backend*>(DB->get_backend())->conn_;
+    }
+
+    std::int64_t LastID()
+    {
+        long long id = 0;
+        DB->get_last_insert_id("", id); // SQLite keeps one last row ID for all tables
+        return id;
+    }
+
     template <typename... Values> void Run(const char* sql, const Values&... values)
     {
-        SQLite::Statement statement(*DB, sql);
-        SQLite::bind(statement, values...);
-        statement.exec();
+        ((*DB << sql), ..., soci::use(values));
     }
 
     template <typename Work> bool InTransaction(const Work& work)
@@ -259,9 +243,17 @@ class SQLiteCpp : public Contender
         return Attempt(
             [&]
             {
-                SQLite::Transaction transaction(*DB, SQLite::TransactionBehavior::IMMEDIATE);
-                work();
-                transaction.commit();
+                *DB << SQL::Begin; // soci::transaction locks at its first write only
+                try
+                {
+                    work();
+                    DB->commit();
+                }
+                catch (...)
+                {
+                    DB->rollback();
+                    throw;
+                }
                 return true;
             });
     }
@@ -270,7 +262,7 @@ class SQLiteCpp : public Contender
                      const std::string& details)
     {
         Run(SQL::InsertEvent, plantUUID, date, Name(type), details);
-        id = DB->getLastInsertRowid();
+        id = LastID();
     }
 
     void SaveEvent(std::int64_t& id, const std::string& plantUUID, const std::string& date, PlantEventType type,
@@ -290,15 +282,15 @@ class SQLiteCpp : public Contender
                        record.ID, record.PlantUUID);
         Run(SQL::InsertHarvest, record.TimelineEventID, record.PlantUUID, record.HarvestDate, record.WetWeightG,
             record.DryWeightG, record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes);
-        record.ID = DB->getLastInsertRowid();
+        record.ID = LastID();
     }
 
-    std::optional<SQLite::Database> DB;
+    std::optional<soci::session> DB;
 };
 
 } // namespace
 
-std::unique_ptr<Contender> MakeSQLiteCpp()
+std::unique_ptr<Implementation> MakeSOCI()
 {
-    return std::make_unique<SQLiteCpp>();
+    return std::make_unique<SOCI>();
 }

@@ -1,7 +1,7 @@
-// Qt SQL as its manual shows it: a QSqlQuery for each call, only ever read forward, its values bound in their order:
+// Qt SQL as its manual shows it: a forward-only QSqlQuery for each call, with values bound by position:
 // https://doc.qt.io/qt-6/sql-sqlstatements.html
 
-#include "contender.h"
+#include "implementation.h"
 #include "statements.h"
 
 #include <utility>
@@ -52,7 +52,7 @@ template <typename... Values> bool Run(QSqlQuery& query, const char* sql, const 
     return query.exec();
 }
 
-class QtSQL : public Contender
+class QtSQL : public Implementation
 {
   public:
     QtSQL() { DB.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=2500")); }
@@ -60,7 +60,7 @@ class QtSQL : public Contender
     ~QtSQL() override
     {
         const QString name = DB.connectionName();
-        DB = {}; // a connection may be removed once nobody holds it
+        DB = {}; // a connection can be removed only when no object holds it
         QSqlDatabase::removeDatabase(name);
     }
 
@@ -75,7 +75,7 @@ class QtSQL : public Contender
 
     void Close() override { DB.close(); }
 
-    // A QSqlQuery takes one statement only.
+    // A QSqlQuery runs one statement only.
     bool Execute(const std::string& statements) override
     {
         const QVariant handle = DB.driver()->handle();
@@ -83,7 +83,7 @@ class QtSQL : public Contender
                             nullptr) == SQLITE_OK;
     }
 
-    std::string CreateIdentifier() override { return QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(); }
+    std::string CreateUUID() override { return QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(); }
 
     bool ListPlants(std::vector<Plant>& out) override
     {
@@ -122,7 +122,7 @@ class QtSQL : public Contender
         if (!plant.Strain.empty() && !Write(SQL::RegisterStrain, plant.Strain))
             return false;
         if (plant.UUID.empty())
-            plant.UUID = CreateIdentifier();
+            plant.UUID = CreateUUID();
         return HasValidMotherLink(plant) &&
                Insert(plant.ID, SQL::InsertPlant, plant.UUID, plant.Name, plant.Strain, plant.MotherPlantUUID,
                       Name(plant.Stage), Name(plant.Sex), plant.Tent, plant.PotSize, plant.Medium, plant.SeedDate,
@@ -261,7 +261,7 @@ class QtSQL : public Contender
         return true;
     }
 
-    bool Begin() { return Write(SQL::Begin); } // QSqlDatabase::transaction would not lock before its first write
+    bool Begin() { return Write(SQL::Begin); } // QSqlDatabase::transaction locks at its first write only
 
     bool Commit() { return DB.commit() || RollBack(); }
 
@@ -299,9 +299,9 @@ class QtSQL : public Contender
 
 } // namespace
 
-std::unique_ptr<Contender> MakeQt()
+std::unique_ptr<Implementation> MakeQt()
 {
-    // The drivers are plug-ins, which the application looks for.
+    // Qt loads its drivers as plug-ins, and needs an application for it.
     static char name[] = "bench";
     static char* arguments[] = {name, nullptr};
     static int count = 1;

@@ -1,113 +1,32 @@
-// Poco Data as its manual shows it: statements with use, into and now, and a TypeHandler for each record that fills
-// lists: https://docs.pocoproject.org/current/00200-DataUserManual.html
+// SQLiteCpp as its README and examples show it: a Statement for each call, a Transaction for what belongs together, and
+// exceptions for what fails: https://github.com/SRombauts/SQLiteCpp
 
-#include "contender.h"
+#include "implementation.h"
 #include "statements.h"
 
 #include <optional>
+#include <utility>
 
-#include <Poco/Data/RecordSet.h>
-#include <Poco/Data/SQLite/Connector.h>
-#include <Poco/Data/SQLite/Utility.h>
-#include <Poco/Data/Session.h>
-#include <Poco/Data/TypeHandler.h>
-#include <Poco/Exception.h>
-#include <Poco/UUIDGenerator.h>
-#include <sqlite3.h>
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
 
 namespace
 {
 
-// The names are the contenders' own.
-struct Names : Contender
-{
-    using Contender::EventTypeNamed;
-    using Contender::SexNamed;
-    using Contender::StageNamed;
-};
-
-} // namespace
-
-// What reading takes and no more: nothing here binds a whole record, and SQLite has no columns to prepare.
-// NOLINTBEGIN(readability-identifier-naming): the library calls them so
-namespace Poco::Data
-{
-
-template <> class TypeHandler<Plant>
-{
-  public:
-    static std::size_t size() { return 18; }
-
-    static void extract(std::size_t pos, Plant& plant, const Plant&, AbstractExtractor::Ptr row)
-    {
-        std::string stage;
-        std::string sex;
-        row->extract(pos++, plant.ID);
-        row->extract(pos++, plant.UUID);
-        row->extract(pos++, plant.Name);
-        row->extract(pos++, plant.Strain);
-        row->extract(pos++, plant.MotherPlantUUID);
-        row->extract(pos++, stage);
-        row->extract(pos++, sex);
-        row->extract(pos++, plant.Tent);
-        row->extract(pos++, plant.PotSize);
-        row->extract(pos++, plant.Medium);
-        row->extract(pos++, plant.SeedDate);
-        row->extract(pos++, plant.FlipHeightCm);
-        row->extract(pos++, plant.FinalHeightCm);
-        row->extract(pos++, plant.CloneDate);
-        row->extract(pos++, plant.TransplantDate);
-        row->extract(pos++, plant.FlipDate);
-        row->extract(pos++, plant.HarvestDate);
-        row->extract(pos, plant.Notes);
-        plant.Stage = Names::StageNamed(stage);
-        plant.Sex = Names::SexNamed(sex);
-    }
-
-    static void prepare(std::size_t, const Plant&, const AbstractPreparator::Ptr&) {}
-};
-
-template <> class TypeHandler<PlantEvent>
-{
-  public:
-    static std::size_t size() { return 5; }
-
-    static void extract(std::size_t pos, PlantEvent& event, const PlantEvent&, AbstractExtractor::Ptr row)
-    {
-        std::string type;
-        row->extract(pos++, event.ID);
-        row->extract(pos++, event.PlantUUID);
-        row->extract(pos++, event.EventDate);
-        row->extract(pos++, type);
-        row->extract(pos, event.Details);
-        event.Type = Names::EventTypeNamed(type);
-    }
-
-    static void prepare(std::size_t, const PlantEvent&, const AbstractPreparator::Ptr&) {}
-};
-
-} // namespace Poco::Data
-// NOLINTEND(readability-identifier-naming)
-
-namespace
-{
-
-using namespace Poco::Data::Keywords;
-
-// What `work` answers; false where the library throws on the way.
+// Returns what `work` returns, or false where the library throws.
 template <typename Work> bool Attempt(const Work& work)
 {
     try
     {
         return work();
     }
-    catch (const Poco::Exception&)
+    catch (const SQLite::Exception&)
     {
         return false;
     }
 }
 
-class PocoData : public Contender
+class SQLiteCpp : public Implementation
 {
   public:
     bool Open(const std::string& path) override
@@ -115,8 +34,7 @@ class PocoData : public Contender
         return Attempt(
             [&]
             {
-                DB.emplace("SQLite", path);
-                sqlite3_busy_timeout(NativeHandle(), 2500); // the session's own time-out takes whole seconds
+                DB.emplace(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_FULLMUTEX, 2500);
                 return Migrate();
             });
     }
@@ -128,14 +46,9 @@ class PocoData : public Contender
         return Attempt(
             [&]
             {
-                *DB << statements, now;
+                DB->exec(statements);
                 return true;
             });
-    }
-
-    std::string CreateIdentifier() override
-    {
-        return Poco::UUIDGenerator::defaultGenerator().createRandom().toString();
     }
 
     bool ListPlants(std::vector<Plant>& out) override
@@ -144,7 +57,30 @@ class PocoData : public Contender
         return Attempt(
             [&]
             {
-                *DB << SQL::ListPlants, into(out), now;
+                SQLite::Statement query(*DB, SQL::ListPlants);
+                while (query.executeStep())
+                {
+                    Plant plant;
+                    plant.ID = query.getColumn(0).getInt64();
+                    plant.UUID = query.getColumn(1).getString();
+                    plant.Name = query.getColumn(2).getString();
+                    plant.Strain = query.getColumn(3).getString();
+                    plant.MotherPlantUUID = query.getColumn(4).getString();
+                    plant.Stage = StageNamed(query.getColumn(5));
+                    plant.Sex = SexNamed(query.getColumn(6));
+                    plant.Tent = query.getColumn(7).getString();
+                    plant.PotSize = query.getColumn(8).getString();
+                    plant.Medium = query.getColumn(9).getString();
+                    plant.SeedDate = query.getColumn(10).getString();
+                    plant.FlipHeightCm = query.getColumn(11).getDouble();
+                    plant.FinalHeightCm = query.getColumn(12).getDouble();
+                    plant.CloneDate = query.getColumn(13).getString();
+                    plant.TransplantDate = query.getColumn(14).getString();
+                    plant.FlipDate = query.getColumn(15).getString();
+                    plant.HarvestDate = query.getColumn(16).getString();
+                    plant.Notes = query.getColumn(17).getString();
+                    out.push_back(std::move(plant));
+                }
                 return true;
             });
     }
@@ -157,14 +93,14 @@ class PocoData : public Contender
                 if (!plant.Strain.empty())
                     Run(SQL::RegisterStrain, plant.Strain);
                 if (plant.UUID.empty())
-                    plant.UUID = CreateIdentifier();
+                    plant.UUID = CreatePlantUUID();
                 if (!HasValidMotherLink(plant))
                     return false;
                 Run(SQL::InsertPlant, plant.UUID, plant.Name, plant.Strain, plant.MotherPlantUUID, Name(plant.Stage),
                     Name(plant.Sex), plant.Tent, plant.PotSize, plant.Medium, plant.SeedDate, plant.FlipHeightCm,
                     plant.FinalHeightCm, plant.CloneDate, plant.TransplantDate, plant.FlipDate, plant.HarvestDate,
                     plant.Notes);
-                plant.ID = sqlite3_last_insert_rowid(NativeHandle());
+                plant.ID = DB->getLastInsertRowid();
                 return true;
             });
     }
@@ -185,12 +121,25 @@ class PocoData : public Contender
         return Attempt(
             [&]
             {
-                Poco::Data::Statement query(*DB);
-                query << SQL::StrainSummary, into(out.StrainID), into(out.StrainName), into(out.TotalPlants),
-                    into(out.Seed), into(out.Clone), into(out.Veg), into(out.Flower), into(out.Dry), into(out.Cure),
-                    into(out.Harvested), into(out.Archived), into(out.HarvestCount), into(out.AverageDryWeightG),
-                    into(out.AverageQuality), use(strainID);
-                return query.execute() == 1;
+                SQLite::Statement query(*DB, SQL::StrainSummary);
+                query.bind(1, strainID);
+                if (!query.executeStep())
+                    return false;
+                out.StrainID = query.getColumn(0).getInt64();
+                out.StrainName = query.getColumn(1).getString();
+                out.TotalPlants = query.getColumn(2).getInt();
+                out.Seed = query.getColumn(3).getInt();
+                out.Clone = query.getColumn(4).getInt();
+                out.Veg = query.getColumn(5).getInt();
+                out.Flower = query.getColumn(6).getInt();
+                out.Dry = query.getColumn(7).getInt();
+                out.Cure = query.getColumn(8).getInt();
+                out.Harvested = query.getColumn(9).getInt();
+                out.Archived = query.getColumn(10).getInt();
+                out.HarvestCount = query.getColumn(11).getInt();
+                out.AverageDryWeightG = query.getColumn(12).getDouble();
+                out.AverageQuality = query.getColumn(13).getDouble();
+                return true;
             });
     }
 
@@ -200,7 +149,18 @@ class PocoData : public Contender
         return Attempt(
             [&]
             {
-                *DB << SQL::ListEvents, into(out), useRef(plantUUID), now;
+                SQLite::Statement query(*DB, SQL::ListEvents);
+                query.bind(1, plantUUID);
+                while (query.executeStep())
+                {
+                    PlantEvent event;
+                    event.ID = query.getColumn(0).getInt64();
+                    event.PlantUUID = query.getColumn(1).getString();
+                    event.EventDate = query.getColumn(2).getString();
+                    event.Type = EventTypeNamed(query.getColumn(3));
+                    event.Details = query.getColumn(4).getString();
+                    out.push_back(std::move(event));
+                }
                 return true;
             });
     }
@@ -215,7 +175,7 @@ class PocoData : public Contender
                                                    Run(SQL::InsertCareEntry, entry.TimelineEventID, entry.PlantUUID,
                                                        entry.CareDate, Name(entry.Action), entry.Product,
                                                        entry.AmountMl, entry.EC, entry.PH, entry.RunoffMl, entry.Notes);
-                                                   entry.ID = sqlite3_last_insert_rowid(NativeHandle());
+                                                   entry.ID = DB->getLastInsertRowid();
                                                });
     }
 
@@ -238,9 +198,12 @@ class PocoData : public Contender
         std::int64_t eventID = 0;
         const auto look = [&]
         {
-            Poco::Data::Statement query(*DB);
-            query << SQL::EventOfCareEntry, into(eventID), use(id);
-            return query.execute() == 1;
+            SQLite::Statement query(*DB, SQL::EventOfCareEntry);
+            query.bind(1, id);
+            if (!query.executeStep())
+                return false;
+            eventID = query.getColumn(0).getInt64();
+            return true;
         };
         return id != 0 && Attempt(look) &&
                InTransaction(
@@ -277,24 +240,18 @@ class PocoData : public Contender
     std::vector<std::string> Texts(const std::string& sql, int column) override
     {
         std::vector<std::string> texts;
-        Poco::Data::Statement query(*DB);
-        query << sql, now;
-        const Poco::Data::RecordSet rows(query);
-        for (std::size_t row = 0; row < rows.rowCount(); ++row)
-            texts.push_back(rows.value(static_cast<std::size_t>(column), row).convert<std::string>());
+        SQLite::Statement query(*DB, sql);
+        while (query.executeStep())
+            texts.push_back(query.getColumn(column).getString());
         return texts;
     }
 
   private:
-    // What the session has no words for.
-    sqlite3* NativeHandle() { return Poco::Data::SQLite::Utility::dbHandle(*DB); }
-
     template <typename... Values> void Run(const char* sql, const Values&... values)
     {
-        Poco::Data::Statement statement(*DB);
-        statement << sql;
-        (statement, ..., useRef(values));
-        statement.execute();
+        SQLite::Statement statement(*DB, sql);
+        SQLite::bind(statement, values...);
+        statement.exec();
     }
 
     template <typename Work> bool InTransaction(const Work& work)
@@ -302,17 +259,9 @@ class PocoData : public Contender
         return Attempt(
             [&]
             {
-                *DB << SQL::Begin, now; // Poco::Data::Transaction would not lock before its first write
-                try
-                {
-                    work();
-                    DB->commit();
-                }
-                catch (...)
-                {
-                    DB->rollback();
-                    throw;
-                }
+                SQLite::Transaction transaction(*DB, SQLite::TransactionBehavior::IMMEDIATE);
+                work();
+                transaction.commit();
                 return true;
             });
     }
@@ -321,7 +270,7 @@ class PocoData : public Contender
                      const std::string& details)
     {
         Run(SQL::InsertEvent, plantUUID, date, Name(type), details);
-        id = sqlite3_last_insert_rowid(NativeHandle());
+        id = DB->getLastInsertRowid();
     }
 
     void SaveEvent(std::int64_t& id, const std::string& plantUUID, const std::string& date, PlantEventType type,
@@ -341,16 +290,15 @@ class PocoData : public Contender
                        record.ID, record.PlantUUID);
         Run(SQL::InsertHarvest, record.TimelineEventID, record.PlantUUID, record.HarvestDate, record.WetWeightG,
             record.DryWeightG, record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes);
-        record.ID = sqlite3_last_insert_rowid(NativeHandle());
+        record.ID = DB->getLastInsertRowid();
     }
 
-    std::optional<Poco::Data::Session> DB;
+    std::optional<SQLite::Database> DB;
 };
 
 } // namespace
 
-std::unique_ptr<Contender> MakePoco()
+std::unique_ptr<Implementation> MakeSQLiteCpp()
 {
-    Poco::Data::SQLite::Connector::registerConnector();
-    return std::make_unique<PocoData>();
+    return std::make_unique<SQLiteCpp>();
 }

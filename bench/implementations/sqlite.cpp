@@ -1,7 +1,7 @@
 // Bare calls to SQLite's C interface, as its own pages show them: https://www.sqlite.org/cintro.html. Once with every
 // statement prepared for its call and finalised after it, once with every statement kept.
 
-#include "contender.h"
+#include "implementation.h"
 #include "statements.h"
 
 #include <array>
@@ -23,7 +23,7 @@ struct Connection
     std::unordered_map<const char*, sqlite3_stmt*> Kept;
 };
 
-// What both kinds of statement have in common: a handle, null where preparing failed.
+// The common part of both kinds of statement: a handle, null where preparing failed.
 class BoundStatement
 {
   public:
@@ -104,7 +104,7 @@ class KeptStatement : public BoundStatement
     }
 };
 
-template <typename Statement> class SQLite : public Contender
+template <typename Statement> class SQLite : public Implementation
 {
   public:
     SQLite() = default;
@@ -136,7 +136,7 @@ template <typename Statement> class SQLite : public Contender
         return sqlite3_exec(DB.Handle, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
     }
 
-    std::string CreateIdentifier() override
+    std::string CreateUUID() override
     {
         std::array<unsigned char, 16> bytes{};
         sqlite3_randomness(static_cast<int>(bytes.size()), bytes.data());
@@ -329,7 +329,7 @@ template <typename Statement> class SQLite : public Contender
         return false;
     }
 
-    // A statement without values or results; one that is prepared for its call is shortest by sqlite3_exec.
+    // Runs a statement without values or results. sqlite3_exec is the shortest way to prepare one for its call.
     bool Simple(const char* sql)
     {
         if constexpr (std::is_same_v<Statement, PreparedStatement>)
@@ -372,12 +372,12 @@ template <typename Statement> class SQLite : public Contender
 
 } // namespace
 
-std::unique_ptr<Contender> MakeSQLite()
+std::unique_ptr<Implementation> MakeSQLite()
 {
     return std::make_unique<SQLite<PreparedStatement>>();
 }
 
-std::unique_ptr<Contender> MakeSQLiteKept()
+std::unique_ptr<Implementation> MakeSQLiteKept()
 {
     return std::make_unique<SQLite<KeptStatement>>();
 }

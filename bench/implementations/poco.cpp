@@ -1,32 +1,113 @@
-// SOCI as its manual shows it: values and fields bound by use and into, lists by a prepared statement that fetches row
-// after row into one record: https://soci.sourceforge.net/doc/release/4.0/
+// Poco Data as its manual shows it: statements with use, into and now, and a TypeHandler for each record that fills
+// lists: https://docs.pocoproject.org/current/00200-DataUserManual.html
 
-#include "contender.h"
+#include "implementation.h"
 #include "statements.h"
 
 #include <optional>
-#include <utility>
 
-#include <soci/soci.h>
-#include <soci/sqlite3/soci-sqlite3.h>
+#include <Poco/Data/RecordSet.h>
+#include <Poco/Data/SQLite/Connector.h>
+#include <Poco/Data/SQLite/Utility.h>
+#include <Poco/Data/Session.h>
+#include <Poco/Data/TypeHandler.h>
+#include <Poco/Exception.h>
+#include <Poco/UUIDGenerator.h>
+#include <sqlite3.h>
 
 namespace
 {
 
-// What `work` answers; false where the library throws on the way.
+// The implementation's names for the enumerations.
+struct Names : Implementation
+{
+    using Implementation::EventTypeNamed;
+    using Implementation::SexNamed;
+    using Implementation::StageNamed;
+};
+
+} // namespace
+
+// Only what reading needs: no statement binds a whole record, and SQLite has no columns to prepare.
+// NOLINTBEGIN(readability-identifier-naming): the library's names
+namespace Poco::Data
+{
+
+template <> class TypeHandler<Plant>
+{
+  public:
+    static std::size_t size() { return 18; }
+
+    static void extract(std::size_t pos, Plant& plant, const Plant&, AbstractExtractor::Ptr row)
+    {
+        std::string stage;
+        std::string sex;
+        row->extract(pos++, plant.ID);
+        row->extract(pos++, plant.UUID);
+        row->extract(pos++, plant.Name);
+        row->extract(pos++, plant.Strain);
+        row->extract(pos++, plant.MotherPlantUUID);
+        row->extract(pos++, stage);
+        row->extract(pos++, sex);
+        row->extract(pos++, plant.Tent);
+        row->extract(pos++, plant.PotSize);
+        row->extract(pos++, plant.Medium);
+        row->extract(pos++, plant.SeedDate);
+        row->extract(pos++, plant.FlipHeightCm);
+        row->extract(pos++, plant.FinalHeightCm);
+        row->extract(pos++, plant.CloneDate);
+        row->extract(pos++, plant.TransplantDate);
+        row->extract(pos++, plant.FlipDate);
+        row->extract(pos++, plant.HarvestDate);
+        row->extract(pos, plant.Notes);
+        plant.Stage = Names::StageNamed(stage);
+        plant.Sex = Names::SexNamed(sex);
+    }
+
+    static void prepare(std::size_t, const Plant&, const AbstractPreparator::Ptr&) {}
+};
+
+template <> class TypeHandler<PlantEvent>
+{
+  public:
+    static std::size_t size() { return 5; }
+
+    static void extract(std::size_t pos, PlantEvent& event, const PlantEvent&, AbstractExtractor::Ptr row)
+    {
+        std::string type;
+        row->extract(pos++, event.ID);
+        row->extract(pos++, event.PlantUUID);
+        row->extract(pos++, event.EventDate);
+        row->extract(pos++, type);
+        row->extract(pos, event.Details);
+        event.Type = Names::EventTypeNamed(type);
+    }
+
+    static void prepare(std::size_t, const PlantEvent&, const AbstractPreparator::Ptr&) {}
+};
+
+} // namespace Poco::Data
+// NOLINTEND(readability-identifier-naming)
+
+namespace
+{
+
+using namespace Poco::Data::Keywords;
+
+// Returns what `work` returns, or false where the library throws.
 template <typename Work> bool Attempt(const Work& work)
 {
     try
     {
         return work();
     }
-    catch (const soci::soci_error&)
+    catch (const Poco::Exception&)
     {
         return false;
     }
 }
 
-class SOCI : public Contender
+class PocoData : public Implementation
 {
   public:
     bool Open(const std::string& path) override
@@ -34,8 +115,8 @@ class SOCI : public Contender
         return Attempt(
             [&]
             {
-                DB.emplace(soci::sqlite3, "dbname=\"" + path + "\"");
-                sqlite_api::sqlite3_busy_timeout(NativeHandle(), 2500); // the connection string takes whole seconds
+                DB.emplace("SQLite", path);
+                sqlite3_busy_timeout(NativeHandle(), 2500); // the session's own timeout accepts whole seconds only
                 return Migrate();
             });
     }
@@ -44,9 +125,15 @@ class SOCI : public Contender
 
     bool Execute(const std::string& statements) override
     {
-        // A statement of the session's own ends at the first semicolon.
-        return sqlite_api::sqlite3_exec(NativeHandle(), statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+        return Attempt(
+            [&]
+            {
+                *DB << statements, now;
+                return true;
+            });
     }
+
+    std::string CreateUUID() override { return Poco::UUIDGenerator::defaultGenerator().createRandom().toString(); }
 
     bool ListPlants(std::vector<Plant>& out) override
     {
@@ -54,23 +141,7 @@ class SOCI : public Contender
         return Attempt(
             [&]
             {
-                Plant plant;
-                std::string stage;
-                std::string sex;
-                soci::statement query =
-                    (DB->prepare << SQL::ListPlants, soci::into(plant.ID), soci::into(plant.UUID),
-                     soci::into(plant.Name), soci::into(plant.Strain), soci::into(plant.MotherPlantUUID),
-                     soci::into(stage), soci::into(sex), soci::into(plant.Tent), soci::into(plant.PotSize),
-                     soci::into(plant.Medium), soci::into(plant.SeedDate), soci::into(plant.FlipHeightCm),
-                     soci::into(plant.FinalHeightCm), soci::into(plant.CloneDate), soci::into(plant.TransplantDate),
-                     soci::into(plant.FlipDate), soci::into(plant.HarvestDate), soci::into(plant.Notes));
-                query.execute();
-                while (query.fetch())
-                {
-                    plant.Stage = StageNamed(stage);
-                    plant.Sex = SexNamed(sex);
-                    out.push_back(plant);
-                }
+                *DB << SQL::ListPlants, into(out), now;
                 return true;
             });
     }
@@ -83,14 +154,14 @@ class SOCI : public Contender
                 if (!plant.Strain.empty())
                     Run(SQL::RegisterStrain, plant.Strain);
                 if (plant.UUID.empty())
-                    plant.UUID = CreatePlantUUID();
+                    plant.UUID = CreateUUID();
                 if (!HasValidMotherLink(plant))
                     return false;
                 Run(SQL::InsertPlant, plant.UUID, plant.Name, plant.Strain, plant.MotherPlantUUID, Name(plant.Stage),
                     Name(plant.Sex), plant.Tent, plant.PotSize, plant.Medium, plant.SeedDate, plant.FlipHeightCm,
                     plant.FinalHeightCm, plant.CloneDate, plant.TransplantDate, plant.FlipDate, plant.HarvestDate,
                     plant.Notes);
-                plant.ID = LastID();
+                plant.ID = sqlite3_last_insert_rowid(NativeHandle());
                 return true;
             });
     }
@@ -111,12 +182,12 @@ class SOCI : public Contender
         return Attempt(
             [&]
             {
-                *DB << SQL::StrainSummary, soci::into(out.StrainID), soci::into(out.StrainName),
-                    soci::into(out.TotalPlants), soci::into(out.Seed), soci::into(out.Clone), soci::into(out.Veg),
-                    soci::into(out.Flower), soci::into(out.Dry), soci::into(out.Cure), soci::into(out.Harvested),
-                    soci::into(out.Archived), soci::into(out.HarvestCount), soci::into(out.AverageDryWeightG),
-                    soci::into(out.AverageQuality), soci::use(strainID);
-                return DB->got_data();
+                Poco::Data::Statement query(*DB);
+                query << SQL::StrainSummary, into(out.StrainID), into(out.StrainName), into(out.TotalPlants),
+                    into(out.Seed), into(out.Clone), into(out.Veg), into(out.Flower), into(out.Dry), into(out.Cure),
+                    into(out.Harvested), into(out.Archived), into(out.HarvestCount), into(out.AverageDryWeightG),
+                    into(out.AverageQuality), use(strainID);
+                return query.execute() == 1;
             });
     }
 
@@ -126,17 +197,7 @@ class SOCI : public Contender
         return Attempt(
             [&]
             {
-                PlantEvent event;
-                std::string type;
-                soci::statement query =
-                    (DB->prepare << SQL::ListEvents, soci::into(event.ID), soci::into(event.PlantUUID),
-                     soci::into(event.EventDate), soci::into(type), soci::into(event.Details), soci::use(plantUUID));
-                query.execute();
-                while (query.fetch())
-                {
-                    event.Type = EventTypeNamed(type);
-                    out.push_back(event);
-                }
+                *DB << SQL::ListEvents, into(out), useRef(plantUUID), now;
                 return true;
             });
     }
@@ -151,7 +212,7 @@ class SOCI : public Contender
                                                    Run(SQL::InsertCareEntry, entry.TimelineEventID, entry.PlantUUID,
                                                        entry.CareDate, Name(entry.Action), entry.Product,
                                                        entry.AmountMl, entry.EC, entry.PH, entry.RunoffMl, entry.Notes);
-                                                   entry.ID = LastID();
+                                                   entry.ID = sqlite3_last_insert_rowid(NativeHandle());
                                                });
     }
 
@@ -174,8 +235,9 @@ class SOCI : public Contender
         std::int64_t eventID = 0;
         const auto look = [&]
         {
-            *DB << SQL::EventOfCareEntry, soci::into(eventID), soci::use(id);
-            return DB->got_data();
+            Poco::Data::Statement query(*DB);
+            query << SQL::EventOfCareEntry, into(eventID), use(id);
+            return query.execute() == 1;
         };
         return id != 0 && Attempt(look) &&
                InTransaction(
@@ -212,29 +274,24 @@ class SOCI : public Contender
     std::vector<std::string> Texts(const std::string& sql, int column) override
     {
         std::vector<std::string> texts;
-        const soci::rowset<soci::row> rows = (DB->prepare << sql);
-        for (const soci::row& row : rows)
-            texts.push_back(row.get<std::string>(static_cast<std::size_t>(column)));
+        Poco::Data::Statement query(*DB);
+        query << sql, now;
+        const Poco::Data::RecordSet rows(query);
+        for (std::size_t row = 0; row < rows.rowCount(); ++row)
+            texts.push_back(rows.value(static_cast<std::size_t>(column), row).convert<std::string>());
         return texts;
     }
 
   private:
-    sqlite_api::sqlite3* NativeHandle()
-    {
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): the library does not export the type's name
-        return static_cast<soci::sqlite3_session_backend*>(DB->get_backend())->conn_;
-    }
-
-    std::int64_t LastID()
-    {
-        long long id = 0;
-        DB->get_last_insert_id("", id); // SQLite knows the last of all tables only
-        return id;
-    }
+    // What the session has no functions for.
+    sqlite3* NativeHandle() { return Poco::Data::SQLite::Utility::dbHandle(*DB); }
 
     template <typename... Values> void Run(const char* sql, const Values&... values)
     {
-        ((*DB << sql), ..., soci::use(values));
+        Poco::Data::Statement statement(*DB);
+        statement << sql;
+        (statement, ..., useRef(values));
+        statement.execute();
     }
 
     template <typename Work> bool InTransaction(const Work& work)
@@ -242,7 +299,7 @@ class SOCI : public Contender
         return Attempt(
             [&]
             {
-                *DB << SQL::Begin; // soci::transaction would not lock before its first write
+                *DB << SQL::Begin, now; // Poco::Data::Transaction locks at its first write only
                 try
                 {
                     work();
@@ -261,7 +318,7 @@ class SOCI : public Contender
                      const std::string& details)
     {
         Run(SQL::InsertEvent, plantUUID, date, Name(type), details);
-        id = LastID();
+        id = sqlite3_last_insert_rowid(NativeHandle());
     }
 
     void SaveEvent(std::int64_t& id, const std::string& plantUUID, const std::string& date, PlantEventType type,
@@ -281,15 +338,16 @@ class SOCI : public Contender
                        record.ID, record.PlantUUID);
         Run(SQL::InsertHarvest, record.TimelineEventID, record.PlantUUID, record.HarvestDate, record.WetWeightG,
             record.DryWeightG, record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes);
-        record.ID = LastID();
+        record.ID = sqlite3_last_insert_rowid(NativeHandle());
     }
 
-    std::optional<soci::session> DB;
+    std::optional<Poco::Data::Session> DB;
 };
 
 } // namespace
 
-std::unique_ptr<Contender> MakeSOCI()
+std::unique_ptr<Implementation> MakePoco()
 {
-    return std::make_unique<SOCI>();
+    Poco::Data::SQLite::Connector::registerConnector();
+    return std::make_unique<PocoData>();
 }

@@ -1,0 +1,46 @@
+#pragma once
+
+// The bars of the benchmarks: the most that a figure may be. The benchmarks compare with them what they measure, and a
+// test compares the figures in docs/performance.md with them.
+namespace bars
+{
+
+struct Bar
+{
+    const char* Operation;
+    double Most;
+};
+
+// Instructions of the library for each instruction of the baseline, which is bare SQLite.
+inline constexpr Bar InstructionRatios[] = {
+    {"create a plant, 1,000", 1.01},      {"create a clone, 1,000", 0.96},       {"list events, 10", 0.99},
+    {"list events, 1,000", 0.955},        {"list plants, 1,000", 0.985},         {"get a plant, 1,000", 0.985},
+    {"create a care entry, 1,000", 0.98}, {"update a care entry, 1,000", 0.98},  {"delete a care entry, 1,000", 1.005},
+    {"save a new harvest, 1,000", 0.99},  {"save a harvest again, 1,000", 0.99}, {"strain summary, 1,000", 1.002},
+};
+
+// Instructions of the library.
+inline constexpr Bar Instructions[] = {
+    {"create a UUID", 1150},
+};
+
+// Allocations of the library for each record that a list returns, where the records' texts are short.
+inline constexpr Bar AllocationsPerRecord[] = {
+    {"list events, 1,000", 2},
+    {"list plants, 1,000", 3.5},
+};
+
+// Instructions of the command on a journal with 1,000 plants and 200,000 care entries, for each instruction on one with
+// the same plants and no care entry.
+inline constexpr Bar CommandGrowth[] = {
+    {"strain list", 1.2},
+    {"feed", 1.2},
+    {"plant show", 1.2},
+};
+
+// Time of the command for the time that SQLite's shell takes to do the same.
+inline constexpr Bar ImportRatios[] = {
+    {"import 200,000 care entries", 3},
+};
+
+} // namespace bars
