@@ -1,11 +1,12 @@
 /// @file plant_file.h
-/// Looking after a journal file from outside: telling what a file is, checking a journal, backing it up.
+/// Functions for whole journal files: inspect a file, check a journal, back it up.
 ///
-/// None of these functions brings a file up to date or changes what it holds. Each opens a connection of its own and
-/// closes it before it returns, also by an exception, which can only be `std::bad_alloc` or what a call-back throws.
-/// What meets another's lock waits up to 2.5 seconds for it. Threads: any function may run on any thread, and several
-/// at once, also while the program has the journal open. Paths are UTF-8 and always name a file: `:memory:` and
-/// `file:...` have no other meaning here; an empty path, or one that holds a zero byte, is an error. For POSIX systems.
+/// No function here migrates a file or changes its contents. Each function opens its own connection and closes it
+/// before it returns. It throws nothing but `std::bad_alloc` and what a callback throws; the connection is closed then,
+/// too. Where another process or thread holds a lock, a function waits for it for up to 2.5 seconds. Threads: any
+/// function may run on any thread, and several may run at once, also while the program has the journal open. Paths are
+/// UTF-8 and always name a file: `:memory:` and `file:...` have no other meaning here. An empty path, or a path that
+/// contains a zero byte, is an error. For POSIX systems.
 #pragma once
 
 #include <cstdint>
@@ -13,89 +14,94 @@
 #include <string>
 #include <vector>
 
-/// Marks what a shared library offers to its users; all else in it is hidden.
+/// Marks what a shared library exports. All other symbols are hidden.
 #define PLANTJOURNAL_FILE_API __attribute__((visibility("default")))
 
-/// How a call went.
+/// The result of a call.
 struct PlantFileResult
 {
-    /// Empty when done; otherwise the file, the step and the reason, SQLite's or the system's:
-    /// `journal.db: reading the schema: database is locked`.
+    /// Empty where the call succeeded. Otherwise the file, the step and the reason:
+    /// `journal.db: reading the schema: database is locked`. The step is left out where the path is the reason:
+    /// `journal.db: no such file`.
     std::string Error;
 
-    /// Whether it is done.
+    /// Whether the call succeeded.
     explicit operator bool() const { return Error.empty(); }
 };
 
-/// What lies at a path.
+/// The kind of a file.
 enum class PlantFileKind : std::int32_t
 {
-    Missing,      ///< Nothing lies there. Opening would make a journal.
-    Empty,        ///< A file without a byte, or a database without a table. Opening would make a journal of it.
-    Current,      ///< A journal of the present form. Opening would change nothing.
-    Older,        ///< A journal of an earlier form. Opening would take `Steps`.
-    Interrupted,  ///< Its last writer died amid a write, which the next opening takes back. No more can be told before.
-    Foreign,      ///< A database that is not ours, or a newer journal than we know: see `Reasons`.
-    NotADatabase, ///< Something else than an SQLite database.
-    Damaged,      ///< A database that could not be read: see `Reasons`. What need not be read may be damaged unseen.
-    Locked        ///< Another process holds it, and held it for longer than 2.5 seconds.
+    Missing,      ///< No file exists at the path. Opening creates a journal.
+    Empty,        ///< A file of zero bytes, or a database without tables. Opening makes it a journal.
+    Current,      ///< A journal with the current schema. Opening changes nothing.
+    Older,        ///< A journal with an earlier schema. Opening migrates it; see `Steps`.
+    Interrupted,  ///< A write was interrupted; the next open rolls it back. Until then, its kind is unknown.
+    Foreign,      ///< A database that is not a plantjournal file, or a journal of a newer version; see `Reasons`.
+    NotADatabase, ///< Not an SQLite database.
+    Damaged,      ///< A database that could not be read; see `Reasons`. Other kinds can have damage that was not read.
+    Locked        ///< Another process locked it for longer than 2.5 seconds.
 };
 
 /// The enumerator's name; "Missing" for a number outside.
 PLANTJOURNAL_FILE_API const char* PlantFileKindName(PlantFileKind kind);
 
-/// How many rows a table holds.
+/// The number of rows of a table.
 struct PlantFileTable
 {
     std::string Name;      ///< The table's name.
-    std::int64_t Rows = 0; ///< Its rows.
+    std::int64_t Rows = 0; ///< The number of its rows.
 };
 
-/// What `InspectPlantDatabase` found.
+/// The result of an inspection.
 struct PlantFileInspection
 {
-    PlantFileKind Kind = PlantFileKind::Missing; ///< What it is.
-    std::vector<std::string> Steps;              ///< Where older: what opening would do, in its order.
-    std::vector<std::string> Reasons;            ///< Where foreign or damaged: why, a line each.
-    std::int64_t Bytes = 0;                      ///< Size of the file.
-    std::vector<PlantFileTable> Tables;          ///< Where current or older: our tables that it has, in their order.
-    std::string FirstDate;                       ///< The first of all dates in those tables; empty for none.
-    std::string LastDate;                        ///< The last of them.
-    /// Where current or older: whether the schema admits event types that this version does not know. Only the rows
-    /// show whether there are any.
+    PlantFileKind Kind = PlantFileKind::Missing; ///< The kind of the file.
+    std::vector<std::string> Steps;              ///< Older: the steps of the migration, in order.
+    std::vector<std::string> Reasons;            ///< Foreign or damaged: why, one sentence each.
+    std::int64_t Bytes = 0;                      ///< The size of the file.
+    std::vector<PlantFileTable> Tables;          ///< Current or older: the journal's tables, in the schema's order.
+    std::string FirstDate;                       ///< The earliest date in those tables; empty if there is none.
+    std::string LastDate;                        ///< The latest date in those tables; empty if there is none.
+    /// Current or older: whether the schema admits event types that this version does not know, so that only the rows
+    /// show whether the file has any. A current journal made by this library never sets it.
     bool EventTypesUnchecked = false;
 };
 
-/// Tells what the file at `path` is, without changing a byte of it or leaving anything beside it.
+/// Inspects the file at `path`. Changes no byte of it and creates no file.
 ///
-/// Foreign is a file with a table, column, index, view or trigger that is not ours, without a column that opening does
-/// not add, with an event type that is not ours in an event table that opening would leave as it is, or with a
-/// write-ahead log, which no journal of ours has and which could not be read without making files. Reads every row.
-/// @return An error when even that cannot be told: no permission, a directory, no memory. `out` is then a default one.
+/// A file is foreign if it has a table, column, index, view or trigger that a journal does not have, if it lacks a
+/// column that the migration does not add, or if it uses a write-ahead log: a journal never does, and reading the log
+/// would create files. It is also foreign if it has an unknown event type in an event table that the migration would
+/// not rebuild. Reads every row; InspectPlantSchema() reads none.
+/// @param out  Written back in every case; default-constructed after an error.
+/// @return An error where the kind cannot be determined: no permission, a directory, no memory.
 PLANTJOURNAL_FILE_API PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out);
 
-/// Describes the file at `path` like InspectPlantDatabase(), but by its schema alone. Reads no row, so the cost does
-/// not depend on the number of rows. For a program's start and for a front end's first screen.
+/// Inspects the file at `path` by its schema alone. Reads no row, so the cost does not depend on the number of rows.
+/// For the start of a program, and for the first screen of a front end.
 ///
-/// `Tables`, `FirstDate` and `LastDate` stay empty; all else is as InspectPlantDatabase() gives it, except what only
-/// rows show: damage to the tables' contents, and rows with unknown event types. Where `EventTypesUnchecked` is true,
-/// such rows can have been written in the usual way: call InspectPlantDatabase() to look for them.
+/// `Tables`, `FirstDate` and `LastDate` stay empty. All other members are as InspectPlantDatabase() fills them in, with
+/// two exceptions, which only rows show: a table whose contents are damaged is not found, and neither is a row with an
+/// unknown event type. The schema keeps such rows out unless `EventTypesUnchecked` is true; call InspectPlantDatabase()
+/// then.
+/// @param out  As InspectPlantDatabase().
 /// @return As InspectPlantDatabase().
 PLANTJOURNAL_FILE_API PlantFileResult InspectPlantSchema(const std::string& path, PlantFileInspection& out);
 
-/// What may be wrong in a journal.
+/// What can be wrong in a journal.
 enum class PlantFindingKind : std::int32_t
 {
-    Damage,          ///< SQLite's integrity check.
-    ForeignKey,      ///< A row refers to one that does not exist: SQLite's foreign-key check.
-    UnknownName,     ///< A stored name that no enumeration has; it reads as the default.
+    Damage,          ///< Found by SQLite's integrity check.
+    ForeignKey,      ///< A row refers to a row that does not exist. Found by SQLite's foreign-key check.
+    UnknownName,     ///< A stored name of no enumerator. It reads as the default.
     Severity,        ///< A severity outside 1 to 5.
     LineageCycle,    ///< A plant that descends from itself.
-    MissingMother,   ///< A mother that does not exist.
-    MissingStrain,   ///< A plant's strain has no row among the strains.
+    MissingMother,   ///< A plant whose mother does not exist.
+    MissingStrain,   ///< A plant whose strain has no row in the strains.
     MissingEvent,    ///< A care entry or harvest record without its event.
-    EventDiffers,    ///< An event that differs from its owner in plant, date, type or details.
-    MissingPhotoFile ///< No file lies where a photo says. A relative path counts from the journal's directory.
+    EventDiffers,    ///< An event that differs from its care entry or harvest record in plant, date, type or details.
+    MissingPhotoFile ///< A photo whose file does not exist. A relative path starts at the journal's directory.
 };
 
 /// The enumerator's name; "Damage" for a number outside.
@@ -105,49 +111,51 @@ PLANTJOURNAL_FILE_API const char* PlantFindingKindName(PlantFindingKind kind);
 struct PlantFileFinding
 {
     PlantFindingKind Kind = PlantFindingKind::Damage; ///< What is wrong.
-    std::string Table;                                ///< Empty where no table can be named.
-    std::int64_t RowID = 0;                           ///< The row's `ID`; 0 where no row can be named.
+    std::string Table;                                ///< The table; empty where it is unknown.
+    std::int64_t RowID = 0;                           ///< The row ID; 0 where it is unknown.
     std::string Description;                          ///< One sentence.
 };
 
-/// Looks for everything that is wrong in the journal at `path`, without changing a byte of it or leaving anything
-/// beside it. Older journals are checked as far as they have the tables and columns. A file that is foreign for nothing
-/// but its event types is checked, too. Nothing is repaired.
+/// Checks the journal at `path`. Repairs nothing, changes no byte of it and creates no file.
 ///
-/// A row is found once for each thing that is wrong with it. While the file is read, others can read it, but a write of
-/// theirs waits.
-/// @return An error when the file is no journal, is interrupted, cannot be read to its end or is locked; `out` then
-/// holds what was found so far.
+/// In a journal with an earlier schema, the tables and columns that exist are checked. A file that is foreign only for
+/// its event types is checked, too. A row with several things wrong gives one finding for each. While the check runs,
+/// others can read the file; a write waits.
+/// @param out  Written back in every case; after an error, the findings up to there.
+/// @return An error where the file is not a journal, is interrupted, cannot be read to its end, or is locked.
 PLANTJOURNAL_FILE_API PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFileFinding>& out);
 
-/// What a backup does where its destination exists.
+/// What a backup does with an existing destination.
 enum class PlantBackUpMode : std::int32_t
 {
-    Keep,     ///< Refuse.
-    Overwrite ///< Replace it, once the new file is whole. Nobody should have it open: what they write would be lost.
+    Keep,     ///< Return an error.
+    Overwrite ///< Replace it once the new file is complete. No other process may have it open: its writes would be
+              ///< lost.
 };
 
-/// Told again and again how many of `total` pages are done, at the end all of them; both may fall back where another
-/// process writes. Returns whether to go on.
+/// Called repeatedly with the number of pages that are copied, `done`, of `total`; the last time with `done == total`.
+/// Both numbers can decrease where another process writes.
+/// @return Whether to continue.
 using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t total)>;
 
-/// Copies the journal `source` to `destination`, as it is at one moment, also while others use it. An older journal
-/// stays an older one; what an interrupted writer left behind in the source is taken back first, as by any opening.
+/// Copies the journal `source` to `destination`, as it is at one moment, also while others use it. The copy of an older
+/// journal has the same earlier schema. An interrupted write in the source is rolled back first, as by any open.
 ///
-/// The copy is made in a file beside the destination, checked, synced to the disk, and only then given its name; it has
-/// the source's permissions. Between two calls of `progress` nothing is locked. Where others write so often that the
-/// copying has begun anew three times, the rest is copied in one go, in which they wait.
-/// @param source  The journal, as InspectPlantDatabase() takes it.
-/// @param destination  The copy's file. Its directory must be there; a link there stays, and leads to the copy.
-/// @param progress  May be empty. Where it returns `false`, the backup ends: "interrupted".
-/// @param mode  What to do where the destination exists.
-/// @return An error when the source is no journal, is damaged or cannot be read, the destination exists (unless told to
-/// overwrite it), is the source itself or no regular file, or has a `-journal` or `-wal` beside it, which would be
-/// taken for the copy's; when the disk is full, or the copy cannot be read. The destination is then as it was, and
-/// nothing else is left. One error comes later: where the directory cannot be synced at the very end, the copy is there
-/// and whole, but may be gone after a power failure; the step is then `syncing the directory`.
-/// A process that is killed leaves its unfinished copy behind, named like the destination with `.part-` and six letters
-/// after it.
+/// The function makes the copy in a file next to the destination, checks it, syncs it, and then renames it. The copy
+/// has the source's permissions. Nothing is locked between two calls of `progress`. Where others write so often that
+/// the copying has restarted three times, the rest is copied in one step, and writers wait.
+/// @param source  The journal, as for InspectPlantDatabase().
+/// @param destination  The copy's file. Its directory must exist. A symbolic link stays and leads to the copy.
+/// @param progress  May be empty. Where it returns `false`, the backup ends with the error "interrupted".
+/// @param mode  What to do with an existing destination.
+/// @return An error where the source is not a journal, is damaged or cannot be read; where the destination exists (in
+/// the mode `Keep`), is the source itself or not a regular file; where a file exists that SQLite would apply to the
+/// copy (the destination's name with `-journal` or `-wal`); where the disk is full, or the copy cannot be read. After
+/// an error the destination is unchanged and no other file is left, with one exception: where the step is `syncing the
+/// directory`, the copy is complete and in place, but a power loss may remove it.
+///
+/// A killed process leaves its unfinished copy. Its files are named like the destination, with `.part-` and at least
+/// six characters after it. The next backup to the same destination removes them. It leaves those of a living process.
 PLANTJOURNAL_FILE_API PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string& destination,
                                                           const PlantBackUpProgress& progress = {},
                                                           PlantBackUpMode mode = PlantBackUpMode::Keep);

@@ -4,7 +4,7 @@
 #include "support/comma_locale.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
-#include "support/repository_operations.h"
+#include "support/sample_records.h"
 #include "testing/old_files.h"
 #include "testing/schema_statements.h"
 
@@ -38,7 +38,7 @@ Texts Lines(const std::vector<PlantFileFinding>& findings)
 
 Texts FoundIn(const std::string& path)
 {
-    std::vector<PlantFileFinding> findings(3); // nothing of it may remain
+    std::vector<PlantFileFinding> findings(3); // replaced
     const PlantFileResult result = CheckPlantDatabase(path, findings);
     EXPECT_TRUE(result) << result.Error;
     return Lines(findings);
@@ -53,8 +53,9 @@ std::string ErrorOf(const std::string& path)
     return result.Error;
 }
 
-// Checks a sound journal with one allocation after the other failing: it is an error or an exception, not a finding.
-void ExpectNothingWithoutMemory(const std::string& path)
+// Checks a sound journal while one allocation fails, each in turn: the failure is an error or an exception, and never a
+// finding.
+void ExpectNoFindingsWithFailingAllocations(const std::string& path)
 {
     for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
         for (int number = 1;; number += 1 + number / 50)
@@ -73,7 +74,7 @@ void ExpectNothingWithoutMemory(const std::string& path)
                 happened = true;
             }
             EXPECT_EQ(Lines(findings), Texts()) << number;
-            EXPECT_EQ(result.Error.find("no journal"), std::string::npos) << result.Error;
+            EXPECT_EQ(result.Error.find("not a plantjournal file"), std::string::npos) << result.Error;
             if (!happened)
             {
                 EXPECT_TRUE(result) << result.Error;
@@ -98,7 +99,7 @@ class CheckTest : public JournalTest
         Database.Close();
     }
 
-    // What is found after these statements, with nothing changed and nothing left beside the journal.
+    // What is found after these statements. The check changes no file and creates none.
     Texts After(const std::string& sql)
     {
         PlainConnection(Path).RunSQL("PRAGMA ignore_check_constraints=ON;" + sql);
@@ -121,7 +122,7 @@ TEST_F(CheckTest, ASoundJournalHasNoFindings)
     EXPECT_EQ(After("SELECT 1;"), Texts());
 }
 
-TEST_F(CheckTest, NothingThatTheRepositoryWritesIsFound)
+TEST_F(CheckTest, WhatTheRepositoryWritesHasNoFindings)
 {
     const CommaLocale locale;
     OpenJournal();
@@ -151,7 +152,7 @@ TEST_F(CheckTest, NothingThatTheRepositoryWritesIsFound)
     EXPECT_EQ(After("SELECT 1;"), Texts());
 }
 
-// ---- One kind after the other
+// ---- One kind after another
 
 TEST_F(CheckTest, DamageThatSQLiteFindsIsFound)
 {
@@ -184,46 +185,45 @@ TEST_F(CheckTest, ARowOfAPlantThatDoesNotExistIsFound)
               Texts{"ForeignKey PlantPhotos 77: It refers to a row of Plants that does not exist."});
 }
 
-TEST_F(CheckTest, AStoredNameOutsideItsVocabularyIsFound)
+TEST_F(CheckTest, AStoredNameOfNoEnumeratorIsFound)
 {
     OpenJournal();
     ReplaceInDefinitions(", CHECK(Sex IN ('Unknown','Female','Male','Hermaphrodite'))", ""); // as in a grown file
     Database.Close();
     EXPECT_EQ(FoundIn(Path), Texts());
     PlainConnection(Path).RunSQL("UPDATE Plants SET Sex='female' WHERE ID=1;");
-    EXPECT_EQ(FoundIn(Path),
-              Texts{"UnknownName Plants 1: Its Sex \"female\" has no meaning and reads as \"Unknown\"."});
+    EXPECT_EQ(FoundIn(Path), Texts{"UnknownName Plants 1: Its Sex \"female\" is unknown and reads as \"Unknown\"."});
     PlainConnection(Path).RunSQL("UPDATE Plants SET Sex='Female';");
 
     const std::string event = Value("SELECT MAX(ID) FROM PlantEvents WHERE EventType='Note';");
     EXPECT_EQ(After("UPDATE Plants SET Stage='Bloom\n\x7F' WHERE ID=2;"),
-              Texts{"UnknownName Plants 2: Its Stage \"Bloom??\" has no meaning and reads as \"Veg\"."});
+              Texts{"UnknownName Plants 2: Its Stage \"Bloom??\" is unknown and reads as \"Veg\"."});
     EXPECT_EQ(After("UPDATE Plants SET Stage='Veg'; UPDATE PlantJournalEntries SET ID=5,Type='';"),
-              Texts{"UnknownName PlantJournalEntries 5: Its Type \"\" has no meaning and reads as \"Observation\"."});
+              Texts{"UnknownName PlantJournalEntries 5: Its Type \"\" is unknown and reads as \"Observation\"."});
     EXPECT_EQ(After("UPDATE PlantJournalEntries SET Type='Topping'; UPDATE PlantEvents SET EventType='Repotted' WHERE "
                     "ID=" +
                     event + ';'),
               Texts{"UnknownName PlantEvents " + event +
-                    ": Its EventType \"Repotted\" has no meaning and reads as "
+                    ": Its EventType \"Repotted\" is unknown and reads as "
                     "\"Note\"."});
     EXPECT_EQ(After("UPDATE PlantEvents SET EventType='Note' WHERE ID=" + event +
                     ";UPDATE PlantCareEntries SET "
                     "Action='water' WHERE ID=1; UPDATE PlantEvents SET EventType='Water' WHERE ID=(SELECT "
                     "TimelineEventID FROM PlantCareEntries WHERE ID=1);"),
-              Texts{"UnknownName PlantCareEntries 1: Its Action \"water\" has no meaning and reads as \"Water\"."});
+              Texts{"UnknownName PlantCareEntries 1: Its Action \"water\" is unknown and reads as \"Water\"."});
 }
 
 TEST_F(CheckTest, ALongTextIsCutAtACharacterInADescription)
 {
     EXPECT_EQ(After("UPDATE Plants SET Stage=printf('%.79c','x')||'½½' WHERE ID=1;"),
               Texts{"UnknownName Plants 1: Its Stage \"" + std::string(79, 'x') +
-                    "...\" has no meaning and reads as "
+                    "...\" is unknown and reads as "
                     "\"Veg\"."});
     std::string continuations;
     for (int i = 0; i < 100; ++i)
         continuations += "80"; // of characters that never began
     EXPECT_EQ(After("UPDATE Plants SET Stage=CAST(x'" + continuations + "' AS TEXT) WHERE ID=1;"),
-              Texts{"UnknownName Plants 1: Its Stage \"...\" has no meaning and reads as \"Veg\"."});
+              Texts{"UnknownName Plants 1: Its Stage \"...\" is unknown and reads as \"Veg\"."});
 }
 
 TEST_F(CheckTest, ASeverityOutOfRangeIsFound)
@@ -239,7 +239,7 @@ TEST_F(CheckTest, ASeverityOutOfRangeIsFound)
         EXPECT_EQ(After("UPDATE PlantHealthObservations SET Severity="s + severity + ';'), Texts());
 }
 
-TEST_F(CheckTest, EveryPlantOnACircleOfMothersIsFoundAndNoneBelow)
+TEST_F(CheckTest, EveryPlantOnACycleIsFoundAndItsDescendantsAreNot)
 {
     PlainConnection(Path).RunSQL(
         "INSERT INTO Plants(ID,UUID,Name,MotherPlantID) VALUES(10,'10','',NULL),(11,'11','',10),"
@@ -259,12 +259,13 @@ TEST_F(CheckTest, AMotherThatDoesNotExistIsFoundOnce)
 
 TEST_F(CheckTest, AStrainWithoutARowIsFound)
 {
-    EXPECT_EQ(After("UPDATE Plants SET Strain='roma' WHERE ID=1; UPDATE Plants SET Strain='' WHERE ID=2; INSERT INTO "
-                    "Strains(Name) VALUES('Roma');"),
-              Texts{"MissingStrain Plants 1: Its strain \"roma\" does not exist."});
+    EXPECT_EQ(
+        After("UPDATE Plants SET Strain='san marzano' WHERE ID=1; UPDATE Plants SET Strain='' WHERE ID=2; INSERT INTO "
+              "Strains(Name) VALUES('San Marzano');"),
+        Texts{"MissingStrain Plants 1: Its strain \"san marzano\" does not exist."});
 }
 
-TEST_F(CheckTest, AnOwnerWithoutItsEventIsFoundOnce)
+TEST_F(CheckTest, ACareEntryOrHarvestRecordWithoutItsEventIsFoundOnce)
 {
     EXPECT_EQ(After("PRAGMA foreign_keys=OFF; UPDATE PlantCareEntries SET TimelineEventID=NULL WHERE ID=1; "
                     "UPDATE PlantCareEntries SET TimelineEventID=98 WHERE ID=2; UPDATE HarvestRecords SET "
@@ -274,7 +275,7 @@ TEST_F(CheckTest, AnOwnerWithoutItsEventIsFoundOnce)
                      "MissingEvent HarvestRecords 1: Its event, row 99, does not exist."}));
 }
 
-TEST_F(CheckTest, AnEventThatDiffersFromItsOwnerIsFoundWithAllThatDiffers)
+TEST_F(CheckTest, AnEventThatDiffersIsFoundWithAllItsDifferences)
 {
     const std::string otherPlant = Value("SELECT UUID FROM Plants WHERE ID=2;");
     const std::string sound = FileBytes(Path);
@@ -295,7 +296,7 @@ TEST_F(CheckTest, AnEventThatDiffersFromItsOwnerIsFoundWithAllThatDiffers)
     }
 }
 
-TEST_F(CheckTest, EveryFieldThatDetailsAreComposedOfCounts)
+TEST_F(CheckTest, EveryFieldOfTheDetailsIsCompared)
 {
     for (const char* change : {"Product='other'", "AmountMl=77", "EC=7", "PH=7", "RunoffMl=77", "Notes='other'"})
     {
@@ -329,14 +330,14 @@ TEST_F(CheckTest, APhotoWhoseFileDoesNotExistIsFound)
     EXPECT_EQ(found("no.jpg"), begin + "\"no.jpg\" cannot be found: No such file or directory.");
     EXPECT_EQ(found("/no/such/place.jpg"),
               begin + "\"/no/such/place.jpg\" cannot be found: No such file or directory.");
-    EXPECT_EQ(found("."), begin + "\".\" cannot be found: that is no file.");
+    EXPECT_EQ(found("."), begin + "\".\" cannot be found: not a regular file.");
     EXPECT_EQ(found("'||'photo.jpg'||char(0)||'x'||'"), ""); // it is read as far as the zero byte
     EXPECT_EQ(found(std::string(5000, 'x')), begin + '"' + std::string(80, 'x') +
                                                  "...\" cannot be found: File name too "
                                                  "long.");
 }
 
-TEST_F(CheckTest, ARelativePathOfAPhotoCountsFromTheJournalsDirectoryAlsoWhereThePathOfTheJournalIsRelative)
+TEST_F(CheckTest, APhotosRelativePathStartsAtTheJournalsDirectory)
 {
     const auto here = std::filesystem::current_path();
     std::filesystem::current_path(std::filesystem::path(Path).parent_path());
@@ -358,7 +359,7 @@ TEST_F(CheckTest, AKindHasItsName)
 
 // ---- Which files
 
-TEST_F(CheckTest, AJournalInAnotherEncodingIsCheckedAlike)
+TEST_F(CheckTest, AJournalInUTF16IsCheckedLikeOneInUTF8)
 {
     const std::string path = Scratch.File("utf16.db");
     PlainConnection(path).RunSQL("PRAGMA encoding='UTF-16'; CREATE TABLE T(X); DROP TABLE T;");
@@ -371,7 +372,7 @@ TEST_F(CheckTest, AJournalInAnotherEncodingIsCheckedAlike)
     ASSERT_EQ(PlainConnection(path).Value("PRAGMA encoding;"), "UTF-16le");
     EXPECT_EQ(FoundIn(path), Texts());
 
-    // To read a text is to convert it, which takes memory: one that cannot be read is not an empty one.
+    // Reading a text converts it, which takes memory. A text that cannot be read is not an empty one.
     int failed = 0;
     for (int number = 1;; ++number)
     {
@@ -388,14 +389,14 @@ TEST_F(CheckTest, AJournalInAnotherEncodingIsCheckedAlike)
             ++failed;
         }
         EXPECT_EQ(Lines(findings), Texts()) << number;
-        EXPECT_EQ(error.find("no journal"), std::string::npos) << error;
+        EXPECT_EQ(error.find("not a plantjournal file"), std::string::npos) << error;
         if (!step.Happened())
             break;
     }
     EXPECT_GT(failed, 5);
 }
 
-TEST_F(CheckTest, EveryOlderFormIsCheckedAndNotChanged)
+TEST_F(CheckTest, EveryEarlierSchemaIsCheckedAndNotChanged)
 {
     for (const OldFile& old : OldFiles())
     {
@@ -414,7 +415,7 @@ TEST_F(CheckTest, EveryOlderFormIsCheckedAndNotChanged)
     }
 }
 
-TEST_F(CheckTest, AJournalIsCheckedAsFarAsItHasTables)
+TEST_F(CheckTest, TheTablesThatExistAreChecked)
 {
     const std::string path = Scratch.File("begun.db");
     const PlainConnection file(path);
@@ -432,7 +433,7 @@ TEST_F(CheckTest, AJournalIsCheckedAsFarAsItHasTables)
     EXPECT_EQ(FoundIn(path), Texts());
 }
 
-TEST_F(CheckTest, ANewerJournalIsCheckedWhereItIsNewerInNothingButItsEventTypes)
+TEST_F(CheckTest, AJournalWithUnknownEventTypesIsChecked)
 {
     OpenJournal();
     ReplaceInDefinitions("'Defoliated'", "'Defoliated','Repotted'");
@@ -440,18 +441,18 @@ TEST_F(CheckTest, ANewerJournalIsCheckedWhereItIsNewerInNothingButItsEventTypes)
     Database.Close();
     const Texts found = FoundIn(Path);
     ASSERT_FALSE(found.empty());
-    EXPECT_TRUE(found.front().ends_with("Its EventType \"Repotted\" has no meaning and reads as \"Note\"."));
+    EXPECT_TRUE(found.front().ends_with("Its EventType \"Repotted\" is unknown and reads as \"Note\"."));
 }
 
-TEST_F(CheckTest, WhatIsNoJournalIsAnErrorAndNotChanged)
+TEST_F(CheckTest, AFileThatIsNotAJournalIsAnErrorAndNotChanged)
 {
     const std::string path = Scratch.File("other.db");
-    EXPECT_EQ(ErrorOf(path), path + ": finding it: there is no such file");
+    EXPECT_EQ(ErrorOf(path), path + ": no such file");
     EXPECT_FALSE(std::filesystem::exists(path));
-    EXPECT_EQ(ErrorOf(Scratch.File("")), Scratch.File("") + ": finding it: it is no regular file");
-    EXPECT_EQ(ErrorOf(""), ": finding it: a path that is empty or holds a zero byte names no file");
+    EXPECT_EQ(ErrorOf(Scratch.File("")), Scratch.File("") + ": not a regular file");
+    EXPECT_EQ(ErrorOf(""), ": the path is empty or contains a zero byte");
     std::ofstream(path) << "";
-    EXPECT_EQ(ErrorOf(path), path + ": reading the schema: it is no journal, it has no table");
+    EXPECT_EQ(ErrorOf(path), path + ": reading the schema: not a plantjournal file: it has no tables");
     EXPECT_EQ(FileBytes(path), "");
     std::ofstream(path) << "some other text";
     EXPECT_EQ(ErrorOf(path), path + ": reading the schema: file is not a database");
@@ -459,7 +460,8 @@ TEST_F(CheckTest, WhatIsNoJournalIsAnErrorAndNotChanged)
     std::filesystem::remove(path);
     PlainConnection(path).RunSQL("CREATE TABLE Bees(X);");
     const std::string before = FileBytes(path);
-    EXPECT_EQ(ErrorOf(path), path + ": reading the schema: it is no journal of ours: The table \"Bees\" is not ours.");
+    EXPECT_EQ(ErrorOf(path),
+              path + ": reading the schema: not a plantjournal file: The table \"Bees\" is not part of a journal.");
     EXPECT_EQ(FileBytes(path), before);
 }
 
@@ -470,7 +472,7 @@ TEST_F(CheckTest, ALockedJournalIsAnError)
     EXPECT_EQ(ErrorOf(Path), Path + ": reading the schema: database is locked");
 }
 
-TEST_F(CheckTest, EverythingIsReadInOneTransactionSoThatAWriteWaits)
+TEST_F(CheckTest, AWriteWaitsWhileTheCheckReads)
 {
     const PlainConnection other(Path);
     int refused = 0;
@@ -542,9 +544,9 @@ TEST_F(CheckTest, AFailingDiskIsAnErrorAndChangesNothing)
         }
 }
 
-TEST_F(CheckTest, WithoutMemoryThereIsAnErrorOrAnException)
+TEST_F(CheckTest, AFailingAllocationIsAnErrorOrAnException)
 {
-    ExpectNothingWithoutMemory(Path);
+    ExpectNoFindingsWithFailingAllocations(Path);
 }
 
 } // namespace

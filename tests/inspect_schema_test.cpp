@@ -1,7 +1,7 @@
 #include "plant_file.h"
 
-#include "support/journal_test.h"
-#include "support/repository_operations.h"
+#include "support/inspect_test.h"
+#include "support/sample_records.h"
 #include "testing/old_files.h"
 
 #include <algorithm>
@@ -14,14 +14,6 @@ namespace
 {
 
 using Texts = std::vector<std::string>;
-
-PlantFileInspection InspectedWhole(const std::string& path)
-{
-    PlantFileInspection found;
-    const PlantFileResult result = InspectPlantDatabase(path, found);
-    EXPECT_TRUE(result) << result.Error;
-    return found;
-}
 
 PlantFileInspection InspectedBySchema(const std::string& path)
 {
@@ -49,7 +41,7 @@ class InspectSchemaTest : public JournalTest
     {
         PlainConnection(Path).RunSQL(sql);
         const auto before = Scratch.Files();
-        const PlantFileInspection whole = InspectedWhole(Path);
+        const PlantFileInspection whole = Inspected(Path);
         PlantFileInspection schema = InspectedBySchema(Path);
         EXPECT_EQ(schema.Kind, whole.Kind) << sql;
         EXPECT_EQ(schema.Steps, whole.Steps) << sql;
@@ -119,7 +111,7 @@ TEST_F(InspectSchemaTest, ANewerListOfEventTypesIsForeign)
     OpenJournal();
     ReplaceInDefinitions("'Defoliated'", "'Defoliated','Repotted'");
     Database.Close();
-    EXPECT_EQ(BothAfter("SELECT 1;").Reasons, Texts{"The event type \"Repotted\" is not ours."});
+    EXPECT_EQ(BothAfter("SELECT 1;").Reasons, Texts{"The event type \"Repotted\" is unknown to this version."});
 }
 
 // ---- What only rows show
@@ -132,7 +124,7 @@ TEST_F(InspectSchemaTest, AnEventTableWithoutItsCheckHasUncheckedEventTypes)
     const PlantFileInspection schema = InspectedBySchema(Path);
     EXPECT_EQ(schema.Kind, PlantFileKind::Current);
     EXPECT_TRUE(schema.EventTypesUnchecked);
-    const PlantFileInspection whole = InspectedWhole(Path);
+    const PlantFileInspection whole = Inspected(Path);
     EXPECT_EQ(whole.Kind, PlantFileKind::Foreign);
     EXPECT_FALSE(whole.EventTypesUnchecked);
 
@@ -172,7 +164,7 @@ TEST_F(InspectSchemaTest, NoPageOfATableOrIndexIsRead)
         for (const Row& page : pages)
             file.seekp((std::stoi(page[0]) - 1) * 4096L) << std::string(4096, '\x7F');
     }
-    EXPECT_EQ(InspectedWhole(Path).Kind, PlantFileKind::Damaged);
+    EXPECT_EQ(Inspected(Path).Kind, PlantFileKind::Damaged);
     const PlantFileInspection after = InspectedBySchema(Path);
     EXPECT_EQ(after.Kind, PlantFileKind::Current);
     EXPECT_EQ(after.Bytes, before.Bytes);
@@ -195,17 +187,17 @@ TEST_F(InspectSchemaTest, TheNumberOfRowsDoesNotChangeTheStatements)
     EXPECT_EQ(steps(), before);
 }
 
-// ---- Files that are no journal
+// ---- Files that are not a journal
 
-TEST_F(InspectSchemaTest, AFileThatIsNoJournalIsFoundAsByTheWholeInspection)
+TEST_F(InspectSchemaTest, AFileThatIsNotAJournalIsFoundAsByTheWholeInspection)
 {
     PlainConnection(Path).RunSQL("PRAGMA user_version=1;");
     std::filesystem::resize_file(Path, std::filesystem::file_size(Path) / 2);
     EXPECT_EQ(InspectedBySchema(Path).Kind, PlantFileKind::Damaged);
-    EXPECT_EQ(InspectedBySchema(Path).Reasons, InspectedWhole(Path).Reasons);
+    EXPECT_EQ(InspectedBySchema(Path).Reasons, Inspected(Path).Reasons);
     std::ofstream(Path) << "some other text, which is longer than the header of a database: " << std::string(100, 'x');
     EXPECT_EQ(InspectedBySchema(Path).Kind, PlantFileKind::NotADatabase);
-    EXPECT_EQ(InspectedBySchema(Path).Bytes, InspectedWhole(Path).Bytes);
+    EXPECT_EQ(InspectedBySchema(Path).Bytes, Inspected(Path).Bytes);
     std::ofstream(Path) << "";
     EXPECT_EQ(InspectedBySchema(Path).Kind, PlantFileKind::Empty);
     std::filesystem::remove(Path);

@@ -69,7 +69,7 @@ TEST_F(UpgradingPageTest, ACopyIsNeverMadeOverAnotherFile)
     WriteOldFile(Old, OldFiles().front());
     std::filesystem::copy_file(Old, Old + ".before");
     EXPECT_FALSE(OpenWithACopy(Journal, Old, Error));
-    EXPECT_EQ(Error, Old + ".before: looking at what is there: it exists");
+    EXPECT_EQ(Error, Old + ".before: already exists");
     EXPECT_EQ(Kind(Old), PlantFileKind::Older);
 }
 

@@ -173,4 +173,17 @@ extern "C"
         return support::CallGate::Through(support::SQLiteCall::Finalize, sqlite3_sql(statement),
                                           [&] { return original(statement); });
     }
+
+    sqlite3_backup* sqlite3_backup_init(sqlite3* to, const char* toName, sqlite3* from, const char* fromName)
+    {
+        static const auto original = support::CallGate::Original<decltype(sqlite3_backup_init)>("sqlite3_backup_init");
+        sqlite3_backup* backup = nullptr;
+        support::CallGate::Through(support::SQLiteCall::BackUp, "",
+                                   [&]
+                                   {
+                                       backup = original(to, toName, from, fromName);
+                                       return backup != nullptr ? SQLITE_OK : SQLITE_ERROR;
+                                   });
+        return backup;
+    }
 }

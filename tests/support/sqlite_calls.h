@@ -18,7 +18,8 @@ enum class SQLiteCall
     Prepare,
     Bind,
     Step,
-    Finalize
+    Finalize,
+    BackUp // sqlite3_backup_init, which has no statement; a failure returns no backup
 };
 
 // One call of the library: for Exec and Prepare the statement's text, for the others the text of their statement.

@@ -1,0 +1,231 @@
+// The files of unfinished copies: those that killed processes left, and those of living ones.
+
+#include "plant_file.h"
+
+#include "support/backup_test.h"
+#include "support/child_process.h"
+#include "support/file_calls.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace support;
+
+namespace
+{
+
+class BackUpOrphanTest : public BackUpTest
+{
+  protected:
+    BackUpOrphanTest() { Grow(); }
+
+    // Backs up in a process that reports its first step and then waits.
+    std::function<void(const ParentProcess&)> PausedBackUp() const
+    {
+        return [this](const ParentProcess& parent)
+        {
+            bool paused = false;
+            const auto pauseOnce = [&](std::int64_t, std::int64_t)
+            {
+                if (!std::exchange(paused, true))
+                {
+                    parent.Send("copying");
+                    parent.Wait();
+                }
+                return true;
+            };
+            parent.Send(BackUp(pauseOnce, PlantBackUpMode::Overwrite));
+        };
+    }
+
+    // The names that an unfinished copy of the destination can have.
+    Names PartNames() const
+    {
+        Names names;
+        for (const std::string& name : NamesOf(Scratch.Files()))
+            if (name.starts_with("copy.db.part-"))
+                names.insert(name);
+        return names;
+    }
+
+    void Write(const std::string& name, const std::string& text = {}) const
+    {
+        std::ofstream(Scratch.File(name)) << text;
+    }
+};
+
+TEST_F(BackUpOrphanTest, TheNextBackupRemovesTheFilesOfAKilledProcess)
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        ChildProcess child(PausedBackUp());
+        ASSERT_EQ(child.ReadLine(), "copying");
+        child.Kill();
+        EXPECT_EQ(child.End(), "signal 9");
+        EXPECT_EQ(PartNames().size(), 2U); // the one before removed those of its predecessor
+    }
+    EXPECT_FALSE(std::filesystem::exists(Destination));
+    EXPECT_EQ(BackUp(), "");
+    ExpectWhole();
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
+TEST_F(BackUpOrphanTest, TheFilesOfALivingProcessStay)
+{
+    ChildProcess killed(PausedBackUp());
+    ASSERT_EQ(killed.ReadLine(), "copying");
+    ChildProcess living(PausedBackUp());
+    ASSERT_EQ(living.ReadLine(), "copying");
+    const Names both = PartNames();
+    EXPECT_EQ(both.size(), 4U);
+    killed.Kill();
+    EXPECT_EQ(killed.End(), "signal 9");
+
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_EQ(PartNames().size(), 2U);
+    living.Continue();
+    EXPECT_EQ(living.ReadLine(), ""); // no error
+    EXPECT_EQ(living.End(), "done");
+    ExpectWhole();
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
+TEST_F(BackUpOrphanTest, TheFilesOfAnotherThreadStay)
+{
+    std::string inner;
+    Names during;
+    const auto backUpMeanwhile = [&](std::int64_t done, std::int64_t total)
+    {
+        if (done == total)
+        {
+            inner =
+                BackUp({}, PlantBackUpMode::Overwrite); // takes its locks with descriptors of its own, as a thread does
+            during = PartNames();
+        }
+        return true;
+    };
+    EXPECT_EQ(BackUp(backUpMeanwhile, PlantBackUpMode::Overwrite), "");
+    EXPECT_EQ(inner, "");
+    EXPECT_EQ(during.size(), 2U);
+    EXPECT_EQ(PartNames(), Names());
+    ExpectWhole();
+}
+
+TEST_F(BackUpOrphanTest, TheFilesForAnotherDestinationStay)
+{
+    Write("other.db.part-abcdef");
+    Write("other.db.part-abcdef-copy", "text");
+    Write("xcopy.db.part-abcdef");
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db", "other.db.part-abcdef",
+                                               "other.db.part-abcdef-copy", "xcopy.db.part-abcdef"}));
+}
+
+TEST_F(BackUpOrphanTest, FilesThatNoBackupMadeStay)
+{
+    for (const char* name : {"copy.db.part-1", "copy.db.part-abcdefg", "copy.db.part-abc.ef", "copy.db.part-abcde-",
+                             "copy.db.part-uvwxyz-copy", "copy.db.partabcdef", "copy.db-abcdef"})
+        Write(name);
+    Write("copy.db.part-backup", "a file with contents");
+    Write("target");
+    std::filesystem::create_symlink("target", Scratch.File("copy.db.part-linked"));
+    std::filesystem::create_symlink("nowhere", Scratch.File("copy.db.part-broken"));
+    std::filesystem::create_directory(Scratch.File("copy.db.part-direct"));
+    ASSERT_EQ(mkfifo(Scratch.File("copy.db.part-pipe00").c_str(), 0600), 0);
+    const auto count = [&]
+    {
+        const std::filesystem::directory_iterator directory(std::filesystem::path(Path).parent_path());
+        return std::distance(begin(directory), end(directory));
+    };
+    const auto before = count();
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_EQ(count(), before + 1); // the copy
+}
+
+TEST_F(BackUpOrphanTest, AnEmptyFileOfAPartsNameIsRemovedWithItsCopy)
+{
+    Write("copy.db.part-Abc123");
+    Write("copy.db.part-Abc123-copy", "half a copy");
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
+// ---- Two backups at the same instant
+
+TEST_F(BackUpOrphanTest, AFileThatIsNotLockedYetMayBeRemovedByAnother)
+{
+    std::string inner = "not run";
+    const AfterFileCall removed(FileCall::CreateTemporary, [&] { inner = BackUp(); });
+    EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
+    EXPECT_EQ(inner, "");
+    ExpectWhole();
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
+TEST_F(BackUpOrphanTest, AFileThatAnotherLocksFirstIsLeftToIt)
+{
+    int other = -1;
+    std::string name;
+    const AfterFileCall locked(FileCall::CreateTemporary,
+                               [&]
+                               {
+                                   name = Scratch.File(*PartNames().begin());
+                                   other = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+                                   EXPECT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+                               });
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_TRUE(std::filesystem::exists(name)); // the other has not come to removing it
+    EXPECT_EQ(close(other), 0);
+    EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
+TEST_F(BackUpOrphanTest, ABackupThatFinishesMeanwhileLosesNoFileOfItsName)
+{
+    const std::string name = "copy.db.part-Abc123";
+    Write(name);
+    const AfterFileCall finished( // right after the file is locked: its owner has finished, and a new one has its names
+        FileCall::Lock,
+        [&]
+        {
+            std::filesystem::remove(Scratch.File(name));
+            Write(name);
+            Write(name + "-copy", "another copy");
+        });
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_TRUE(finished.Happened());
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", name, name + "-copy", "journal.db"}));
+}
+
+// ---- Failures
+
+TEST_F(BackUpOrphanTest, AFileSystemWithoutLocksTakesTheCopyAndKeepsOrphans)
+{
+    Write("copy.db.part-Abc123");
+    const FileCallFailure failure({FileCall::Lock}, FileCallFailure::EveryCall, ENOTSUP);
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_TRUE(failure.Happened());
+    ExpectWhole();
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "copy.db.part-Abc123", "journal.db"}));
+}
+
+TEST_F(BackUpOrphanTest, ATemporaryFileThatCannotBeCreatedIsAnError)
+{
+    const auto before = Scratch.Files();
+    {
+        const FileCallFailure failure({FileCall::CreateTemporary}, 1, ENOSPC);
+        EXPECT_EQ(BackUp(), Destination + ": creating a temporary file: No space left on device");
+    }
+    Destination = Scratch.File(std::string(240, 'x')); // with the longest suffix, the name has more than 255 bytes
+    EXPECT_EQ(BackUp(), Destination + ": creating a temporary file: File name too long");
+    EXPECT_TRUE(Scratch.Files() == before);
+}
+
+} // namespace

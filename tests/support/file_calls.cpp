@@ -1,0 +1,109 @@
+#include "support/file_calls.h"
+
+#include <cstdio>
+#include <utility>
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace support
+{
+
+namespace
+{
+
+thread_local FileCallFailure* fileCallFailure = nullptr;
+thread_local AfterFileCall* afterFileCall = nullptr;
+
+} // namespace
+
+class FileCallGate
+{
+  public:
+    template <typename Result, typename... Arguments>
+    static Result Pass(FileCall call, const char* name, Result failed, Arguments... arguments)
+    {
+        if (fileCallFailure != nullptr && fileCallFailure->Calls.contains(call))
+        {
+            const int number = ++fileCallFailure->Made;
+            if (fileCallFailure->Number == FileCallFailure::EveryCall || fileCallFailure->Number == number)
+            {
+                errno = fileCallFailure->Error;
+                return failed;
+            }
+        }
+        const Result result = reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
+        const int error = errno;
+        if (afterFileCall != nullptr && afterFileCall->Call == call && !std::exchange(afterFileCall->Done, true))
+            afterFileCall->Act();
+        errno = error;
+        return result;
+    }
+};
+
+FileCallFailure::FileCallFailure(std::set<FileCall> calls, int number, int error)
+    : Calls(std::move(calls)), Number(number), Error(error)
+{
+    fileCallFailure = this;
+}
+
+FileCallFailure::~FileCallFailure()
+{
+    fileCallFailure = nullptr;
+}
+
+AfterFileCall::AfterFileCall(FileCall call, std::function<void()> act) : Call(call), Act(std::move(act))
+{
+    afterFileCall = this;
+}
+
+AfterFileCall::~AfterFileCall()
+{
+    afterFileCall = nullptr;
+}
+
+} // namespace support
+
+using support::FileCall;
+using support::FileCallGate;
+
+extern "C"
+{
+    int link(const char* from, const char* to) noexcept
+    {
+        return FileCallGate::Pass(FileCall::Link, "link", -1, from, to);
+    }
+
+    int rename(const char* from, const char* to) noexcept
+    {
+        return FileCallGate::Pass(FileCall::Rename, "rename", -1, from, to);
+    }
+
+    int fsync(int file)
+    {
+        return FileCallGate::Pass(FileCall::Sync, "fsync", -1, file);
+    }
+
+    int fchmod(int file, mode_t mode) noexcept
+    {
+        return FileCallGate::Pass(FileCall::ChangeMode, "fchmod", -1, file, mode);
+    }
+
+    DIR* opendir(const char* name)
+    {
+        return FileCallGate::Pass(FileCall::OpenDirectory, "opendir", static_cast<DIR*>(nullptr), name);
+    }
+
+    int mkostemp(char* name, int flags)
+    {
+        return FileCallGate::Pass(FileCall::CreateTemporary, "mkostemp", -1, name, flags);
+    }
+
+    int flock(int file, int operation) noexcept
+    {
+        return FileCallGate::Pass(FileCall::Lock, "flock", -1, file, operation);
+    }
+}
