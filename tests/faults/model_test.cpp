@@ -1,8 +1,8 @@
 // Random operations with hostile arguments, on a journal and on a plain model of it in memory, compared after each.
 
 #include "support/figures.h"
-#include "support/model.h"
-#include "support/steps.h"
+#include "support/model/journal_model.h"
+#include "support/model/steps.h"
 #include "support/test_form.h"
 #include "testing/scratch_directory.h"
 
@@ -28,7 +28,7 @@ using namespace std::string_literals;
 
 std::vector<StepResult> TakeAndCount(const std::vector<Step>& steps)
 {
-    std::vector<StepResult> outcomes = Take(steps);
+    std::vector<StepResult> outcomes = RunSteps(steps);
     AddToFigure("sequences");
     AddToFigure("operations", outcomes.size());
     for (const StepResult& outcome : outcomes)
@@ -69,7 +69,7 @@ TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
         parameters.seed = random();
     } while (AddToFigure("operations", 0) < 20'000 || (IsLongForm() && !limit.IsOver()));
 
-    EXPECT_EQ(done, OperationNames());
+    EXPECT_EQ(done, StepOperationNames());
     EXPECT_GE(refused.size(), 25);
 }
 
@@ -88,7 +88,7 @@ TEST(ModelTest, TheFuzzersCorpusDoesWhatTheModelDoes)
             operations.insert(outcome.Operation);
         AddToFigure("files of the corpus");
     }
-    EXPECT_EQ(operations, OperationNames());
+    EXPECT_EQ(operations, StepOperationNames());
 }
 
 constexpr auto CreatePlant = [](auto& journal, Plant& plant) { return journal.CreatePlant(plant); };

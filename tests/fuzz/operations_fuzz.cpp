@@ -3,7 +3,7 @@
 // The corpus that it starts with is written by hand, a file for each part of a journal: Steps one after the other. They
 // mean something else as soon as there is an operation more; model_test tells when one does not come up any longer.
 
-#include "support/steps.h"
+#include "support/model/steps.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     try
     {
-        Take(StepsFrom(data, std::min(size, 64 * Step{}.size()))); // longer ones find nothing more, only slower
+        RunSteps(StepsFrom(data, std::min(size, 64 * Step{}.size()))); // longer ones find nothing more, only slower
     }
     catch (const Mismatch& mismatch)
     {

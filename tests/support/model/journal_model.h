@@ -9,9 +9,9 @@
 namespace support
 {
 
-// A journal kept in plain lists in memory: for every operation of the repository one of the same name and with the same
-// result, the same write-backs and the same effect on what is read afterwards. It shares no code with the library, so
-// that the two agree only where both are right.
+// A journal in plain vectors. It has every operation of PlantRepository, with the same result, the same changes to the
+// arguments and the same effect on later reads. It shares no code with the library, so that an error of the library
+// shows as a difference.
 class JournalModel
 {
   public:
@@ -59,22 +59,21 @@ class JournalModel
     bool UpdatePlantJournalEntry(const PlantJournalEntry& e);
     bool DeletePlantJournalEntry(std::int64_t id);
 
-    // What a model cannot foresee: the next identifier that is made up, and the date.
+    // The caller sets these, since the model cannot know them: the next generated UUID, and the date of today.
     std::string NextUUID;
     std::string Today;
 
-    // Plants, and strains, that sort alike may be listed in any order: from now on they are in that of these lists.
-    void OrderAlikeAs(const std::vector<Plant>& plants, const std::vector<Strain>& strains);
+    // Plants and strains that compare equal may be listed in any order. From now on they have the order of these lists.
+    void OrderTiesLike(const std::vector<Plant>& plants, const std::vector<Strain>& strains);
 
-    // The keys by which records are found, the oldest row's first. They are whole: a list gives them only up to their
-    // first zero byte.
+    // The keys of all records, the oldest row first. The keys are whole; in a list they end at their first zero byte.
     std::vector<std::string> PlantUUIDs() const;
     std::vector<std::string> StrainNames() const;
 
   private:
-    struct StoredPlant : Plant
+    struct PlantRow : Plant
     {
-        std::int64_t MotherID = 0; // 0 for none; counts in the place of MotherPlantUUID
+        std::int64_t MotherID = 0; // 0 for none; used instead of MotherPlantUUID
     };
 
     std::int64_t IDOfPlant(const std::string& uuid) const;
@@ -84,7 +83,7 @@ class JournalModel
     void WriteEvent(const PlantEvent& event, bool isNew);
     void RemoveEvent(std::int64_t id);
 
-    std::vector<StoredPlant> Plants;
+    std::vector<PlantRow> Plants;
     std::vector<Strain> Strains;
     std::vector<PlantEvent> Events;
     std::vector<PlantCareEntry> CareEntries;
