@@ -17,9 +17,10 @@ namespace
 
 void AddCommands(CLI::App& program, Session& session)
 {
-    AddFlag(program, {"--file", "the journal", "FILE"}, session.File);
+    AddFlag(program, {"--file", "the journal file", "FILE"}, session.File);
     AddSwitch(program, "--json", "print JSON", session.AsJSON);
     AddPlantCommands(program, session);
+    AddTimelineCommand(program, session);
     AddStrainCommands(program, session);
     AddRecordCommands(program, session);
     AddFileCommands(program, session);

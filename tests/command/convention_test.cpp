@@ -112,10 +112,10 @@ TEST_F(CommandConventionTest, AMistakeInTheCommandLineIsStatus2AndChangesNothing
         {{"plant", "list", "Basil"}, "Basil"},
         {{"plant", "add"}, "--name is required"},
         {{"plant", "show"}, "PLANT is required"},
-        {{"plant", "edit", "Basil"}, "nothing to change was given"},
+        {{"plant", "edit", "Basil"}, "no field to change was given"},
         {{"plant", "edit", "Basil", "--uuid", "other"}, "--uuid"},
-        {{"strain", "edit", "Genovese"}, "nothing to change was given"},
-        {{"care", "edit", "Basil", "1"}, "nothing to change was given"},
+        {{"strain", "edit", "Genovese"}, "no field to change was given"},
+        {{"care", "edit", "Basil", "1"}, "no field to change was given"},
         {{"care", "edit", "Basil", "one", "--ec", "1"}, "ID"},
         {{"feed", "Basil", "--action", "water"}, "--action"},
         {{"photo", "add", "Basil"}, "--file-path is required"},
@@ -135,21 +135,23 @@ TEST_F(CommandConventionTest, AMistakeInTheCommandLineIsStatus2AndChangesNothing
 
 TEST_F(CommandConventionTest, ARefusalIsStatus1WithTheReasonAndWhatToDo)
 {
-    EXPECT_NE(Refused({"plant", "list"}).find("there is no journal yet; `plantjournal plant add NAME` begins one"),
+    EXPECT_NE(Refused({"plant", "list"}).find("no such journal; `plantjournal plant add NAME` creates it"),
               std::string::npos);
     KeepEverything();
     const std::vector<std::pair<Words, std::string>> refusals = {
-        {{"plant", "show", "Mint"}, "no plant is named \"Mint\", nor has it as a UUID; `plantjournal plant list`"},
-        {{"strain", "show", "Mint"}, "no strain is named \"Mint\"; there are:\n  Genovese"},
+        {{"plant", "show", "Mint"}, "\"Mint\": no plant has this name or UUID; `plantjournal plant list`"},
+        {{"strain", "show", "Mint"}, "\"Mint\": no strain has this name; the strains are:\n  Genovese"},
         {{"care", "edit", "Basil", "99", "--ec", "1"}, "Basil has no care entry 99; `plantjournal care list`"},
         {{"harvest", "delete", "Cutting", "--yes"}, "Cutting has no harvest record; `plantjournal harvest list`"},
-        {{"harvest", "add", "Basil"}, "Basil has a harvest record already; `plantjournal harvest edit` changes it"},
-        {{"plant", "delete", "Basil"}, "Nobody is here to answer; say --yes"},
-        {{"plant", "add", "Mint", "--uuid", "0b0b0b0b-0000-4000-8000-000000000001"}, "there is one already"},
-        {{"plant", "edit", "Basil", "--mother", "Cutting"}, "its mother may be neither itself nor one that descends"},
-        {{"plant", "edit", "Basil", "--mother", "Basil"}, "its mother may be neither itself"},
-        {{"strain", "add", "Genovese"}, "there is one already"},
-        {{"strain", "delete", "Genovese", "--yes"}, "plants that have it are in the way"},
+        {{"harvest", "add", "Basil"}, "Basil already has a harvest record; `plantjournal harvest edit` changes it"},
+        {{"plant", "delete", "Basil"}, "Standard input is not a terminal; pass --yes to confirm"},
+        {{"plant", "add", "Mint", "--uuid", "0b0b0b0b-0000-4000-8000-000000000001"},
+         "that name or UUID is already in use"},
+        {{"plant", "edit", "Basil", "--mother", "Cutting"},
+         "the mother must not be the plant itself or one of its descendants"},
+        {{"plant", "edit", "Basil", "--mother", "Basil"}, "the mother must not be the plant itself"},
+        {{"strain", "add", "Genovese"}, "that name or UUID is already in use"},
+        {{"strain", "delete", "Genovese", "--yes"}, "it still has plants"},
         {{"import", "nowhere.json"}, "nowhere.json: cannot be read: No such file or directory"},
         {{"export", "basil.jpg"}, "exists already; nothing was written"},
         {{"backup", "basil.jpg"}, "basil.jpg"},
@@ -183,7 +185,7 @@ TEST_F(CommandConventionTest, ADeletionAsksAndDoesNothingUnlessTheAnswerIsYes)
     const std::string before = Content();
     const ProgramResult no = RunOnTerminal({"plant", "delete", "Basil"}, "n\n");
     EXPECT_EQ(no.Status, 1);
-    EXPECT_NE(no.Out.find("Delete the plant Basil with everything that was written of it? [y/N] "), std::string::npos);
+    EXPECT_NE(no.Out.find("Delete the plant Basil and all its records? [y/N] "), std::string::npos);
     EXPECT_NE(no.Out.find("nothing was deleted"), std::string::npos);
     EXPECT_EQ(RunOnTerminal({"plant", "delete", "Basil"}, "\n").Status, 1);
     EXPECT_EQ(RunOnTerminal({"plant", "delete", "Basil"}, "\x04").Status, 1); // the end of the input

@@ -40,7 +40,7 @@ TEST_F(JournalPlaceTest, IsAskedForWhereThereIsNoHomeDirectory)
 {
     std::erase_if(Around.Environment,
                   [](const std::string& text) { return text.starts_with("HOME=") || text.starts_with("XDG_"); });
-    EXPECT_NE(Refused({"plant", "add", "Basil"}).find("name the journal by --file"), std::string::npos);
+    EXPECT_NE(Refused({"plant", "add", "Basil"}).find("pass --file to name the journal"), std::string::npos);
 }
 
 TEST_F(JournalPlaceTest, IsWhatTheEnvironmentNamesUnlessTheFlagNamesAnother)
@@ -82,7 +82,7 @@ TEST_F(JournalPlaceTest, IsNotMadeByAWriteThatIsRefused)
 TEST_F(JournalPlaceTest, MayBeAnEmptyFile)
 {
     Write("data/plantjournal/journal.db", "");
-    EXPECT_NE(Refused({"plant", "list"}).find("there is no journal yet"), std::string::npos);
+    EXPECT_NE(Refused({"plant", "list"}).find("no such journal"), std::string::npos);
     Done({"plant", "add", "Basil"});
 }
 
@@ -119,7 +119,7 @@ TEST_P(OlderJournalTest, IsBackedUpBesideItselfAndBroughtUpToDateAndThatIsSaidOn
     }
     Left.push_back("journal.db.before-update-" + PlantEventCurrentDate());
     const std::string backUp = Scratch.File("data/plantjournal/" + Left.back());
-    EXPECT_EQ(first.Error, Journal + ": an older journal; backed up as " + backUp + " and brought up to date\n");
+    EXPECT_EQ(first.Error, Journal + ": earlier schema; backed up as " + backUp + ", now migrating\n");
     EXPECT_EQ(::Content(PlainConnection(backUp).NativeHandle()), before);
     EXPECT_EQ(Done({"plant", "list", "--json"}), first.Out);
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "Current");
@@ -164,8 +164,7 @@ TEST_F(JournalKindTest, AnOlderJournalThatCannotBeBackedUpIsNotBroughtUpToDate)
     std::filesystem::permissions(Scratch.File(""), std::filesystem::perms(0755));
     std::filesystem::permissions(Journal, std::filesystem::perms(0666)); // the file may be written, its place may not
     Around.AsUser = true;
-    EXPECT_NE(Refused({"plant", "list"}).find("without a backup the older journal is not brought up to date"),
-              std::string::npos);
+    EXPECT_NE(Refused({"plant", "list"}).find("a journal is not migrated without a backup"), std::string::npos);
     EXPECT_EQ(Content(), before);
     Sound = false;
 }
@@ -174,7 +173,7 @@ TEST_F(JournalKindTest, AnotherProgramsDatabaseIsLeftAlone)
 {
     PlainConnection(Journal).RunSQL("CREATE TABLE \"Songs\x1B[2J\"(Title);");
     const std::string reason = RefusedToUse();
-    EXPECT_NE(reason.find("no journal of ours, or a newer one than this version knows"), std::string::npos) << reason;
+    EXPECT_NE(reason.find("not a plantjournal file, or one of a newer version"), std::string::npos) << reason;
     EXPECT_EQ(reason.find('\x1B'), std::string::npos);
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "Foreign");
     Sound = false;
@@ -184,14 +183,14 @@ TEST_F(JournalKindTest, ANewerJournalIsLeftAlone)
 {
     KeepEverything();
     PlainConnection(Journal).RunSQL("ALTER TABLE Plants ADD COLUMN Colour TEXT;");
-    EXPECT_NE(RefusedToUse().find("a newer one than this version knows"), std::string::npos);
+    EXPECT_NE(RefusedToUse().find("not a plantjournal file, or one of a newer version"), std::string::npos);
     Sound = false;
 }
 
 TEST_F(JournalKindTest, SomethingElseIsLeftAlone)
 {
     Write("data/plantjournal/journal.db", "dear diary, " + std::string(5000, 'x'));
-    EXPECT_NE(RefusedToUse().find("no journal, something else; it is left alone"), std::string::npos);
+    EXPECT_NE(RefusedToUse().find("not an SQLite database; it was not changed"), std::string::npos);
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "NotADatabase");
     EXPECT_NE(Refused({"check"}).find("journal.db"), std::string::npos);
     EXPECT_NE(Refused({"backup", "copy.db"}).find("journal.db"), std::string::npos);
@@ -249,7 +248,7 @@ TEST_F(JournalKindTest, ALockedJournalIsWaitedForAndThenRefused)
 {
     KeepEverything();
     const OtherProgram other(Journal, "BEGIN EXCLUSIVE;");
-    EXPECT_NE(Refused({"plant", "list"}).find("another program is writing to it; try again when it is done"),
+    EXPECT_NE(Refused({"plant", "list"}).find("another program is writing to it; try again when it has finished"),
               std::string::npos);
 }
 
@@ -259,8 +258,9 @@ TEST_F(JournalKindTest, AJournalThatAnotherWritesCanBeReadButNotWritten)
     const OtherProgram other(Journal, "BEGIN IMMEDIATE;");
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
     const std::string reason = Refused({"plant", "edit", "Basil", "--tent", "North"});
-    EXPECT_NE(reason.find("database is locked; another program is writing, try again when it is done"),
-              std::string::npos)
+    EXPECT_NE(
+        reason.find("database is locked; another program is writing to the journal, try again when it has finished"),
+        std::string::npos)
         << reason;
 }
 

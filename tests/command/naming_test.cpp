@@ -52,7 +52,7 @@ TEST_F(NamingTest, AnythingElseListsTheCandidatesByUUIDNameAndStrain)
 {
     const std::string basil = "\n  aaaa0001-0000-4000-8000-000000000000  Basil  S\n";
     EXPECT_EQ(Refused({"plant", "show", "Mint"}),
-              "plantjournal: \"Mint\" may be any of several plants; name one of these by its UUID:\n"
+              "plantjournal: \"Mint\": several plants match; name one of these by its UUID:\n"
               "  aaaa0002-0000-4000-8000-000000000000  Mint  S\n"
               "  bbbb0003-0000-4000-8000-000000000000  Mint  S\n");
     const std::string begun = Refused({"plant", "show", "aaaa"});
@@ -61,11 +61,11 @@ TEST_F(NamingTest, AnythingElseListsTheCandidatesByUUIDNameAndStrain)
     const std::string either = Refused({"plant", "show", "aaaa0001"}); // a beginning, and the name of another
     EXPECT_NE(either.find(basil), std::string::npos) << either;
     EXPECT_NE(either.find("\n  cccc0004-"), std::string::npos) << either;
-    EXPECT_EQ(Refused({"plant", "show", "basil"}), "plantjournal: no plant is named \"basil\", nor has it as a UUID; "
+    EXPECT_EQ(Refused({"plant", "show", "basil"}), "plantjournal: \"basil\": no plant has this name or UUID; "
                                                    "name one of these by its UUID:" +
                                                        basil);
     EXPECT_EQ(Refused({"plant", "show", "Bas"}),
-              "plantjournal: no plant is named \"Bas\", nor has it as a UUID; `plantjournal plant list` shows all\n");
+              "plantjournal: \"Bas\": no plant has this name or UUID; `plantjournal plant list` shows all plants\n");
     Refused({"plant", "show", ""});
 }
 
@@ -79,7 +79,7 @@ TEST_F(NamingTest, IsTheSameInEveryCommand)
     for (Words words : commands)
     {
         words.emplace_back("Mint");
-        EXPECT_NE(Refused(words).find("may be any of several plants"), std::string::npos) << words.front();
+        EXPECT_NE(Refused(words).find("several plants match"), std::string::npos) << words.front();
         words.back() = "bbbb";
         EXPECT_EQ(Run(words).Status, 0) << words.front();
     }
@@ -93,7 +93,8 @@ TEST_F(NamingTest, IsTheSameInEveryCommand)
 TEST_F(NamingTest, AStrainByItsExactNameElseTheStrainsAreListed)
 {
     EXPECT_EQ(Parsed({"strain", "show", "S"}).at("TotalPlants"), 6);
-    EXPECT_EQ(Refused({"strain", "show", "s"}), "plantjournal: no strain is named \"s\"; there are:\n  S\n");
+    EXPECT_EQ(Refused({"strain", "show", "s"}),
+              "plantjournal: \"s\": no strain has this name; the strains are:\n  S\n");
 }
 
 } // namespace

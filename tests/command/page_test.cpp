@@ -92,9 +92,10 @@ TEST_F(CompletionTest, WorksAtTheKeyboard)
     terminal.Environment.insert(terminal.Environment.end(), {"TERM=dumb", "PS1=ready:", "INPUTRC=/dev/null"});
     RunningProgram shell({"bash", "--norc", "--noprofile", "-i"}, terminal);
     // The command itself would only refuse: there is no journal. What it is given is printed instead.
-    shell.Type("bind 'set bell-style none'; source '" PLANTJOURNAL_SOURCE_DIR
-               "/tools/command_line/plantjournal.bash'; plantjournal() { if [[ $1 == complete ]]; then '" PLANTJOURNAL_COMMAND
-               "' \"$@\"; else printf '<%s>' \"$@\"; echo end; fi; }; echo on''ward\n");
+    shell.Type(
+        "bind 'set bell-style none'; source '" PLANTJOURNAL_SOURCE_DIR
+        "/tools/command_line/plantjournal.bash'; plantjournal() { if [[ $1 == complete ]]; then '" PLANTJOURNAL_COMMAND
+        "' \"$@\"; else printf '<%s>' \"$@\"; echo end; fi; }; echo on''ward\n");
     ASSERT_TRUE(shell.Await("onward"));
     shell.Type("plantjournal eve\tadd Basil --ty\tls\tdetails\n");
     ASSERT_TRUE(shell.Await(">end"));

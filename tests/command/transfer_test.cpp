@@ -467,16 +467,16 @@ INSTANTIATE_TEST_SUITE_P(
  {"Name": "b", "Sex": ^c"", "ID": ^d1.5}],
 "PlantHealthObservations": [
  {"PlantUUID": "0b0b0b0b-0000-4000-8000-000000000001", "Severity": ^e6}]})",
-                  {"a: Stage: \"bad\" is none of Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived",
+                  {"a: Stage: \"bad\" is not one of Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived",
                    "b: FlipHeightCm: \"q\" is not a number",
-                   "c: Sex: \"\" is none of Unknown, Female, Male, Hermaphrodite",
+                   "c: Sex: \"\" is not one of Unknown, Female, Male, Hermaphrodite",
                    "d: ID: \"1.5\" is not a whole number", "e: Severity: \"6\" is not from 1 to 5"}},
         BadSource{"NoValues",
                   R"({"Plants": [{"Name": ^anull,
 "Tent": ^btrue},{"Name": ^c{"Hex": "zz"}},
 {"Name": ^d{"Hex": "fff"}}]})",
                   {"a: null is no value", "b: neither true nor false is a value",
-                   "c: \"zz\" are no bytes in hexadecimal digits", "d: \"fff\" are no bytes in hexadecimal digits"}},
+                   "c: \"zz\" are not bytes in hexadecimal digits", "d: \"fff\" are not bytes in hexadecimal digits"}},
         BadSource{"Numbers",
                   R"({"HarvestRecords":[{"PlantUUID":"0b0b0b0b-0000-4000-8000-000000000002",
 "SeedYield":^a3000000000,
@@ -539,7 +539,8 @@ TEST_F(TransferTest, EveryBadValueOfCSVIsToldToo)
     Write("csv/HarvestRecords.csv", "PlantUUID,Notes\na,\"b\"c\n");
     const std::string message = Refused({"import", "csv"});
     for (const std::string complaint :
-         {"csv/Plants.csv:2:3: Stage: \"bad\" is none of ", "csv/Plants.csv:3:7: FlipHeightCm: \"x y\" is not a number",
+         {"csv/Plants.csv:2:3: Stage: \"bad\" is not one of ",
+          "csv/Plants.csv:3:7: FlipHeightCm: \"x y\" is not a number",
           "csv/Plants.csv:5:1: 2 values where 3 columns are", "csv/Plants.csv:6:1: 4 values where 3 columns are",
           "csv/Strains.csv:2:3: Strains has no field \"Weeks\"", "csv/Animals.csv:1:1: there is no table \"Animals\"",
           "csv/PlantPhotos.csv:1:1: the line of headings is missing", ": a quoted value does not end",
@@ -572,7 +573,7 @@ TEST_F(TransferTest, AnImportIntoAnOlderJournalBringsItUpToDateFirst)
     Write("source.json", R"({"Plants":[{"Name":"Basil"}]})");
     const ProgramResult import = Run({"import", "source.json"});
     EXPECT_EQ(import.Status, 0);
-    EXPECT_NE(import.Error.find("an older journal; backed up as "), std::string::npos);
+    EXPECT_NE(import.Error.find("earlier schema; backed up as "), std::string::npos);
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 3U);
     Left.push_back("journal.db.before-update-" + PlantEventCurrentDate());
     Sound = false;

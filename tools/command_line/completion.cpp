@@ -68,7 +68,7 @@ std::vector<std::string> Completions(const CLI::App& program, std::vector<std::s
 
     std::vector<std::string> fitting;
     for (const std::string& candidate : Candidates(begun, asked, {app, &program}))
-        if (SameLetters(candidate.substr(0, begun.size()), begun))
+        if (EqualIgnoringCase(candidate.substr(0, begun.size()), begun))
             fitting.push_back(candidate);
     return fitting;
 }

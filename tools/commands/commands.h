@@ -7,10 +7,14 @@ class App;
 
 class Session;
 
-// Each function adds a group of commands to the program. `session` must live as long as the program.
+// Each function adds commands to the program. `session` must live as long as the program.
 void AddPlantCommands(CLI::App& program, Session& session);
+void AddTimelineCommand(CLI::App& program, Session& session);
 void AddStrainCommands(CLI::App& program, Session& session);
 void AddRecordCommands(CLI::App& program, Session& session);
 void AddFileCommands(CLI::App& program, Session& session);
 void AddExportCommand(CLI::App& program, Session& session);
 void AddImportCommand(CLI::App& program, Session& session);
+
+// Adds `tree` to the group of plant commands.
+void AddTreeCommand(CLI::App& plantGroup, Session& session);

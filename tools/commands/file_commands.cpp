@@ -1,25 +1,36 @@
-#include "commands/commands.h"
-
 #include "command_line/parser.h"
-#include "commands/arguments.h"
-#include "journal/session.h"
-
+#include "commands/commands.h"
+#include "commands/print.h"
 #include "plant_file.h"
+#include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/progress.h"
 
 #include <memory>
+#include <utility>
 
 namespace
 {
 
-void Show(Session& session)
+void PrintInspectionJSON(const std::string& path, const PlantFileInspection& file)
 {
-    const std::string path = session.Path();
-    PlantFileInspection file;
-    if (const PlantFileResult result = InspectPlantDatabase(path, file); !result)
-        throw Refusal(result.Error);
-    JSON tables = JSON::object();
+    JSON tables = JSON::Object();
+    for (const PlantFileTable& table : file.Tables)
+        tables.Add(table.Name, JSONOf(table.Rows));
+    JSON object = JSON::Object();
+    object.Add("File", JSONOf(path));
+    object.Add("Kind", JSONOf(std::string(PlantFileKindName(file.Kind))));
+    object.Add("Bytes", JSONOf(file.Bytes));
+    object.Add("FirstDate", JSONOf(file.FirstDate));
+    object.Add("LastDate", JSONOf(file.LastDate));
+    object.Add("Steps", JSONOf(file.Steps));
+    object.Add("Reasons", JSONOf(file.Reasons));
+    object.Add("Tables", std::move(tables));
+    PrintJSON(object);
+}
+
+void PrintInspectionTable(const std::string& path, const PlantFileInspection& file)
+{
     std::vector<Row> rows = {{"File", path},
                              {"Kind", PlantFileKindName(file.Kind)},
                              {"Bytes", std::to_string(file.Bytes)},
@@ -30,40 +41,42 @@ void Show(Session& session)
     for (const std::string& reason : file.Reasons)
         rows.push_back({"Reasons", reason});
     for (const PlantFileTable& table : file.Tables)
-    {
-        tables[table.Name] = table.Rows;
         rows.push_back({table.Name, std::to_string(table.Rows)});
-    }
-    if (!session.AsJSON)
-        return PrintTable(std::cout, {{"Field"}, {"Value"}}, rows);
-    session.Print({{"File", JSONOf(path)},
-                   {"Kind", PlantFileKindName(file.Kind)},
-                   {"Bytes", file.Bytes},
-                   {"FirstDate", JSONOf(file.FirstDate)},
-                   {"LastDate", JSONOf(file.LastDate)},
-                   {"Steps", JSONOf(file.Steps)},
-                   {"Reasons", JSONOf(file.Reasons)},
-                   {"Tables", tables}});
+    PrintTable(std::cout, {{"Field"}, {"Value"}}, rows);
 }
 
-void Check(Session& session)
+void ShowInspection(const Session& session)
+{
+    const std::string path = session.Path();
+    PlantFileInspection file;
+    if (const PlantFileResult result = InspectPlantDatabase(path, file); !result)
+        throw Refusal(result.Error);
+    if (session.AsJSON)
+        PrintInspectionJSON(path, file);
+    else
+        PrintInspectionTable(path, file);
+}
+
+void ShowFindings(const Session& session)
 {
     std::vector<PlantFileFinding> findings;
     if (const PlantFileResult result = CheckPlantDatabase(session.Path(), findings); !result)
         throw Refusal(result.Error);
-    JSON array = JSON::array();
+    JSON array = JSON::Array();
     std::vector<Row> rows;
     for (const PlantFileFinding& finding : findings)
     {
-        const char* const kind = PlantFindingKindName(finding.Kind);
-        array.push_back({{"Kind", kind},
-                         {"Table", JSONOf(finding.Table)},
-                         {"RowID", finding.RowID},
-                         {"Description", JSONOf(finding.Description)}});
+        const std::string kind = PlantFindingKindName(finding.Kind);
+        JSON object = JSON::Object();
+        object.Add("Kind", JSONOf(kind));
+        object.Add("Table", JSONOf(finding.Table));
+        object.Add("RowID", JSONOf(finding.RowID));
+        object.Add("Description", JSONOf(finding.Description));
+        array.Add(std::move(object));
         rows.push_back({kind, finding.Table, std::to_string(finding.RowID), finding.Description});
     }
     if (session.AsJSON)
-        session.Print(array);
+        PrintJSON(array);
     else if (!rows.empty())
         PrintTable(std::cout, {{"Kind"}, {"Table"}, {"RowID", true}, {"Description"}}, rows);
     if (!findings.empty())
@@ -89,22 +102,22 @@ void BackUp(const std::string& source, const std::string& destination, bool over
 
 void AddFileCommands(CLI::App& program, Session& session)
 {
-    AddCommand(program, "info", "Tell what the journal file is, without changing it", "info\ninfo --file old.db --json",
-               [&session] { Show(session); });
+    AddCommand(program, "info", "Describe the journal file without changing it", "info\ninfo --file old.db --json",
+               [&session] { ShowInspection(session); });
     AddCommand(program, "check",
-               "Look for everything that is wrong in the journal, without changing it; status 1 if so",
-               "check\ncheck --json", [&session] { Check(session); });
+               "Check the journal for errors without changing it; the exit status is 1 if any is found",
+               "check\ncheck --json", [&session] { ShowFindings(session); });
 
-    struct Wanted
+    struct BackUpArguments
     {
         std::string Destination;
         bool Overwrite = false;
     };
-    auto wanted = std::make_shared<Wanted>();
+    auto wanted = std::make_shared<BackUpArguments>();
     CLI::App& backUp =
-        AddCommand(program, "backup", "Copy the journal, also while others use it",
+        AddCommand(program, "backup", "Back up the journal, also while other programs use it",
                    "backup /media/stick/journal.db\nbackup --overwrite journal.bak",
                    [&session, wanted] { BackUp(session.Path(), wanted->Destination, wanted->Overwrite); });
-    AddArgument(backUp, "DESTINATION", "the copy", wanted->Destination);
-    AddSwitch(backUp, "--overwrite", "replace what is there", wanted->Overwrite);
+    AddArgument(backUp, "DESTINATION", "the file of the backup", wanted->Destination);
+    AddSwitch(backUp, "--overwrite", "replace an existing file", wanted->Overwrite);
 }

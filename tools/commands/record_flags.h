@@ -2,7 +2,7 @@
 
 #include "command_line/parser.h"
 #include "commands/arguments.h"
-#include "journal/session.h"
+#include "journal/find.h"
 #include "record/dates.h"
 #include "record/fields.h"
 #include "record/text.h"
@@ -12,83 +12,84 @@
 #include <optional>
 #include <string>
 
-// The flags of a record's fields.
+// The flags that set the fields of a record.
 
-// `FlipHeightCm` is set by `--flip-height-cm`.
-std::string FlagOf(const std::string& field);
+// The flag of `FlipHeightCm` is `--flip-height-cm`.
+std::string FlagName(const std::string& field);
 
-// Reads a flag's text into its field; throws BadValue.
-template <typename Record> void SetFromFlag(const Field<Record>& field, const std::string& text, Record& record)
+// How help and completion describe a field's value.
+std::string FlagType(Use use, const ConstValueRef& value);
+
+// Sets a field to what its flag says. Throws BadValue.
+template <typename Record> void ParseFlag(const std::string& text, const Field<Record>& field, Record& record)
 {
-    Set(field, field.Used == Use::Date || field.Used == Use::Day ? DateFrom(text) : text, record);
-    if (IsInfinite(field.Of.Get(record)))
-        throw BadValue(Quoted(text) + " is not a number to be measured");
+    ParseField(field.Used == Use::Date || field.Used == Use::Day ? DateFrom(text) : text, field, record);
+    if (IsInfinite(ValueIn(field, record)))
+        throw BadValue(InQuotes(text) + " is not a finite number");
     if (field.Used == Use::Title && text.empty())
-        throw BadValue("it is empty");
+        throw BadValue("the text is empty");
 }
 
-// What a field's value may be, for the help and for completion.
-std::string TypeOf(Use use, const View& value);
-
-enum class Asked
+enum class FlagsFor
 {
-    ToAdd, // may set everything; the title or the words stand without their flag, too
-    ToEdit
+    Add, // sets every field; the title or the words need no flag
+    Edit
 };
 
-template <typename Record> class Flags
+template <typename Record> class RecordFlags
 {
   public:
-    Flags(CLI::App& command, Asked asked, const std::string& fixed = {})
+    // Adds the flags to the command. This must live as long as the command. `fixed` is a field that gets no flag.
+    RecordFlags(CLI::App& command, FlagsFor purpose, const std::string& fixed = {})
     {
         const Record defaults;
         for (const Field<Record>& field : Describe<Record>().Fields)
         {
             const Use use = field.Used;
-            if (use == Use::Number || use == Use::Link || use == Use::Owner || field.Name == fixed ||
-                (use == Use::UUID && asked == Asked::ToEdit))
+            if (use == Use::RowID || use == Use::Link || use == Use::Owner || field.Name == fixed ||
+                (use == Use::UUID && purpose == FlagsFor::Edit))
                 continue;
-            const bool first = asked == Asked::ToAdd && (use == Use::Title || use == Use::Words);
+            const bool positional = purpose == FlagsFor::Add && (use == Use::Title || use == Use::Words);
             AddFlag(command,
-                    {FlagOf(field.Name) + (use == Use::Mother ? ",--mother" : "") +
-                         (first ? std::string(",") + field.Name : ""),
-                     field.Help, TypeOf(use, field.Of.Get(defaults)),
-                     first && use == Use::Title ? Need::Required : Need::Optional,
-                     [&field](const std::string& text) { return Objection(field, text); }},
-                    Given.emplace_back(Text{&field, {}}).Value);
+                    {FlagName(field.Name) + (use == Use::Mother ? ",--mother" : "") +
+                         (positional ? std::string(",") + field.Name : ""),
+                     field.Help, FlagType(use, ValueIn(field, defaults)),
+                     positional && use == Use::Title ? Need::Required : Need::Optional,
+                     [&field](const std::string& text) { return Objection(text, field); }},
+                    Given.emplace_back(GivenText{&field, {}}).Text);
         }
     }
 
     bool Any() const
     {
-        return std::any_of(Given.begin(), Given.end(), [](const Text& text) { return text.Value.has_value(); });
+        return std::any_of(Given.begin(), Given.end(), [](const GivenText& given) { return given.Text.has_value(); });
     }
 
-    // Sets what was given; for a new record, its day besides.
-    void Apply(Session& session, Asked asked, Record& record) const
+    // Sets the fields whose flags were given. A new record also gets its default date.
+    void Apply(Session& session, FlagsFor purpose, Record& record) const
     {
-        for (const Text& text : Given)
-            if (text.Value && text.Of->Used == Use::Mother && !text.Value->empty())
-                Set(*text.Of, session.Find(*text.Value).UUID, record);
-            else if (text.Value)
-                SetFromFlag(*text.Of, *text.Value, record);
-            else if (text.Of->Used == Use::Day && asked == Asked::ToAdd)
-                SetFromFlag(*text.Of, "today", record);
+        for (const GivenText& given : Given)
+            if (given.Text && given.Of->Used == Use::Mother && !given.Text->empty())
+                ParseField(FindPlant(session, *given.Text).UUID, *given.Of, record);
+            else if (given.Text)
+                ParseFlag(*given.Text, *given.Of, record);
+            else if (given.Of->Used == Use::Day && purpose == FlagsFor::Add)
+                ParseFlag("today", *given.Of, record);
     }
 
   private:
-    struct Text
+    struct GivenText
     {
         const Field<Record>* Of;
-        std::optional<std::string> Value;
+        std::optional<std::string> Text;
     };
 
-    static std::string Objection(const Field<Record>& field, const std::string& text)
+    static std::string Objection(const std::string& text, const Field<Record>& field)
     {
         try
         {
             Record scratch;
-            SetFromFlag(field, text, scratch);
+            ParseFlag(text, field, scratch);
             return {};
         }
         catch (const BadValue& bad)
@@ -97,12 +98,19 @@ template <typename Record> class Flags
         }
     }
 
-    std::deque<Text> Given; // the options refer to the values
+    std::deque<GivenText> Given; // the parser keeps references to the texts
 };
 
 // What a command that writes a record was given.
 template <typename Record> struct Request
 {
     Arguments Given;
-    std::optional<Flags<Record>> Fields;
+    std::optional<RecordFlags<Record>> Fields;
 };
+
+// Refuses an edit that sets no field.
+template <typename Record> void RequireAnyField(const Request<Record>& request)
+{
+    if (!request.Fields->Any())
+        RefuseUsage("no field to change was given");
+}

@@ -16,7 +16,7 @@ std::string Yesterday()
     std::tm day{};
     std::istringstream(PlantEventCurrentDate()) >> std::get_time(&day, "%Y-%m-%d");
     --day.tm_mday;
-    day.tm_hour = 12; // no change of the clocks makes it another day
+    day.tm_hour = 12; // daylight saving time does not move noon to another day
     day.tm_isdst = -1;
     static_cast<void>(std::mktime(&day));
     std::ostringstream text;
@@ -49,6 +49,6 @@ std::string DateFrom(const std::string& text)
     if (text == "yesterday")
         return Yesterday();
     if (!text.empty() && !IsDate(text))
-        throw BadValue(Quoted(text) + " is no date: today, yesterday, YYYY-MM-DD, YYYY-MM or YYYY");
+        throw BadValue(InQuotes(text) + " is not a date; write today, yesterday, YYYY-MM-DD, YYYY-MM or YYYY");
     return text;
 }

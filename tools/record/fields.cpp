@@ -3,17 +3,17 @@
 template <> const Description<Strain>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     static const Description<Strain> description = {
         "Strains",
         "strain",
         "strain",
         {
-            {"ID", Member<&Strain::ID>, Number, InFull, "row number"},
-            {"Name", Member<&Strain::Name>, Title, Always, "unique name"},
-            {"Breeder", Member<&Strain::Breeder>, Value, Always, "breeder"},
-            {"FloweringWeeks", Member<&Strain::FloweringWeeks>, Value, Always, "expected flowering time, weeks"},
-            {"Notes", Member<&Strain::Notes>, Value, Always, "free notes"},
+            {"ID", &Strain::ID, RowID, InFull, "row ID"},
+            {"Name", &Strain::Name, Title, Always, "unique name"},
+            {"Breeder", &Strain::Breeder, Value, Always, "breeder"},
+            {"FloweringWeeks", &Strain::FloweringWeeks, Value, Always, "expected flowering time, weeks"},
+            {"Notes", &Strain::Notes, Value, Always, "free notes"},
         }};
     return description;
 }
@@ -21,31 +21,31 @@ template <> const Description<Strain>& Describe()
 template <> const Description<Plant>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     static const Description<Plant> description = {
         "Plants",
         "plant",
         "plant",
         {
-            {"ID", Member<&Plant::ID>, Number, InFull, "row number"},
-            {"UUID", Member<&Plant::UUID>, UUID, Always, "lasting identifier; made where none is given"},
-            {"Name", Member<&Plant::Name>, Title, Always, "display name"},
-            {"Strain", Member<&Plant::Strain>, Value, Always, "strain; a new one is added to the strains"},
-            {"MotherPlantUUID", Member<&Plant::MotherPlantUUID>, Mother, InFull, "plant that it was cloned from",
+            {"ID", &Plant::ID, RowID, InFull, "row ID"},
+            {"UUID", &Plant::UUID, UUID, Always, "permanent identifier; generated if not given"},
+            {"Name", &Plant::Name, Title, Always, "display name"},
+            {"Strain", &Plant::Strain, Value, Always, "strain; a new name is added to the strains"},
+            {"MotherPlantUUID", &Plant::MotherPlantUUID, Mother, InFull, "plant from which it was cloned",
              "MotherPlantID"},
-            {"Stage", Member<&Plant::Stage>, Value, Always, "growth stage"},
-            {"Sex", Member<&Plant::Sex>, Value, Always, "sex"},
-            {"Tent", Member<&Plant::Tent>, Value, Always, "where it stands"},
-            {"PotSize", Member<&Plant::PotSize>, Value, InFull, "pot size"},
-            {"Medium", Member<&Plant::Medium>, Value, InFull, "growing medium"},
-            {"SeedDate", Member<&Plant::SeedDate>, Date, InFull, "date sown"},
-            {"FlipHeightCm", Member<&Plant::FlipHeightCm>, Value, InFull, "height when flipped to flower, cm"},
-            {"FinalHeightCm", Member<&Plant::FinalHeightCm>, Value, InFull, "final height, cm"},
-            {"CloneDate", Member<&Plant::CloneDate>, Date, InFull, "date cut as a clone"},
-            {"TransplantDate", Member<&Plant::TransplantDate>, Date, InFull, "date transplanted"},
-            {"FlipDate", Member<&Plant::FlipDate>, Date, InFull, "date flipped to flower"},
-            {"HarvestDate", Member<&Plant::HarvestDate>, Date, Always, "date harvested"},
-            {"Notes", Member<&Plant::Notes>, Value, InFull, "free notes"},
+            {"Stage", &Plant::Stage, Value, Always, "growth stage"},
+            {"Sex", &Plant::Sex, Value, Always, "sex"},
+            {"Tent", &Plant::Tent, Value, Always, "tent or place"},
+            {"PotSize", &Plant::PotSize, Value, InFull, "pot size"},
+            {"Medium", &Plant::Medium, Value, InFull, "growing medium"},
+            {"SeedDate", &Plant::SeedDate, Date, InFull, "date sown"},
+            {"FlipHeightCm", &Plant::FlipHeightCm, Value, InFull, "height when flipped to flower, cm"},
+            {"FinalHeightCm", &Plant::FinalHeightCm, Value, InFull, "final height, cm"},
+            {"CloneDate", &Plant::CloneDate, Date, InFull, "date cloned"},
+            {"TransplantDate", &Plant::TransplantDate, Date, InFull, "date transplanted"},
+            {"FlipDate", &Plant::FlipDate, Date, InFull, "date flipped to flower"},
+            {"HarvestDate", &Plant::HarvestDate, Date, Always, "date harvested"},
+            {"Notes", &Plant::Notes, Value, InFull, "free notes"},
         }};
     return description;
 }
@@ -53,17 +53,17 @@ template <> const Description<Plant>& Describe()
 template <> const Description<PlantEvent>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     static const Description<PlantEvent> description = {
         "PlantEvents",
         "event",
         "timeline event",
         {
-            {"ID", Member<&PlantEvent::ID>, Number, Always, "row number"},
-            {"PlantUUID", Member<&PlantEvent::PlantUUID>, Owner, InFull, "plant"},
-            {"EventDate", Member<&PlantEvent::EventDate>, Day, Always, "date of the event"},
-            {"Type", Member<&PlantEvent::Type>, Value, Always, "kind of event", "EventType"},
-            {"Details", Member<&PlantEvent::Details>, Words, Always, "what is shown on the timeline"},
+            {"ID", &PlantEvent::ID, RowID, Always, "row ID"},
+            {"PlantUUID", &PlantEvent::PlantUUID, Owner, InFull, "plant"},
+            {"EventDate", &PlantEvent::EventDate, Day, Always, "date of the event"},
+            {"Type", &PlantEvent::Type, Value, Always, "type of event", "EventType"},
+            {"Details", &PlantEvent::Details, Words, Always, "text shown on the timeline"},
         }};
     return description;
 }
@@ -71,23 +71,23 @@ template <> const Description<PlantEvent>& Describe()
 template <> const Description<PlantCareEntry>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     static const Description<PlantCareEntry> description = {
         "PlantCareEntries",
         "care",
         "care entry",
         {
-            {"ID", Member<&PlantCareEntry::ID>, Number, Always, "row number"},
-            {"TimelineEventID", Member<&PlantCareEntry::TimelineEventID>, Link, InFull, "its event"},
-            {"PlantUUID", Member<&PlantCareEntry::PlantUUID>, Owner, InFull, "plant"},
-            {"CareDate", Member<&PlantCareEntry::CareDate>, Day, Always, "date of care"},
-            {"Action", Member<&PlantCareEntry::Action>, Value, Always, "what was done"},
-            {"Product", Member<&PlantCareEntry::Product>, Value, Always, "nutrient product"},
-            {"AmountMl", Member<&PlantCareEntry::AmountMl>, Value, Always, "amount given, ml"},
-            {"EC", Member<&PlantCareEntry::EC>, Value, Always, "electrical conductivity of the solution"},
-            {"PH", Member<&PlantCareEntry::PH>, Value, Always, "pH of the solution"},
-            {"RunoffMl", Member<&PlantCareEntry::RunoffMl>, Value, Always, "run-off, ml"},
-            {"Notes", Member<&PlantCareEntry::Notes>, Value, Always, "free notes"},
+            {"ID", &PlantCareEntry::ID, RowID, Always, "row ID"},
+            {"TimelineEventID", &PlantCareEntry::TimelineEventID, Link, InFull, "row ID of its timeline event"},
+            {"PlantUUID", &PlantCareEntry::PlantUUID, Owner, InFull, "plant"},
+            {"CareDate", &PlantCareEntry::CareDate, Day, Always, "date of care"},
+            {"Action", &PlantCareEntry::Action, Value, Always, "action"},
+            {"Product", &PlantCareEntry::Product, Value, Always, "nutrient product"},
+            {"AmountMl", &PlantCareEntry::AmountMl, Value, Always, "amount given, ml"},
+            {"EC", &PlantCareEntry::EC, Value, Always, "electrical conductivity of the solution"},
+            {"PH", &PlantCareEntry::PH, Value, Always, "pH of the solution"},
+            {"RunoffMl", &PlantCareEntry::RunoffMl, Value, Always, "runoff, ml"},
+            {"Notes", &PlantCareEntry::Notes, Value, Always, "free notes"},
         }};
     return description;
 }
@@ -95,23 +95,22 @@ template <> const Description<PlantCareEntry>& Describe()
 template <> const Description<HarvestRecord>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     static const Description<HarvestRecord> description = {
         "HarvestRecords",
         "harvest",
         "harvest record",
         {
-            {"ID", Member<&HarvestRecord::ID>, Number, InFull, "row number"},
-            {"TimelineEventID", Member<&HarvestRecord::TimelineEventID>, Link, InFull, "its event"},
-            {"PlantUUID", Member<&HarvestRecord::PlantUUID>, Owner, InFull, "plant"},
-            {"HarvestDate", Member<&HarvestRecord::HarvestDate>, Day, Always, "date of harvest"},
-            {"WetWeightG", Member<&HarvestRecord::WetWeightG>, Value, Always, "wet weight, g"},
-            {"DryWeightG", Member<&HarvestRecord::DryWeightG>, Value, Always, "dry weight, g; 0 for not weighed"},
-            {"QualityRating", Member<&HarvestRecord::QualityRating>, Value, Always,
-             "quality, out of 10; 0 for not rated"},
-            {"SeedYield", Member<&HarvestRecord::SeedYield>, Value, Always, "number of seeds"},
-            {"CureOutcome", Member<&HarvestRecord::CureOutcome>, Value, Always, "result of curing"},
-            {"Notes", Member<&HarvestRecord::Notes>, Value, Always, "free notes"},
+            {"ID", &HarvestRecord::ID, RowID, InFull, "row ID"},
+            {"TimelineEventID", &HarvestRecord::TimelineEventID, Link, InFull, "row ID of its timeline event"},
+            {"PlantUUID", &HarvestRecord::PlantUUID, Owner, InFull, "plant"},
+            {"HarvestDate", &HarvestRecord::HarvestDate, Day, Always, "date of harvest"},
+            {"WetWeightG", &HarvestRecord::WetWeightG, Value, Always, "wet weight, g"},
+            {"DryWeightG", &HarvestRecord::DryWeightG, Value, Always, "dry weight, g; 0 for not weighed"},
+            {"QualityRating", &HarvestRecord::QualityRating, Value, Always, "quality, out of 10; 0 for not rated"},
+            {"SeedYield", &HarvestRecord::SeedYield, Value, Always, "number of seeds"},
+            {"CureOutcome", &HarvestRecord::CureOutcome, Value, Always, "result of curing"},
+            {"Notes", &HarvestRecord::Notes, Value, Always, "free notes"},
         }};
     return description;
 }
@@ -119,18 +118,18 @@ template <> const Description<HarvestRecord>& Describe()
 template <> const Description<PlantPhoto>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     static const Description<PlantPhoto> description = {
         "PlantPhotos",
         "photo",
         "photo",
         {
-            {"ID", Member<&PlantPhoto::ID>, Number, Always, "row number"},
-            {"UUID", Member<&PlantPhoto::UUID>, UUID, InFull, "lasting identifier; made where none is given"},
-            {"PlantUUID", Member<&PlantPhoto::PlantUUID>, Owner, InFull, "plant"},
-            {"PhotoDate", Member<&PlantPhoto::PhotoDate>, Day, Always, "date taken"},
-            {"FilePath", Member<&PlantPhoto::FilePath>, Title, Always, "path of the image file"},
-            {"Caption", Member<&PlantPhoto::Caption>, Value, Always, "caption"},
+            {"ID", &PlantPhoto::ID, RowID, Always, "row ID"},
+            {"UUID", &PlantPhoto::UUID, UUID, InFull, "permanent identifier; generated if not given"},
+            {"PlantUUID", &PlantPhoto::PlantUUID, Owner, InFull, "plant"},
+            {"PhotoDate", &PlantPhoto::PhotoDate, Day, Always, "date taken"},
+            {"FilePath", &PlantPhoto::FilePath, Title, Always, "path of the image file"},
+            {"Caption", &PlantPhoto::Caption, Value, Always, "caption"},
         }};
     return description;
 }
@@ -138,20 +137,20 @@ template <> const Description<PlantPhoto>& Describe()
 template <> const Description<PlantHealthObservation>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     using Observation = PlantHealthObservation;
     static const Description<Observation> description = {
         "PlantHealthObservations",
         "health",
         "health observation",
         {
-            {"ID", Member<&Observation::ID>, Number, Always, "row number"},
-            {"PlantUUID", Member<&Observation::PlantUUID>, Owner, InFull, "plant"},
-            {"ObservationDate", Member<&Observation::ObservationDate>, Day, Always, "date observed"},
-            {"Issue", Member<&Observation::Issue>, Title, Always, "problem seen"},
-            {"Severity", Member<&Observation::Severity>, Severity, Always, "from 1 (slight) to 5 (severe)"},
-            {"Treatment", Member<&Observation::Treatment>, Value, Always, "treatment applied"},
-            {"Notes", Member<&Observation::Notes>, Value, Always, "free notes"},
+            {"ID", &Observation::ID, RowID, Always, "row ID"},
+            {"PlantUUID", &Observation::PlantUUID, Owner, InFull, "plant"},
+            {"ObservationDate", &Observation::ObservationDate, Day, Always, "date observed"},
+            {"Issue", &Observation::Issue, Title, Always, "problem observed"},
+            {"Severity", &Observation::Severity, Severity, Always, "from 1 (slight) to 5 (severe)"},
+            {"Treatment", &Observation::Treatment, Value, Always, "treatment applied"},
+            {"Notes", &Observation::Notes, Value, Always, "free notes"},
         }};
     return description;
 }
@@ -159,17 +158,17 @@ template <> const Description<PlantHealthObservation>& Describe()
 template <> const Description<PlantJournalEntry>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     static const Description<PlantJournalEntry> description = {
         "PlantJournalEntries",
         "note",
         "journal entry",
         {
-            {"ID", Member<&PlantJournalEntry::ID>, Number, Always, "row number"},
-            {"PlantUUID", Member<&PlantJournalEntry::PlantUUID>, Owner, InFull, "plant"},
-            {"EntryDate", Member<&PlantJournalEntry::EntryDate>, Day, Always, "date of the entry"},
-            {"Type", Member<&PlantJournalEntry::Type>, Value, Always, "kind of entry"},
-            {"Details", Member<&PlantJournalEntry::Details>, Words, Always, "what happened"},
+            {"ID", &PlantJournalEntry::ID, RowID, Always, "row ID"},
+            {"PlantUUID", &PlantJournalEntry::PlantUUID, Owner, InFull, "plant"},
+            {"EntryDate", &PlantJournalEntry::EntryDate, Day, Always, "date of the entry"},
+            {"Type", &PlantJournalEntry::Type, Value, Always, "type of entry"},
+            {"Details", &PlantJournalEntry::Details, Words, Always, "what happened"},
         }};
     return description;
 }
@@ -177,26 +176,26 @@ template <> const Description<PlantJournalEntry>& Describe()
 template <> const Description<StrainSummary>& Describe()
 {
     using enum Use;
-    using enum Shown;
+    using enum Display;
     static const Description<StrainSummary> description = {
-        "", // reckoned, not stored
+        "", // computed, not stored
         "strain",
         "strain summary",
         {
-            {"StrainID", Member<&StrainSummary::StrainID>, Number, InFull, "row number"},
-            {"StrainName", Member<&StrainSummary::StrainName>, Title, Always, "name"},
-            {"TotalPlants", Member<&StrainSummary::TotalPlants>, Value, Always, "plants"},
-            {"Seed", Member<&StrainSummary::Seed>, Value, Always, "plants in stage Seed"},
-            {"Clone", Member<&StrainSummary::Clone>, Value, Always, "plants in stage Clone"},
-            {"Veg", Member<&StrainSummary::Veg>, Value, Always, "plants in stage Veg"},
-            {"Flower", Member<&StrainSummary::Flower>, Value, Always, "plants in stage Flower"},
-            {"Dry", Member<&StrainSummary::Dry>, Value, Always, "plants in stage Dry"},
-            {"Cure", Member<&StrainSummary::Cure>, Value, Always, "plants in stage Cure"},
-            {"Harvested", Member<&StrainSummary::Harvested>, Value, Always, "plants in stage Harvested"},
-            {"Archived", Member<&StrainSummary::Archived>, Value, Always, "plants in stage Archived"},
-            {"HarvestCount", Member<&StrainSummary::HarvestCount>, Value, Always, "plants with a harvest record"},
-            {"AverageDryWeightG", Member<&StrainSummary::AverageDryWeightG>, Value, Always, "mean dry weight, g"},
-            {"AverageQuality", Member<&StrainSummary::AverageQuality>, Value, Always, "mean quality"},
+            {"StrainID", &StrainSummary::StrainID, RowID, InFull, "row ID"},
+            {"StrainName", &StrainSummary::StrainName, Title, Always, "name"},
+            {"TotalPlants", &StrainSummary::TotalPlants, Value, Always, "plants"},
+            {"Seed", &StrainSummary::Seed, Value, Always, "plants in stage Seed"},
+            {"Clone", &StrainSummary::Clone, Value, Always, "plants in stage Clone"},
+            {"Veg", &StrainSummary::Veg, Value, Always, "plants in stage Veg"},
+            {"Flower", &StrainSummary::Flower, Value, Always, "plants in stage Flower"},
+            {"Dry", &StrainSummary::Dry, Value, Always, "plants in stage Dry"},
+            {"Cure", &StrainSummary::Cure, Value, Always, "plants in stage Cure"},
+            {"Harvested", &StrainSummary::Harvested, Value, Always, "plants in stage Harvested"},
+            {"Archived", &StrainSummary::Archived, Value, Always, "plants in stage Archived"},
+            {"HarvestCount", &StrainSummary::HarvestCount, Value, Always, "plants with a harvest record"},
+            {"AverageDryWeightG", &StrainSummary::AverageDryWeightG, Value, Always, "mean dry weight, g"},
+            {"AverageQuality", &StrainSummary::AverageQuality, Value, Always, "mean quality"},
         }};
     return description;
 }

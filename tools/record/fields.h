@@ -6,54 +6,42 @@
 #include <variant>
 #include <vector>
 
-// What a record is made of, said once: the flags, the tables, JSON, CSV and the help are all made from this.
+// What a record is made of, said once: flags, tables, JSON, CSV and help are all made from this.
 
+// What a field is for, as far as the command treats it differently.
 enum class Use
 {
-    Number, // the row's number: shown, never set
-    Link,   // the number of another row: never set
-    UUID,   // set when the record is made, or not at all
+    RowID,  // shown, never set
+    Link,   // the row ID of another record: never set
+    UUID,   // set when the record is created, or not at all
     Owner,  // the plant's UUID, which every command takes as an argument
-    Mother, // a plant, named in any way
-    Title,  // what a record is known by, never empty: `add` takes it without its flag, too
-    Words,  // what a record says: likewise, but may be empty
-    Day,    // the date of the record: today where it is not given
+    Mother, // a plant; a person names it as any plant
+    Title,  // identifies the record, never empty: `add` takes it without its flag, too
+    Words,  // the record's text: likewise, but may be empty
+    Day,    // the date of the record; the default is today
     Date,
     Severity,
     Value
 };
 
-enum class Shown
+enum class Display
 {
     Always,
-    InFull // not in tables
+    InFull // where one record is shown, not in tables
 };
 
-// A member of some record, to be set or to be read.
-using Cell = std::variant<std::int64_t*, int*, double*, std::string*, PlantStage*, PlantSex*, PlantEventType*,
-                          PlantCareAction*, PlantJournalType*>;
-using View = std::variant<const std::int64_t*, const int*, const double*, const std::string*, const PlantStage*,
-                          const PlantSex*, const PlantEventType*, const PlantCareAction*, const PlantJournalType*>;
-
-template <typename Record> struct Access
-{
-    Cell (*Set)(Record&);
-    View (*Get)(const Record&);
-};
-
-template <typename Record, typename Value> Record RecordOf(Value Record::*);
-
-template <auto Of>
-inline constexpr Access<decltype(RecordOf(Of))> Member = {
-    [](decltype(RecordOf(Of))& record) -> Cell { return &(record.*Of); },
-    [](const decltype(RecordOf(Of))& record) -> View { return &(record.*Of); }};
+// A member of a record, of any of the types that the records have.
+template <typename Record>
+using AnyMember =
+    std::variant<std::int64_t Record::*, int Record::*, double Record::*, std::string Record::*, PlantStage Record::*,
+                 PlantSex Record::*, PlantEventType Record::*, PlantCareAction Record::*, PlantJournalType Record::*>;
 
 template <typename Record> struct Field
 {
     const char* Name; // as in the record
-    Access<Record> Of;
+    AnyMember<Record> Member;
     Use Used;
-    Shown In;
+    Display Displayed;
     const char* Help;
     const char* Column = Name; // as in the file
 };
@@ -76,3 +64,20 @@ template <> const Description<PlantPhoto>& Describe();
 template <> const Description<PlantHealthObservation>& Describe();
 template <> const Description<PlantJournalEntry>& Describe();
 template <> const Description<StrainSummary>& Describe();
+
+// A field's value in some record, to be set or to be read. Valid as long as the record.
+using ValueRef = std::variant<std::int64_t*, int*, double*, std::string*, PlantStage*, PlantSex*, PlantEventType*,
+                              PlantCareAction*, PlantJournalType*>;
+using ConstValueRef =
+    std::variant<const std::int64_t*, const int*, const double*, const std::string*, const PlantStage*, const PlantSex*,
+                 const PlantEventType*, const PlantCareAction*, const PlantJournalType*>;
+
+template <typename Record> ConstValueRef ValueIn(const Field<Record>& field, const Record& record)
+{
+    return std::visit([&](auto member) -> ConstValueRef { return &(record.*member); }, field.Member);
+}
+
+template <typename Record> ValueRef MutableValueIn(const Field<Record>& field, Record& record)
+{
+    return std::visit([&](auto member) -> ValueRef { return &(record.*member); }, field.Member);
+}

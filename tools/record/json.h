@@ -2,37 +2,58 @@
 
 #include "record/fields.h"
 
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
-// Keeps the fields of a record in their order.
-using JSON = nlohmann::ordered_json;
-
-// A number that JSON has not is its text. A text that is not UTF-8, which JSON has not, is an object with its bytes in
-// hexadecimal digits: {"Hex": "ff"}.
-JSON JSONOf(const View& value);
-inline JSON JSONOf(const std::string& value)
+// A JSON value to be written. The fields of an object keep the order in which they were added.
+class JSON
 {
-    return JSONOf(View(&value));
-}
+  public:
+    static JSON Array();
+    static JSON Object();
+    ~JSON();
+    JSON(JSON&&) noexcept;
+    JSON& operator=(JSON&&) noexcept;
 
-// The bytes that hexadecimal digits stand for; throws BadValue.
-std::string BytesFrom(const std::string& hex);
+    // Adds an element to an array.
+    void Add(JSON element);
+    // Adds a field to an object.
+    void Add(const std::string& name, JSON value);
+    // Adds the fields of another object to an object.
+    void AddFieldsOf(const JSON& object);
 
-template <typename Record> JSON JSONOf(const Record& record)
+    std::string OnOneLine() const;
+    std::string Indented() const;
+
+  private:
+    struct Tree; // the library's value: only json.cpp includes its header, which takes seconds to compile
+
+    explicit JSON(std::unique_ptr<Tree> tree);
+    friend JSON JSONOf(const ConstValueRef& value);
+    template <typename Record> friend JSON RecordJSON(const Record& record);
+
+    std::unique_ptr<Tree> Root;
+};
+
+// An infinite number becomes its text, since JSON has no such number. A text that is not UTF-8 becomes an object with
+// its bytes in hexadecimal digits: {"Hex": "ff"}.
+JSON JSONOf(const ConstValueRef& value);
+JSON JSONOf(const std::string& text);
+JSON JSONOf(std::int64_t number);
+JSON JSONOf(const std::vector<std::string>& texts);
+
+// An object of the record's fields. Defined for every kind of record.
+template <typename Record> JSON RecordJSON(const Record& record);
+
+template <typename Record> JSON RecordsJSON(const std::vector<Record>& records)
 {
-    JSON object = JSON::object();
-    for (const Field<Record>& field : Describe<Record>().Fields)
-        object[field.Name] = JSONOf(field.Of.Get(record));
-    return object;
-}
-
-template <typename Record> JSON JSONOf(const std::vector<Record>& records)
-{
-    JSON array = JSON::array();
+    JSON array = JSON::Array();
     for (const Record& record : records)
-        array.push_back(JSONOf(record));
+        array.Add(RecordJSON(record));
     return array;
 }
+
+// Returns the bytes that hexadecimal digits stand for. Throws BadValue.
+std::string BytesFromHex(const std::string& hex);

@@ -1,79 +1,124 @@
 #include "record/operations.h"
 
-namespace
+bool ListRecords(PlantRepository& repository, const std::string& plantUUID, std::vector<PlantEvent>& out)
 {
-
-template <typename Record, typename Create, typename Update, typename Delete>
-Operations<Record> Of(bool (PlantRepository::*list)(const std::string&, std::vector<Record>&), Create create,
-                      Update update, Delete remove)
-{
-    return {
-        list, [create](PlantRepository& repository, Plant&, Record& record) { return (repository.*create)(record); },
-        [update](PlantRepository& repository, Plant&, Record& record) { return (repository.*update)(record); }, remove};
+    return repository.ListPlantEvents(plantUUID, out);
 }
 
-} // namespace
-
-template <> const Operations<PlantEvent>& OperationsOn()
+bool ListRecords(PlantRepository& repository, const std::string& plantUUID, std::vector<PlantCareEntry>& out)
 {
-    static const Operations<PlantEvent> operations =
-        Of(&PlantRepository::ListPlantEvents, &PlantRepository::CreatePlantEvent, &PlantRepository::UpdatePlantEvent,
-           [](PlantRepository& repository, const PlantEvent& event) { return repository.DeletePlantEvent(event.ID); });
-    return operations;
+    return repository.ListPlantCareEntries(plantUUID, out);
 }
 
-template <> const Operations<PlantCareEntry>& OperationsOn()
+bool ListRecords(PlantRepository& repository, const std::string& plantUUID, std::vector<HarvestRecord>& out)
 {
-    static const Operations<PlantCareEntry> operations =
-        Of(&PlantRepository::ListPlantCareEntries, &PlantRepository::CreatePlantCareEntry,
-           &PlantRepository::UpdatePlantCareEntry,
-           [](PlantRepository& repository, const PlantCareEntry& entry)
-           { return repository.DeletePlantCareEntry(entry.ID); });
-    return operations;
+    HarvestRecord record;
+    const bool found = repository.GetHarvestRecord(plantUUID, record);
+    out.assign(found ? 1 : 0, record);
+    return true;
 }
 
-template <> const Operations<HarvestRecord>& OperationsOn()
+bool ListRecords(PlantRepository& repository, const std::string& plantUUID, std::vector<PlantPhoto>& out)
 {
-    const auto save = [](PlantRepository& repository, Plant& plant, HarvestRecord& record)
-    { return repository.SaveHarvestRecord(plant, record); };
-    static const Operations<HarvestRecord> operations = {
-        [](PlantRepository& repository, const std::string& plantUUID, std::vector<HarvestRecord>& out)
-        {
-            HarvestRecord record;
-            const bool found = repository.GetHarvestRecord(plantUUID, record);
-            out.assign(found ? 1 : 0, record);
-            return true;
-        },
-        save, save,
-        [](PlantRepository& repository, const HarvestRecord& record)
-        { return repository.DeleteHarvestRecord(record.PlantUUID); }};
-    return operations;
+    return repository.ListPlantPhotos(plantUUID, out);
 }
 
-template <> const Operations<PlantPhoto>& OperationsOn()
+bool ListRecords(PlantRepository& repository, const std::string& plantUUID, std::vector<PlantHealthObservation>& out)
 {
-    static const Operations<PlantPhoto> operations = Of(
-        &PlantRepository::ListPlantPhotos, &PlantRepository::CreatePlantPhoto, &PlantRepository::UpdatePlantPhoto,
-        [](PlantRepository& repository, const PlantPhoto& photo) { return repository.DeletePlantPhoto(photo.UUID); });
-    return operations;
+    return repository.ListPlantHealthObservations(plantUUID, out);
 }
 
-template <> const Operations<PlantHealthObservation>& OperationsOn()
+bool ListRecords(PlantRepository& repository, const std::string& plantUUID, std::vector<PlantJournalEntry>& out)
 {
-    static const Operations<PlantHealthObservation> operations =
-        Of(&PlantRepository::ListPlantHealthObservations, &PlantRepository::CreatePlantHealthObservation,
-           &PlantRepository::UpdatePlantHealthObservation,
-           [](PlantRepository& repository, const PlantHealthObservation& observation)
-           { return repository.DeletePlantHealthObservation(observation.ID); });
-    return operations;
+    return repository.ListPlantJournalEntries(plantUUID, out);
 }
 
-template <> const Operations<PlantJournalEntry>& OperationsOn()
+bool CreateRecord(PlantRepository& repository, Plant&, PlantEvent& event)
 {
-    static const Operations<PlantJournalEntry> operations =
-        Of(&PlantRepository::ListPlantJournalEntries, &PlantRepository::CreatePlantJournalEntry,
-           &PlantRepository::UpdatePlantJournalEntry,
-           [](PlantRepository& repository, const PlantJournalEntry& entry)
-           { return repository.DeletePlantJournalEntry(entry.ID); });
-    return operations;
+    return repository.CreatePlantEvent(event);
+}
+
+bool CreateRecord(PlantRepository& repository, Plant&, PlantCareEntry& entry)
+{
+    return repository.CreatePlantCareEntry(entry);
+}
+
+bool CreateRecord(PlantRepository& repository, Plant& plant, HarvestRecord& record)
+{
+    return repository.SaveHarvestRecord(plant, record);
+}
+
+bool CreateRecord(PlantRepository& repository, Plant&, PlantPhoto& photo)
+{
+    return repository.CreatePlantPhoto(photo);
+}
+
+bool CreateRecord(PlantRepository& repository, Plant&, PlantHealthObservation& observation)
+{
+    return repository.CreatePlantHealthObservation(observation);
+}
+
+bool CreateRecord(PlantRepository& repository, Plant&, PlantJournalEntry& entry)
+{
+    return repository.CreatePlantJournalEntry(entry);
+}
+
+bool UpdateRecord(PlantRepository& repository, Plant&, PlantEvent& event)
+{
+    return repository.UpdatePlantEvent(event);
+}
+
+bool UpdateRecord(PlantRepository& repository, Plant&, PlantCareEntry& entry)
+{
+    return repository.UpdatePlantCareEntry(entry);
+}
+
+bool UpdateRecord(PlantRepository& repository, Plant& plant, HarvestRecord& record)
+{
+    return repository.SaveHarvestRecord(plant, record);
+}
+
+bool UpdateRecord(PlantRepository& repository, Plant&, PlantPhoto& photo)
+{
+    return repository.UpdatePlantPhoto(photo);
+}
+
+bool UpdateRecord(PlantRepository& repository, Plant&, PlantHealthObservation& observation)
+{
+    return repository.UpdatePlantHealthObservation(observation);
+}
+
+bool UpdateRecord(PlantRepository& repository, Plant&, PlantJournalEntry& entry)
+{
+    return repository.UpdatePlantJournalEntry(entry);
+}
+
+bool DeleteRecord(PlantRepository& repository, const PlantEvent& event)
+{
+    return repository.DeletePlantEvent(event.ID);
+}
+
+bool DeleteRecord(PlantRepository& repository, const PlantCareEntry& entry)
+{
+    return repository.DeletePlantCareEntry(entry.ID);
+}
+
+bool DeleteRecord(PlantRepository& repository, const HarvestRecord& record)
+{
+    return repository.DeleteHarvestRecord(record.PlantUUID);
+}
+
+bool DeleteRecord(PlantRepository& repository, const PlantPhoto& photo)
+{
+    return repository.DeletePlantPhoto(photo.UUID);
+}
+
+bool DeleteRecord(PlantRepository& repository, const PlantHealthObservation& observation)
+{
+    return repository.DeletePlantHealthObservation(observation.ID);
+}
+
+bool DeleteRecord(PlantRepository& repository, const PlantJournalEntry& entry)
+{
+    return repository.DeletePlantJournalEntry(entry.ID);
 }

@@ -3,12 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <chrono>
 #include <cmath>
-#include <ctime>
-#include <iomanip>
-#include <sstream>
-#include <string_view>
 #include <system_error>
 #include <type_traits>
 
@@ -23,86 +18,86 @@ char LowerLetter(char letter)
 template <typename Type>
 concept Enumeration = std::is_enum_v<Type>;
 
-const char* NameOf(PlantStage value)
+const char* EnumerationName(PlantStage value)
 {
     return PlantStageName(value);
 }
-const char* NameOf(PlantSex value)
+const char* EnumerationName(PlantSex value)
 {
     return PlantSexName(value);
 }
-const char* NameOf(PlantEventType value)
+const char* EnumerationName(PlantEventType value)
 {
     return PlantEventTypeName(value);
 }
-const char* NameOf(PlantCareAction value)
+const char* EnumerationName(PlantCareAction value)
 {
     return PlantCareActionName(value);
 }
-const char* NameOf(PlantJournalType value)
+const char* EnumerationName(PlantJournalType value)
 {
     return PlantJournalTypeName(value);
 }
 
-// All values of an enumeration, by their numbers; a number beyond the end is named as one that was there already.
+// Returns the names of all values, in their order. Numbers beyond the last value repeat a name.
 template <Enumeration Type> std::vector<std::string> AllNames()
 {
     std::vector<std::string> names;
     for (int number = 0;; ++number)
     {
-        const std::string name = NameOf(static_cast<Type>(number));
+        const std::string name = EnumerationName(static_cast<Type>(number));
         if (std::find(names.begin(), names.end(), name) != names.end())
             return names;
         names.push_back(name);
     }
 }
 
-template <typename Number> void Parse(const std::string& text, Number& out)
+template <typename Number> void ParseInto(const std::string& text, Number& out)
 {
     constexpr const char* what = std::is_floating_point_v<Number> ? "number" : "whole number";
     const char* const end = text.data() + text.size();
     const std::from_chars_result result = std::from_chars(text.data(), end, out);
     if (result.ec == std::errc::result_out_of_range)
-        throw BadValue(Quoted(text) + " is too large");
+        throw BadValue(InQuotes(text) + " is too large");
     if (result.ec != std::errc() || result.ptr != end || std::isnan(static_cast<double>(out)))
-        throw BadValue(Quoted(text) + " is not a " + what);
+        throw BadValue(InQuotes(text) + " is not a " + what);
 }
 
-void Parse(const std::string& text, std::string& out)
+void ParseInto(const std::string& text, std::string& out)
 {
     out = text;
 }
 
-template <Enumeration Type> void Parse(const std::string& text, Type& out)
+template <Enumeration Type> void ParseInto(const std::string& text, Type& out)
 {
     const std::vector<std::string> names = AllNames<Type>();
-    const auto name =
-        std::find_if(names.begin(), names.end(), [&](const std::string& known) { return SameLetters(known, text); });
+    const auto name = std::find_if(names.begin(), names.end(),
+                                   [&](const std::string& known) { return EqualIgnoringCase(known, text); });
     if (name == names.end())
-        throw BadValue(Quoted(text) + " is none of " + Joined(names, ", "));
+        throw BadValue(InQuotes(text) + " is not one of " + Joined(names, ", "));
     out = static_cast<Type>(std::distance(names.begin(), name));
 }
 
-template <typename Number> std::string Text(Number value)
+template <typename Number> std::string PlainText(Number value)
 {
     std::array<char, 32> text{};
     const std::to_chars_result result = std::to_chars(text.begin(), text.end(), value);
     return {text.begin(), result.ptr};
 }
 
-std::string Text(const std::string& value)
+std::string PlainText(const std::string& value)
 {
     return value;
 }
 
-template <Enumeration Type> std::string Text(Type value)
+template <Enumeration Type> std::string PlainText(Type value)
 {
-    return NameOf(value);
+    return EnumerationName(value);
 }
 
 } // namespace
 
-bool SameLetters(const std::string& left, const std::string& right)
+bool EqualIgnoringCase(const std::string& left, const std::string& right)
 {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                       [](char a, char b) { return LowerLetter(a) == LowerLetter(b); });
@@ -113,7 +108,7 @@ bool IsDigits(const std::string& text)
     return std::all_of(text.begin(), text.end(), [](char letter) { return letter >= '0' && letter <= '9'; });
 }
 
-std::string Quoted(const std::string& text)
+std::string InQuotes(const std::string& text)
 {
     std::string quoted = "\"";
     quoted += text;
@@ -129,12 +124,12 @@ std::string Joined(const std::vector<std::string>& texts, const std::string& sep
     return joined;
 }
 
-std::string TextOf(const View& value)
+std::string TextOf(const ConstValueRef& value)
 {
-    return std::visit([](const auto* of) { return Text(*of); }, value);
+    return std::visit([](const auto* of) { return PlainText(*of); }, value);
 }
 
-std::string RoundedTextOf(const View& value)
+std::string RoundedTextOf(const ConstValueRef& value)
 {
     const double* const* const number = std::get_if<const double*>(&value);
     if (number == nullptr || std::fabs(**number) < 0.01 || std::fabs(**number) > 1e9)
@@ -143,17 +138,17 @@ std::string RoundedTextOf(const View& value)
     return TextOf(&rounded);
 }
 
-void Set(const Cell& value, const std::string& text)
+void ParseValue(const std::string& text, const ValueRef& out)
 {
-    std::visit([&](auto* of) { Parse(text, *of); }, value);
+    std::visit([&](auto* value) { ParseInto(text, *value); }, out);
 }
 
-bool IsNumber(const View& value)
+bool IsNumber(const ConstValueRef& value)
 {
     return std::visit([](const auto* of) { return std::is_arithmetic_v<std::decay_t<decltype(*of)>>; }, value);
 }
 
-std::vector<std::string> NamesOf(const View& value)
+std::vector<std::string> EnumerationNames(const ConstValueRef& value)
 {
     return std::visit(
         [](const auto* of) -> std::vector<std::string>
@@ -165,7 +160,7 @@ std::vector<std::string> NamesOf(const View& value)
         value);
 }
 
-bool IsInfinite(const View& value)
+bool IsInfinite(const ConstValueRef& value)
 {
     const double* const* const number = std::get_if<const double*>(&value);
     return number != nullptr && std::isinf(**number);

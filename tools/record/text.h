@@ -6,50 +6,50 @@
 #include <string>
 #include <vector>
 
-// Values as people, files and scripts write them.
+// Values as texts: what people write and read, and what CSV holds.
 
-// Why a text is no value.
+// Why a text is not a value.
 class BadValue : public std::runtime_error
 {
   public:
     using std::runtime_error::runtime_error;
 };
 
-// Without regard to the case of ASCII letters.
-bool SameLetters(const std::string& left, const std::string& right);
+// Whether the texts are equal apart from the case of ASCII letters.
+bool EqualIgnoringCase(const std::string& left, const std::string& right);
 
+// Whether the text consists of decimal digits only.
 bool IsDigits(const std::string& text);
 
-std::string Quoted(const std::string& text);
+std::string InQuotes(const std::string& text);
 
-// Those of the texts that are not empty.
+// Joins the texts that are not empty.
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator);
 
-// ---- Texts, as in tables and CSV
+// Returns the shortest text that reads back as the same number, or the stored name of an enumeration's value.
+std::string TextOf(const ConstValueRef& value);
+// Likewise, with a number rounded to hundredths for people, unless it would be rounded to zero.
+std::string RoundedTextOf(const ConstValueRef& value);
 
-// A number's text is the shortest that reads back as the same number; an enumeration's is the stored name.
-std::string TextOf(const View& value);
-// For people: a number is rounded to hundredths, unless nothing would be left of it.
-std::string RoundedTextOf(const View& value);
-// Sets the value that the whole text stands for, names in any letter case, or throws BadValue.
-void Set(const Cell& value, const std::string& text);
+// Sets the value to what the whole text stands for; names may be in any letter case. Throws BadValue.
+void ParseValue(const std::string& text, const ValueRef& out);
 
-bool IsNumber(const View& value);
-// The names that an enumeration has; empty for others.
-std::vector<std::string> NamesOf(const View& value);
-// Whether it is a number without end, which can be stored but not measured.
-bool IsInfinite(const View& value);
-
-// As Set, and as the field's use demands.
-template <typename Record> void Set(const Field<Record>& field, const std::string& text, Record& record)
-{
-    Set(field.Of.Set(record), text);
-    const std::string stored = TextOf(field.Of.Get(record));
-    if (field.Used == Use::Severity && (stored.size() != 1 || stored < "1" || stored > "5"))
-        throw BadValue(Quoted(text) + " is not from 1 to 5");
-}
+bool IsNumber(const ConstValueRef& value);
+// Whether it is an infinite number, which can be stored but not measured.
+bool IsInfinite(const ConstValueRef& value);
+// The names of an enumeration; empty for other types.
+std::vector<std::string> EnumerationNames(const ConstValueRef& value);
 
 template <typename Record> std::string TextOf(const Field<Record>& field, const Record& record)
 {
-    return TextOf(field.Of.Get(record));
+    return TextOf(ValueIn(field, record));
+}
+
+// Sets the record's field to what the text stands for. Throws BadValue, also where the field's use forbids the value.
+template <typename Record> void ParseField(const std::string& text, const Field<Record>& field, Record& record)
+{
+    ParseValue(text, MutableValueIn(field, record));
+    const std::string stored = TextOf<Record>(field, record);
+    if (field.Used == Use::Severity && (stored.size() != 1 || stored < "1" || stored > "5"))
+        throw BadValue(InQuotes(text) + " is not from 1 to 5");
 }

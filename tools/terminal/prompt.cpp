@@ -12,9 +12,9 @@
 bool Confirm(const std::string& question, const std::string& flag)
 {
     if (isatty(STDIN_FILENO) != 1)
-        throw Refusal(question + " Nobody is here to answer; say " + flag + " to go ahead");
+        throw Refusal(question + " Standard input is not a terminal; pass " + flag + " to confirm");
     std::cerr << question << " [y/N] " << std::flush;
-    // A Ctrl-C that comes between looking and waiting ends the waiting, too.
+    // SIGINT is blocked between the check and the wait, so that a Ctrl-C there also ends the wait.
     sigset_t interrupt;
     sigset_t before;
     sigemptyset(&interrupt);

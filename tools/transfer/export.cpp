@@ -1,8 +1,11 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
 #include "journal/session.h"
+#include "journal/sql.h"
 #include "plant_file.h"
+#include "record/json.h"
 #include "record/operations.h"
+#include "record/text.h"
 #include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/progress.h"
@@ -13,10 +16,10 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <iostream>
 #include <memory>
 
 #include <fcntl.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,22 +33,29 @@ using Everything = Tables<Records>;
 class Snapshot
 {
   public:
-    explicit Snapshot(sqlite3* connection) : Connection(connection)
+    explicit Snapshot(const SQL& connection) : Connection(connection) { Connection.Run("BEGIN;"); }
+    ~Snapshot()
     {
-        sqlite3_exec(Connection, "BEGIN;", nullptr, nullptr, nullptr);
+        try
+        {
+            Connection.Run("ROLLBACK;");
+        }
+        catch (const Refusal&) // closing the connection rolls back, too
+        {
+        }
     }
-    ~Snapshot() { sqlite3_exec(Connection, "ROLLBACK;", nullptr, nullptr, nullptr); }
     Snapshot(const Snapshot&) = delete;
     Snapshot& operator=(const Snapshot&) = delete;
 
   private:
-    sqlite3* Connection;
+    const SQL& Connection;
 };
 
 Everything ReadAll(Session& session)
 {
     PlantRepository& repository = session.Read();
-    const Snapshot snapshot(session.Connection());
+    const SQL sql(session.Connection(), session.Path() + ": reading");
+    const Snapshot snapshot(sql);
     Everything all;
     session.Require(repository.ListStrains(std::get<Records<Strain>>(all)), "the strains cannot be listed");
     auto& plants = std::get<Records<Plant>>(all);
@@ -61,7 +71,7 @@ Everything ReadAll(Session& session)
                          if constexpr (!std::is_same_v<Record, Plant> && !std::is_same_v<Record, Strain>)
                          {
                              Records<Record> listed;
-                             session.Require(OperationsOn<Record>().List(repository, plants[i].UUID, listed),
+                             session.Require(ListRecords(repository, plants[i].UUID, listed),
                                              std::string(Describe<Record>().Table) + " cannot be listed");
                              std::move(listed.begin(), listed.end(), std::back_inserter(records));
                          }
@@ -96,7 +106,7 @@ std::string JSONFrom(const Everything& all)
                  {
                      text += std::string(",\n\"") + Describe<Record>().Table + "\": [";
                      for (std::size_t i = 0; i < records.size(); ++i)
-                         text += (i > 0 ? ",\n" : "\n") + JSONOf(records[i]).dump();
+                         text += (i > 0 ? ",\n" : "\n") + RecordJSON(records[i]).OnOneLine();
                      text += "\n]";
                  });
     return text + "\n}\n";
@@ -121,7 +131,8 @@ template <typename Record> std::string CSVFrom(const Records<Record>& records)
         const char* separator = "";
         for (const Field<Record>& field : Describe<Record>().Fields)
         {
-            text += separator + CSVCell(cellOf(field));
+            text += separator;
+            text += CSVCell(cellOf(field));
             separator = ",";
         }
         text += '\n';

@@ -1,11 +1,14 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
+#include "commands/print.h"
 #include "journal/session.h"
+#include "journal/sql.h"
 #include "plant_file.h"
 #include "record/dates.h"
 #include "record/operations.h"
 #include "refusal.h"
 #include "terminal/interrupt.h"
+#include "terminal/printable.h"
 #include "terminal/progress.h"
 #include "transfer/import_source.h"
 #include "transfer/transfer.h"
@@ -18,7 +21,6 @@
 #include <set>
 #include <utility>
 
-#include <sqlite3.h>
 #include <unistd.h>
 
 // An import in five steps, of which only the last one touches the journal: read, check, build in a copy, check the
@@ -75,15 +77,16 @@ void SetField(const Field<Record>& field, const RawCell& cell, const Source& fro
     {
         if (cell.Text.find('\0') != std::string::npos)
             throw BadValue("holds a zero byte");
-        if (!cell.Text.empty() || !IsNumber(field.Of.Get(record))) // a number that is not given is the record's default
-            Set(field, cell.Text, record);
+        if (!cell.Text.empty() ||
+            !IsNumber(ValueIn(field, record))) // a number that is not given is the record's default
+            ParseField(cell.Text, field, record);
     }
     catch (const BadValue& bad)
     {
         messages.Errors.push_back(place + Printable(bad.what()));
     }
     if ((field.Used == Use::Date || field.Used == Use::Day) && !cell.Text.empty() && !IsDate(cell.Text))
-        messages.Warnings.push_back(place + Quoted(Printable(cell.Text)) + " does not sort as a date");
+        messages.Warnings.push_back(place + InQuotes(Printable(cell.Text)) + " does not sort as a date");
 }
 
 template <typename Record> void ReadRows(const RawTable& table, Import<Record>& import, Messages& messages)
@@ -101,7 +104,7 @@ template <typename Record> void ReadRows(const RawTable& table, Import<Record>& 
                                             [&](const Field<Record>& known) { return known.Name == cell.Field; });
             if (field == fields.end())
                 messages.Errors.push_back(table.From->Place(cell.Offset) + ": " + table.Name + " has no field " +
-                                          Quoted(Printable(cell.Field)));
+                                          InQuotes(Printable(cell.Field)));
             else if (!imported.Cells.emplace(cell.Field, cell.Offset).second)
                 messages.Errors.push_back(table.From->Place(cell.Offset) + ": " + cell.Field + " is given twice");
             else
@@ -127,7 +130,7 @@ Imports ReadImports(const std::string& path, Messages& messages)
                          ReadRows(table, import, messages);
                      });
         if (!known)
-            messages.Errors.push_back(table.From->Place(0) + ": there is no table " + Quoted(Printable(table.Name)));
+            messages.Errors.push_back(table.From->Place(0) + ": there is no table " + InQuotes(Printable(table.Name)));
     }
     return all;
 }
@@ -161,7 +164,7 @@ Existing ReadExisting(Session& session)
         session.Require(repository.ListPlantPhotos(plant.UUID, photos), "the photos cannot be listed");
         for (const PlantPhoto& photo : photos)
             existing.Photos.insert(photo.UUID);
-        if (OperationsOn<HarvestRecord>().List(repository, plant.UUID, harvests); !harvests.empty())
+        if (ListRecords(repository, plant.UUID, harvests); !harvests.empty())
             existing.Harvested.insert(plant.UUID);
         existing.Plants.emplace(plant.UUID, plant);
     }
@@ -188,12 +191,12 @@ void CheckStrains(Import<Strain>& import, const Existing& existing, Problems& er
         if (strain.Name.empty())
             errors.push_back(import.Place(row, "Name") + "is empty");
         else if (!seen.insert(strain.Name).second)
-            errors.push_back(import.Place(row, "Name") + Quoted(Printable(strain.Name)) + " is here twice");
+            errors.push_back(import.Place(row, "Name") + InQuotes(Printable(strain.Name)) + " is here twice");
         else if (known == existing.Strains.end())
             added.push_back(row);
         else if (known->second.Breeder != strain.Breeder || known->second.FloweringWeeks != strain.FloweringWeeks ||
                  known->second.Notes != strain.Notes)
-            errors.push_back(import.Place(row, "Name") + "the journal has " + Quoted(Printable(strain.Name)) +
+            errors.push_back(import.Place(row, "Name") + "the journal has " + InQuotes(Printable(strain.Name)) +
                              " already, with other particulars");
     }
     import.Rows = std::move(added);
@@ -209,13 +212,13 @@ Mothers CheckPlants(const Import<Plant>& import, const Existing& existing, Probl
     for (const Imported<Plant>& row : import.Rows)
         if (const Plant& plant = row.Value;
             !plant.UUID.empty() && !mothers.emplace(plant.UUID, plant.MotherPlantUUID).second)
-            errors.push_back(import.Place(row, "UUID") + Quoted(Printable(plant.UUID)) +
+            errors.push_back(import.Place(row, "UUID") + InQuotes(Printable(plant.UUID)) +
                              (existing.Plants.contains(plant.UUID) ? " is in the journal already" : " is here twice"));
     for (const Imported<Plant>& row : import.Rows)
     {
         std::string mother = row.Value.MotherPlantUUID;
         if (!mother.empty() && !mothers.contains(mother))
-            errors.push_back(import.Place(row, "MotherPlantUUID") + "there is no plant " + Quoted(Printable(mother)));
+            errors.push_back(import.Place(row, "MotherPlantUUID") + "there is no plant " + InQuotes(Printable(mother)));
         for (std::size_t steps = 0; !mother.empty(); ++steps)
         {
             if (mother == row.Value.UUID || steps > mothers.size())
@@ -235,7 +238,7 @@ template <typename Record> void CheckOwners(const Import<Record>& import, const 
     for (const Imported<Record>& row : import.Rows)
         if (!plants.contains(row.Value.PlantUUID))
             errors.push_back(import.Place(row, "PlantUUID") + "there is no plant " +
-                             Quoted(Printable(row.Value.PlantUUID)));
+                             InQuotes(Printable(row.Value.PlantUUID)));
 }
 
 template <typename Record>
@@ -280,64 +283,17 @@ void CheckImports(Imports& all, const Existing& existing, Problems& errors)
 
 // ---- 3. Building, in a copy of the journal
 
-class Statement
+// A whole number's text becomes a number in its column.
+void BindValue(Statement& statement, int index, const ConstValueRef& value)
 {
-  public:
-    Statement(sqlite3* connection, const std::string& sql)
-    {
-        if (sqlite3_prepare_v2(connection, sql.c_str(), -1, &Handle, nullptr) != SQLITE_OK)
-            throw Refusal(std::string("the copy: ") + sqlite3_errmsg(connection) + "; nothing was changed");
-    }
-    ~Statement() { sqlite3_finalize(Handle); }
-    Statement(const Statement&) = delete;
-    Statement& operator=(const Statement&) = delete;
-
-    void Bind(int index, std::int64_t value) { Check(sqlite3_bind_int64(Handle, index, value)); }
-    void Bind(int index, const std::string& value)
-    {
-        Check(sqlite3_bind_text64(Handle, index, value.data(), value.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
-    }
-    void Bind(int index, const View& value)
-    {
-        if (const auto* const number = std::get_if<const double*>(&value))
-            Check(sqlite3_bind_double(Handle, index, **number));
-        else
-            Bind(index, TextOf(value)); // the column makes a whole number of its digits
-    }
-
-    bool Step()
-    {
-        const int result = sqlite3_step(Handle);
-        if (result != SQLITE_ROW && result != SQLITE_DONE)
-            Check(result);
-        return result == SQLITE_ROW;
-    }
-    std::int64_t Number() { return sqlite3_column_int64(Handle, 0); }
-    void Reset()
-    {
-        Check(sqlite3_reset(Handle));
-        Check(sqlite3_clear_bindings(Handle));
-    }
-
-  private:
-    void Check(int result) const
-    {
-        if (result != SQLITE_OK)
-            throw Refusal(std::string("building the copy: ") + sqlite3_errmsg(sqlite3_db_handle(Handle)) +
-                          "; nothing was changed");
-    }
-
-    sqlite3_stmt* Handle = nullptr;
-};
-
-std::int64_t NumberFrom(sqlite3* connection, const std::string& sql)
-{
-    Statement statement(connection, sql);
-    return statement.Step() ? statement.Number() : 0;
+    if (const auto* const number = std::get_if<const double*>(&value))
+        statement.Bind(index, **number);
+    else
+        statement.Bind(index, TextOf(value));
 }
 
 // Whether the rows can keep their numbers: all have one, and none is taken. Else they get new ones, in the same order.
-template <typename Record> bool KeepsNumbers(sqlite3* connection, std::vector<Imported<Record>>& rows)
+template <typename Record> bool KeepsNumbers(const SQL& connection, std::vector<Imported<Record>>& rows)
 {
     if (std::any_of(rows.begin(), rows.end(), [](const Imported<Record>& row) { return row.Value.ID == 0; }))
         return false;
@@ -363,14 +319,15 @@ template <typename Record> std::string InsertStatement()
     for (const Field<Record>& field : Describe<Record>().Fields)
         if (field.Used != Use::Mother) // set when all plants are there
         {
-            columns += (columns.empty() ? "" : ",") + std::string(field.Column);
+            columns += columns.empty() ? "" : ",";
+            columns += field.Column;
             values += values.empty() ? "?" : ",?";
         }
     return std::string("INSERT INTO ") + Describe<Record>().Table + "(" + columns + ") VALUES(" + values + ");";
 }
 
 template <typename Record>
-void InsertRows(sqlite3* connection, Import<Record>& import, NewNumbers& events, const std::function<void()>& onward)
+void InsertRows(const SQL& connection, Import<Record>& import, NewNumbers& events, const std::function<void()>& onward)
 {
     const bool keep = KeepsNumbers(connection, import.Rows);
     Statement insert(connection, InsertStatement<Record>());
@@ -380,19 +337,19 @@ void InsertRows(sqlite3* connection, Import<Record>& import, NewNumbers& events,
         int index = 0;
         for (const Field<Record>& field : Describe<Record>().Fields)
         {
-            const View value = field.Of.Get(row.Value);
-            const bool number = field.Used == Use::Number || field.Used == Use::Link;
+            const ConstValueRef value = ValueIn(field, row.Value);
+            const bool number = field.Used == Use::RowID || field.Used == Use::Link;
             const std::int64_t id = number ? *std::get<const std::int64_t*>(value) : 0;
             index += field.Used == Use::Mother ? 0 : 1;
-            if (field.Used == Use::Number ? keep : field.Used == Use::Link && id != 0)
-                insert.Bind(index, field.Used == Use::Number ? id : events.at(id));
+            if (field.Used == Use::RowID ? keep : field.Used == Use::Link && id != 0)
+                insert.Bind(index, field.Used == Use::RowID ? id : events.at(id));
             else if (!number && field.Used != Use::Mother) // what is not bound is NULL
-                insert.Bind(index, value);
+                BindValue(insert, index, value);
         }
         insert.Step();
         insert.Reset();
         if constexpr (std::is_same_v<Record, PlantEvent>)
-            events[row.Value.ID] = sqlite3_last_insert_rowid(connection);
+            events[row.Value.ID] = connection.LastRowID();
     }
 }
 
@@ -406,19 +363,13 @@ void EnterRows(PlantRepository& repository, Import<Record>& import, const std::f
         Plant plant;
         plant.UUID = row.Value.PlantUUID;
         row.Value.ID = 0;
-        if (!OperationsOn<Record>().Create(repository, plant, row.Value))
+        if (!CreateRecord(repository, plant, row.Value))
             throw Refusal(import.Place(row) + "the copy refused it; nothing was changed");
     }
 }
 
-void Execute(sqlite3* connection, const char* sql, const std::string& where)
-{
-    if (sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) != SQLITE_OK)
-        throw Refusal(where + ": " + sqlite3_errmsg(connection) + "; nothing was changed");
-}
-
 // Where an import brings no strains, those of its plants are added, as for plants that are added by hand.
-void RegisterStrains(sqlite3* connection, const Import<Plant>& plants)
+void RegisterStrains(const SQL& connection, const Import<Plant>& plants)
 {
     Statement insert(connection, "INSERT INTO Strains(Name) VALUES(?) ON CONFLICT(Name) DO NOTHING;");
     for (const Imported<Plant>& row : plants.Rows)
@@ -431,7 +382,7 @@ void RegisterStrains(sqlite3* connection, const Import<Plant>& plants)
     }
 }
 
-void LinkMothers(sqlite3* connection, const Import<Plant>& plants)
+void LinkMothers(const SQL& connection, const Import<Plant>& plants)
 {
     Statement link(connection, "UPDATE Plants SET MotherPlantID=(SELECT ID FROM Plants WHERE UUID=?) WHERE UUID=?;");
     for (const Imported<Plant>& row : plants.Rows)
@@ -459,10 +410,9 @@ void Build(const std::string& path, Imports& all, const std::function<void()>& o
     std::string error;
     if (!copy.Open(path, &error))
         throw Refusal(path + ": opening the copy: " + error + "; nothing was changed");
-    sqlite3* const connection = copy.NativeHandle();
-    const std::string where = path + ": building the copy";
-    Execute(connection, "PRAGMA synchronous=OFF;", where); // should the power fail, the copy is of no use anyway
-    Execute(connection, "BEGIN;", where);
+    const SQL connection(copy.NativeHandle(), path + ": building the copy");
+    connection.Run("PRAGMA synchronous=OFF;"); // should the power fail, the copy is of no use anyway
+    connection.Run("BEGIN;");
 
     MakeUUIDs(In<Plant>(all));
     MakeUUIDs(In<PlantPhoto>(all));
@@ -482,7 +432,7 @@ void Build(const std::string& path, Imports& all, const std::function<void()>& o
     LinkMothers(connection, In<Plant>(all));
     if (!In<Strain>(all).Brought)
         RegisterStrains(connection, In<Plant>(all));
-    Execute(connection, "COMMIT;", where);
+    connection.Run("COMMIT;");
     if (timeline)
         return;
     EnterRows(repository, In<PlantCareEntry>(all), onward);
@@ -504,38 +454,16 @@ std::size_t CountFindings(const std::string& path)
 
 // ---- 5. Writing
 
-class PageCopy
-{
-  public:
-    PageCopy(sqlite3* destination, sqlite3* source) : Handle(sqlite3_backup_init(destination, "main", source, "main"))
-    {
-    }
-    ~PageCopy() { sqlite3_backup_finish(Handle); }
-    PageCopy(const PageCopy&) = delete;
-    PageCopy& operator=(const PageCopy&) = delete;
-
-    // Copies all; the result is SQLite's.
-    bool Whole()
-    {
-        const bool done = Handle != nullptr && sqlite3_backup_step(Handle, -1) == SQLITE_DONE;
-        return (sqlite3_backup_finish(std::exchange(Handle, nullptr)) == SQLITE_OK) && done;
-    }
-
-  private:
-    sqlite3_backup* Handle;
-};
-
 // Puts the copy in the journal's place, page by page in one transaction, unless somebody wrote to the journal since its
 // data version was looked at. The lock that is taken for that look stays until the connection ends: SQLite's backup
 // takes a destination without an open transaction only.
 void WriteBack(Session& session, const std::string& path, std::int64_t version)
 {
-    sqlite3* const journal = session.Connection();
-    const std::string where = session.Path() + ": writing";
-    Execute(journal, "PRAGMA locking_mode=EXCLUSIVE;", where);
-    Execute(journal, "BEGIN EXCLUSIVE;", where);
-    const bool changed = NumberFrom(journal, "PRAGMA data_version;") != version;
-    Execute(journal, "COMMIT;", where);
+    const SQL journal(session.Connection(), session.Path() + ": writing");
+    journal.Run("PRAGMA locking_mode=EXCLUSIVE;");
+    journal.Run("BEGIN EXCLUSIVE;");
+    const bool changed = journal.Number("PRAGMA data_version;") != version;
+    journal.Run("COMMIT;");
     if (changed)
         throw Refusal(session.Path() + ": another program wrote to it meanwhile; nothing was changed, import again");
 
@@ -544,8 +472,7 @@ void WriteBack(Session& session, const std::string& path, std::int64_t version)
     if (!copy.Open(path, &error))
         throw Refusal(path + ": opening the copy: " + error + "; nothing was changed");
     StopIfInterrupted(); // the last time: what follows is whole in any case
-    if (!PageCopy(journal, copy.NativeHandle()).Whole())
-        throw Refusal(where + ": " + sqlite3_errmsg(journal) + "; nothing was changed");
+    journal.CopyPagesFrom(copy.NativeHandle());
 }
 
 class Copy
@@ -586,15 +513,15 @@ void ImportFrom(Session& session, const std::string& path)
         throw Refusal(path + ": bad values: " + std::to_string(messages.Errors.size()) + "; nothing was imported");
 
     session.Write();
-    const std::int64_t version = NumberFrom(session.Connection(), "PRAGMA data_version;");
+    const std::int64_t version = SQL(session.Connection(), session.Path() + ": reading").Number("PRAGMA data_version;");
     const Copy copy(session.Path());
-    JSON counts = JSON::object();
+    JSON counts = JSON::Object();
     std::vector<Row> rows;
     std::int64_t total = 0;
     ForEachTable(all,
                  [&]<typename Record>(const Import<Record>& import)
                  {
-                     counts[Describe<Record>().Table] = import.Rows.size();
+                     counts.Add(Describe<Record>().Table, JSONOf(static_cast<std::int64_t>(import.Rows.size())));
                      rows.push_back({Describe<Record>().Table, std::to_string(import.Rows.size())});
                      total += static_cast<std::int64_t>(import.Rows.size());
                  });
@@ -613,7 +540,7 @@ void ImportFrom(Session& session, const std::string& path)
     if (after > before)
         std::cerr << "warning: `plantjournal check` finds more than before: " << after - before << '\n';
     if (session.AsJSON)
-        session.Print(counts);
+        PrintJSON(counts);
     else
         PrintTable(std::cout, {{"Imported"}, {"Rows", true}}, rows);
 }

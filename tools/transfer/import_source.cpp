@@ -13,6 +13,8 @@
 #include <iterator>
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 namespace
 {
 
@@ -154,7 +156,7 @@ class TableReader
     {
         try
         {
-            Tables.back().Rows.back().Cells.push_back({Key, BytesFrom(hex), Begin});
+            Tables.back().Rows.back().Cells.push_back({Key, BytesFromHex(hex), Begin});
             return true;
         }
         catch (const BadValue& bad)

@@ -1,0 +1,149 @@
+#include "journal/sql.h"
+
+#include "refusal.h"
+
+#include <utility>
+
+#include <sqlite3.h>
+
+namespace
+{
+
+// The last error in SQLite's log: https://www.sqlite.org/errlog.html
+int loggedError = SQLITE_OK; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): the log outlives everything
+
+void RememberError(void*, int code, const char*)
+{
+    if (const int kind = code & 0xFF;
+        kind != SQLITE_ERROR && kind != SQLITE_NOTICE && kind != SQLITE_WARNING && kind != SQLITE_SCHEMA)
+        loggedError = code;
+}
+
+bool IsError(int code)
+{
+    return code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE;
+}
+
+} // namespace
+
+SQL::SQL(sqlite3* connection, std::string context) : Connection(connection), Context(std::move(context)) {}
+
+void SQL::Fail() const
+{
+    throw Refusal(Context + ": " + sqlite3_errmsg(Connection) + "; nothing was changed");
+}
+
+void SQL::Run(const std::string& statements) const
+{
+    if (sqlite3_exec(Connection, statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+        Fail();
+}
+
+std::int64_t SQL::Number(const std::string& statement) const
+{
+    Statement prepared(*this, statement);
+    return prepared.Step() ? prepared.Number(0) : 0;
+}
+
+std::int64_t SQL::LastRowID() const
+{
+    return sqlite3_last_insert_rowid(Connection);
+}
+
+void SQL::CopyPagesFrom(sqlite3* source) const
+{
+    sqlite3_backup* const copy = sqlite3_backup_init(Connection, "main", source, "main");
+    const bool copied = copy != nullptr && sqlite3_backup_step(copy, -1) == SQLITE_DONE;
+    if (sqlite3_backup_finish(copy) != SQLITE_OK || !copied) // finishing also stores the error in the connection
+        Fail();
+}
+
+Statement::Statement(const SQL& connection, const std::string& text) : Connection(connection)
+{
+    Check(sqlite3_prepare_v2(connection.Connection, text.c_str(), -1, &Handle, nullptr));
+}
+
+Statement::~Statement()
+{
+    sqlite3_finalize(Handle);
+}
+
+void Statement::Check(int result) const
+{
+    if (result != SQLITE_OK)
+        Connection.Fail();
+}
+
+void Statement::Bind(int index, std::int64_t value)
+{
+    Check(sqlite3_bind_int64(Handle, index, value));
+}
+
+void Statement::Bind(int index, double value)
+{
+    Check(sqlite3_bind_double(Handle, index, value));
+}
+
+void Statement::Bind(int index, const std::string& value)
+{
+    Check(sqlite3_bind_text64(Handle, index, value.data(), value.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
+}
+
+bool Statement::Step()
+{
+    const int result = sqlite3_step(Handle);
+    if (result != SQLITE_DONE && result != SQLITE_ROW)
+        Connection.Fail();
+    return result == SQLITE_ROW;
+}
+
+std::int64_t Statement::Number(int column) const
+{
+    return sqlite3_column_int64(Handle, column);
+}
+
+std::string Statement::Text(int column) const
+{
+    const unsigned char* const text = sqlite3_column_text(Handle, column);
+    return text == nullptr ? ""
+                           : std::string(reinterpret_cast<const char*>(text),
+                                         static_cast<std::size_t>(sqlite3_column_bytes(Handle, column)));
+}
+
+void Statement::Reset()
+{
+    Check(sqlite3_reset(Handle));
+    Check(sqlite3_clear_bindings(Handle));
+}
+
+void RememberSQLErrors()
+{
+    sqlite3_config(SQLITE_CONFIG_LOG, RememberError, nullptr);
+}
+
+SQLError LastSQLError(sqlite3* connection)
+{
+    int code = sqlite3_extended_errcode(connection);
+    std::string message = sqlite3_errmsg(connection);
+    // After an operation of several statements, the connection's error is that of the rollback: none, or that SQLite
+    // had rolled back by itself. Of the errors that make SQLite do so, only a full disk is not in its log.
+    const bool rolledBack = message.starts_with("cannot rollback");
+    if (!IsError(code) || rolledBack)
+    {
+        code = rolledBack && loggedError == SQLITE_OK ? SQLITE_FULL : loggedError;
+        message = sqlite3_errstr(code & 0xFF);
+    }
+    SQLError error;
+    error.Known = IsError(code);
+    error.NotUnique = code == SQLITE_CONSTRAINT_UNIQUE;
+    error.Busy = (code & 0xFF) == SQLITE_BUSY;
+    error.ReadOnly = (code & 0xFF) == SQLITE_READONLY;
+    error.Damaged = (code & 0xFF) == SQLITE_CORRUPT;
+    error.Message = message;
+    return error;
+}
+
+bool ReadingFailed(sqlite3* connection)
+{
+    return IsError(sqlite3_errcode(connection));
+}
