@@ -15,7 +15,7 @@ namespace support
 namespace
 {
 
-// Disks write whole sectors. Many have larger ones: the smallest is the hardest for what lies on them.
+// A disk writes whole sectors. The smallest sectors in use tear a write into the most pieces.
 constexpr std::size_t SectorSize = 512;
 
 void Put(std::string& file, std::size_t offset, std::string_view bytes)
@@ -25,14 +25,14 @@ void Put(std::string& file, std::size_t offset, std::string_view bytes)
     std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
-// Where a file has grown and was not written, there is what the disk held there before.
+// A part of a file that has grown but was not written has the earlier bytes of the disk.
 void Grow(std::string& file, std::size_t size, std::mt19937_64& random)
 {
     while (file.size() < size)
         file += static_cast<char>(random() & 0xFF);
 }
 
-// Puts those of the sectors that are written.
+// Writes some of the sectors.
 template <typename IsWritten>
 void PutSectors(std::string& file, std::size_t offset, std::string_view bytes, const IsWritten& isWritten,
                 std::mt19937_64& random)
@@ -58,36 +58,36 @@ int SimulatedDisk::Open(const std::string& name)
     return entry->second;
 }
 
-// Counts a call. False where it is the last one.
-bool SimulatedDisk::Survived()
+// Counts a call. Returns false if the power is lost at it.
+bool SimulatedDisk::StaysOn()
 {
-    Dead = ++Made == Death;
-    return !Dead;
+    Off = ++Made == LastCall;
+    return !Off;
 }
 
 bool SimulatedDisk::Write(int file, std::size_t offset, std::string_view bytes)
 {
-    if (Dead)
+    if (Off)
         return false;
     File& written = Files.at(file);
     Put(written.Bytes, offset, bytes);
     written.Unsynced.push_back({false, offset, std::string(bytes)});
-    return Survived();
+    return StaysOn();
 }
 
 bool SimulatedDisk::Truncate(int file, std::size_t size)
 {
-    if (Dead)
+    if (Off)
         return false;
     File& truncated = Files.at(file);
     truncated.Bytes.resize(size);
     truncated.Unsynced.push_back({true, size, {}});
-    return Survived();
+    return StaysOn();
 }
 
 bool SimulatedDisk::Sync(int file)
 {
-    if (Dead || !Survived())
+    if (Off || !StaysOn())
         return false;
     File& synced = Files.at(file);
     synced.Synced = synced.Bytes;
@@ -97,7 +97,7 @@ bool SimulatedDisk::Sync(int file)
 
 bool SimulatedDisk::SyncDirectory()
 {
-    if (Dead || !Survived())
+    if (Off || !StaysOn())
         return false;
     SyncedDirectory = Directory;
     ForgetFilesWithoutName();
@@ -106,12 +106,12 @@ bool SimulatedDisk::SyncDirectory()
 
 bool SimulatedDisk::Unlink(const std::string& name)
 {
-    if (Dead)
+    if (Off)
         return false;
     Directory.erase(name);
-    if (!Survived())
+    if (!StaysOn())
         return false;
-    if (UnlinksLast)
+    if (UnlinksPersist)
         SyncedDirectory.erase(name);
     ForgetFilesWithoutName();
     return true;
@@ -126,22 +126,22 @@ void SimulatedDisk::ForgetFilesWithoutName()
                   { return !names(Directory, file.first) && !names(SyncedDirectory, file.first); });
 }
 
-void SimulatedDisk::Settle()
+void SimulatedDisk::SyncAll()
 {
     for (auto& [number, file] : Files)
         Sync(number);
     SyncDirectory();
 }
 
-void SimulatedDisk::DieAt(int call)
+void SimulatedDisk::CutPowerAt(int call)
 {
     Made = 0;
-    Death = call;
+    LastCall = call;
 }
 
 void SimulatedDisk::Reboot(std::mt19937_64& random)
 {
-    // Chance alone would hardly ever keep all of many changes, or drop all.
+    // With even odds, a reboot would almost never keep all of many changes, or drop all.
     const std::uint64_t luck = random() % 5;
     const auto lucky = [&] { return random() % 4 < luck; };
 
@@ -173,11 +173,11 @@ void SimulatedDisk::Reboot(std::mt19937_64& random)
     std::erase_if(names, [](const auto& entry) { return entry.second == 0; });
     Directory = SyncedDirectory = names;
     ForgetFilesWithoutName();
-    Dead = false;
-    DieAt(0);
+    Off = false;
+    CutPowerAt(0);
 }
 
-// ---- SQLite's files on the disk
+// ---- The files of SQLite on the disk
 
 namespace
 {
@@ -187,11 +187,11 @@ struct FileOfSQLite
     sqlite3_file Base;
     SimulatedDisk* Disk; // null: a temporary file
     int Number;
-    bool SyncsDirectory; // a new journal does, when it is first synced
+    bool SyncsDirectory; // so does the first sync of a new journal
     std::string* Temporary;
 };
 
-FileOfSQLite& Of(sqlite3_file* file)
+FileOfSQLite& FileIn(sqlite3_file* file)
 {
     return reinterpret_cast<FileOfSQLite&>(*file);
 }
@@ -203,14 +203,14 @@ std::string_view BytesOf(const FileOfSQLite& file)
 
 int CloseFile(sqlite3_file* file)
 {
-    delete Of(file).Temporary;
+    delete FileIn(file).Temporary;
     return SQLITE_OK;
 }
 
 int ReadFile(sqlite3_file* file, void* into, int amount, sqlite3_int64 offset)
 {
-    const FileOfSQLite& read = Of(file);
-    if (read.Disk != nullptr && read.Disk->IsDead())
+    const FileOfSQLite& read = FileIn(file);
+    if (read.Disk != nullptr && read.Disk->IsOff())
         return SQLITE_IOERR_READ;
     const std::string_view bytes = BytesOf(read);
     const auto begin = std::min(static_cast<std::size_t>(offset), bytes.size());
@@ -222,7 +222,7 @@ int ReadFile(sqlite3_file* file, void* into, int amount, sqlite3_int64 offset)
 
 int WriteFile(sqlite3_file* file, const void* from, int amount, sqlite3_int64 offset)
 {
-    const FileOfSQLite& written = Of(file);
+    const FileOfSQLite& written = FileIn(file);
     const std::string_view bytes(static_cast<const char*>(from), static_cast<std::size_t>(amount));
     if (written.Disk == nullptr)
         Put(*written.Temporary, static_cast<std::size_t>(offset), bytes);
@@ -233,7 +233,7 @@ int WriteFile(sqlite3_file* file, const void* from, int amount, sqlite3_int64 of
 
 int TruncateFile(sqlite3_file* file, sqlite3_int64 size)
 {
-    const FileOfSQLite& truncated = Of(file);
+    const FileOfSQLite& truncated = FileIn(file);
     if (truncated.Disk == nullptr)
         truncated.Temporary->resize(static_cast<std::size_t>(size));
     else if (!truncated.Disk->Truncate(truncated.Number, static_cast<std::size_t>(size)))
@@ -243,7 +243,7 @@ int TruncateFile(sqlite3_file* file, sqlite3_int64 size)
 
 int SyncFile(sqlite3_file* file, int)
 {
-    FileOfSQLite& synced = Of(file);
+    FileOfSQLite& synced = FileIn(file);
     if (synced.Disk == nullptr)
         return SQLITE_OK;
     if (!synced.Disk->Sync(synced.Number))
@@ -256,7 +256,7 @@ int SyncFile(sqlite3_file* file, int)
 
 int SizeOfFile(sqlite3_file* file, sqlite3_int64* size)
 {
-    *size = static_cast<sqlite3_int64>(BytesOf(Of(file)).size());
+    *size = static_cast<sqlite3_int64>(BytesOf(FileIn(file)).size());
     return SQLITE_OK;
 }
 
@@ -312,8 +312,8 @@ SimulatedDisk& DiskOf(sqlite3_vfs* vfs)
 
 int OpenFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* given)
 {
-    FileOfSQLite& opened = Of(file);
-    opened.Base.pMethods = nullptr; // there is nothing to close after a failure
+    FileOfSQLite& opened = FileIn(file);
+    opened.Base.pMethods = nullptr; // nothing to close after a failure
     opened.Disk = nullptr;
     opened.Number = 0;
     opened.SyncsDirectory = false;
@@ -323,7 +323,7 @@ int OpenFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, 
     else
     {
         SimulatedDisk& disk = DiskOf(vfs);
-        if (disk.IsDead() || (!disk.Exists(name) && (flags & SQLITE_OPEN_CREATE) == 0))
+        if (disk.IsOff() || (!disk.Exists(name) && (flags & SQLITE_OPEN_CREATE) == 0))
             return SQLITE_CANTOPEN;
         opened.Disk = &disk;
         opened.Number = disk.Open(name);
@@ -338,7 +338,7 @@ int OpenFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, 
 int DeleteFile(sqlite3_vfs* vfs, const char* name, int syncDirectory)
 {
     SimulatedDisk& disk = DiskOf(vfs);
-    if (!disk.IsDead() && !disk.Exists(name))
+    if (!disk.IsOff() && !disk.Exists(name))
         return SQLITE_IOERR_DELETE_NOENT;
     if (!disk.Unlink(name))
         return SQLITE_IOERR_DELETE;
@@ -348,9 +348,9 @@ int DeleteFile(sqlite3_vfs* vfs, const char* name, int syncDirectory)
 int LookForFile(sqlite3_vfs* vfs, const char* name, int flags, int* found)
 {
     SimulatedDisk& disk = DiskOf(vfs);
-    if (disk.IsDead())
+    if (disk.IsOff())
         return SQLITE_IOERR_ACCESS;
-    // On Unix a file without bytes does not count as one that is there.
+    // On Unix, SQLite takes an empty file for a missing one.
     *found = disk.Exists(name) && (flags != SQLITE_ACCESS_EXISTS || !disk.Bytes(disk.Open(name)).empty()) ? 1 : 0;
     return SQLITE_OK;
 }
@@ -384,7 +384,7 @@ DiskInUse::DiskInUse(SimulatedDisk& disk)
     inUse->xFullPathname = FullNameOfFile;
     inUse->xRandomness = FixedRandomness;
     sqlite3_vfs_register(&*inUse, 1);
-    sqlite3_randomness(0, nullptr); // it begins anew, with what this VFS gives
+    sqlite3_randomness(0, nullptr); // restarts it with the bytes of this VFS
 }
 
 DiskInUse::~DiskInUse()

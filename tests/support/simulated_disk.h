@@ -10,20 +10,19 @@
 namespace support
 {
 
-// A disk in memory whose machine can lose its power. What a program writes is safe only once it was synced, and a
-// file's name only once its directory was: when the power goes, each change not synced is kept, dropped or torn at a
-// sector. A copy of it is a disk of its own, as it was at that moment.
+// A disk in memory whose machine can lose its power. A write is safe once the file was synced, and the name of a file
+// once the directory was synced. After a power loss, each other change is kept, dropped or torn at a sector. A copy is
+// an independent disk with the same state.
 class SimulatedDisk
 {
   public:
-    // Whether a name that was removed stays so when the power goes. On some file systems it comes back, with its file,
-    // where the directory was not synced since.
-    bool UnlinksLast = true;
+    // Whether an unlink survives a power loss. On some file systems it does not until the directory is synced.
+    bool UnlinksPersist = true;
 
-    // ---- What the operating system offers to programs. Changes fail on a dead machine.
+    // ---- The calls of programs. They fail while the power is off.
 
-    bool Exists(const std::string& name) const { return !Dead && Directory.contains(name); }
-    // The number of the file, which is made where there is none.
+    bool Exists(const std::string& name) const { return !Off && Directory.contains(name); }
+    // Returns the number of the file, which is created if it does not exist.
     int Open(const std::string& name);
     std::string_view Bytes(int file) const { return Files.at(file).Bytes; }
     bool Write(int file, std::size_t offset, std::string_view bytes);
@@ -32,19 +31,18 @@ class SimulatedDisk
     bool SyncDirectory();
     bool Unlink(const std::string& name);
 
-    // ---- What befalls the machine.
+    // ---- The power.
 
     // Syncs everything.
-    void Settle();
-    // The power goes at the `call`-th write, truncation, sync or unlink from now, counted from 1. That call still
-    // reaches the disk, unsynced as it is, but does not return.
-    void DieAt(int call);
-    // The power goes now.
-    void Die() { Dead = true; }
-    bool IsDead() const { return Dead; }
+    void SyncAll();
+    // Cuts the power at the `call`-th write, truncation, sync or unlink from now, counted from 1. That call may reach
+    // the disk, but fails.
+    void CutPowerAt(int call);
+    void CutPower() { Off = true; }
+    bool IsOff() const { return Off; }
     // The calls since the last DieAt.
     int Calls() const { return Made; }
-    // The power is back. What was not synced meets its fate.
+    // Turns the power on. Chooses at random what becomes of each change that was not synced.
     void Reboot(std::mt19937_64& random);
 
   private:
@@ -63,20 +61,20 @@ class SimulatedDisk
     };
     using Names = std::map<std::string, int>;
 
-    bool Survived();
+    bool StaysOn();
     void ForgetFilesWithoutName();
 
     std::map<int, File> Files;
     Names Directory; // as programs see it
     Names SyncedDirectory;
     int LastFile = 0;
-    bool Dead = false;
+    bool Off = false;
     int Made = 0;
-    int Death = 0; // 0: it does not come
+    int LastCall = 0; // the call that loses the power; 0: none
 };
 
-// While in scope, SQLite keeps its files on this disk, in the way in which it does on Unix. One connection at a time:
-// there are no locks. Temporary files are not on the disk. What SQLite takes for chance is the same every time.
+// While in scope, SQLite keeps its files on this disk, in the same way as on Unix. There are no locks, so only one
+// connection may be open at a time. Temporary files are not on the disk. The random numbers of SQLite are fixed.
 class DiskInUse
 {
   public:
