@@ -292,7 +292,7 @@ void ShowStrain(PlantRepository& repository, const std::string& name)
         StrainSummary summary;
         if (strain.Name != name)
             continue;
-        Require(repository.GetStrainSummary(strain.ID, summary), "The strain cannot be summarized.");
+        Require(repository.GetStrainSummary(strain.ID, summary), "The summary of the strain cannot be read.");
         PrintTable("Strain " + summary.StrainName, "rrrrr",
                    {{"Plants", "Harvested", "Harvests", "Mean dry weight", "Mean quality"},
                     {std::to_string(summary.TotalPlants), std::to_string(summary.Harvested),

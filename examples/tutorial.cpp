@@ -12,19 +12,19 @@
 namespace
 {
 
-// A command gets the rest of its line. What it throws is shown to the grower.
+// A command reads the rest of its line. The text of an exception is shown to the user.
 using Command = void (*)(PlantDatabase& journal, std::istream& words);
 
-// Ends the command where an operation failed. Nothing may run on the journal in between: it would replace the reason.
+// Ends the command if an operation failed. Call it right after the operation: the next statement replaces the reason.
 void Require(const PlantDatabase& journal, bool done)
 {
     const int code = sqlite3_errcode(journal.NativeHandle());
-    if (done && code == SQLITE_OK) // a list that broke off returned true all the same
+    if (done && code == SQLITE_OK) // a list that ended early also returns true
         return;
     if (code == SQLITE_BUSY)
         throw std::runtime_error("Another program is using the journal. Try again.");
     if (code == SQLITE_OK)
-        throw std::runtime_error("The journal does not take that.");
+        throw std::runtime_error("The journal rejected the record.");
     throw std::runtime_error(sqlite3_errmsg(journal.NativeHandle()));
 }
 
@@ -35,7 +35,7 @@ void AddPlant(PlantDatabase& journal, std::istream& words)
     plant.SeedDate = PlantEventCurrentDate();
     if (!(words >> plant.Name))
         throw std::runtime_error("Which name?");
-    std::getline(words >> std::ws, plant.Strain); // the rest of the line; a new strain is registered by itself
+    std::getline(words >> std::ws, plant.Strain); // the rest of the line; also registers a new strain
     Require(journal, PlantRepository(journal).CreatePlant(plant));
     std::cout << "Sown on " << plant.SeedDate << ".\n";
 }
@@ -48,7 +48,7 @@ void ListPlants(PlantDatabase& journal, std::istream& /*words*/)
         std::cout << plant.Name << " (" << plant.Strain << "): " << PlantStageName(plant.Stage) << '\n';
 }
 
-// The plant that the next word names.
+// Finds the plant that has the next word as its name.
 Plant FindPlant(PlantDatabase& journal, std::istream& words)
 {
     std::string name;
@@ -58,7 +58,7 @@ Plant FindPlant(PlantDatabase& journal, std::istream& words)
     for (const Plant& plant : plants)
         if (plant.Name == name)
             return plant;
-    throw std::runtime_error("There is no plant \"" + name + "\".");
+    throw std::runtime_error("No plant is named \"" + name + "\".");
 }
 
 void Feed(PlantDatabase& journal, std::istream& words)
@@ -88,7 +88,7 @@ void Harvest(PlantDatabase& journal, std::istream& words)
     PlantRepository repository(journal);
     Plant plant = FindPlant(journal, words);
     HarvestRecord record;
-    repository.GetHarvestRecord(plant.UUID, record); // a second harvest corrects the first; there may be none
+    repository.GetHarvestRecord(plant.UUID, record); // false if this is the first harvest
     if (!(words >> record.WetWeightG >> record.DryWeightG))
         throw std::runtime_error("How many grams, wet and dry?");
     Require(journal, repository.SaveHarvestRecord(plant, record));
@@ -111,7 +111,7 @@ void ShowStrain(PlantDatabase& journal, std::istream& words)
                   << summary.AverageDryWeightG << " g dry on average\n";
         return;
     }
-    throw std::runtime_error("There is no strain \"" + name + "\".");
+    throw std::runtime_error("No strain is named \"" + name + "\".");
 }
 
 } // namespace

@@ -11,14 +11,14 @@ using namespace support;
 namespace
 {
 
-TEST(ReadmeTest, ItsFirstProgramIsTheOneThatIsBuilt)
+TEST(ReadmeTest, TheFirstProgramIsTheExampleThatIsBuilt)
 {
     const std::string readme = FileBytes(PLANTJOURNAL_SOURCE_DIR "/README.md");
     const std::string program = FileBytes(PLANTJOURNAL_SOURCE_DIR "/examples/first_program.cpp");
     EXPECT_NE(readme.find("```cpp\n" + program + "```\n"), std::string::npos);
 }
 
-TEST(ReadmeTest, ItsFirstProgramKeepsAFeeding)
+TEST(ReadmeTest, TheFirstProgramStoresAFeeding)
 {
     const ScratchDirectory scratch;
     const std::string run = "cd '" + scratch.File("") + "' && '" PLANTJOURNAL_FIRST_PROGRAM "' >out 2>&1";

@@ -1,4 +1,4 @@
-// The page of the file format, and its picture, show a new file and every older one as they are.
+// Compares docs/file-format.md and its diagram with a new file and with files of every earlier schema.
 
 #include "plant_file.h"
 #include "support/journal_test.h"
@@ -30,7 +30,7 @@ class FileFormatPageTest : public JournalTest
         return names;
     }
 
-    // The default as a reader takes it, without SQL's quotes.
+    // Returns the default without the quotes of SQL.
     static std::string Default(const Row& column)
     {
         if (column[4] == "NULL" || column[4] == "''")
@@ -38,7 +38,7 @@ class FileFormatPageTest : public JournalTest
         return column[4].starts_with('\'') ? column[4].substr(1, column[4].size() - 2) : column[4];
     }
 
-    // What a column's row has to say besides its name, type and default.
+    // Returns the fourth cell of a column's row.
     std::string Rules(const std::string& table, const Row& column) const
     {
         std::string rules;
@@ -62,7 +62,7 @@ class FileFormatPageTest : public JournalTest
         return rules;
     }
 
-    // The statements that made the file, as it keeps them.
+    // Returns the statements that created the tables and indexes, as the file stores them.
     Row Definitions() const
     {
         Row definitions;
@@ -72,7 +72,7 @@ class FileFormatPageTest : public JournalTest
     }
 };
 
-TEST_F(FileFormatPageTest, EveryColumnIsShownAsItIs)
+TEST_F(FileFormatPageTest, EveryColumnIsShownAsInANewFile)
 {
     for (const std::string& table : TableNames())
     {
@@ -91,7 +91,7 @@ TEST_F(FileFormatPageTest, EveryColumnIsShownAsItIs)
     }
 }
 
-TEST_F(FileFormatPageTest, ItsStatementsMakeANewFile)
+TEST_F(FileFormatPageTest, TheStatementsAreThoseOfANewFile)
 {
     const std::vector<std::string> blocks = CodeBlocks(Page, "sql");
     ASSERT_EQ(blocks.size(), 1);
@@ -127,7 +127,7 @@ TEST_F(FileFormatPageTest, TheStoredNamesAreThoseOfTheEnumerations)
     EXPECT_EQ(shown, expected);
 }
 
-// Steps of the same kind are shown together.
+// Joins consecutive steps of the same kind.
 std::string Grouped(const std::vector<std::string>& steps)
 {
     std::string text;
@@ -145,28 +145,28 @@ std::string Grouped(const std::vector<std::string>& steps)
     return text.empty() ? "nothing" : text;
 }
 
-TEST_F(FileFormatPageTest, EveryFormIsShownWithWhatOpeningDoes)
+TEST_F(FileFormatPageTest, EveryEarlierSchemaIsShownWithItsMigration)
 {
-    Rows forms;
+    Rows schemas;
     for (const OldFile& file : OldFiles())
     {
         const std::string path = Scratch.File("old.db");
         WriteOldFile(path, file);
         PlantFileInspection found;
-        EXPECT_TRUE(InspectPlantDatabase(path, found));
-        forms.push_back({file.Name, Grouped(found.Steps)});
+        EXPECT_TRUE(InspectPlantSchema(path, found));
+        schemas.push_back({file.Name, Grouped(found.Steps)});
     }
     Rows shown;
-    for (const Row& row : TableRows(Page, "## The forms of older files"))
+    for (const Row& row : TableRows(Page, "## Earlier schemas"))
         if (row.size() == 3)
             shown.push_back({Plain(row[0]), row[2]});
-    EXPECT_EQ(shown, forms);
+    EXPECT_EQ(shown, schemas);
 }
 
-TEST_F(FileFormatPageTest, TheRebuildConvertsAsItShows)
+TEST_F(FileFormatPageTest, TheRebuildConvertsEventsAsShown)
 {
     Rows shown;
-    for (const Row& row : TableRows(Page, "## The forms of older files"))
+    for (const Row& row : TableRows(Page, "## Earlier schemas"))
         if (row.size() == 4)
             shown.push_back(row);
     EXPECT_EQ(shown.size(), 14);
@@ -194,9 +194,9 @@ TEST_F(FileFormatPageTest, TheRebuildConvertsAsItShows)
     EXPECT_EQ(converted, shown);
 }
 
-// ---- The picture
+// ---- The diagram
 
-TEST_F(FileFormatPageTest, ThePictureHasEveryTableAndColumn)
+TEST_F(FileFormatPageTest, TheDiagramShowsEveryTableAndColumn)
 {
     std::vector<std::string> expected;
     for (const std::string& table : TableNames())
@@ -206,7 +206,7 @@ TEST_F(FileFormatPageTest, ThePictureHasEveryTableAndColumn)
             expected.push_back(column[1]);
     }
     std::sort(expected.begin(), expected.end());
-    // In what it is made of, and in what was made of it.
+    // In the source of the diagram and in the generated file.
     for (const auto& [file, pattern] : {std::pair("docs/file-format.dot", "(?:<b>|align=\"left\">)([^<]+)<"),
                                         {"docs/file-format.svg", "<text[^>]*>([^<]+)<"}})
     {
@@ -220,7 +220,7 @@ TEST_F(FileFormatPageTest, ThePictureHasEveryTableAndColumn)
     }
 }
 
-TEST_F(FileFormatPageTest, ThePictureHasEveryLinkWithWhatBecomesOfIt)
+TEST_F(FileFormatPageTest, TheDiagramShowsEveryLinkInTheStyleOfItsRule)
 {
     const std::map<std::string, std::string> styles = {{"CASCADE", "solid"}, {"SET NULL", "dotted"}};
     std::set<std::string> expected = {"dashed Plants:Strain -> Strains:Name"};
@@ -246,7 +246,7 @@ TEST_F(FileFormatPageTest, ThePictureHasEveryLinkWithWhatBecomesOfIt)
     }
     EXPECT_EQ(drawn, expected);
 
-    // A picture that was not made anew would still have the old lines.
+    // An outdated diagram would still have the old lines.
     std::multiset<std::string> made;
     const std::string picture = std::regex_replace(PageText("docs/file-format.svg"), std::regex("&#45;&gt;"), "->");
     const std::regex title("<title>(\\w+):[^<]*->(\\w+):[^<]*</title>");
@@ -257,11 +257,11 @@ TEST_F(FileFormatPageTest, ThePictureHasEveryLinkWithWhatBecomesOfIt)
 
 // ---- Other programs
 
-TEST_F(FileFormatPageTest, WhatIsAddedMakesAFileForeignWhichStillOpens)
+TEST_F(FileFormatPageTest, AnAdditionMakesAFileForeignButItStillOpens)
 {
     for (const std::string statement :
-         {"CREATE TABLE Ours(x);", "ALTER TABLE Plants ADD COLUMN Ours;", "CREATE VIEW Ours AS SELECT 1;",
-          "CREATE INDEX Ours ON Plants(Tent);", "CREATE TRIGGER Ours AFTER INSERT ON Plants BEGIN SELECT 1; END;",
+         {"CREATE TABLE Added(x);", "ALTER TABLE Plants ADD COLUMN Added;", "CREATE VIEW Added AS SELECT 1;",
+          "CREATE INDEX Added ON Plants(Tent);", "CREATE TRIGGER Added AFTER INSERT ON Plants BEGIN SELECT 1; END;",
           "PRAGMA journal_mode=WAL;"})
     {
         SCOPED_TRACE(statement);
@@ -279,7 +279,7 @@ TEST_F(FileFormatPageTest, WhatIsAddedMakesAFileForeignWhichStillOpens)
     }
 }
 
-TEST_F(FileFormatPageTest, VacuumIsHarmless)
+TEST_F(FileFormatPageTest, VacuumLeavesTheFileCurrent)
 {
     NewPlant("Basil", "Genovese");
     const std::string before = Content();

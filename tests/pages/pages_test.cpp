@@ -1,4 +1,4 @@
-// What holds for every page.
+// Tests that apply to every page.
 
 #include "support/page.h"
 #include "testing/scratch_directory.h"
@@ -13,7 +13,7 @@ using namespace support;
 namespace
 {
 
-// All pages, as paths from the project's directory.
+// Returns all pages, as paths relative to the project.
 std::vector<std::string> Pages()
 {
     std::vector<std::string> pages;
@@ -24,7 +24,7 @@ std::vector<std::string> Pages()
     return pages;
 }
 
-TEST(PagesTest, EveryLinkWithinTheProjectLeadsToAFile)
+TEST(PagesTest, EveryLinkInTheProjectRefersToAFile)
 {
     const std::regex link(R"(\]\(([^)#:]+)\))");
     int links = 0;
@@ -38,7 +38,7 @@ TEST(PagesTest, EveryLinkWithinTheProjectLeadsToAFile)
     EXPECT_GT(links, 30);
 }
 
-TEST(PagesTest, EveryPageIsLedToFromTheFirst)
+TEST(PagesTest, TheReadmeLinksToEveryPage)
 {
     const std::string first = PageText("README.md");
     for (const std::string& page : Pages())

@@ -1,4 +1,4 @@
-// Who waits for whom is as the page of processes shows, and its code does what it says.
+// Tries each row of the tables in docs/processes.md, and runs its code.
 
 #include "plant_file.h"
 #include "support/journal_test.h"
@@ -37,14 +37,14 @@ class ProcessesPageTest : public JournalTest
     {
         Basil = NewPlant("Basil");
         Feeding.PlantUUID = Basil.UUID;
-        Patience(0); // whoever would wait fails
+        SetTimeout(0); // a call that would wait fails
     }
 
-    void Patience(int milliseconds) const { sqlite3_busy_timeout(Database.NativeHandle(), milliseconds); }
+    void SetTimeout(int milliseconds) const { sqlite3_busy_timeout(Database.NativeHandle(), milliseconds); }
 
     bool Writes() { return Repository.CreatePlantCareEntry(Feeding); }
 
-    // Whether the plant is read, and nothing was in the way.
+    // Lists the plants. Returns whether no lock was met.
     bool Reads()
     {
         std::vector<Plant> plants;
@@ -59,36 +59,34 @@ class ProcessesPageTest : public JournalTest
     PlainConnection Other{Path};
 };
 
-TEST_F(ProcessesPageTest, ItShowsWhatIsTriedHere)
+TEST_F(ProcessesPageTest, ThePageShowsTheCasesOfTheseTests)
 {
     Rows cases;
     for (const Row& row : TableRows(Page, "## Who waits for whom"))
-        cases.push_back(
-            {row[0], row[1],
-             row[2].find("nobody waits") == 0 || row[2].find("at once") != std::string::npos ? "at once" : "waits"});
-    EXPECT_EQ(cases, (Rows{{"has the journal open", "does anything", "at once"},
-                           {"reads", "reads", "at once"},
-                           {"writes", "reads", "at once"},
+        cases.push_back({row[0], row[1], row[2].starts_with("no wait") ? "no wait" : "waits"});
+    EXPECT_EQ(cases, (Rows{{"has the journal open", "does anything", "no wait"},
+                           {"reads", "reads", "no wait"},
+                           {"writes", "reads", "no wait"},
                            {"commits", "reads", "waits"},
                            {"writes", "writes", "waits"},
                            {"reads", "commits", "waits"}}));
     EXPECT_EQ(CodeBlocks(Page, "cpp"),
-              (std::vector{Region(__FILE__, "again"), Region(__FILE__, "patience"), Region(__FILE__, "version")}));
+              (std::vector{Region(__FILE__, "again"), Region(__FILE__, "timeout"), Region(__FILE__, "version")}));
 }
 
-TEST_F(ProcessesPageTest, AnOpenJournalHoldsUpNobody)
+TEST_F(ProcessesPageTest, AnOpenJournalBlocksNoOtherProcess)
 {
     EXPECT_TRUE(Reads() && Writes());
     EXPECT_NO_THROW(Other.RunSQL("BEGIN EXCLUSIVE; DELETE FROM Strains; COMMIT;"));
 }
 
-TEST_F(ProcessesPageTest, ReadersDoNotWaitForReaders)
+TEST_F(ProcessesPageTest, AReaderDoesNotWaitForAReader)
 {
     Other.RunSQL("BEGIN; SELECT * FROM Plants;");
     EXPECT_TRUE(Reads());
 }
 
-TEST_F(ProcessesPageTest, AReaderGetsAtOnceWhatWasThereBeforeAWrite)
+TEST_F(ProcessesPageTest, AReaderDoesNotWaitForAWriteInProgress)
 {
     Other.RunSQL("BEGIN IMMEDIATE; DELETE FROM Plants;");
     EXPECT_TRUE(Reads());
@@ -116,13 +114,13 @@ TEST_F(ProcessesPageTest, ACommitWaitsForAReader)
     EXPECT_TRUE(Writes());
 }
 
-TEST_F(ProcessesPageTest, WhatALockRefusedCanBeDoneAgain)
+TEST_F(ProcessesPageTest, ASecondCallAfterALockSucceeds)
 {
     PlantRepository& repository = Repository;
     PlantDatabase& journal = Database;
     PlantCareEntry feeding = Feeding;
     Other.RunSQL("BEGIN IMMEDIATE;");
-    const AfterCall release(SQLiteCall::Exec, 1, [&] { Other.RunSQL("COMMIT;"); }); // the first time just too late
+    const AfterCall release(SQLiteCall::Exec, 1, [&] { Other.RunSQL("COMMIT;"); }); // just after the first call
     // [again]
     bool saved = repository.CreatePlantCareEntry(feeding);
     if (!saved && sqlite3_errcode(journal.NativeHandle()) == SQLITE_BUSY)
@@ -134,10 +132,10 @@ TEST_F(ProcessesPageTest, WhatALockRefusedCanBeDoneAgain)
     EXPECT_EQ(RowCount("PlantEvents"), 1);
 }
 
-TEST_F(ProcessesPageTest, ATimeOutOfOnesOwnHoldsUntilTheNextOpening)
+TEST_F(ProcessesPageTest, ATimeoutStaysSetUntilTheNextOpen)
 {
     PlantDatabase& journal = Database;
-    // [patience]
+    // [timeout]
     sqlite3_busy_timeout(journal.NativeHandle(), 10'000); // milliseconds
     // [end]
     EXPECT_EQ(QueryRows("PRAGMA busy_timeout;"), Rows{{"10000"}});
@@ -145,29 +143,30 @@ TEST_F(ProcessesPageTest, ATimeOutOfOnesOwnHoldsUntilTheNextOpening)
     EXPECT_EQ(QueryRows("PRAGMA busy_timeout;"), Rows{{"2500"}});
 }
 
-TEST_F(ProcessesPageTest, TheDataVersionTellsThatAnotherHasWritten)
+TEST_F(ProcessesPageTest, TheDataVersionChangesAfterAWriteOfAnother)
 {
     const std::int64_t before = DataVersion(Database.NativeHandle());
     EXPECT_TRUE(Writes() && Reads());
-    EXPECT_EQ(DataVersion(Database.NativeHandle()), before); // one's own writes do not count
+    EXPECT_EQ(DataVersion(Database.NativeHandle()), before); // writes of the same connection do not count
     Other.RunSQL("UPDATE Plants SET Tent='by the door';");
     EXPECT_NE(DataVersion(Database.NativeHandle()), before);
 }
 
-TEST_F(ProcessesPageTest, AWriteWaitsForAnInspectionAndForACheck)
+TEST_F(ProcessesPageTest, AWriteWaitsForAnInspectionAndACheck)
 {
-    const auto meanwhile = [&](const std::function<PlantFileResult()>& look)
+    const auto writesDuring = [&](const std::function<PlantFileResult()>& call)
     {
         bool written = true;
-        const AfterCall write(SQLiteCall::Step, 150, [&] { written = Writes(); }); // the first make no look at the file
-        EXPECT_TRUE(look());
+        const AfterCall write(SQLiteCall::Step, 150,
+                              [&] { written = Writes(); }); // the first steps do not read the file
+        EXPECT_TRUE(call());
         EXPECT_TRUE(write.Happened());
         return written;
     };
     PlantFileInspection file;
-    EXPECT_FALSE(meanwhile([&] { return InspectPlantDatabase(Path, file); }));
+    EXPECT_FALSE(writesDuring([&] { return InspectPlantDatabase(Path, file); }));
     std::vector<PlantFileFinding> findings;
-    EXPECT_FALSE(meanwhile([&] { return CheckPlantDatabase(Path, findings); }));
+    EXPECT_FALSE(writesDuring([&] { return CheckPlantDatabase(Path, findings); }));
     EXPECT_TRUE(Writes());
 }
 

@@ -1,4 +1,4 @@
-// The tutorial's program is the one that is built, at every step, and does what the page shows.
+// Builds the program of docs/tutorial.md at every step, and compares its output with the page.
 
 #include "plant.h"
 #include "support/page.h"
@@ -26,7 +26,7 @@ std::string InsertedBefore(std::string program, const std::string& place, const 
     return program.insert(position, block);
 }
 
-// The program as it grows, from the first block of the page to the last.
+// The program after each block of the page.
 std::vector<std::string> Steps()
 {
     std::vector<std::string> steps;
@@ -40,7 +40,7 @@ std::vector<std::string> Steps()
     return steps;
 }
 
-// What a program prints that is spoken to as in a session on the page, where today is the day shown there.
+// Returns the output of the program for a session on the page. The day on the page stands for today.
 std::string Printed(const std::string& session)
 {
     std::istringstream lines(session);
@@ -51,7 +51,7 @@ std::string Printed(const std::string& session)
         else if (!line.starts_with("$ "))
             printed += line + '\n';
     if (session.find("> ") != std::string::npos)
-        printed += "> "; // and its input ends
+        printed += "> "; // the prompt at the end of the input
     const std::string day = "2024-05-06";
     for (std::size_t at = 0; (at = printed.find(day, at)) != std::string::npos;)
         printed.replace(at, day.size(), PlantEventCurrentDate());
@@ -61,7 +61,7 @@ std::string Printed(const std::string& session)
 class TutorialTest : public testing::Test
 {
   protected:
-    // Runs a command line in the scratch directory and gives all that it prints.
+    // Runs a command line in the scratch directory. Returns its output.
     std::string Run(const std::string& line, const std::string& input = {}) const
     {
         std::ofstream(Scratch.File("in")) << input;
@@ -83,7 +83,7 @@ class TutorialTest : public testing::Test
         return Run(call, input);
     }
 
-    // All sessions of the page, one after the other on one journal.
+    // Runs all sessions of the page in order on one journal.
     void ExpectSessions(const std::string& program) const
     {
         for (const std::string& session : CodeBlocks(Page, "text"))
@@ -96,7 +96,7 @@ class TutorialTest : public testing::Test
             }
             const std::string expected = Printed(session);
             const std::string printed = RunSession(program, session);
-            if (expected == Printed(session)) // unless midnight was between
+            if (expected == Printed(session)) // not if midnight passed in between
             {
                 EXPECT_EQ(printed, expected);
             }
@@ -107,7 +107,7 @@ class TutorialTest : public testing::Test
     mutable int Status = 0;
 };
 
-TEST_F(TutorialTest, ItsBlocksInTheirOrderMakeUpTheProgramThatIsBuilt)
+TEST_F(TutorialTest, TheBlocksOfThePageMakeUpTheExample)
 {
     ASSERT_FALSE(Steps().empty());
     EXPECT_EQ(Steps().back(), FileBytes(PLANTJOURNAL_SOURCE_DIR "/examples/tutorial.cpp"));
@@ -118,17 +118,17 @@ TEST_F(TutorialTest, TheProgramCompilesAtEveryStep)
     for (const std::string& step : Steps())
     {
         std::ofstream(Scratch.File("garden.cpp")) << step;
-        const std::string said = Run("c++ -std=c++17 -fsyntax-only -I'" PLANTJOURNAL_SOURCE_DIR "/src' garden.cpp");
-        EXPECT_EQ(Status, 0) << step << said;
+        const std::string output = Run("c++ -std=c++17 -fsyntax-only -I'" PLANTJOURNAL_SOURCE_DIR "/src' garden.cpp");
+        EXPECT_EQ(Status, 0) << step << output;
     }
 }
 
-TEST_F(TutorialTest, TheProgramSaysWhatThePageShows)
+TEST_F(TutorialTest, TheProgramPrintsTheSessionsOfThePage)
 {
     ExpectSessions(PLANTJOURNAL_TUTORIAL);
 }
 
-TEST_F(TutorialTest, ItsCommandLineBuildsTheProgram)
+TEST_F(TutorialTest, TheCommandOfThePageBuildsTheProgram)
 {
     const std::vector<std::string> commands = CodeBlocks(Page, "sh");
     ASSERT_EQ(commands.size(), 1);

@@ -1,4 +1,4 @@
-// Files go from version to version, in both directions, as the page of upgrading says.
+// Tests the statements of docs/upgrading.md: files from older versions, and files in older programs.
 
 #include "plant_file.h"
 #include "support/journal_test.h"
@@ -15,12 +15,12 @@ namespace
 
 const std::string Page = "docs/upgrading.md";
 
-// [copy]
-// Opens the journal, once an older one has been copied.
-bool OpenWithACopy(PlantDatabase& journal, const std::string& path, std::string& error)
+// [backup]
+// Opens the journal. Makes a backup first if opening would migrate it.
+bool OpenWithBackup(PlantDatabase& journal, const std::string& path, std::string& error)
 {
     PlantFileInspection file;
-    PlantFileResult result = InspectPlantDatabase(path, file);
+    PlantFileResult result = InspectPlantSchema(path, file);
     if (result && file.Kind == PlantFileKind::Older)
         result = BackUpPlantDatabase(path, path + ".before");
     error = result.Error;
@@ -45,18 +45,18 @@ class UpgradingPageTest : public JournalTest
     std::string Error;
 };
 
-TEST_F(UpgradingPageTest, ItsCodeIsWhatIsTriedHere)
+TEST_F(UpgradingPageTest, ThePageShowsTheCodeOfTheseTests)
 {
-    EXPECT_EQ(CodeBlocks(Page, "cpp"), std::vector{Region(__FILE__, "copy")});
+    EXPECT_EQ(CodeBlocks(Page, "cpp"), std::vector{Region(__FILE__, "backup")});
 }
 
-TEST_F(UpgradingPageTest, AnOlderFileIsCopiedBeforeItIsBroughtUpToDate)
+TEST_F(UpgradingPageTest, AnOlderFileIsBackedUpBeforeItIsMigrated)
 {
     for (const OldFile& file : OldFiles())
     {
         SCOPED_TRACE(file.Name);
         WriteOldFile(Old, file);
-        EXPECT_TRUE(OpenWithACopy(Journal, Old, Error)) << Error;
+        EXPECT_TRUE(OpenWithBackup(Journal, Old, Error)) << Error;
         Journal.Close();
         EXPECT_EQ(Kind(Old), PlantFileKind::Current);
         EXPECT_EQ(Kind(Old + ".before"), HasCurrentSchema(file) ? PlantFileKind::Missing : PlantFileKind::Older);
@@ -64,20 +64,20 @@ TEST_F(UpgradingPageTest, AnOlderFileIsCopiedBeforeItIsBroughtUpToDate)
     }
 }
 
-TEST_F(UpgradingPageTest, ACopyIsNeverMadeOverAnotherFile)
+TEST_F(UpgradingPageTest, ABackupNeverReplacesAnotherFile)
 {
     WriteOldFile(Old, OldFiles().front());
     std::filesystem::copy_file(Old, Old + ".before");
-    EXPECT_FALSE(OpenWithACopy(Journal, Old, Error));
+    EXPECT_FALSE(OpenWithBackup(Journal, Old, Error));
     EXPECT_EQ(Error, Old + ".before: already exists");
     EXPECT_EQ(Kind(Old), PlantFileKind::Older);
 }
 
-TEST_F(UpgradingPageTest, TheRowsOfEveryOlderFormAreTakenByANewFile)
+TEST_F(UpgradingPageTest, ANewFileAcceptsTheRowsOfEveryEarlierSchema)
 {
     for (const OldFile& file : OldFiles())
     {
-        if (file.Name == "10_unchecked") // has types that no version with a list of them has written
+        if (file.Name == "10_unchecked") // has event types that no version with a list of types has written
             continue;
         SCOPED_TRACE(file.Name);
         const std::string path = Scratch.File(file.Name);
@@ -90,7 +90,7 @@ TEST_F(UpgradingPageTest, TheRowsOfEveryOlderFormAreTakenByANewFile)
     }
 }
 
-TEST_F(UpgradingPageTest, AnUpdateThatNamesOlderColumnsLeavesTheOthers)
+TEST_F(UpgradingPageTest, AnUpdateOfOlderColumnsLeavesTheOthersUnchanged)
 {
     Plant plant = NewPlant("Basil");
     plant.Sex = PlantSex::Female;
@@ -103,7 +103,7 @@ TEST_F(UpgradingPageTest, AnUpdateThatNamesOlderColumnsLeavesTheOthers)
     EXPECT_EQ(plant.FinalHeightCm, 40);
 }
 
-TEST_F(UpgradingPageTest, AnEventOfANewerTypeReadsAsANoteAndStays)
+TEST_F(UpgradingPageTest, AnEventOfANewerTypeIsReadAsANoteAndStaysStored)
 {
     const Plant plant = NewPlant("Basil");
     ReplaceInDefinitions("'Note'))", "'Note','Repotted'))");
