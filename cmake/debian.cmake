@@ -1,39 +1,39 @@
-# The Debian packages, one for each component. They are made in the build directory.
+# Defines the Debian packages, one for each component. CPack writes them to the build directory.
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL Runtime Development Command)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_PACKAGE_CONTACT "the plantjournal authors <authors@plantjournal.invalid>")
 set(CPACK_STRIP_FILES ON)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS # whatever the umask
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS # independent of the umask
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=") # a later version of the same major one serves as well
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR} ${CMAKE_BINARY_DIR}/file) # no package has them yet
-set(what "Keeps plants and their lineage, strains, a timeline, feedings, harvests,
-photos, health problems and notes in one file.")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=") # any later version with the same major version also works
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR} ${CMAKE_BINARY_DIR}/file) # not installed yet
+set(what "Stores plants and their lineage, strains, a timeline, feedings, harvests,
+photos, health observations and notes in one file.")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libplantjournal1)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${what}\n\nThis package holds the shared libraries.")
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${what}\n\nThis package contains the shared libraries.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libplantjournal-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libplantjournal1 (= ${PROJECT_VERSION}), libsqlite3-dev")
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${what}\n\nThis package holds what programs are built with.")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${what}\n\nThis package contains the files for building programs.")
 
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME plantjournal)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS "libplantjournal1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_COMMAND_DESCRIPTION "${what}\n\nThis package holds the command.")
+set(CPACK_DEBIAN_COMMAND_DESCRIPTION "${what}\n\nThis package contains the command.")
 
-# What Debian wants beside the files themselves.
+# Files that Debian policy requires.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(cmake/debian/changelog.in changelog @ONLY)
 foreach(component ${CPACK_COMPONENTS_ALL})

@@ -1,4 +1,4 @@
-# What cmake --install does for the libraries.
+# Installs the libraries, their headers, and the files for find_package and pkg-config.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -8,7 +8,7 @@ install(TARGETS ${libraries} EXPORT plantjournal
     ARCHIVE COMPONENT Development
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/plantjournal COMPONENT Development)
 
-# For find_package.
+# For find_package
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/plantjournal)
 install(EXPORT plantjournal NAMESPACE plantjournal:: DESTINATION ${config_dir} FILE plantjournal-targets.cmake
     COMPONENT Development)
@@ -20,7 +20,7 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/plantjournal-config-version.cmake
     DESTINATION ${config_dir} COMPONENT Development)
 
-# For pkg-config. Like the above it may be moved as a whole, unless the libraries' directory is given as an absolute one.
+# For pkg-config. The installation can be moved, unless the library directory is an absolute path.
 file(RELATIVE_PATH pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" pc_prefix "\${pcfiledir}/${pc_prefix}")
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
@@ -28,7 +28,9 @@ if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
 endif()
 cmake_path(APPEND pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 cmake_path(APPEND pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}" plantjournal)
-set(pc_requires Requires) # a program links what a static library needs, and no more: --static would ask for all of SQLite's
+# A program with a static library must link SQLite. Requires.private would need --static, which also adds the libraries
+# that SQLite needs.
+set(pc_requires Requires)
 if(BUILD_SHARED_LIBS)
     set(pc_requires Requires.private)
 endif()

@@ -1,5 +1,5 @@
-# Makes of a page what Doxygen takes, in older and newer versions: the page is named after its file, what links to another
-# page does so by that name, and what links to a source file of the project links to the page that shows it.
+# Converts a page for Doxygen, in older and newer versions. Names the page after its file, replaces links to other pages
+# with references to their names, and replaces links to source files with links to the pages that show them.
 FNR == 1 {
     page = tolower(FILENAME)
     sub(/.*\//, "", page)

@@ -325,7 +325,7 @@ TEST_F(SeasonTest, NoTextShowsAMissingMeasurement)
     const auto details = [&](const std::string& date)
     {
         return journal.QueryRows("SELECT Details FROM PlantJournalEntries WHERE EntryDate='" + date +
-                             "' AND PlantUUID=(SELECT UUID FROM Plants WHERE Name='AICU') ORDER BY ID;");
+                                 "' AND PlantUUID=(SELECT UUID FROM Plants WHERE Name='AICU') ORDER BY ID;");
     };
     EXPECT_EQ(details("2019-12-24"), (Rows{{"Stem growth 18.7 cm, thickness 8.3 mm"}})); // no trusses
     EXPECT_EQ(details("2020-04-29"), (Rows{{"Trusses 22"}, {"Flavour 77, Brix 8.9, dry matter 9.25"}}));

@@ -1,4 +1,4 @@
-# Before the packages are made: Debian has manual pages and changelogs compressed.
+# Compresses manual pages and changelogs before packaging, as Debian policy requires.
 file(GLOB_RECURSE files
     ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/usr/share/man/*.1
     ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/changelog)

@@ -1,12 +1,11 @@
-// What a program does that has taken plantjournal in: it keeps a plant under an identifier of its own making, and looks
-// at the file from outside.
+// A program that uses both libraries: stores a plant under a UUID that it creates, and inspects the file.
 
 #include "plant_database.h"
 #include "plant_file.h"
 
 #include <iostream>
 
-std::string CreatePlantUUID(); // the library's
+std::string CreatePlantUUID(); // exported by the library, in no header
 
 int main()
 {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run.sh TEST BUILD: one of the tests below, of what the build directory BUILD, configured by the preset `package`, holds.
-# What consumes the libraries is copied to a directory of its own first, far from the project and from BUILD.
+# run.sh TEST BUILD: runs one of the tests below on the build directory BUILD, which the preset `package` configured.
+# Copies each project that uses the libraries to a scratch directory first, outside of the project and of BUILD.
 set -euo pipefail
 
 here=$(cd -P -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
@@ -10,7 +10,7 @@ version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
 multiarch=$(dpkg-architecture -q DEB_HOST_MULTIARCH)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-# Nothing that is installed elsewhere may help.
+# Ignore libraries that are installed elsewhere.
 unset CMAKE_PREFIX_PATH CPATH LD_LIBRARY_PATH LIBRARY_PATH PKG_CONFIG_PATH
 export CMAKE_GENERATOR=Ninja
 
@@ -19,14 +19,14 @@ fail() {
     exit 1
 }
 
-# expect WHAT EXPECTED: standard input is to be the text EXPECTED, or what the file @EXPECTED holds.
+# expect WHAT EXPECTED: compares standard input with the text EXPECTED, or with the contents of the file @EXPECTED.
 expect() {
     local expected=$2
     [[ $expected != @* ]] || expected=$(<"${expected#@}")
-    diff -u --label expected --label found <(printf '%s\n' "$expected") - || fail "$1 is not as expected"
+    diff -u --label expected --label found <(printf '%s\n' "$expected") - || fail "$1: not as expected"
 }
 
-# copy CONSUMER: into the directory app.
+# copy PROJECT: copies it to the directory app.
 copy() {
     rm -rf "$scratch/app"
     cp -r "$here/$1" "$scratch/app"
@@ -43,7 +43,7 @@ build_with_cmake() {
 # works PROGRAM
 works() {
     rm -f journal.db
-    "$1" | expect 'What the program prints' 'Current, Veg'
+    "$1" | expect 'The output of the program' 'Current, Veg'
 }
 
 # find_package OPTION...
@@ -61,8 +61,8 @@ pkg_config() {
     LD_LIBRARY_PATH=$1 works ./app
 }
 
-# Prints what a shared library exports, but for the instances of the standard library's templates: which of those there
-# are depends on the compiler and on how far it optimises.
+# Prints the symbols that a shared library exports, without instances of the standard library's templates, because those
+# depend on the compiler and its optimisation.
 exports() {
     nm --dynamic --defined-only --format=just-symbols "$1" |
         sed -E '/^_Z(GV|TV|TT|TI|TS|Z)*(N[KVRO]*)?(St|S[absiod]|9__gnu_cxx)/d' | c++filt |
@@ -70,15 +70,15 @@ exports() {
             s/std::vector<\([A-Za-z]*\), std::allocator<\1> >/std::vector<\1>/g' | LC_ALL=C sort -u
 }
 
-# configure_static OPTION...: with the newer name of SQLite's target, the older one being what the shared libraries get
-# where CMake is not that new.
+# configure_static OPTION...: uses the newer name of SQLite's target. The shared libraries use the older one, unless
+# CMake is new enough.
 configure_static() {
     cmake -S "$project" -B "$build/static" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG= -DBUILD_SHARED_LIBS=OFF \
         -DPLANTJOURNAL_BUILD_TESTS=OFF -DPLANTJOURNAL_BUILD_EXAMPLES=OFF -DPLANTJOURNAL_BUILD_TOOLS=OFF \
         -DCMAKE_MODULE_PATH="$here/newer_sqlite" "$@"
 }
 
-# install_packages PACKAGE...: into the directory root, as anybody; what they depend on is this machine's.
+# install_packages PACKAGE...: installs them into the directory root, without privileges and without their dependencies.
 install_packages() {
     local package files=() admin=$scratch/root/var/lib/dpkg
     for package; do
@@ -86,7 +86,7 @@ install_packages() {
     done
     mkdir -p "$admin/info" "$admin/updates" "$scratch/bin"
     touch "$admin/status"
-    ln -s "$(type -P true)" "$scratch/bin/ldconfig" # there is no root to keep a cache for
+    ln -s "$(type -P true)" "$scratch/bin/ldconfig" # the real one needs privileges
     PATH=$scratch/bin:$PATH:/usr/sbin:/sbin dpkg --root="$scratch/root" --log="$scratch/dpkg.log" \
         --force-depends --force-not-root --force-script-chrootless --install "${files[@]}"
     for package; do
@@ -97,10 +97,10 @@ install_packages() {
 
 # ---- The tests
 
-test_headers_stand_alone() {
+test_each_header_compiles_alone() {
     local compiler standard header
     for compiler in g++ clang++; do
-        for standard in c++17 c++20 c++2b; do # the last is C++23, as older compilers have it, too
+        for standard in c++17 c++20 c++2b; do # c++2b is C++23 in older compilers, too
             for header in src/plant.h src/plant_database.h file/plant_file.h; do
                 printf '#include "%s"\n' "${header##*/}" |
                     "$compiler" -std=$standard -fsyntax-only -Wall -Wextra -Wpedantic -Wundef -Werror \
@@ -110,10 +110,10 @@ test_headers_stand_alone() {
     done
 }
 
-test_shared_libraries_export_what_is_listed() {
-    exports "$build/libplantjournal.so" | expect 'What libplantjournal exports' "@$here/exports/plantjournal.txt"
+test_shared_libraries_export_the_listed_symbols() {
+    exports "$build/libplantjournal.so" | expect 'The exports of libplantjournal' "@$here/exports/plantjournal.txt"
     exports "$build/file/libplantjournal_file.so" |
-        expect 'What libplantjournal_file exports' "@$here/exports/plantjournal_file.txt"
+        expect 'The exports of libplantjournal_file' "@$here/exports/plantjournal_file.txt"
 }
 
 test_install_shared() {
@@ -128,42 +128,42 @@ test_install_static() {
     cmake --install "$build/static" --prefix "$build/installed/static"
 }
 
-test_find_package_serves_shared() { find_package -DCMAKE_PREFIX_PATH="$build/installed/shared"; }
-test_find_package_serves_static() { find_package -DCMAKE_PREFIX_PATH="$build/installed/static"; }
-test_pkg_config_serves_shared() { pkg_config "$build/installed/shared/lib/$multiarch"; }
-test_pkg_config_serves_static() { pkg_config "$build/installed/static/lib"; }
+test_find_package_finds_shared_libraries() { find_package -DCMAKE_PREFIX_PATH="$build/installed/shared"; }
+test_find_package_finds_static_libraries() { find_package -DCMAKE_PREFIX_PATH="$build/installed/static"; }
+test_pkg_config_finds_shared_libraries() { pkg_config "$build/installed/shared/lib/$multiarch"; }
+test_pkg_config_finds_static_libraries() { pkg_config "$build/installed/static/lib"; }
 
-test_installation_may_be_moved() {
+test_an_installation_can_be_moved() {
     cp -a "$build/installed/shared" "$scratch/moved"
     find_package -DCMAKE_PREFIX_PATH="$scratch/moved"
     pkg_config "$scratch/moved/lib/$multiarch"
-    ! grep -rl "$build" "$scratch/moved" || fail 'They tell where they were built'
+    ! grep -rl "$build" "$scratch/moved" || fail 'The installation contains the path of the build directory'
 }
 
-test_library_directory_may_be_absolute() {
+test_the_library_directory_can_be_absolute() {
     configure_static -DCMAKE_INSTALL_PREFIX="$scratch/prefix" -DCMAKE_INSTALL_LIBDIR="$scratch/elsewhere"
     cmake --install "$build/static"
     find_package -Dplantjournal_DIR="$scratch/elsewhere/cmake/plantjournal"
     pkg_config "$scratch/elsewhere"
 }
 
-test_version_must_fit() {
+test_find_package_checks_the_version() {
     copy versions
     cmake -S . -B build -DCMAKE_PREFIX_PATH="$build/installed/static" -DPLANTJOURNAL_VERSION="$version"
 }
 
-test_add_subdirectory_serves() {
+test_add_subdirectory_adds_the_libraries() {
     copy add_subdirectory
     ln -s "$project" plantjournal
     build_with_cmake
     works build/app
     cmake --install build --prefix "$scratch/prefix"
-    [[ ! -e $scratch/prefix ]] || fail 'A project within another installs something unasked'
+    [[ ! -e $scratch/prefix ]] || fail 'A subproject installs files by default'
     [[ ! -e build/plantjournal/tools && ! -e build/plantjournal/tests && ! -e build/plantjournal/examples ]] ||
-        fail 'A project within another builds more than its libraries unasked'
+        fail 'A subproject builds more than its libraries by default'
 }
 
-test_sqlite_may_be_a_target_of_the_program() {
+test_a_program_can_define_the_sqlite_target() {
     copy own_sqlite
     build_with_cmake -DCMAKE_PREFIX_PATH="$build/installed/static"
     works build/app
@@ -173,11 +173,11 @@ test_sqlite_may_be_a_target_of_the_program() {
     works build/app
 }
 
-test_sqlite_may_have_its_newer_name_only() {
+test_sqlite_can_have_only_its_newer_name() {
     find_package -DCMAKE_PREFIX_PATH="$build/installed/static" -DCMAKE_MODULE_PATH="$here/newer_sqlite"
 }
 
-test_debian_packages_are_made() {
+test_debian_packages_are_built() {
     rm -f "$build"/*.deb
     cd "$build"
     cpack
@@ -185,40 +185,41 @@ test_debian_packages_are_made() {
 
 test_debian_packages_pass_lintian() { lintian --allow-root --fail-on error,warning "$build"/*.deb; }
 
-test_debian_packages_hold_what_is_listed() {
+test_debian_packages_contain_the_listed_files() {
     local package
     for package in libplantjournal1 libplantjournal-dev plantjournal; do
         dpkg-deb --fsys-tarfile "$build/${package}_${version}"_*.deb | tar -t |
             sed -n "s|$multiarch|MULTIARCH|; s|\.so\.$version|.so.VERSION|; s|^\.\(.*[^/]\)\$|$package \1|p"
-    done | expect 'What the packages hold' "@$here/debian_files.txt"
+    done | expect 'The contents of the packages' "@$here/debian_files.txt"
 }
 
-test_debian_packages_depend_on_what_they_need() {
+test_debian_packages_have_their_dependencies() {
     depends() { dpkg-deb -f "$build/${1}_${version}"_*.deb Depends; }
-    depends libplantjournal-dev | expect 'What the headers depend on' "libplantjournal1 (= $version), libsqlite3-dev"
+    depends libplantjournal-dev |
+        expect 'The dependencies of libplantjournal-dev' "libplantjournal1 (= $version), libsqlite3-dev"
     local package
     for package in libplantjournal1 plantjournal; do
-        [[ $(depends $package) == *'libsqlite3-0 (>= '*'libstdc++6 (>= '* ]] || fail "$package depends on too little"
+        [[ $(depends $package) == *'libsqlite3-0 (>= '*'libstdc++6 (>= '* ]] || fail "$package: no dependency"
     done
-    [[ $(depends plantjournal) == "libplantjournal1 (= $version), "* ]] || fail 'The command lacks its libraries'
+    [[ $(depends plantjournal) == "libplantjournal1 (= $version), "* ]] || fail 'plantjournal: no libraries'
     dpkg-deb -I "$build/libplantjournal1_${version}"_*.deb shlibs |
-        sort | expect 'What programs will depend on' "libplantjournal 1 libplantjournal1 (>= $version)
+        sort | expect 'The dependencies of programs' "libplantjournal 1 libplantjournal1 (>= $version)
 libplantjournal_file 1 libplantjournal1 (>= $version)"
 }
 
-test_debian_packages_serve_a_program() {
+test_a_program_builds_with_the_debian_packages() {
     install_packages libplantjournal1 libplantjournal-dev
     find_package -DCMAKE_PREFIX_PATH="$scratch/root/usr"
     pkg_config "$scratch/root/usr/lib/$multiarch"
 }
 
-test_debian_packages_serve_the_command() {
+test_the_command_runs_from_the_debian_packages() {
     install_packages libplantjournal1 plantjournal
     export LD_LIBRARY_PATH=$scratch/root/usr/lib/$multiarch
     cd "$scratch"
     "root/usr/bin/plantjournal" --version | expect 'The version' "plantjournal $version"
     "root/usr/bin/plantjournal" --file journal.db plant add Basil
-    "root/usr/bin/plantjournal" --file journal.db plant list --json | grep -q '"Basil"' || fail 'Basil is lost'
+    "root/usr/bin/plantjournal" --file journal.db plant list --json | grep -q '"Basil"' || fail 'Basil is not listed'
 }
 
 "test_$1"

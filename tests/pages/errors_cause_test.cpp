@@ -4,8 +4,8 @@
 #include "pages/errors_page.h"
 #include "support/child_process.h"
 #include "support/disk_failure.h"
-#include "support/repository_operations.h"
 #include "support/page.h"
+#include "support/repository_operations.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -194,8 +194,10 @@ std::vector<Refusal> RefusalPageTest::StrainRefusals()
         {"UpdateStrain", "another strain has the name", OK, Unique,
          [this] { return UpdateThyme([](Strain& s) { s.Name = "Genovese"; }); }},
         {"DeleteStrain", "a plant has the strain", OK, Nothing,
-         [this]
-         { return Repository.DeleteStrain(std::stoi(QueryRows("SELECT ID FROM Strains WHERE Name='Genovese';")[0][0])); }},
+         [this] {
+             return Repository.DeleteStrain(
+                 std::stoi(QueryRows("SELECT ID FROM Strains WHERE Name='Genovese';")[0][0]));
+         }},
         {"GetStrainSummary", "no strain has this row ID", OK, Nothing,
          [this] { return Repository.GetStrainSummary(99, *std::make_unique<StrainSummary>()); }},
     };

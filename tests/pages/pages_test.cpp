@@ -38,6 +38,16 @@ TEST(PagesTest, EveryLinkInTheProjectRefersToAFile)
     EXPECT_GT(links, 30);
 }
 
+TEST(PagesTest, EveryPathInContributingExists)
+{
+    const std::string text = PageText("CONTRIBUTING.md");
+    const std::regex path("`((src|file|tools|examples|testing|tests|bench|docs|cmake)/[a-z_/.]*)`");
+    int paths = 0;
+    for (std::sregex_iterator match(text.begin(), text.end(), path), end; match != end; ++match, ++paths)
+        EXPECT_TRUE(std::filesystem::exists(PLANTJOURNAL_SOURCE_DIR "/" + (*match)[1].str())) << (*match)[1];
+    EXPECT_GT(paths, 30);
+}
+
 TEST(PagesTest, TheReadmeLinksToEveryPage)
 {
     const std::string first = PageText("README.md");

@@ -1,4 +1,4 @@
-# The one target that CMake's own module of this name will keep.
+# Defines only the target that CMake's module of this name will keep.
 find_path(SQLite3_INCLUDE_DIR sqlite3.h)
 find_library(SQLite3_LIBRARY sqlite3)
 if(NOT TARGET SQLite3::SQLite3)
