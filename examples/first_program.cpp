@@ -19,7 +19,7 @@ int main()
     feeding.CareDate = PlantEventCurrentDate();
     feeding.Action = PlantCareAction::Feed;
     feeding.AmountMl = 250;
-    if (!repository.CreatePlantCareEntry(feeding)) // the entry and its timeline event, or neither
+    if (!repository.CreatePlantCareEntry(feeding)) // also writes a timeline event, in the same transaction
         return 1;
 
     std::vector<PlantEvent> timeline;

@@ -397,8 +397,7 @@ TEST_F(SeasonTest, TheNextRunCompletesAnInterruptedSeason)
     const std::string shown = Out();
     PlainConnection(Journal).RunSQL(
         "PRAGMA foreign_keys=ON; DELETE FROM Plants WHERE ID>4; DELETE FROM HarvestRecords WHERE ID=4; "
-        "UPDATE Plants SET Stage='Veg',HarvestDate='' WHERE ID=4;"); // as if a run was killed while it wrote the fourth
-                                                                     // plant
+        "UPDATE Plants SET Stage='Veg',HarvestDate='' WHERE ID=4;"); // as if killed during the fourth plant
     ASSERT_EQ(Run(), 0) << Err();
     EXPECT_TRUE(Out().ends_with(shown.substr(shown.size() / 2)));
     const PlainConnection journal(Journal);
