@@ -10,8 +10,8 @@
 namespace
 {
 
-// The stored names, in the order of the enumerators. They are views since most comparisons end at the length; each ends
-// with the zero byte of its literal.
+// The stored names in the order of the enumerators. They are views because most comparisons of views end at the length.
+// Each view is a whole literal, so `data()` ends with a zero byte.
 constexpr std::string_view StageNames[] = {"Seed", "Clone", "Veg", "Flower", "Dry", "Cure", "Harvested", "Archived"};
 constexpr std::string_view SexNames[] = {"Unknown", "Female", "Male", "Hermaphrodite"};
 constexpr std::string_view EventTypeNames[] = {"Clone", "Transplant", "Flip",        "Harvest",    "Feed", "Water",
@@ -23,7 +23,7 @@ constexpr std::string_view JournalTypeNames[] = {"Observation", "Training",    "
 template <typename Enum, std::size_t Count>
 const char* NameOf(const std::string_view (&names)[Count], Enum value, Enum fallback)
 {
-    const auto number = static_cast<std::size_t>(value); // a negative one becomes larger than any
+    const auto number = static_cast<std::size_t>(value); // a negative number becomes larger than Count
     return names[number < Count ? number : static_cast<std::size_t>(fallback)].data();
 }
 
@@ -36,8 +36,8 @@ Enum FromName(const std::string_view (&names)[Count], std::string_view name, Enu
     return fallback;
 }
 
-// Works on a copy: a failed create may have numbered its record already, and saving that one again would update a row
-// that does not exist and call it success.
+// Saves a copy, because a failed create may set `ID`. The next save would then update a row that does not exist and
+// return true.
 template <auto Create, auto Update, typename Record> bool SaveRecord(PlantRepository& repository, Record& record)
 {
     Record copy = record;
@@ -106,7 +106,7 @@ std::string PlantEventCurrentDate()
 #ifdef _WIN32
     localtime_s(&today, &now);
 #else
-    tzset(); // a journal stays open while its grower travels
+    tzset(); // the time zone may have changed since the last call
     localtime_r(&now, &today);
 #endif
     char date[32];

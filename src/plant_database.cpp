@@ -11,6 +11,7 @@
 #include <random>
 #include <string_view>
 #include <system_error>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -30,7 +31,7 @@ bool Prepare(sqlite3* db, const char* sql, sqlite3_stmt** statement)
 
 bool BindText(sqlite3_stmt* statement, int index, const std::string& value)
 {
-    return value.size() <= INT_MAX && // a longer text would be cut by the conversion
+    return value.size() <= INT_MAX && // the conversion to int would truncate a longer text
            sqlite3_bind_text(statement, index, value.c_str(), static_cast<int>(value.size()), SQLITE_TRANSIENT) ==
                SQLITE_OK;
 }
@@ -43,13 +44,13 @@ bool BindDouble(sqlite3_stmt* statement, int index, double value)
 std::string ColumnText(sqlite3_stmt* statement, int column)
 {
     const unsigned char* text = sqlite3_column_text(statement, column);
-    // A null pointer is a NULL or a text that SQLite found no memory for; taking that one for empty would lose it.
+    // A null pointer means NULL or a lack of memory. After a lack of memory, an empty text would be wrong data.
     if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM)
         throw std::bad_alloc();
     return text != nullptr ? reinterpret_cast<const char*>(text) : "";
 }
 
-// A prepared statement, finalised at the end of its scope.
+// A prepared statement, finalized at the end of its scope.
 struct Statement
 {
     sqlite3_stmt* Handle = nullptr;
@@ -58,6 +59,21 @@ struct Statement
     ~Statement() { sqlite3_finalize(Handle); }
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
+};
+
+// The functions of plant.h that convert an enumeration to its stored name and back.
+template <typename Enum> struct Conversion
+{
+    const char* (*Name)(Enum);
+    Enum (*FromName)(const std::string&);
+};
+
+constexpr std::tuple Conversions{
+    Conversion<PlantStage>{PlantStageName, PlantStageFromName},
+    Conversion<PlantSex>{PlantSexName, PlantSexFromName},
+    Conversion<PlantEventType>{PlantEventTypeName, PlantEventTypeFromName},
+    Conversion<PlantCareAction>{PlantCareActionName, PlantCareActionFromName},
+    Conversion<PlantJournalType>{PlantJournalTypeName, PlantJournalTypeFromName},
 };
 
 bool Bind(sqlite3_stmt* statement, int index, std::int64_t value)
@@ -80,29 +96,10 @@ bool Bind(sqlite3_stmt* statement, int index, const std::string& value)
     return BindText(statement, index, value);
 }
 
-bool Bind(sqlite3_stmt* statement, int index, PlantStage value)
+// Enumerations are stored by name.
+template <typename Enum> bool Bind(sqlite3_stmt* statement, int index, Enum value)
 {
-    return BindText(statement, index, PlantStageName(value));
-}
-
-bool Bind(sqlite3_stmt* statement, int index, PlantSex value)
-{
-    return BindText(statement, index, PlantSexName(value));
-}
-
-bool Bind(sqlite3_stmt* statement, int index, PlantEventType value)
-{
-    return BindText(statement, index, PlantEventTypeName(value));
-}
-
-bool Bind(sqlite3_stmt* statement, int index, PlantCareAction value)
-{
-    return BindText(statement, index, PlantCareActionName(value));
-}
-
-bool Bind(sqlite3_stmt* statement, int index, PlantJournalType value)
-{
-    return BindText(statement, index, PlantJournalTypeName(value));
+    return BindText(statement, index, std::get<Conversion<Enum>>(Conversions).Name(value));
 }
 
 void Read(sqlite3_stmt* row, int column, std::int64_t& field)
@@ -125,46 +122,26 @@ void Read(sqlite3_stmt* row, int column, std::string& field)
     field = ColumnText(row, column);
 }
 
-void Read(sqlite3_stmt* row, int column, PlantStage& field)
+template <typename Enum> void Read(sqlite3_stmt* row, int column, Enum& field)
 {
-    field = PlantStageFromName(ColumnText(row, column));
+    field = std::get<Conversion<Enum>>(Conversions).FromName(ColumnText(row, column));
 }
 
-void Read(sqlite3_stmt* row, int column, PlantSex& field)
-{
-    field = PlantSexFromName(ColumnText(row, column));
-}
-
-void Read(sqlite3_stmt* row, int column, PlantEventType& field)
-{
-    field = PlantEventTypeFromName(ColumnText(row, column));
-}
-
-void Read(sqlite3_stmt* row, int column, PlantCareAction& field)
-{
-    field = PlantCareActionFromName(ColumnText(row, column));
-}
-
-void Read(sqlite3_stmt* row, int column, PlantJournalType& field)
-{
-    field = PlantJournalTypeFromName(ColumnText(row, column));
-}
-
-// Binds the values to the ?s from left to right, stopping at the first that fails.
+// Binds the values to the parameters from left to right and stops at the first failure.
 template <typename... Values> bool BindAll([[maybe_unused]] sqlite3_stmt* statement, const Values&... values)
 {
     [[maybe_unused]] int index = 0;
     return (Bind(statement, ++index, values) && ...);
 }
 
-// The mirror: fills the fields from the columns, left to right.
+// Fills the fields from the columns, from left to right.
 template <typename... Fields> void ReadAll(sqlite3_stmt* row, Fields&... fields)
 {
     int column = 0;
     (Read(row, column++, fields), ...);
 }
 
-// A write. How many rows it changed is no matter.
+// Runs a write. The number of changed rows does not affect the result.
 template <typename... Values> bool Run(sqlite3* db, const char* sql, const Values&... values)
 {
     Statement statement;
@@ -172,7 +149,7 @@ template <typename... Values> bool Run(sqlite3* db, const char* sql, const Value
            sqlite3_step(statement.Handle) == SQLITE_DONE;
 }
 
-// A write of a new row, whose number it stores in `id`.
+// Inserts a row and stores its row ID in `id`.
 template <typename... Values> bool Insert(sqlite3* db, std::int64_t& id, const char* sql, const Values&... values)
 {
     if (!Run(db, sql, values...))
@@ -181,19 +158,27 @@ template <typename... Values> bool Insert(sqlite3* db, std::int64_t& id, const c
     return true;
 }
 
-// A read of one row, given to `read`; false where there is none.
-template <typename ReadRow, typename... Keys>
-bool Fetch(sqlite3* db, const char* sql, const ReadRow& read, const Keys&... keys)
+// Reads one row into `out`. Without a row, or when an exception ends the reading, `out` is unchanged.
+template <typename Record, typename ReadRow, typename... Keys>
+bool Fetch(sqlite3* db, const char* sql, Record& out, const ReadRow& read, const Keys&... keys)
 {
     Statement statement;
     if (!Prepare(db, sql, &statement.Handle) || !BindAll(statement.Handle, keys...) ||
         sqlite3_step(statement.Handle) != SQLITE_ROW)
         return false;
-    read(statement.Handle);
+    Record record{};
+    read(statement.Handle, record);
+    out = std::move(record);
     return true;
 }
 
-// A read of all rows, each given to `read` with its record. The keys come by value: they may live in `out`.
+// Reads a row of one value, for Fetch.
+template <typename Value> void ReadValue(sqlite3_stmt* row, Value& value)
+{
+    Read(row, 0, value);
+}
+
+// Reads all rows into `out`. The keys are copies, since they may be members of a record in `out`.
 template <typename Record, typename ReadRow, typename... Keys>
 bool List(sqlite3* db, const char* sql, std::vector<Record>& out, const ReadRow& read, Keys... keys)
 {
@@ -210,7 +195,7 @@ bool List(sqlite3* db, const char* sql, std::vector<Record>& out, const ReadRow&
         }
         catch (...)
         {
-            out.pop_back(); // half a record is none
+            out.pop_back(); // drop the partial record
             throw;
         }
     }
@@ -222,31 +207,43 @@ bool Execute(sqlite3* db, const char* sql)
     return db != nullptr && sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-// All of `work` or nothing: every way out but a commit rolls back, an exception's too. Rolling back takes memory; it is
-// kept back from the beginning, for a transaction that stayed open would swallow all that is written after it.
-template <typename Work> bool InTransaction(sqlite3* db, const Work& work)
+// A transaction. Its destructor rolls it back unless it was committed.
+class Transaction
 {
-    constexpr int enough = 8192;
-    std::unique_ptr<void, decltype(&sqlite3_free)> memory(sqlite3_malloc(enough), sqlite3_free);
-    if (memory == nullptr || !Execute(db, "BEGIN IMMEDIATE;"))
-        return false;
-    const auto rollBack = [&memory](sqlite3* connection)
+  public:
+    explicit Transaction(sqlite3* db) : DB(db) {}
+    ~Transaction()
     {
-        memory.reset();
-        if (!Execute(connection, "ROLLBACK;") && sqlite3_get_autocommit(connection) == 0)
-            Execute(connection, "ROLLBACK;"); // what found no memory once may find it the next time
-    };
-    std::unique_ptr<sqlite3, decltype(rollBack)> rollback(db, rollBack);
-    if (!work() || !Execute(db, "COMMIT;"))
-        return false;
-    static_cast<void>(rollback.release());
-    return true;
-}
+        sqlite3_free(Reserve);
+        if (Open && !Execute(DB, "ROLLBACK;") && sqlite3_get_autocommit(DB) == 0)
+            Execute(DB, "ROLLBACK;"); // the first one may have failed for lack of memory
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
 
-// Appends a number with so many digits after its point, rounded as printf rounds and the same in every locale.
+    bool Begin()
+    {
+        Reserve = sqlite3_malloc(8192);
+        Open = Reserve != nullptr && Execute(DB, "BEGIN IMMEDIATE;");
+        return Open;
+    }
+    bool Commit()
+    {
+        Open = !Execute(DB, "COMMIT;");
+        return !Open;
+    }
+
+  private:
+    sqlite3* DB;
+    // Memory for the rollback. Without it, a transaction could stay open and contain all later writes.
+    void* Reserve = nullptr;
+    bool Open = false;
+};
+
+// Appends a number with `decimals` digits after the decimal point, rounded as printf does, in every locale alike.
 void AppendFixed(std::string& text, double value, int decimals)
 {
-    std::array<char, 512> digits{}; // the largest number has 309 digits before its point
+    std::array<char, 512> digits{}; // the largest number has 309 digits before the decimal point
     const std::to_chars_result end =
         std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed, decimals);
     text.append(digits.data(), end.ptr);
@@ -257,11 +254,11 @@ void AppendFixed(std::string& text, double value, int decimals)
 // ---------------------------------------------------------------------------------------------------------------------
 // Identifiers
 
-// Declared by no header; a caller that wants identifiers of its own declares it like this.
+// No header declares this function. A caller that needs identifiers copies this declaration.
 PLANTJOURNAL_API std::string CreatePlantUUID();
 
-// A random UUID of version 4 in lower case: RFC 9562, sections 4 and 5.4. An identifier, not a secret. One thread at a
-// time: the generator is shared.
+// Returns a random version 4 UUID in lower case (RFC 9562, sections 4 and 5.4). It is not a secret. The generator is
+// shared: only one thread at a time may call this function.
 std::string CreatePlantUUID()
 {
     static std::random_device device;
@@ -296,38 +293,37 @@ PlantDatabase::~PlantDatabase()
 
 bool PlantDatabase::Open(const std::string& path, std::string* error)
 {
-    std::string file = path; // closing empties the text that `path` may refer to, and an empty path opens another file
+    std::string file = path; // a copy, since `path` may be `Path()`, which Close empties
     Close();
-
-    const bool cut = file.find('\0') != std::string::npos; // SQLite would open what comes before it
-    std::error_code ignored;                               // SQLite reports the real problem
-    if (!cut)
-        std::filesystem::create_directories(std::filesystem::u8path(file).parent_path(), ignored);
-
-    const auto close = [](PlantDatabase* database) { database->Close(); };
-    std::unique_ptr<PlantDatabase, decltype(close)> closeUnlessOpened(this, close);
-
-    if (cut ||
-        sqlite3_open_v2(file.c_str(), &Handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
-                        nullptr) != SQLITE_OK)
+    try
     {
-        ErrorText = Handle != nullptr ? sqlite3_errmsg(Handle) : "Could not open database";
-        Close();
+        const bool hasZeroByte = file.find('\0') != std::string::npos; // SQLite would ignore the rest of the name
+        std::error_code ignored;                                       // SQLite reports the failure
+        if (!hasZeroByte)
+            std::filesystem::create_directories(std::filesystem::u8path(file).parent_path(), ignored);
+        if (hasZeroByte ||
+            sqlite3_open_v2(file.c_str(), &Handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
+                            nullptr) != SQLITE_OK)
+        {
+            ErrorText = Handle != nullptr ? sqlite3_errmsg(Handle) : "Could not open database";
+        }
+        else
+        {
+            DatabasePath = std::move(file);
+            sqlite3_busy_timeout(Handle, 2500);
+            if (Migrate())
+                return true;
+        }
         if (error != nullptr)
             *error = ErrorText;
-        return false;
     }
-    DatabasePath = std::move(file);
-    sqlite3_busy_timeout(Handle, 2500);
-    if (!Migrate())
+    catch (...)
     {
-        if (error != nullptr)
-            *error = ErrorText;
         Close();
-        return false;
+        throw;
     }
-    static_cast<void>(closeUnlessOpened.release());
-    return true;
+    Close();
+    return false;
 }
 
 void PlantDatabase::Close()
@@ -349,7 +345,7 @@ bool PlantDatabase::Execute(const char* sql)
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
-// The schema and its migration. These texts are frozen: files in the field were written by them.
+// The schema and its migration. These texts must not change: existing journal files contain them.
 
 namespace
 {
@@ -404,7 +400,7 @@ constexpr const char* Tables[] = {
     "CHECK(Type IN ('Observation','Training','Pruning','Topping','Defoliation','Milestone')));",
 };
 
-// What the first version did not have.
+// The columns that the first version did not have.
 constexpr struct
 {
     const char* Table;
@@ -418,10 +414,10 @@ constexpr struct
     {"HarvestRecords", "SeedYield", "ALTER TABLE HarvestRecords ADD COLUMN SeedYield INTEGER NOT NULL DEFAULT 0;"},
 };
 
-// Earlier versions knew fewer event types: three were notes told by their details, and many an event carried a stock
-// phrase as its details. A CHECK cannot be altered, so the table is made anew, under the same row
-// numbers. Foreign keys are off meanwhile, since dropping the old table would clear every link to its events, and they
-// can only be switched outside a transaction: https://www.sqlite.org/lang_altertable.html#otheralter
+// Earlier versions had fewer event types: they stored three of today's types as notes with a fixed text, and gave many
+// events a stock phrase as details. SQLite cannot alter a CHECK, so the table is rebuilt with the same row IDs.
+// Dropping the old table with foreign keys on would clear every link to an event, and foreign keys can only be switched
+// outside a transaction: https://www.sqlite.org/lang_altertable.html#otheralter
 constexpr const char* EventTableRebuild[] = {
     "PRAGMA foreign_keys=OFF;",
     "BEGIN IMMEDIATE;",
@@ -572,8 +568,8 @@ bool PlantRepository::DeletePlant(const std::string& uuid)
     return Run(DB.NativeHandle(), "DELETE FROM Plants WHERE UUID=?;", uuid);
 }
 
-// Follows the stored links from the proposed mother upwards. The links form a forest, and stay one, only if the walk
-// ends at a plant without a mother and never comes by the plant itself.
+// Follows the stored links from the new mother to her oldest ancestor. The new link closes a cycle if the walk reaches
+// the plant itself.
 bool PlantRepository::HasValidMotherLink(const Plant& plant)
 {
     if (plant.MotherPlantUUID.empty())
@@ -634,9 +630,8 @@ bool PlantRepository::ListStrains(std::vector<Strain>& out)
 
 bool PlantRepository::GetStrain(std::int64_t id, Strain& out)
 {
-    return Fetch(
-        DB.NativeHandle(), "SELECT ID,Name,Breeder,FloweringWeeks,Notes FROM Strains WHERE ID=?;",
-        [&](sqlite3_stmt* row) { ReadStrain(row, out); }, id);
+    return Fetch(DB.NativeHandle(), "SELECT ID,Name,Breeder,FloweringWeeks,Notes FROM Strains WHERE ID=?;", out,
+                 ReadStrain, id);
 }
 
 bool PlantRepository::CreateStrain(Strain& strain)
@@ -652,17 +647,14 @@ bool PlantRepository::UpdateStrain(const Strain& strain)
         return false;
     sqlite3* db = DB.NativeHandle();
     std::string oldName;
-    if (!Fetch(
-            db, "SELECT Name FROM Strains WHERE ID=?;", [&](sqlite3_stmt* row) { ReadAll(row, oldName); }, strain.ID))
+    if (!Fetch(db, "SELECT Name FROM Strains WHERE ID=?;", oldName, ReadValue<std::string>, strain.ID))
         return false;
-    return InTransaction(db,
-                         [&]
-                         {
-                             return Run(db, "UPDATE Strains SET Name=?,Breeder=?,FloweringWeeks=?,Notes=? WHERE ID=?;",
-                                        strain.Name, strain.Breeder, strain.FloweringWeeks, strain.Notes, strain.ID) &&
-                                    (oldName == strain.Name ||
-                                     Run(db, "UPDATE Plants SET Strain=? WHERE Strain=?;", strain.Name, oldName));
-                         });
+    Transaction transaction(db);
+    return transaction.Begin() &&
+           Run(db, "UPDATE Strains SET Name=?,Breeder=?,FloweringWeeks=?,Notes=? WHERE ID=?;", strain.Name,
+               strain.Breeder, strain.FloweringWeeks, strain.Notes, strain.ID) &&
+           (oldName == strain.Name || Run(db, "UPDATE Plants SET Strain=? WHERE Strain=?;", strain.Name, oldName)) &&
+           transaction.Commit();
 }
 
 bool PlantRepository::DeleteStrain(std::int64_t id)
@@ -689,17 +681,17 @@ bool PlantRepository::GetStrainSummary(std::int64_t strainID, StrainSummary& out
         "COUNT(h.ID),COALESCE(AVG(NULLIF(h.DryWeightG,0)),0),COALESCE(AVG(NULLIF(h.QualityRating,0)),0) "
         "FROM Strains s LEFT JOIN Plants p ON p.Strain=s.Name LEFT JOIN HarvestRecords h ON h.PlantUUID=p.UUID "
         "WHERE s.ID=? GROUP BY s.ID,s.Name;",
-        [&](sqlite3_stmt* row)
+        out,
+        [](sqlite3_stmt* row, StrainSummary& s)
         {
-            ReadAll(row, out.StrainID, out.StrainName, out.TotalPlants, out.Seed, out.Clone, out.Veg, out.Flower,
-                    out.Dry, out.Cure, out.Harvested, out.Archived, out.HarvestCount, out.AverageDryWeightG,
-                    out.AverageQuality);
+            ReadAll(row, s.StrainID, s.StrainName, s.TotalPlants, s.Seed, s.Clone, s.Veg, s.Flower, s.Dry, s.Cure,
+                    s.Harvested, s.Archived, s.HarvestCount, s.AverageDryWeightG, s.AverageQuality);
         },
         strainID);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Timeline events. Care entries and harvest records write their events through the same three functions.
+// Timeline events. Care entries and harvest records write their events with the same three functions.
 
 namespace
 {
@@ -723,7 +715,8 @@ bool DeleteEvent(sqlite3* db, std::int64_t id)
     return Run(db, "DELETE FROM PlantEvents WHERE ID=?;", id);
 }
 
-// The event of an owner that is written again; one that has lost its event, or never had one, gets a new event.
+// Writes the event of a care entry or harvest record. An `id` of 0 means that there is none yet, and receives the row
+// ID of a new one.
 bool SaveOwnedEvent(sqlite3* db, std::int64_t& id, const std::string& plantUUID, const std::string& date,
                     PlantEventType type, const std::string& details)
 {
@@ -795,19 +788,16 @@ bool PlantRepository::CreatePlantCareEntry(PlantCareEntry& entry)
     if (entry.PlantUUID.empty())
         return false;
     sqlite3* db = DB.NativeHandle();
-    return InTransaction(
-        db,
-        [&]
-        {
-            const std::string details = CareTimelineDetails(entry);
-            return InsertEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry),
-                               details) &&
-                   Insert(db, entry.ID,
-                          "INSERT INTO PlantCareEntries(TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,"
-                          "PH,RunoffMl,Notes) VALUES(?,?,?,?,?,?,?,?,?,?);",
-                          entry.TimelineEventID, entry.PlantUUID, entry.CareDate, entry.Action, entry.Product,
-                          entry.AmountMl, entry.EC, entry.PH, entry.RunoffMl, entry.Notes);
-        });
+    Transaction transaction(db);
+    return transaction.Begin() &&
+           InsertEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry),
+                       CareTimelineDetails(entry)) &&
+           Insert(db, entry.ID,
+                  "INSERT INTO PlantCareEntries(TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,"
+                  "RunoffMl,Notes) VALUES(?,?,?,?,?,?,?,?,?,?);",
+                  entry.TimelineEventID, entry.PlantUUID, entry.CareDate, entry.Action, entry.Product, entry.AmountMl,
+                  entry.EC, entry.PH, entry.RunoffMl, entry.Notes) &&
+           transaction.Commit();
 }
 
 bool PlantRepository::UpdatePlantCareEntry(PlantCareEntry& entry)
@@ -815,34 +805,28 @@ bool PlantRepository::UpdatePlantCareEntry(PlantCareEntry& entry)
     if (entry.ID == 0 || entry.PlantUUID.empty())
         return false;
     sqlite3* db = DB.NativeHandle();
-    return InTransaction(
-        db,
-        [&]
-        {
-            const std::string details = CareTimelineDetails(entry);
-            return SaveOwnedEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry),
-                                  details) &&
-                   Run(db,
-                       "UPDATE PlantCareEntries SET TimelineEventID=?,CareDate=?,Action=?,Product=?,AmountMl=?,EC=?,"
-                       "PH=?,RunoffMl=?,Notes=? WHERE ID=? AND PlantUUID=?;",
-                       entry.TimelineEventID, entry.CareDate, entry.Action, entry.Product, entry.AmountMl, entry.EC,
-                       entry.PH, entry.RunoffMl, entry.Notes, entry.ID, entry.PlantUUID);
-        });
+    Transaction transaction(db);
+    return transaction.Begin() &&
+           SaveOwnedEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry),
+                          CareTimelineDetails(entry)) &&
+           Run(db,
+               "UPDATE PlantCareEntries SET TimelineEventID=?,CareDate=?,Action=?,Product=?,AmountMl=?,EC=?,PH=?,"
+               "RunoffMl=?,Notes=? WHERE ID=? AND PlantUUID=?;",
+               entry.TimelineEventID, entry.CareDate, entry.Action, entry.Product, entry.AmountMl, entry.EC, entry.PH,
+               entry.RunoffMl, entry.Notes, entry.ID, entry.PlantUUID) &&
+           transaction.Commit();
 }
 
 bool PlantRepository::DeletePlantCareEntry(std::int64_t id)
 {
     sqlite3* db = DB.NativeHandle();
     std::int64_t eventID = 0;
-    if (id == 0 || !Fetch(
-                       db, "SELECT COALESCE(TimelineEventID,0) FROM PlantCareEntries WHERE ID=?;",
-                       [&](sqlite3_stmt* row) { ReadAll(row, eventID); }, id))
+    if (id == 0 || !Fetch(db, "SELECT COALESCE(TimelineEventID,0) FROM PlantCareEntries WHERE ID=?;", eventID,
+                          ReadValue<std::int64_t>, id))
         return false;
-    return InTransaction(db,
-                         [&] {
-                             return Run(db, "DELETE FROM PlantCareEntries WHERE ID=?;", id) &&
-                                    (eventID == 0 || DeleteEvent(db, eventID));
-                         });
+    Transaction transaction(db);
+    return transaction.Begin() && Run(db, "DELETE FROM PlantCareEntries WHERE ID=?;", id) &&
+           (eventID == 0 || DeleteEvent(db, eventID)) && transaction.Commit();
 }
 
 std::string PlantRepository::CareTimelineDetails(const PlantCareEntry& entry) const
@@ -869,18 +853,40 @@ std::string PlantRepository::CareTimelineDetails(const PlantCareEntry& entry) co
 // ---------------------------------------------------------------------------------------------------------------------
 // Harvest records
 
+namespace
+{
+
+bool SaveHarvestRow(sqlite3* db, HarvestRecord& record)
+{
+    if (record.ID != 0)
+        return Run(db,
+                   "UPDATE HarvestRecords SET TimelineEventID=?,HarvestDate=?,WetWeightG=?,DryWeightG=?,"
+                   "QualityRating=?,SeedYield=?,CureOutcome=?,Notes=? WHERE ID=? AND PlantUUID=?;",
+                   record.TimelineEventID, record.HarvestDate, record.WetWeightG, record.DryWeightG,
+                   record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes, record.ID,
+                   record.PlantUUID);
+    return Insert(db, record.ID,
+                  "INSERT INTO HarvestRecords(TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,"
+                  "QualityRating,SeedYield,CureOutcome,Notes) VALUES(?,?,?,?,?,?,?,?,?);",
+                  record.TimelineEventID, record.PlantUUID, record.HarvestDate, record.WetWeightG, record.DryWeightG,
+                  record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes);
+}
+
+} // namespace
+
 bool PlantRepository::GetHarvestRecord(const std::string& plantUUID, HarvestRecord& out)
 {
-    const std::string key = plantUUID; // it may be a member of the record that is about to be emptied
+    const std::string key = plantUUID; // a copy, since `plantUUID` may be a member of `out`
     out = {};
     return Fetch(
         DB.NativeHandle(),
         "SELECT ID,COALESCE(TimelineEventID,0),PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,SeedYield,"
         "CureOutcome,Notes FROM HarvestRecords WHERE PlantUUID=?;",
-        [&](sqlite3_stmt* row)
+        out,
+        [](sqlite3_stmt* row, HarvestRecord& record)
         {
-            ReadAll(row, out.ID, out.TimelineEventID, out.PlantUUID, out.HarvestDate, out.WetWeightG, out.DryWeightG,
-                    out.QualityRating, out.SeedYield, out.CureOutcome, out.Notes);
+            ReadAll(row, record.ID, record.TimelineEventID, record.PlantUUID, record.HarvestDate, record.WetWeightG,
+                    record.DryWeightG, record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes);
         },
         key);
 }
@@ -894,33 +900,13 @@ bool PlantRepository::SaveHarvestRecord(Plant& plant, HarvestRecord& record)
         record.HarvestDate = PlantEventCurrentDate();
 
     sqlite3* db = DB.NativeHandle();
-    const bool creating = record.ID == 0;
-    const auto save = [&]
-    {
-        const std::string details = HarvestTimelineDetails(record);
-        const auto saveRow = [&]
-        {
-            return creating ? Insert(db, record.ID,
-                                     "INSERT INTO HarvestRecords(TimelineEventID,PlantUUID,HarvestDate,WetWeightG,"
-                                     "DryWeightG,QualityRating,SeedYield,CureOutcome,Notes) VALUES(?,?,?,?,?,?,?,?,?);",
-                                     record.TimelineEventID, record.PlantUUID, record.HarvestDate, record.WetWeightG,
-                                     record.DryWeightG, record.QualityRating, record.SeedYield, record.CureOutcome,
-                                     record.Notes)
-                            : Run(db,
-                                  "UPDATE HarvestRecords SET TimelineEventID=?,HarvestDate=?,WetWeightG=?,"
-                                  "DryWeightG=?,QualityRating=?,SeedYield=?,CureOutcome=?,Notes=? WHERE ID=? AND "
-                                  "PlantUUID=?;",
-                                  record.TimelineEventID, record.HarvestDate, record.WetWeightG, record.DryWeightG,
-                                  record.QualityRating, record.SeedYield, record.CureOutcome, record.Notes, record.ID,
-                                  record.PlantUUID);
-        };
-        return SaveOwnedEvent(db, record.TimelineEventID, record.PlantUUID, record.HarvestDate, PlantEventType::Harvest,
-                              details) &&
-               saveRow() &&
-               Run(db, "UPDATE Plants SET Stage='Harvested',HarvestDate=? WHERE UUID=?;", record.HarvestDate,
-                   plant.UUID);
-    };
-    if (!InTransaction(db, save))
+    Transaction transaction(db);
+    if (!transaction.Begin() ||
+        !SaveOwnedEvent(db, record.TimelineEventID, record.PlantUUID, record.HarvestDate, PlantEventType::Harvest,
+                        HarvestTimelineDetails(record)) ||
+        !SaveHarvestRow(db, record) ||
+        !Run(db, "UPDATE Plants SET Stage='Harvested',HarvestDate=? WHERE UUID=?;", record.HarvestDate, plant.UUID) ||
+        !transaction.Commit())
         return false;
     plant.Stage = PlantStage::Harvested;
     plant.HarvestDate = record.HarvestDate;
@@ -933,12 +919,9 @@ bool PlantRepository::DeleteHarvestRecord(const std::string& plantUUID)
     if (!GetHarvestRecord(plantUUID, record))
         return false;
     sqlite3* db = DB.NativeHandle();
-    return InTransaction(db,
-                         [&]
-                         {
-                             return Run(db, "DELETE FROM HarvestRecords WHERE PlantUUID=?;", plantUUID) &&
-                                    (record.TimelineEventID == 0 || DeleteEvent(db, record.TimelineEventID));
-                         });
+    Transaction transaction(db);
+    return transaction.Begin() && Run(db, "DELETE FROM HarvestRecords WHERE PlantUUID=?;", plantUUID) &&
+           (record.TimelineEventID == 0 || DeleteEvent(db, record.TimelineEventID)) && transaction.Commit();
 }
 
 std::string PlantRepository::HarvestTimelineDetails(const HarvestRecord& record) const

@@ -1,6 +1,6 @@
 /// @file plant_database.h
-/// The journal file and the operations on it: `PlantDatabase` owns the file, `PlantRepository` reads and writes the
-/// records of plant.h in it.
+/// The journal file and its operations: `PlantDatabase` opens the file, `PlantRepository` reads and writes the records
+/// of plant.h in it.
 ///
 /// @code
 /// PlantDatabase journal;
@@ -9,7 +9,7 @@
 /// PlantRepository repository(journal);
 /// Plant basil;
 /// basil.Name = "Basil by the window";
-/// const bool kept = repository.CreatePlant(basil); // true: it is in the file for good
+/// const bool stored = repository.CreatePlant(basil); // true: the plant is committed to the file
 /// @endcode
 #pragma once
 
@@ -23,54 +23,61 @@ struct sqlite3; // SQLite's connection: https://www.sqlite.org/c3ref/sqlite3.htm
 
 /// One journal file, opened through SQLite.
 ///
-/// Ownership: owns its connection and closes it in `Close` and on destruction; it can be neither copied nor moved, so
-/// that repositories may refer to it. Threads: use a database and the repositories on it from one thread at a time.
-/// Different databases may be used by different threads, but for one thing: new identifiers come from one generator for
-/// the whole program, so that only one thread at a time may create or duplicate plants or create photos. Processes:
-/// several may have one file open; what meets another's lock waits up to 2.5 seconds for it before it fails.
+/// Ownership: the database owns its connection. `Close` and the destructor close it. A database can be neither copied
+/// nor moved, so that repositories can refer to it.
+///
+/// Threads: use a database and its repositories from one thread at a time. Different threads may use different
+/// databases, with one exception: all databases of a program share one generator of UUIDs, so only one thread at a time
+/// may create or duplicate plants or create photos.
+///
+/// Processes: several processes may open the same file. An operation that finds the file locked by another process
+/// waits up to 2.5 seconds and then fails.
 class PLANTJOURNAL_API PlantDatabase
 {
   public:
-    /// A closed database.
+    /// Constructs a closed database.
     PlantDatabase() = default;
     /// Closes the connection, as `Close` does.
     ~PlantDatabase();
     PlantDatabase(const PlantDatabase&) = delete;
     PlantDatabase& operator=(const PlantDatabase&) = delete;
 
-    /// Opens the journal file at `path` (UTF-8 on every platform), makes it and its directory where they are missing,
-    /// and brings a file of any earlier version up to date.
+    /// Opens the journal file at `path`. Creates the file and its directory if they do not exist. Migrates a file of an
+    /// earlier version to the current schema.
     ///
-    /// An open database is closed first, also when this call then fails; `path` may be this database's own `Path()`.
-    /// `:memory:` names a database in memory and the empty path a private temporary one, both gone when closed.
-    /// Bringing an old file up to date takes several steps, each whole by itself; those that were done before a failure
-    /// stay, and the next open does the rest.
+    /// An open database is closed first, even if this call then fails. `path` may be this database's own `Path()`. The
+    /// path `:memory:` opens a database in memory, and the empty path a private temporary file; both are deleted when
+    /// the database is closed.
     ///
-    /// @param path  The file. A name that holds a zero byte is refused, since it would open another file. Where SQLite
-    /// was built to take URIs, a name that begins with `file:` is one: https://www.sqlite.org/uri.html
-    /// @param error  Where not null: receives `LastError` on failure, and is left alone on success.
-    /// @return `false` when the file cannot be opened, is no database, or cannot be brought up to date, for instance
-    /// because another process holds its lock. The database is then closed.
+    /// A migration has several steps. If one fails, the completed steps stay, and the next call runs the others.
+    ///
+    /// @param path  The file name, in UTF-8 on every platform. A name that contains a zero byte is refused, because
+    /// SQLite would ignore the rest of it. If SQLite was built with URI support, a name that begins with `file:` is a
+    /// URI: https://www.sqlite.org/uri.html
+    /// @param error  If not null, receives `LastError` on failure. Unchanged on success.
+    /// @return `false` if the file cannot be opened, is not a database, or cannot be migrated, for example because
+    /// another process has locked it. The database is then closed.
     bool Open(const std::string& path, std::string* error = nullptr);
 
-    /// Closes the connection; does nothing when none is open. The last error's text is kept.
+    /// Closes the connection if one is open. Keeps the text of the last error.
     void Close();
 
-    /// Whether a connection is open.
+    /// Returns whether a connection is open.
     bool IsOpen() const { return Handle != nullptr; }
 
-    /// The path given to the last successful `Open`; empty while closed. The reference lives as long as this database,
-    /// and its text changes with the next `Open` or `Close`.
+    /// Returns the path given to the last successful `Open`, or the empty text while closed. The reference is valid for
+    /// the lifetime of this database. Its text changes with the next `Open` or `Close`.
     const std::string& Path() const { return DatabasePath; }
 
-    /// SQLite's message for the last statement, or opening, that failed in an `Open` ("Could not open database" where
-    /// it came to no message); where the statement that undoes a failed step fails in its turn, that one's. Nothing
-    /// clears it: after a later success it still tells the older failure. Repository operations never write it.
+    /// Returns the message of the last failure in an `Open`: SQLite's message, or "Could not open database" if SQLite
+    /// made no connection. If a migration step fails and its rollback fails too, it is the message for the rollback. If
+    /// a migration cannot prepare its query for the event table, the message stays as it was. A later success does
+    /// not clear it. Repository operations do not change it.
     std::string LastError() const { return ErrorText; }
 
-    /// SQLite's connection, null while closed. It stays owned by this database: never close it. After an operation of a
-    /// single statement failed, and before anything else runs, `sqlite3_errmsg` tells SQLite's reason through it; an
-    /// operation that had to roll back has lost it by then.
+    /// Returns SQLite's connection, or null while closed. This database owns it: do not close it. After a statement of
+    /// an operation fails, `sqlite3_errmsg` returns the reason until the connection is used again. If the operation
+    /// rolls back a transaction, the rollback replaces the reason.
     sqlite3* NativeHandle() const { return Handle; }
 
   private:
@@ -82,94 +89,106 @@ class PLANTJOURNAL_API PlantDatabase
     std::string ErrorText;
 };
 
-/// The operations on a journal's records.
+/// The operations on the records of a journal.
 ///
-/// Lifetime: holds nothing but a reference to its database and must not outlive it. Every operation finishes its
-/// statements before it returns, so that any number of repositories may be made on one database. Threads: as the
+/// Lifetime: a repository only refers to its database and must not outlive it. Several repositories may use one
 /// database.
 ///
-/// Results: `true` means done, and for a write that it is in the file for good. `false` means refused or failed, with
-/// nothing written (the one exception is a plant's new strain, see `CreatePlant`). No operation throws on its own
-/// account; an exception of the standard library, for lack of memory or of random numbers, leaves no statement and no
-/// transaction open. On a closed database every operation that would use the file returns `false`. Inside a transaction
-/// that you began yourself through the native handle, a write is for good when yours is, and the operations that need
-/// one of their own (strain updates, care entries, harvest records) return `false`.
+/// Threads: use a repository and its database from one thread at a time.
 ///
-/// Texts are stored whole and read back up to their first zero byte. Numbers must be numbers: a not-a-number is
-/// refused. Arguments may alias: a key may be a member of the very record or vector that is being filled.
+/// Results: every operation returns `true` on success and `false` if it is refused or fails. After `true`, a write is
+/// committed to the file. After `false`, nothing was written, except for the new strain of a refused plant (see
+/// `CreatePlant`). On a closed database, every operation that needs the file returns `false`.
 ///
-/// Lists empty `out` first and return `false` only when the query cannot be prepared; a failure on the way, another
-/// process's lock included, ends the list early, with the rows read so far and `true`; `sqlite3_errcode` of the native
-/// handle is then not `SQLITE_OK`. Lists of a plant's records come newest date first, and newest row first within a
-/// date; for a plant without records, or an unknown one, they are empty.
+/// Exceptions: only those of the standard library, for lack of memory or of random numbers. They leave no statement and
+/// no transaction open, and no partly read record in an output. If SQLite has no memory left for a rollback, the
+/// transaction stays open until `Close`.
 ///
-/// Creates write the new `ID` back into the record and ignore the one that it holds. A record whose create returned
-/// `false` is not stored, whatever numbers it carries. Updates overwrite every field of the row, but neither its plant
-/// nor its identifier. Updates and deletes of a row that does not exist return `true`, unless told otherwise.
+/// Transactions: you may begin a transaction on the native handle. Writes are then committed when you commit it. The
+/// operations that use a transaction themselves (strain updates, care entries, harvest records) return `false` in it.
+///
+/// Values: texts are stored whole and read back up to their first zero byte. A number that is NaN is refused. Arguments
+/// may alias: a key may be a member of the record or of the vector that the operation fills.
+///
+/// Lists: a list operation empties `out` first. It returns `false` only if its query cannot be prepared or its key
+/// cannot be bound. A failure while rows are read, for example another process's lock, ends the list early and returns
+/// `true` with the rows read so far; `sqlite3_errcode` of the native handle is then not `SQLITE_OK`. The records of a
+/// plant are sorted by date, newest first, and within a date by row ID, highest first. For an unknown plant, the list
+/// is empty.
+///
+/// Creates: a create operation ignores the `ID` in the record and writes back the new one. After `false`, the record is
+/// not stored, even if it holds a new `ID`.
+///
+/// Updates and deletes: an update overwrites every field of the row except its plant and its identifiers. An update or
+/// delete of a row that does not exist returns `true` unless its description says otherwise.
 class PLANTJOURNAL_API PlantRepository
 {
   public:
-    /// Works on `database`, which must be open before the first operation and must outlive this repository.
+    /// Constructs a repository on `database`. The database must be open before the first operation and must outlive the
+    /// repository.
     explicit PlantRepository(PlantDatabase& database) : DB(database) {}
 
     /// @name Plants
     /// @{
 
-    /// Lists all plants by strain, then by name, ASCII letters without regard to case.
+    /// Lists all plants, sorted by strain and then by name. Upper and lower case ASCII letters sort as equal.
     bool ListPlants(std::vector<Plant>& out);
 
-    /// Reads the plant `uuid`, compared exactly. Reads all plants to find it.
-    /// @return `false` when there is none or the list fails; `out` is then untouched.
+    /// Reads the plant with the UUID `uuid`, which must match exactly. Reads all plants to find it.
+    /// @return `false` if the plant does not exist or could not be read. `out` is then unchanged.
     bool GetPlant(const std::string& uuid, Plant& out);
 
-    /// Stores a new plant. A strain name that is new is registered as a strain first and stays registered even when the
-    /// plant is then refused.
-    /// Writes back `UUID` where it was empty (also when refused, unless its strain could not be registered) and, on
-    /// success, `ID`.
-    /// @return `false` when the UUID exists, or when the mother is unknown, the plant itself, or one of its descendants
-    /// (or the file has a circle of mothers above it already).
+    /// Stores a new plant. First registers its strain if the name is new; the strain stays registered even if the plant
+    /// is then refused.
+    ///
+    /// Writes back `ID` on success. If `UUID` is empty, writes back a new one, even if the plant is then refused, but
+    /// not if its strain could not be registered.
+    /// @return `false` if a plant with this UUID exists, or if the mother is unknown, is the plant itself, is a
+    /// descendant of the plant, or has a cycle among her ancestors.
     bool CreatePlant(Plant& p);
 
-    /// Overwrites the plant with the UUID `p.UUID`; `p.ID` is not used. Registers a new strain name as `CreatePlant`
-    /// does, for an unknown UUID too, which otherwise changes nothing.
-    /// @return `false` when the mother is refused as in `CreatePlant`, or the UUID is empty and there is a mother.
+    /// Overwrites the plant with the UUID `p.UUID`. Does not use `p.ID`. Registers a new strain name as `CreatePlant`
+    /// does, even if the UUID is unknown or the mother is refused.
+    /// @return `false` if `CreatePlant` would refuse the mother, or if there is a mother and `p.UUID` is empty.
     bool UpdatePlant(const Plant& p);
 
-    /// Deletes the plant `uuid` with its events, care entries, harvest record, photos, health observations and journal
-    /// entries. Its clones lose their mother; its strain and the image files stay.
+    /// Deletes the plant with the UUID `uuid` and its timeline events, care entries, harvest record, photos, health
+    /// observations and journal entries. Clones of the plant lose their mother. The strain and the image files stay.
     bool DeletePlant(const std::string& uuid);
 
-    /// Stores a copy of `source` under a new UUID, named with " copy" at the end and without a mother; nothing that
-    /// hangs off the source is copied. `out` receives the copy and may be `source` itself.
-    /// @return As `CreatePlant`; after `false`, `out` holds the copy that was not stored, its `ID` 0.
+    /// Stores a copy of `source` with a new UUID, " copy" appended to its name, and no mother. Events, care entries and
+    /// other records of the plant are not copied. `out` receives the copy and may be `source` itself.
+    /// @return As `CreatePlant`. After `false`, `out` holds the copy that was not stored, with `ID` 0.
     bool DuplicatePlant(const Plant& source, Plant& out);
 
     /// @}
     /// @name Strains
     /// @{
 
-    /// Lists all strains by name, ASCII letters without regard to case.
+    /// Lists all strains, sorted by name. Upper and lower case ASCII letters sort as equal.
     bool ListStrains(std::vector<Strain>& out);
 
-    /// Reads the strain with the row number `id`.
-    /// @return `false` when there is none; `out` is then untouched.
+    /// Reads the strain with the row ID `id`.
+    /// @return `false` if the strain does not exist or could not be read. `out` is then unchanged.
     bool GetStrain(std::int64_t id, Strain& out);
 
     /// Stores a new strain and writes back its `ID`.
-    /// @return `false` when the name is empty or exists; `ID` is then unchanged.
+    /// @return `false` if the name is empty or already in use. `ID` is then unchanged.
     bool CreateStrain(Strain& strain);
 
-    /// Overwrites a strain. A new name is carried into every plant of the strain, all in one transaction.
-    /// @return `false` when `ID` is 0 or unknown, or the name is empty or another strain's.
+    /// Overwrites the strain with the row ID `strain.ID`. If the name changes, changes it in every plant of the strain
+    /// too, in the same transaction.
+    /// @return `false` if `ID` is 0 or unknown, or if the name is empty or already in use by another strain.
     bool UpdateStrain(const Strain& strain);
 
-    /// Deletes a strain.
-    /// @return `false` while a plant has it. Where the plants cannot be looked through, it counts as unused.
+    /// Deletes the strain with the row ID `id`.
+    /// @return `false` if a plant has this strain, or if the search for such a plant cannot be prepared. If that search
+    /// fails later, the strain counts as unused and is deleted.
     bool DeleteStrain(std::int64_t id);
 
-    /// Counts a strain's plants by stage and averages their harvests. Dry weights and ratings of 0 count as not entered
-    /// and stay out of the averages.
-    /// @return `false` when the strain is unknown; `out` is then all zero and empty.
+    /// Counts the plants of a strain by stage and averages their harvests. Dry weights and quality ratings of 0 count
+    /// as not entered and are not averaged.
+    /// @return `false` if the strain does not exist or could not be read. `out` is then a default summary.
     bool GetStrainSummary(std::int64_t strainID, StrainSummary& out);
 
     /// @}
@@ -180,66 +199,87 @@ class PLANTJOURNAL_API PlantRepository
     bool ListPlantEvents(const std::string& plantUUID, std::vector<PlantEvent>& out);
 
     /// Stores a new event and writes back its `ID`. An empty date stays empty.
-    /// @return `false` when `PlantUUID` is empty or names no plant; the event is then unchanged.
+    /// @return `false` if `PlantUUID` is empty or unknown. The event is then unchanged.
     bool CreatePlantEvent(PlantEvent& event);
 
     /// Overwrites the event that has both this `ID` and this `PlantUUID`.
-    /// @return `false` when `ID` is 0 or `PlantUUID` is empty.
+    /// @return `false` if `ID` is 0 or `PlantUUID` is empty.
     bool UpdatePlantEvent(const PlantEvent& event);
 
-    /// Deletes an event. A care entry or harvest record that it mirrors stays, with a `TimelineEventID` of 0.
-    /// @return `false` when `id` is 0.
+    /// Deletes the event with the row ID `id`. The care entry or harvest record of the event stays, with a
+    /// `TimelineEventID` of 0.
+    /// @return `false` if `id` is 0.
     bool DeletePlantEvent(std::int64_t id);
 
     /// @}
     /// @name Care entries
-    /// Each owns an event on its plant's timeline, of type `Feed` or `Water` on the care date, which these operations
-    /// write together with the entry in one transaction.
+    /// Each care entry owns a timeline event of type `Feed` or `Water` on the care date. These operations write the
+    /// entry and its event in one transaction.
     /// @{
 
-    /// Lists the care entries of the plant `plantUUID`. An entry that has lost its event has a `TimelineEventID` of 0.
+    /// Lists the care entries of the plant `plantUUID`. An entry whose event was deleted has a `TimelineEventID` of 0.
     bool ListPlantCareEntries(const std::string& plantUUID, std::vector<PlantCareEntry>& out);
 
-    /// Stores a new entry and its event.
-    /// Writes back `TimelineEventID` and `ID`, which do not count when the result is `false`.
-    /// @return `false` when `PlantUUID` is empty or names no plant.
+    /// Stores a new entry and its event. Writes back `TimelineEventID` and `ID`; after `false` they are not valid.
+    /// @return `false` if `PlantUUID` is empty or unknown.
     bool CreatePlantCareEntry(PlantCareEntry& entry);
 
-    /// Overwrites the entry that has both this `ID` and this `PlantUUID`, and its event. Where `TimelineEventID` is 0,
-    /// a new event is made and its number written back, which does not count when the result is `false`.
-    /// @return `false` when `ID` is 0 or `PlantUUID` is empty, or when the event of the stored entry was deleted since
-    /// the record was read.
+    /// Overwrites the entry that has both this `ID` and this `PlantUUID`, and the event that has this `TimelineEventID`
+    /// and this `PlantUUID`. If `TimelineEventID` is 0, stores a new event and writes back its row ID, which is not
+    /// valid after `false`.
+    ///
+    /// Read an entry again before you update it if its event may have been deleted since. SQLite may reuse the row ID
+    /// of a deleted event: the update then returns `true` and links the entry to the event that now has that row ID. If
+    /// that event belongs to the same plant, it is overwritten.
+    ///
+    /// If the entry does not exist, its event is still written: a new event, which then belongs to no entry, or the
+    /// existing one. The result is `true`.
+    /// @return `false` if `ID` is 0 or `PlantUUID` is empty, or if the entry exists and no event has the row ID
+    /// `TimelineEventID`.
     bool UpdatePlantCareEntry(PlantCareEntry& entry);
 
-    /// Deletes an entry and its event.
-    /// @return `false` when there is no such entry.
+    /// Deletes the entry with the row ID `id` and its event.
+    /// @return `false` if the entry does not exist.
     bool DeletePlantCareEntry(std::int64_t id);
 
-    /// The one-line summary of an entry that its event carries: `Bloom A | 500 ml | EC 1.80 | pH 6.20`. The amount is
-    /// always given; EC, pH and run-off where they are above 0; product and notes where they are not empty.
+    /// Returns the details text of an entry's event, for example `Bloom A | 500 ml | EC 1.80 | pH 6.20`. The amount is
+    /// always included; EC, pH and runoff if they are above 0; product and notes if they are not empty. Does not use
+    /// the file.
     std::string CareTimelineDetails(const PlantCareEntry& entry) const;
 
     /// @}
     /// @name Harvest records
-    /// At most one per plant. It owns an event of type `Harvest` on the plant's timeline.
+    /// A plant has at most one harvest record. The record owns a timeline event of type `Harvest`.
     /// @{
 
-    /// Reads the harvest record of a plant.
-    /// @return `false` when there is none; `out` is then a default record.
+    /// Reads the harvest record of the plant `plantUUID`.
+    /// @return `false` if the record does not exist or could not be read. `out` is then a default record.
     bool GetHarvestRecord(const std::string& plantUUID, HarvestRecord& out);
 
-    /// Stores the harvest record of `plant`, new where `record.ID` is 0, with its event, and moves the plant to the
-    /// stage `Harvested` with the harvest's date, all in one transaction.
-    /// Writes back into `record`: `PlantUUID`; today as `HarvestDate` where it was empty; `TimelineEventID` and `ID`
-    /// where they were 0, which do not count when the result is `false`. Into `plant`, on success only: `Stage` and
+    /// Stores the harvest record of `plant` and its event, and moves the plant to the stage `Harvested` with the
+    /// harvest date, in one transaction. Creates the record if `record.ID` is 0. Otherwise overwrites the record that
+    /// has this `ID` and belongs to `plant`. Creates the event if `record.TimelineEventID` is 0. Otherwise overwrites
+    /// the event that has this row ID and belongs to `plant`.
+    ///
+    /// Writes back into `record`: `PlantUUID`, today's date if `HarvestDate` is empty, and the row IDs of a new record
+    /// and a new event, which are not valid after `false`. Writes back into `plant`, on success only: `Stage` and
     /// `HarvestDate`.
-    /// @return `false` when `plant.UUID` is empty (`record` is then unchanged), when a new record or event names no
-    /// plant, when `record.ID` is 0 and the plant has a record already, or when the event of the stored record was
-    /// deleted since it was read. A record that was deleted since changes no row and returns `true`.
+    ///
+    /// Read a record again before you save it if the record or its event may have been deleted since. SQLite may reuse
+    /// the row ID of a deleted event: the save then returns `true` and links the record to the event that now has that
+    /// row ID. If that event belongs to the same plant, it is overwritten.
+    ///
+    /// If `record.ID` is not 0 and the plant has no record with this `ID`, no record is stored, but its event is still
+    /// written and the plant is still moved to `Harvested`. If `TimelineEventID` was 0, the new event then belongs to
+    /// no record. The result is `true`.
+    /// @return `false` if `plant.UUID` is empty (`record` is then unchanged), if a new record or event would belong to
+    /// an unknown plant, if `record.ID` is 0 and the plant already has a record, or if a record would be stored and no
+    /// event has the row ID `TimelineEventID`.
     bool SaveHarvestRecord(Plant& plant, HarvestRecord& record);
 
-    /// Deletes the harvest record of a plant and its event. The plant keeps its stage and its harvest date.
-    /// @return `false` when there is none.
+    /// Deletes the harvest record of the plant `plantUUID` and its event. The plant keeps its stage and its harvest
+    /// date.
+    /// @return `false` if the record does not exist.
     bool DeleteHarvestRecord(const std::string& plantUUID);
 
     /// @}
@@ -249,38 +289,39 @@ class PLANTJOURNAL_API PlantRepository
     /// Lists the photos of the plant `plantUUID`.
     bool ListPlantPhotos(const std::string& plantUUID, std::vector<PlantPhoto>& out);
 
-    /// Stores a new photo.
-    /// Writes back `UUID` where it was empty (unless refused for an empty text) and, on success, `ID`.
-    /// @return `false` when `PlantUUID` or `FilePath` is empty, the UUID exists, or there is no such plant.
+    /// Stores a new photo. Writes back `ID` on success. If `UUID` is empty, writes back a new one, even if the photo is
+    /// then refused, but not if `PlantUUID` or `FilePath` is empty.
+    /// @return `false` if `PlantUUID` or `FilePath` is empty, if the plant is unknown, or if a photo with this UUID
+    /// exists.
     bool CreatePlantPhoto(PlantPhoto& photo);
 
     /// Overwrites the photo that has both this `UUID` and this `PlantUUID`.
-    /// @return `false` when `ID` is 0, or `UUID`, `PlantUUID` or `FilePath` is empty.
+    /// @return `false` if `ID` is 0, or if `UUID`, `PlantUUID` or `FilePath` is empty.
     bool UpdatePlantPhoto(const PlantPhoto& photo);
 
-    /// Deletes the photo `photoUUID`, not its image file.
-    /// @return `false` when `photoUUID` is empty.
+    /// Deletes the photo with the UUID `photoUUID`. The image file stays.
+    /// @return `false` if `photoUUID` is empty.
     bool DeletePlantPhoto(const std::string& photoUUID);
 
     /// @}
     /// @name Health observations
-    /// A severity outside 1 to 5 is stored as the nearer end.
+    /// A severity below 1 is stored as 1, and one above 5 as 5.
     /// @{
 
     /// Lists the health observations of the plant `plantUUID`.
     bool ListPlantHealthObservations(const std::string& plantUUID, std::vector<PlantHealthObservation>& out);
 
-    /// Stores a new observation. Writes back the limited `Severity` (unless refused for an empty text) and, on success,
-    /// `ID`.
-    /// @return `false` when `PlantUUID` or `Issue` is empty, or there is no such plant.
+    /// Stores a new observation. Writes back `ID` on success. Writes back the stored `Severity`, even if the
+    /// observation is then refused, but not if `PlantUUID` or `Issue` is empty.
+    /// @return `false` if `PlantUUID` or `Issue` is empty, or if the plant is unknown.
     bool CreatePlantHealthObservation(PlantHealthObservation& o);
 
     /// Overwrites the observation that has both this `ID` and this `PlantUUID`.
-    /// @return `false` when `ID` is 0, or `PlantUUID` or `Issue` is empty.
+    /// @return `false` if `ID` is 0, or if `PlantUUID` or `Issue` is empty.
     bool UpdatePlantHealthObservation(const PlantHealthObservation& o);
 
-    /// Deletes an observation.
-    /// @return `false` when `id` is 0.
+    /// Deletes the observation with the row ID `id`.
+    /// @return `false` if `id` is 0.
     bool DeletePlantHealthObservation(std::int64_t id);
 
     /// @}
@@ -291,15 +332,15 @@ class PLANTJOURNAL_API PlantRepository
     bool ListPlantJournalEntries(const std::string& plantUUID, std::vector<PlantJournalEntry>& out);
 
     /// Stores a new entry and writes back its `ID`.
-    /// @return `false` when `PlantUUID` is empty or names no plant; the entry is then unchanged.
+    /// @return `false` if `PlantUUID` is empty or unknown. The entry is then unchanged.
     bool CreatePlantJournalEntry(PlantJournalEntry& e);
 
     /// Overwrites the entry that has both this `ID` and this `PlantUUID`.
-    /// @return `false` when `ID` is 0 or `PlantUUID` is empty.
+    /// @return `false` if `ID` is 0 or `PlantUUID` is empty.
     bool UpdatePlantJournalEntry(const PlantJournalEntry& e);
 
-    /// Deletes an entry.
-    /// @return `false` when `id` is 0.
+    /// Deletes the entry with the row ID `id`.
+    /// @return `false` if `id` is 0.
     bool DeletePlantJournalEntry(std::int64_t id);
 
     /// @}
