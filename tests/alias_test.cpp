@@ -1,4 +1,4 @@
-// Calls whose arguments refer to what the call itself empties or overwrites. Each is a natural one in a front end.
+// Calls with an argument that refers to a value which the call empties or overwrites.
 
 #include "support/journal_test.h"
 #include "support/repository_operations.h"
@@ -11,7 +11,7 @@ namespace
 class AliasTest : public JournalTest
 {
   protected:
-    // A list under a key that lives in the vector to be filled gives what it gives under a key of its own.
+    // Expects the same list if the key is a member of a record in the vector.
     template <typename Record>
     void ExpectSameList(bool (PlantRepository::*list)(const std::string&, std::vector<Record>&))
     {
@@ -39,14 +39,14 @@ TEST_F(AliasTest, ADatabaseOpensItsOwnPathAgain)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(AliasTest, TheErrorMayBeWrittenIntoThePathItself)
+TEST_F(AliasTest, TheErrorMayBeThePath)
 {
     std::string text = Scratch.File("");
     EXPECT_FALSE(Database.Open(text, &text));
     EXPECT_EQ(text, "unable to open database file");
 }
 
-TEST_F(AliasTest, AKeyMayBeAMemberOfAnElementOfTheVectorThatIsFilled)
+TEST_F(AliasTest, AKeyMayBeInTheVectorThatIsFilled)
 {
     ExpectSameList(&PlantRepository::ListPlantEvents);
     ExpectSameList(&PlantRepository::ListPlantCareEntries);
@@ -55,7 +55,7 @@ TEST_F(AliasTest, AKeyMayBeAMemberOfAnElementOfTheVectorThatIsFilled)
     ExpectSameList(&PlantRepository::ListPlantJournalEntries);
 }
 
-TEST_F(AliasTest, AHarvestRecordIsReadAgainUnderItsOwnPlant)
+TEST_F(AliasTest, AHarvestRecordIsReadAgainByItsOwnPlantUUID)
 {
     HarvestRecord record = Planted.Harvest;
     record.Notes = "not saved";
@@ -63,7 +63,7 @@ TEST_F(AliasTest, AHarvestRecordIsReadAgainUnderItsOwnPlant)
     EXPECT_EQ(record, Planted.Harvest);
 }
 
-TEST_F(AliasTest, AHarvestRecordThatIsGoneIsEmptiedUnderItsOwnPlant)
+TEST_F(AliasTest, AnUnknownHarvestRecordIsResetByItsOwnPlantUUID)
 {
     HarvestRecord record = Planted.Harvest;
     record.PlantUUID = Planted.Clone.UUID;
@@ -71,7 +71,7 @@ TEST_F(AliasTest, AHarvestRecordThatIsGoneIsEmptiedUnderItsOwnPlant)
     EXPECT_EQ(record, HarvestRecord());
 }
 
-TEST_F(AliasTest, APlantIsReadAgainUnderItsOwnIdentifier)
+TEST_F(AliasTest, APlantIsReadAgainByItsOwnUUID)
 {
     Plant plant = Planted.Clone;
     plant.Notes = "not saved";

@@ -29,7 +29,7 @@ class CareTest : public JournalTest
   protected:
     CareTest() : Basil(NewPlant("Basil")), Mint(NewPlant("Mint"))
     {
-        // So that an event's number is never its entry's.
+        // More events than entries, so that the row ID of an event never equals that of its entry.
         for (const Plant& plant : {Mint, Mint, Basil})
         {
             PlantEvent event;
@@ -55,7 +55,7 @@ class CareTest : public JournalTest
         return entry;
     }
 
-    // Every field differs from all others and from its default.
+    // Every field differs from the other fields and from its default.
     PlantCareEntry Feeding() const
     {
         return {.ID = 98,
@@ -92,7 +92,7 @@ class CareTest : public JournalTest
     Plant Mint;
 };
 
-TEST_F(CareTest, CreateStoresEveryFieldInItsColumnAndTheEventThatMirrorsIt)
+TEST_F(CareTest, CreateStoresEveryFieldInItsColumnAndTheEvent)
 {
     PlantCareEntry entry = Feeding();
     ASSERT_TRUE(Repository.CreatePlantCareEntry(entry));
@@ -163,7 +163,7 @@ TEST_F(CareTest, EachOperationRunsItsStatements)
     EXPECT_EQ(RowCount("PlantEvents"), 3);
 }
 
-TEST_F(CareTest, AnEntryWithoutItsEventRunsFewerOrOtherStatements)
+TEST_F(CareTest, AnEntryWithoutAnEventRunsOtherStatements)
 {
     PlantCareEntry entry = NewEntry();
     ASSERT_TRUE(Repository.DeletePlantEvent(entry.TimelineEventID));
@@ -179,7 +179,7 @@ TEST_F(CareTest, AnEntryOfAnUnknownPlantIsRefused)
 {
     const std::string before = Content();
     PlantCareEntry entry = Feeding();
-    entry.PlantUUID = "nobody";
+    entry.PlantUUID = "unknown";
     const PlantCareEntry given = entry;
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.CreatePlantCareEntry(entry)); }),
               (Statements{SQL::Begin, SQL::InsertEvent, SQL::Rollback}));
@@ -187,7 +187,7 @@ TEST_F(CareTest, AnEntryOfAnUnknownPlantIsRefused)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(CareTest, ActionsOutsideTheEnumerationAreWaterings)
+TEST_F(CareTest, ANumberOutsideTheEnumerationIsAWatering)
 {
     PlantCareEntry entry = NewEntry();
     for (const std::int32_t number : {-1, 2, INT_MIN, INT_MAX})
@@ -227,7 +227,7 @@ TEST_F(CareTest, AnActionThatTheFileDoesNotAllowIsRolledBackWithItsEvent)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(CareTest, NumbersGivenBeforeAFailureStay)
+TEST_F(CareTest, RowIDsSetBeforeAFailureStay)
 {
     const std::tuple<SQLiteCall, const char*, std::int64_t, std::int64_t> cases[] = {
         {SQLiteCall::Exec, "BEGIN", 99, 98},
@@ -253,14 +253,14 @@ TEST_F(CareTest, NumbersGivenBeforeAFailureStay)
     }
 }
 
-TEST_F(CareTest, AnEntryWhoseEventWasDeletedGetsAFreshOneOnUpdate)
+TEST_F(CareTest, AnUpdateOfAnEntryWithoutAnEventCreatesOne)
 {
     NewEntry();
     const std::int64_t lost = NewEntry().TimelineEventID;
     ASSERT_TRUE(Repository.DeletePlantEvent(lost));
     PlantEvent later;
     later.PlantUUID = Basil.UUID;
-    ASSERT_TRUE(Repository.CreatePlantEvent(later)); // takes the number over
+    ASSERT_TRUE(Repository.CreatePlantEvent(later)); // SQLite reuses the row ID
 
     PlantCareEntry entry = Listed().at(0);
     ASSERT_EQ(entry.TimelineEventID, 0);
@@ -273,7 +273,7 @@ TEST_F(CareTest, AnEntryWhoseEventWasDeletedGetsAFreshOneOnUpdate)
               std::to_string(entry.TimelineEventID));
 }
 
-TEST_F(CareTest, AnUpdateThatFailsAfterItsNewEventKeepsTheNumber)
+TEST_F(CareTest, AFailedUpdateKeepsTheRowIDOfItsNewEvent)
 {
     PlantCareEntry entry = NewEntry();
     ASSERT_TRUE(Repository.DeletePlantEvent(entry.TimelineEventID));
@@ -285,7 +285,7 @@ TEST_F(CareTest, AnUpdateThatFailsAfterItsNewEventKeepsTheNumber)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(CareTest, AnUpdateWithTheNumberOfADeletedEventIsRolledBack)
+TEST_F(CareTest, AnUpdateWithTheIDOfADeletedEventIsRolledBack)
 {
     PlantCareEntry entry = NewEntry();
     ASSERT_TRUE(Repository.DeletePlantEvent(entry.TimelineEventID));
@@ -297,7 +297,23 @@ TEST_F(CareTest, AnUpdateWithTheNumberOfADeletedEventIsRolledBack)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(CareTest, AnUpdateOfAnUnknownEntryWithoutAnEventLeavesAnEventBehind)
+TEST_F(CareTest, AnUpdateWithAReusedEventIDOverwritesThatEvent)
+{
+    PlantCareEntry entry = NewEntry();
+    ASSERT_TRUE(Repository.DeletePlantEvent(entry.TimelineEventID));
+    PlantEvent other;
+    other.PlantUUID = Basil.UUID;
+    other.Details = "Moved to the window";
+    ASSERT_TRUE(Repository.CreatePlantEvent(other));
+    ASSERT_EQ(other.ID, entry.TimelineEventID);
+
+    entry.AmountMl = 300;
+    EXPECT_TRUE(Repository.UpdatePlantCareEntry(entry));
+    EXPECT_EQ(EventWith(other.ID), (Rows{{Basil.UUID, "2024-06-01", "Water", "300 ml"}}));
+    EXPECT_EQ(Listed(), (std::vector{entry}));
+}
+
+TEST_F(CareTest, AnUpdateOfAnUnknownEntryLeavesAnOrphanEvent)
 {
     NewEntry();
     const Rows before = StoredEntries();
@@ -310,7 +326,7 @@ TEST_F(CareTest, AnUpdateOfAnUnknownEntryWithoutAnEventLeavesAnEventBehind)
     EXPECT_EQ(StoredEntries(), before);
 }
 
-TEST_F(CareTest, AnUpdateOfAnUnknownEntryWithAnEventStillRewritesTheEvent)
+TEST_F(CareTest, AnUpdateOfAnUnknownEntryOverwritesItsEvent)
 {
     const PlantCareEntry stored = NewEntry();
     const Rows before = StoredEntries();
@@ -321,7 +337,7 @@ TEST_F(CareTest, AnUpdateOfAnUnknownEntryWithAnEventStillRewritesTheEvent)
     EXPECT_EQ(StoredEntries(), before);
 }
 
-TEST_F(CareTest, AnotherPlantsEventIsLinkedButNotRewritten)
+TEST_F(CareTest, AnotherPlantsEventIsLinkedButNotOverwritten)
 {
     PlantCareEntry entry = NewEntry();
     const Rows events = QueryRows("SELECT * FROM PlantEvents;");
@@ -332,7 +348,7 @@ TEST_F(CareTest, AnotherPlantsEventIsLinkedButNotRewritten)
     EXPECT_EQ(QueryRows("SELECT TimelineEventID,AmountMl FROM PlantCareEntries;"), (Rows{{"1", "300.0"}}));
 }
 
-TEST_F(CareTest, DeleteTakesThatEntryAndItsEventOnly)
+TEST_F(CareTest, DeleteRemovesOnlyThatEntryAndItsEvent)
 {
     NewEntry();
     const PlantCareEntry second = NewEntry();
@@ -343,7 +359,7 @@ TEST_F(CareTest, DeleteTakesThatEntryAndItsEventOnly)
     EXPECT_EQ(QueryRows("SELECT ID FROM PlantEvents ORDER BY ID;"), (Rows{{"1"}, {"2"}, {"3"}, {"4"}, {"6"}}));
 }
 
-TEST_F(CareTest, DeleteOfAnEntryWithoutAnEventTakesTheEntryOnly)
+TEST_F(CareTest, DeleteOfAnEntryWithoutAnEventRemovesTheEntry)
 {
     const PlantCareEntry entry = NewEntry();
     ASSERT_TRUE(Repository.DeletePlantEvent(entry.TimelineEventID));
@@ -383,7 +399,7 @@ TEST_F(CareTest, ADeleteThatFailsHalfWayIsRolledBack)
         }
 }
 
-TEST_F(CareTest, EventNumbersOfEverySizeAreKept)
+TEST_F(CareTest, EventIDsOfEverySizeAreKept)
 {
     for (const std::int64_t id :
          {std::numeric_limits<std::int64_t>::min(), std::int64_t{-1}, std::numeric_limits<std::int64_t>::max()})
@@ -402,40 +418,40 @@ TEST_F(CareTest, EventNumbersOfEverySizeAreKept)
     }
 }
 
-// ---- The summary that an entry's event carries
+// ---- The details of an entry's event
 
-struct Summary
+struct DetailsCase
 {
     const char* Text;
     std::function<void(PlantCareEntry&)> Fill;
 };
 
-class CareSummaryTest : public JournalTest
+class CareDetailsTest : public JournalTest
 {
   protected:
-    void ExpectTexts(const std::vector<Summary>& summaries)
+    void ExpectTexts(const std::vector<DetailsCase>& cases)
     {
-        for (const Summary& summary : summaries)
+        for (const DetailsCase& expected : cases)
         {
             PlantCareEntry entry;
-            summary.Fill(entry);
-            EXPECT_EQ(Repository.CareTimelineDetails(entry), summary.Text);
+            expected.Fill(entry);
+            EXPECT_EQ(Repository.CareTimelineDetails(entry), expected.Text);
         }
     }
 
-    static Summary Amount(double amount, const char* text)
+    static DetailsCase Amount(double amount, const char* text)
     {
         return {text, [=](PlantCareEntry& entry) { entry.AmountMl = amount; }};
     }
-    static Summary EC(double ec, const char* text)
+    static DetailsCase EC(double ec, const char* text)
     {
         return {text, [=](PlantCareEntry& entry) { entry.EC = ec; }};
     }
-    static Summary PH(double ph, const char* text)
+    static DetailsCase PH(double ph, const char* text)
     {
         return {text, [=](PlantCareEntry& entry) { entry.PH = ph; }};
     }
-    static Summary Runoff(double runoff, const char* text)
+    static DetailsCase Runoff(double runoff, const char* text)
     {
         return {text, [=](PlantCareEntry& entry) { entry.RunoffMl = runoff; }};
     }
@@ -444,7 +460,7 @@ class CareSummaryTest : public JournalTest
     static constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 };
 
-TEST_F(CareSummaryTest, GivesTheEntryInOneLine)
+TEST_F(CareDetailsTest, TheDetailsAreTheEntryInOneLine)
 {
     ExpectTexts({{"Bloom A | 500 ml | EC 1.80 | pH 6.20 | Runoff 75 ml",
                   [](PlantCareEntry& entry)
@@ -480,7 +496,7 @@ TEST_F(CareSummaryTest, GivesTheEntryInOneLine)
                  {"0 ml", [](PlantCareEntry& entry) { entry.Action = PlantCareAction::Feed; }}});
 }
 
-TEST_F(CareSummaryTest, AlwaysGivesTheAmountRoundedToTheNearestTiesToEven)
+TEST_F(CareDetailsTest, TheAmountIsRoundedToTheNearestTiesToEven)
 {
     ExpectTexts({Amount(0.4, "0 ml"), Amount(0.5, "0 ml"), Amount(0.51, "1 ml"), Amount(1.5, "2 ml"),
                  Amount(2.5, "2 ml"), Amount(3.5, "4 ml"), Amount(999.9, "1000 ml"), Amount(-0.4, "-0 ml"),
@@ -488,7 +504,7 @@ TEST_F(CareSummaryTest, AlwaysGivesTheAmountRoundedToTheNearestTiesToEven)
                  Amount(Infinity, "inf ml"), Amount(-Infinity, "-inf ml"), Amount(NotANumber, "nan ml")});
 }
 
-TEST_F(CareSummaryTest, GivesWhatIsAboveZeroOnly)
+TEST_F(CareDetailsTest, OnlyValuesAboveZeroAreIncluded)
 {
     constexpr double least = std::numeric_limits<double>::denorm_min();
     for (const double none : {0.0, -0.0, -0.01, -7.0, -Infinity, NotANumber})
@@ -498,7 +514,7 @@ TEST_F(CareSummaryTest, GivesWhatIsAboveZeroOnly)
                  Runoff(Infinity, "0 ml | Runoff inf ml")});
 }
 
-TEST_F(CareSummaryTest, RoundsECAndPHToHundredths)
+TEST_F(CareDetailsTest, ECAndPHAreRoundedToHundredths)
 {
     ExpectTexts({EC(1.125, "0 ml | EC 1.12"), EC(1.375, "0 ml | EC 1.38"), EC(0.996, "0 ml | EC 1.00"),
                  EC(12345.678, "0 ml | EC 12345.68"), PH(6.125, "0 ml | pH 6.12"), PH(6.005, "0 ml | pH 6.00"),
@@ -506,7 +522,7 @@ TEST_F(CareSummaryTest, RoundsECAndPHToHundredths)
                  Runoff(1e6, "0 ml | Runoff 1000000 ml")});
 }
 
-TEST_F(CareSummaryTest, IsTheSameInEveryLocale)
+TEST_F(CareDetailsTest, TheDetailsAreTheSameInEveryLocale)
 {
     PlantCareEntry entry;
     entry.Product = "Bloom A";
@@ -520,7 +536,7 @@ TEST_F(CareSummaryTest, IsTheSameInEveryLocale)
     EXPECT_EQ(Repository.CareTimelineDetails(entry), "Bloom A | 12345 ml | EC 1.80 | Runoff 1234 ml");
 }
 
-TEST_F(CareSummaryTest, NeedsNoDatabase)
+TEST_F(CareDetailsTest, TheDetailsNeedNoDatabase)
 {
     const PlantCareEntry entry;
     EXPECT_EQ(StatementsOf([&] { Repository.CareTimelineDetails(entry); }), Statements{});

@@ -1,4 +1,4 @@
-// Opening and closing a journal file, and the reports of what went wrong.
+// Opening and closing a journal file, and the messages of failures.
 
 #include "plant_database.h"
 #include "support/journal_test.h"
@@ -33,7 +33,7 @@ void WriteFile(const std::string& path, const std::string& content)
 class DatabaseTest : public testing::Test
 {
   protected:
-    DatabaseTest() { std::filesystem::create_directory(Folder); }
+    DatabaseTest() { std::filesystem::create_directory(Directory); }
 
     void ExpectClosed() const
     {
@@ -51,7 +51,7 @@ class DatabaseTest : public testing::Test
                   Rows{{"16"}});
     }
 
-    // Opening fails for `reason`, which is told everywhere where it should be.
+    // Expects that opening `path` fails and reports `reason`.
     void ExpectRefused(const std::string& path, const std::string& reason)
     {
         std::string error = "untouched";
@@ -61,7 +61,7 @@ class DatabaseTest : public testing::Test
         ExpectClosed();
     }
 
-    // Whether nobody else has `path` locked.
+    // Whether no other connection has `path` locked.
     static bool IsFree(const std::string& path)
     {
         const PlainConnection other(path);
@@ -72,19 +72,19 @@ class DatabaseTest : public testing::Test
 
     ScratchDirectory Scratch;
     std::string Path = Scratch.File("journal.db");
-    std::string Folder = Scratch.File("a folder where a file should be");
+    std::string Directory = Scratch.File("a directory");
     PlantDatabase Database;
 };
 
 // ---- Opening
 
-TEST_F(DatabaseTest, StartsClosedAndWithoutAnError)
+TEST_F(DatabaseTest, ADatabaseStartsClosedAndWithoutAnError)
 {
     ExpectClosed();
     EXPECT_EQ(Database.LastError(), "");
 }
 
-TEST_F(DatabaseTest, OpenMakesTheFileAndLeavesTheErrorAlone)
+TEST_F(DatabaseTest, OpenCreatesTheFileAndLeavesTheErrorUnchanged)
 {
     std::string error = "untouched";
     EXPECT_TRUE(Database.Open(Path, &error));
@@ -94,7 +94,7 @@ TEST_F(DatabaseTest, OpenMakesTheFileAndLeavesTheErrorAlone)
     EXPECT_TRUE(std::filesystem::is_regular_file(Path));
 }
 
-TEST_F(DatabaseTest, OpenMakesTheWholeChainOfFolders)
+TEST_F(DatabaseTest, OpenCreatesAllMissingDirectories)
 {
     const std::string path = Scratch.File("one/two/three/journal.db");
     EXPECT_TRUE(Database.Open(path));
@@ -110,18 +110,18 @@ TEST_F(DatabaseTest, OpenTakesThePathAsUTF8)
     EXPECT_TRUE(std::filesystem::is_regular_file(path));
 }
 
-TEST_F(DatabaseTest, OpenTakesABareFileNameInTheCurrentFolder)
+TEST_F(DatabaseTest, OpenTakesABareFileNameInTheCurrentDirectory)
 {
     const std::filesystem::path previous = std::filesystem::current_path();
-    std::filesystem::current_path(Folder);
+    std::filesystem::current_path(Directory);
     EXPECT_TRUE(Database.Open("bare.db"));
     std::filesystem::current_path(previous);
     ExpectOpen("bare.db");
-    EXPECT_TRUE(std::filesystem::is_regular_file(Folder + "/bare.db"));
+    EXPECT_TRUE(std::filesystem::is_regular_file(Directory + "/bare.db"));
 }
 
-// Each of the two is the connection's own and gone with it.
-TEST_F(DatabaseTest, OpenMakesADatabaseInMemoryAndATemporaryOne)
+// Both are private to the connection and deleted when it closes.
+TEST_F(DatabaseTest, OpenCreatesAnInMemoryAndATemporaryDatabase)
 {
     for (const std::string& path : {std::string(":memory:"), std::string()})
     {
@@ -142,7 +142,7 @@ TEST_F(DatabaseTest, OpenMakesADatabaseInMemoryAndATemporaryOne)
     EXPECT_FALSE(std::filesystem::exists(":memory:"));
 }
 
-TEST_F(DatabaseTest, OpenRunsTheWholeSchemaInItsOrder)
+TEST_F(DatabaseTest, OpenRunsTheSchemaStatementsInOrder)
 {
     const CallRecorder recorder;
     EXPECT_TRUE(Database.Open(Path));
@@ -162,7 +162,7 @@ TEST_F(DatabaseTest, AConnectionWaitsForLocksAndEnforcesForeignKeys)
     EXPECT_EQ(sqlite3_db_readonly(Database.NativeHandle(), "main"), 0);
 }
 
-// Where the program has SQLite's connections unprotected unless asked for.
+// The program may have configured SQLite to open connections without a mutex by default.
 TEST_F(DatabaseTest, AConnectionIsSerialized)
 {
     const auto restart = [](int mode)
@@ -213,8 +213,8 @@ TEST_F(DatabaseTest, DestructionReleasesTheFile)
     EXPECT_TRUE(IsFree(Path));
 }
 
-// The connection then lives as long as the statement.
-TEST_F(DatabaseTest, CloseIsNotHeldUpByAStatementLeftOpen)
+// SQLite keeps the connection until the statement is finalized.
+TEST_F(DatabaseTest, CloseSucceedsWhileAStatementIsOpen)
 {
     ASSERT_TRUE(Database.Open(Path));
     Lock();
@@ -230,19 +230,19 @@ TEST_F(DatabaseTest, CloseIsNotHeldUpByAStatementLeftOpen)
 
 // ---- Failures
 
-TEST_F(DatabaseTest, OpenOfWhatIsNoFileTellsSQLitesReason)
+TEST_F(DatabaseTest, OpenOfADirectoryReportsSQLitesReason)
 {
-    ExpectRefused(Folder, CannotOpen);
+    ExpectRefused(Directory, CannotOpen);
 }
 
-TEST_F(DatabaseTest, OpenInAFolderThatCannotBeMadeTellsSQLitesReason)
+TEST_F(DatabaseTest, OpenReportsADirectoryThatCannotBeCreated)
 {
     WriteFile(Path, "");
     ExpectRefused(Path + "/journal.db", CannotOpen);
     EXPECT_EQ(FileBytes(Path), "");
 }
 
-TEST_F(DatabaseTest, OpenOfAnotherKindOfFileIsRefusedAndLeavesItAlone)
+TEST_F(DatabaseTest, OpenRefusesAFileThatIsNotADatabase)
 {
     const std::string content(2'000, '\n');
     WriteFile(Path, content);
@@ -250,14 +250,14 @@ TEST_F(DatabaseTest, OpenOfAnotherKindOfFileIsRefusedAndLeavesItAlone)
     EXPECT_EQ(FileBytes(Path), content);
 }
 
-TEST_F(DatabaseTest, OpenOfAnEmptyFileMakesItAJournal)
+TEST_F(DatabaseTest, OpenMakesAnEmptyFileAJournal)
 {
     WriteFile(Path, "");
     EXPECT_TRUE(Database.Open(Path));
     ExpectOpen(Path);
 }
 
-TEST_F(DatabaseTest, OpenWithoutAConnectionIsReportedInItsOwnWords)
+TEST_F(DatabaseTest, OpenReportsThatSQLiteMadeNoConnection)
 {
     const CallFailure failure(SQLiteCall::Open, 1, SQLITE_NOMEM);
     ExpectRefused(Path, "Could not open database");
@@ -265,26 +265,26 @@ TEST_F(DatabaseTest, OpenWithoutAConnectionIsReportedInItsOwnWords)
     EXPECT_FALSE(std::filesystem::exists(Path));
 }
 
-// SQLite would see the part before it as the whole name.
+// SQLite would ignore the rest of the name.
 TEST_F(DatabaseTest, OpenRefusesANameWithAZeroByte)
 {
     using namespace std::string_literals;
-    const std::string folder = Scratch.File("new folder");
-    for (const std::string& path :
-         {Path + '\0', Path + "\0.db"s, "\0"s, ":memory:\0"s, folder + "\0/journal.db"s, folder + "/journal.db\0"s})
+    const std::string directory = Scratch.File("new directory");
+    for (const std::string& path : {Path + '\0', Path + "\0.db"s, "\0"s, ":memory:\0"s, directory + "\0/journal.db"s,
+                                    directory + "/journal.db\0"s})
     {
         const CallRecorder recorder;
         ExpectRefused(path, "Could not open database");
         EXPECT_TRUE(recorder.Calls().empty());
     }
     EXPECT_FALSE(std::filesystem::exists(Path));
-    EXPECT_FALSE(std::filesystem::exists(folder));
+    EXPECT_FALSE(std::filesystem::exists(directory));
 }
 
 TEST_F(DatabaseTest, AFailedOpenClosesTheFileThatWasOpen)
 {
     using namespace std::string_literals;
-    for (const std::string& path : {Folder, Folder + "\0.db"s})
+    for (const std::string& path : {Directory, Directory + "\0.db"s})
     {
         ASSERT_TRUE(Database.Open(Path));
         Lock();
@@ -294,10 +294,10 @@ TEST_F(DatabaseTest, AFailedOpenClosesTheFileThatWasOpen)
     }
 }
 
-TEST_F(DatabaseTest, OpenWithoutAPlaceForTheErrorReportsTheSame)
+TEST_F(DatabaseTest, OpenWithANullErrorSetsTheLastError)
 {
     WriteFile(Path, std::string(2'000, '\n'));
-    EXPECT_FALSE(Database.Open(Folder));
+    EXPECT_FALSE(Database.Open(Directory));
     EXPECT_EQ(Database.LastError(), CannotOpen);
     EXPECT_FALSE(Database.Open(Path, nullptr));
     EXPECT_EQ(Database.LastError(), "file is not a database");
@@ -305,9 +305,9 @@ TEST_F(DatabaseTest, OpenWithoutAPlaceForTheErrorReportsTheSame)
     EXPECT_TRUE(Database.Open(":memory:", nullptr));
 }
 
-TEST_F(DatabaseTest, TheLastErrorOutlivesLaterSuccess)
+TEST_F(DatabaseTest, ALaterSuccessKeepsTheLastError)
 {
-    ExpectRefused(Folder, CannotOpen);
+    ExpectRefused(Directory, CannotOpen);
     std::string error = "untouched";
     EXPECT_TRUE(Database.Open(Path, &error));
     EXPECT_EQ(error, "untouched");
@@ -319,15 +319,15 @@ TEST_F(DatabaseTest, TheLastErrorOutlivesLaterSuccess)
 TEST_F(DatabaseTest, TheLastErrorIsACopy)
 {
     const std::string before = Database.LastError();
-    ExpectRefused(Folder, CannotOpen);
+    ExpectRefused(Directory, CannotOpen);
     EXPECT_EQ(before, "");
     static_assert(std::is_same_v<decltype(Database.LastError()), std::string>);
     static_assert(std::is_same_v<decltype(Database.Path()), const std::string&>);
 }
 
-TEST_F(DatabaseTest, OperationsThatFailLeaveTheLastErrorAlone)
+TEST_F(DatabaseTest, AFailedOperationKeepsTheLastError)
 {
-    ExpectRefused(Folder, CannotOpen);
+    ExpectRefused(Directory, CannotOpen);
     ASSERT_TRUE(Database.Open(Path));
     PlantRepository repository(Database);
     const SampleRecords sample = StoreSampleRecords(repository);

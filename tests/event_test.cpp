@@ -82,7 +82,7 @@ TEST_F(EventTest, EachOperationRunsItsStatement)
 
 TEST_F(EventTest, AnEventOfAnUnknownPlantIsRefused)
 {
-    PlantEvent event = Full("nobody", "Cut back");
+    PlantEvent event = Full("unknown", "Cut back");
     event.ID = 77;
     const PlantEvent before = event;
     EXPECT_FALSE(Repository.CreatePlantEvent(event));
@@ -149,7 +149,7 @@ TEST_F(EventTest, ATypeThatTheFileDoesNotAllowIsRefused)
     EXPECT_EQ(StoredEvents(), (Rows{{"1", Basil.UUID, "2024-06-01", "Topped", "Cut back"}}));
 }
 
-TEST_F(EventTest, TheOwnersOfADeletedEventStayWithoutIt)
+TEST_F(EventTest, TheOwnerOfADeletedEventStaysWithoutAnEvent)
 {
     PlantCareEntry entry;
     entry.PlantUUID = Basil.UUID;

@@ -1,4 +1,4 @@
-// Every operation, with every single one of its calls of SQLite failing in turn.
+// Every operation with each of its SQLite calls failing in turn, and reads without memory.
 
 #include "support/allocation_failure.h"
 #include "support/journal_test.h"
@@ -23,7 +23,7 @@ class FailureTest : public JournalTest, public testing::WithParamInterface<Opera
   protected:
     FailureTest() : Planted(StoreSampleRecords(Repository)), Before(Content())
     {
-        // What the operation does when nothing fails is seen in a journal of its own.
+        // Another journal shows the calls and the result of the operation without a failure.
         PlantDatabase other;
         EXPECT_TRUE(other.Open(Scratch.File("other.db")));
         PlantRepository repository(other);
@@ -34,8 +34,8 @@ class FailureTest : public JournalTest, public testing::WithParamInterface<Opera
         After = ::Content(other.NativeHandle());
     }
 
-    // The content but for the one trace that a failed operation may leave: a plant's strain is registered first.
-    std::string ContentButForTheStrain() const
+    // The content without the new strain that a failed operation may leave.
+    std::string ContentWithoutTheNewStrain() const
     {
         if (Calls.front().SQL != "INSERT INTO Strains(Name) VALUES(?) ON CONFLICT(Name) DO NOTHING;")
             return Content();
@@ -45,19 +45,19 @@ class FailureTest : public JournalTest, public testing::WithParamInterface<Opera
         return content;
     }
 
-    // The result tells the truth: the file is as after the operation, or as before.
-    void ExpectHonest(bool done)
+    // Expects the content after the operation if `done`, and the content before it otherwise.
+    void ExpectContent(bool done)
     {
         ExpectNothingOpen();
         EXPECT_EQ(Database.LastError(), "");
         if (done)
             EXPECT_EQ(Content(), After);
         else
-            EXPECT_EQ(ContentButForTheStrain(), Before);
+            EXPECT_EQ(ContentWithoutTheNewStrain(), Before);
     }
 
-    // Brings the file back to its first state where it has left it.
-    void Replant()
+    // Restores the first content of the file if it has changed.
+    void Restore()
     {
         if (Content() == Before)
             return;
@@ -73,7 +73,7 @@ class FailureTest : public JournalTest, public testing::WithParamInterface<Opera
     std::vector<RecordedCall> Calls;
 };
 
-TEST_P(FailureTest, OfAnyCallOfSQLiteIsReportedAndLeavesNothingHalfDone)
+TEST_P(FailureTest, AFailedSQLiteCallLeavesNoPartialChange)
 {
     int number[] = {0, 0, 0, 0, 0, 0};
     bool begun = false;
@@ -94,9 +94,9 @@ TEST_P(FailureTest, OfAnyCallOfSQLiteIsReportedAndLeavesNothingHalfDone)
             EXPECT_TRUE(failure.Happened());
             made = recorder.Calls();
         }
-        ExpectHonest(done);
+        ExpectContent(done);
 
-        // Reading on after a row that could not be read is for the caller of a list; anything else is refused.
+        // A list that ends early returns true. Every other failure must be reported.
         const bool reading = call.SQL.starts_with("SELECT");
         if (!reading || call.Call == SQLiteCall::Prepare)
         {
@@ -113,7 +113,7 @@ TEST_P(FailureTest, OfAnyCallOfSQLiteIsReportedAndLeavesNothingHalfDone)
             for (const RecordedCall& later : made)
                 EXPECT_NE(later.SQL, "ROLLBACK;");
         }
-        Replant();
+        Restore();
         begun = begun || call.SQL == "BEGIN IMMEDIATE;";
     }
 
@@ -126,8 +126,8 @@ class RefusalTest : public JournalTest, public testing::WithParamInterface<Opera
 {
 };
 
-// An open transaction would swallow all that is written afterwards.
-TEST_P(RefusalTest, IsTakenBackAlsoWhereTheFirstAttemptFails)
+// All later writes would belong to a transaction that stayed open.
+TEST_P(RefusalTest, ARefusalIsRolledBackEvenIfTheFirstRollbackFails)
 {
     const SampleRecords planted = StoreSampleRecords(Repository);
     const std::string before = Content();
@@ -147,7 +147,7 @@ TEST_P(RefusalTest, IsTakenBackAlsoWhereTheFirstAttemptFails)
 INSTANTIATE_TEST_SUITE_P(Every, RefusalTest, testing::ValuesIn(RefusedOperations()),
                          [](const auto& test) { return test.param.Name; });
 
-TEST(ListFailureTest, AListThatAnExceptionEndsHoldsWholeRecordsOnly)
+TEST(ListFailureTest, AListEndedByAnExceptionHoldsWholeRecords)
 {
     PlantDatabase database;
     ASSERT_TRUE(database.Open(":memory:"));
@@ -179,9 +179,66 @@ TEST(ListFailureTest, AListThatAnExceptionEndsHoldsWholeRecordsOnly)
     EXPECT_EQ(most, whole.size() - 1);
 }
 
-// SQLite takes a text's length as an int; cut down to one, this length would mean a text that ends at its first zero
-// byte, which here is the first of all.
-TEST(TextFailureTest, ATextLongerThanSQLiteCanTakeIsRefusedAndNotCut)
+// Runs `read` with the first allocation failing, then with the second, until none fails. `read` fills a record and
+// returns its result; after a failure, the record must equal `untouched`.
+template <typename Record, typename Read>
+void ExpectNoPartialRecord(const Record& before, const Record& untouched, const Read& read)
+{
+    Record whole = before;
+    ASSERT_TRUE(read(whole));
+    for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
+    {
+        bool happened = true;
+        for (int number = 1; happened; ++number)
+        {
+            Record record = before;
+            bool done = false;
+            {
+                const AllocationFailure failure(allocator, number);
+                try
+                {
+                    done = read(record);
+                }
+                catch (const std::bad_alloc&)
+                {
+                }
+                happened = failure.Happened();
+            }
+            EXPECT_EQ(record, done ? whole : untouched) << "allocation " << number;
+        }
+    }
+}
+
+// SQLite allocates the texts that it returns from a file in UTF-16.
+TEST(ReadFailureTest, AReadWithoutMemoryLeavesNoPartialRecord)
+{
+    const ScratchDirectory scratch;
+    PlainConnection(scratch.File("journal.db"))
+        .RunSQL("PRAGMA encoding='UTF-16'; CREATE TABLE SchemaMeta(Key, Value);");
+    PlantDatabase database;
+    ASSERT_TRUE(database.Open(scratch.File("journal.db")));
+    PlantRepository repository(database);
+    const SampleRecords sample = StoreSampleRecords(repository);
+    Strain strain = sample.Kind;
+    strain.Breeder = strain.Notes = "a text that is too long to be kept without an allocation";
+    ASSERT_TRUE(repository.UpdateStrain(strain));
+    StrainSummary summary;
+    summary.StrainName = "another strain";
+
+    ExpectNoPartialRecord(sample.Clone, sample.Clone,
+                          [&](Plant& plant) { return repository.GetPlant(sample.Mother.UUID, plant); });
+    ExpectNoPartialRecord(sample.Unused, sample.Unused,
+                          [&](Strain& record) { return repository.GetStrain(strain.ID, record); });
+    ExpectNoPartialRecord(summary, StrainSummary(),
+                          [&](StrainSummary& record) { return repository.GetStrainSummary(strain.ID, record); });
+    ExpectNoPartialRecord(HarvestRecord(), HarvestRecord(),
+                          [&](HarvestRecord& record)
+                          { return repository.GetHarvestRecord(sample.Mother.UUID, record); });
+}
+
+// SQLite takes the length of a text as an int. Converted to int, this length would be negative, and SQLite would store
+// the text only up to its first zero byte.
+TEST(TextFailureTest, ATextTooLongForSQLiteIsRefused)
 {
     PlantDatabase database;
     ASSERT_TRUE(database.Open(":memory:"));
@@ -194,9 +251,9 @@ TEST(TextFailureTest, ATextLongerThanSQLiteCanTakeIsRefusedAndNotCut)
     EXPECT_EQ(Content(database.NativeHandle()), before);
 }
 
-// In a file that another tool has made in UTF-16, SQLite needs memory to hand a text out. A strain whose old name came
-// back empty would be given to every plant without a strain.
-TEST(TextFailureTest, ATextThatSQLiteFindsNoMemoryForIsNotTakenForAnEmptyOne)
+// SQLite allocates the texts that it returns from a file in UTF-16. If the old name of a strain were read as empty,
+// every plant without a strain would be moved to that strain.
+TEST(TextFailureTest, ATextLostToLackOfMemoryIsNotReadAsEmpty)
 {
     const ScratchDirectory scratch;
     PlainConnection(scratch.File("journal.db"))

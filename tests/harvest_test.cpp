@@ -29,7 +29,7 @@ class HarvestTest : public JournalTest
   protected:
     HarvestTest() : Mint(NewPlant("Mint")), Thyme(NewPlant("Thyme")), Basil(NewPlant("Basil", "Genovese"))
     {
-        // So that plants, events and records never have the same numbers.
+        // More events and plants than records, so that their row IDs differ.
         for (int i = 0; i < 4; ++i)
         {
             PlantEvent event;
@@ -41,7 +41,7 @@ class HarvestTest : public JournalTest
         EXPECT_TRUE(Repository.SaveHarvestRecord(Thyme, record));
     }
 
-    // Every field differs from all others and from its default.
+    // Every field differs from the other fields and from its default.
     static HarvestRecord Full()
     {
         return {.ID = 0,
@@ -95,7 +95,7 @@ class HarvestTest : public JournalTest
 
 TEST_F(HarvestTest, TheFirstSaveStoresTheRecordItsEventAndThePlantsStage)
 {
-    Basil.Tent = "Not stored, and left so";
+    Basil.Tent = "Not stored";
     const Plant plant = Basil;
     const Rows others = QueryRows("SELECT * FROM Plants WHERE ID<3;");
     HarvestRecord record = Full();
@@ -169,7 +169,7 @@ TEST_F(HarvestTest, EachOperationRunsItsStatements)
     EXPECT_EQ(EventsOf(Basil), Rows());
 }
 
-TEST_F(HarvestTest, ARecordWithAnEventOfItsOwnChoiceKeepsItOnTheFirstSave)
+TEST_F(HarvestTest, ANewRecordKeepsTheEventThatItNames)
 {
     PlantEvent event;
     event.PlantUUID = Basil.UUID;
@@ -209,12 +209,12 @@ TEST_F(HarvestTest, AnUnknownPlantIsRefused)
 {
     const std::string before = Content();
     Plant unknown;
-    unknown.UUID = "nobody";
+    unknown.UUID = "unknown";
     const Plant plant = unknown;
     HarvestRecord record;
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.SaveHarvestRecord(unknown, record)); }),
               (Statements{SQL::Begin, SQL::InsertEvent, SQL::Rollback}));
-    EXPECT_EQ(record.PlantUUID, "nobody");
+    EXPECT_EQ(record.PlantUUID, "unknown");
     EXPECT_EQ(record.HarvestDate.size(), 10U);
     EXPECT_EQ(record.TimelineEventID, 0);
     EXPECT_EQ(record.ID, 0);
@@ -235,7 +235,7 @@ TEST_F(HarvestTest, ASecondRecordOfAPlantIsRefused)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(HarvestTest, NumbersGivenBeforeAFailureStayAndThePlantIsLeftAlone)
+TEST_F(HarvestTest, RowIDsSetBeforeAFailureStayAndThePlantIsUnchanged)
 {
     const std::tuple<SQLiteCall, const char*, std::int64_t, std::int64_t> cases[] = {
         {SQLiteCall::Exec, "BEGIN", 0, 0},
@@ -293,13 +293,13 @@ TEST_F(HarvestTest, ALaterSaveThatFailsIsRolledBack)
     }
 }
 
-TEST_F(HarvestTest, ARecordWhoseEventWasDeletedGetsAFreshOneOnTheNextSave)
+TEST_F(HarvestTest, ASaveOfARecordWithoutAnEventCreatesOne)
 {
     const std::int64_t lost = NewRecord().TimelineEventID;
     ASSERT_TRUE(Repository.DeletePlantEvent(lost));
     PlantEvent later;
     later.PlantUUID = Mint.UUID;
-    ASSERT_TRUE(Repository.CreatePlantEvent(later)); // takes the number over
+    ASSERT_TRUE(Repository.CreatePlantEvent(later)); // SQLite reuses the row ID
 
     HarvestRecord record = Stored(Basil.UUID);
     EXPECT_EQ(record.TimelineEventID, 0);
@@ -311,7 +311,7 @@ TEST_F(HarvestTest, ARecordWhoseEventWasDeletedGetsAFreshOneOnTheNextSave)
     EXPECT_EQ(EventsOf(Basil).size(), 1U);
 }
 
-TEST_F(HarvestTest, ASaveWithTheNumberOfADeletedEventIsRolledBack)
+TEST_F(HarvestTest, ASaveWithTheIDOfADeletedEventIsRolledBack)
 {
     HarvestRecord record = NewRecord();
     ASSERT_TRUE(Repository.DeletePlantEvent(record.TimelineEventID));
@@ -322,7 +322,54 @@ TEST_F(HarvestTest, ASaveWithTheNumberOfADeletedEventIsRolledBack)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(HarvestTest, ASaveWithTheNumberOfNoRecordStillMovesThePlantAndSucceeds)
+TEST_F(HarvestTest, ASaveWithAReusedEventIDOverwritesThatEvent)
+{
+    HarvestRecord record = NewRecord();
+    ASSERT_TRUE(Repository.DeletePlantEvent(record.TimelineEventID));
+    PlantEvent other;
+    other.PlantUUID = Basil.UUID;
+    other.Details = "Moved to the shed";
+    ASSERT_TRUE(Repository.CreatePlantEvent(other));
+    ASSERT_EQ(other.ID, record.TimelineEventID);
+
+    record.HarvestDate = "2024-09-02";
+    EXPECT_TRUE(Repository.SaveHarvestRecord(Basil, record));
+    EXPECT_EQ(EventsOf(Basil), (Rows{{"6", "2024-09-02", "Harvest",
+                                      "Wet 450.5 g | Dry 112.2 g | Seeds 12 | Quality 8.8/10 | Jarred | Sticky"}}));
+    EXPECT_EQ(Stored(Basil.UUID), record);
+}
+
+TEST_F(HarvestTest, ANewRecordWithAnUnknownEventIsRefused)
+{
+    const std::string before = Content();
+    const Plant plant = Basil;
+    HarvestRecord record = Full();
+    record.TimelineEventID = 6;
+    EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.SaveHarvestRecord(Basil, record)); }),
+              (Statements{SQL::Begin, SQL::UpdateEvent, Insert, SQL::Rollback}));
+    EXPECT_EQ(record.ID, 0);
+    EXPECT_EQ(Basil, plant);
+    EXPECT_EQ(Content(), before);
+}
+
+TEST_F(HarvestTest, ASaveOfADeletedRecordStillMovesThePlant)
+{
+    HarvestRecord record = NewRecord();
+    ASSERT_TRUE(Repository.DeleteHarvestRecord(Basil.UUID));
+    Basil.Stage = PlantStage::Cure;
+    ASSERT_TRUE(Repository.UpdatePlant(Basil));
+    EXPECT_TRUE(Repository.SaveHarvestRecord(Basil, record));
+    EXPECT_EQ(StoredPlant(Basil.UUID).Stage, PlantStage::Harvested);
+    EXPECT_EQ(RowCount("HarvestRecords"), 1);
+    EXPECT_EQ(EventsOf(Basil), Rows());
+
+    record.TimelineEventID = 0;
+    EXPECT_TRUE(Repository.SaveHarvestRecord(Basil, record));
+    EXPECT_EQ(RowCount("HarvestRecords"), 1);
+    EXPECT_EQ(EventsOf(Basil).size(), 1U);
+}
+
+TEST_F(HarvestTest, ASaveWithTheIDOfAnotherRecordStillMovesThePlant)
 {
     const Rows records = StoredRecords();
     HarvestRecord stale = Full();
@@ -336,7 +383,7 @@ TEST_F(HarvestTest, ASaveWithTheNumberOfNoRecordStillMovesThePlantAndSucceeds)
     EXPECT_EQ(QueryRows("SELECT Stage,HarvestDate FROM Plants WHERE ID=3;"), (Rows{{"Harvested", "2024-09-01"}}));
 }
 
-TEST_F(HarvestTest, AnotherPlantsEventIsLinkedButNotRewritten)
+TEST_F(HarvestTest, AnotherPlantsEventIsLinkedButNotOverwritten)
 {
     HarvestRecord record = NewRecord();
     const Rows events = EventsOf(Mint);
@@ -349,7 +396,7 @@ TEST_F(HarvestTest, AnotherPlantsEventIsLinkedButNotRewritten)
 TEST_F(HarvestTest, GetOfAPlantWithoutARecordIsFalseAndEmpty)
 {
     NewRecord();
-    for (const std::string& uuid : {Mint.UUID, std::string("nobody"), std::string()})
+    for (const std::string& uuid : {Mint.UUID, std::string("unknown"), std::string()})
     {
         HarvestRecord record = Full();
         EXPECT_FALSE(Repository.GetHarvestRecord(uuid, record));
@@ -370,7 +417,7 @@ TEST_F(HarvestTest, GetThatFailsIsEmpty)
     }
 }
 
-TEST_F(HarvestTest, DeleteTakesTheRecordAndItsEventAndLeavesThePlant)
+TEST_F(HarvestTest, DeleteRemovesTheRecordAndItsEventOnly)
 {
     NewRecord();
     PlantEvent own;
@@ -387,7 +434,7 @@ TEST_F(HarvestTest, DeleteTakesTheRecordAndItsEventAndLeavesThePlant)
     EXPECT_EQ(QueryRows("SELECT Stage,HarvestDate FROM Plants WHERE ID=3;"), (Rows{{"Harvested", "2024-09-01"}}));
 }
 
-TEST_F(HarvestTest, DeleteOfARecordWithoutAnEventTakesTheRecordOnly)
+TEST_F(HarvestTest, DeleteOfARecordWithoutAnEventRemovesTheRecord)
 {
     ASSERT_TRUE(Repository.DeletePlantEvent(NewRecord().TimelineEventID));
     const int events = RowCount("PlantEvents");
@@ -397,10 +444,10 @@ TEST_F(HarvestTest, DeleteOfARecordWithoutAnEventTakesTheRecordOnly)
     EXPECT_EQ(RowCount("PlantEvents"), events);
 }
 
-TEST_F(HarvestTest, DeleteOfAnAbsentRecordFailsAtTheLookup)
+TEST_F(HarvestTest, DeleteOfAMissingRecordFailsAtTheLookup)
 {
     const std::string before = Content();
-    for (const std::string& uuid : {Basil.UUID, std::string("nobody"), std::string()})
+    for (const std::string& uuid : {Basil.UUID, std::string("unknown"), std::string()})
         EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.DeleteHarvestRecord(uuid)); }), (Statements{Get}));
     for (const SQLiteCall call : {SQLiteCall::Prepare, SQLiteCall::Bind, SQLiteCall::Step})
     {
@@ -425,7 +472,7 @@ TEST_F(HarvestTest, ADeleteThatFailsHalfWayIsRolledBack)
     }
 }
 
-TEST_F(HarvestTest, NumbersOfEverySizeAreKept)
+TEST_F(HarvestTest, RowIDsAndSeedsOfEverySizeAreKept)
 {
     HarvestRecord record = NewRecord();
     for (const std::int64_t id :
@@ -445,12 +492,12 @@ TEST_F(HarvestTest, NumbersOfEverySizeAreKept)
     EXPECT_EQ(EventsOf(Basil), Rows());
 }
 
-// ---- The summary that a record's event carries
+// ---- The details of a record's event
 
-class HarvestSummaryTest : public HarvestTest
+class HarvestDetailsTest : public HarvestTest
 {
   protected:
-    std::string Summary(HarvestRecord record)
+    std::string Details(HarvestRecord record)
     {
         Repository.DeleteHarvestRecord(Basil.UUID);
         EXPECT_TRUE(Repository.SaveHarvestRecord(Basil, record));
@@ -462,14 +509,14 @@ class HarvestSummaryTest : public HarvestTest
         HarvestRecord record;
         record.WetWeightG = wet;
         record.DryWeightG = dry;
-        return Summary(record);
+        return Details(record);
     }
 
     std::string Quality(double quality)
     {
         HarvestRecord record;
         record.QualityRating = quality;
-        return Summary(record);
+        return Details(record);
     }
 
     static HarvestRecord Of(double wet, double dry, double quality, int seeds, const std::string& outcome,
@@ -490,21 +537,21 @@ class HarvestSummaryTest : public HarvestTest
     static constexpr double Infinity = std::numeric_limits<double>::infinity();
 };
 
-TEST_F(HarvestSummaryTest, GivesTheRecordInOneLine)
+TEST_F(HarvestDetailsTest, TheDetailsAreTheRecordInOneLine)
 {
-    EXPECT_EQ(Summary(Of(450, 112.5, 8, 0, "", "")), "Wet 450.0 g | Dry 112.5 g | Quality 8.0/10");
-    EXPECT_EQ(Summary(Of(0, 0, 0, 12, "Jarred 3 weeks", "Sticky")),
+    EXPECT_EQ(Details(Of(450, 112.5, 8, 0, "", "")), "Wet 450.0 g | Dry 112.5 g | Quality 8.0/10");
+    EXPECT_EQ(Details(Of(0, 0, 0, 12, "Jarred 3 weeks", "Sticky")),
               "Wet 0.0 g | Dry 0.0 g | Seeds 12 | Jarred 3 weeks | Sticky");
-    EXPECT_EQ(Summary(Of(1234.56, 0.05, -1, -4, "", "late")), "Wet 1234.6 g | Dry 0.1 g | late");
-    EXPECT_EQ(Summary(Of(10, 2, 7.25, 0, "", "")), "Wet 10.0 g | Dry 2.0 g | Quality 7.2/10");
-    EXPECT_EQ(Summary(Of(1, 2, 3, 4, "outcome", "")), "Wet 1.0 g | Dry 2.0 g | Seeds 4 | Quality 3.0/10 | outcome");
-    EXPECT_EQ(Summary(HarvestRecord()), "Wet 0.0 g | Dry 0.0 g");
+    EXPECT_EQ(Details(Of(1234.56, 0.05, -1, -4, "", "late")), "Wet 1234.6 g | Dry 0.1 g | late");
+    EXPECT_EQ(Details(Of(10, 2, 7.25, 0, "", "")), "Wet 10.0 g | Dry 2.0 g | Quality 7.2/10");
+    EXPECT_EQ(Details(Of(1, 2, 3, 4, "outcome", "")), "Wet 1.0 g | Dry 2.0 g | Seeds 4 | Quality 3.0/10 | outcome");
+    EXPECT_EQ(Details(HarvestRecord()), "Wet 0.0 g | Dry 0.0 g");
 }
 
-TEST_F(HarvestSummaryTest, RoundsToTenthsTiesToEven)
+TEST_F(HarvestDetailsTest, NumbersAreRoundedToTenthsTiesToEven)
 {
     EXPECT_EQ(Weights(0.25, 0.75), "Wet 0.2 g | Dry 0.8 g");
-    EXPECT_EQ(Weights(0.35, 0.45), "Wet 0.3 g | Dry 0.5 g"); // neither is a tie: 0.35 lies below, 0.45 above
+    EXPECT_EQ(Weights(0.35, 0.45), "Wet 0.3 g | Dry 0.5 g"); // no ties: the doubles are below 0.35 and above 0.45
     EXPECT_EQ(Weights(-0.25, -0.04), "Wet -0.2 g | Dry -0.0 g");
     EXPECT_EQ(Weights(999.96, -12.5), "Wet 1000.0 g | Dry -12.5 g");
     EXPECT_EQ(Weights(1e22, 1234567.5), "Wet 10000000000000000000000.0 g | Dry 1234567.5 g");
@@ -512,7 +559,7 @@ TEST_F(HarvestSummaryTest, RoundsToTenthsTiesToEven)
     EXPECT_EQ(Quality(9.97), "Wet 0.0 g | Dry 0.0 g | Quality 10.0/10");
 }
 
-TEST_F(HarvestSummaryTest, GivesSeedsAndQualityAboveZeroOnly)
+TEST_F(HarvestDetailsTest, OnlySeedsAndQualityAboveZeroAreIncluded)
 {
     for (const double none : {0.0, -0.0, -0.01, -7.0, -Infinity})
         EXPECT_EQ(Quality(none), "Wet 0.0 g | Dry 0.0 g");
@@ -520,22 +567,22 @@ TEST_F(HarvestSummaryTest, GivesSeedsAndQualityAboveZeroOnly)
     EXPECT_EQ(Quality(Infinity), "Wet 0.0 g | Dry 0.0 g | Quality inf/10");
     for (const auto& [seeds, text] : {std::pair(1, " | Seeds 1"), std::pair(INT_MAX, " | Seeds 2147483647"),
                                       std::pair(0, ""), std::pair(-1, ""), std::pair(INT_MIN, "")})
-        EXPECT_EQ(Summary(Of(0, 0, 0, seeds, "", "")), std::string("Wet 0.0 g | Dry 0.0 g") + text);
+        EXPECT_EQ(Details(Of(0, 0, 0, seeds, "", "")), std::string("Wet 0.0 g | Dry 0.0 g") + text);
 }
 
-TEST_F(HarvestSummaryTest, LeavesOutAQualityThatIsNoNumber)
+TEST_F(HarvestDetailsTest, AQualityOfNaNIsLeftOut)
 {
     ReplaceInDefinitions(" NOT NULL", "");
     EXPECT_EQ(Quality(std::numeric_limits<double>::quiet_NaN()), "Wet 0.0 g | Dry 0.0 g");
 }
 
-TEST_F(HarvestSummaryTest, IsTheSameInEveryLocale)
+TEST_F(HarvestDetailsTest, TheDetailsAreTheSameInEveryLocale)
 {
     const CommaLocale locale;
     std::ostringstream text;
     text << 1234.5;
     ASSERT_EQ(text.str(), "1.234,5");
-    EXPECT_EQ(Summary(Of(12345.5, 1234, 8.5, 4321, "", "")),
+    EXPECT_EQ(Details(Of(12345.5, 1234, 8.5, 4321, "", "")),
               "Wet 12345.5 g | Dry 1234.0 g | Seeds 4321 | Quality 8.5/10");
 }
 

@@ -19,7 +19,7 @@ class HealthTest : public JournalTest
   protected:
     HealthTest() : Basil(NewPlant("Basil")) {}
 
-    // Every field differs from all others and from its default.
+    // Every field differs from the other fields and from its default.
     PlantHealthObservation Full(const std::string& issue = "Aphids") const
     {
         return {.ID = 99,
@@ -133,7 +133,7 @@ TEST_F(HealthTest, ReadingDoesNotLimitTheSeverity)
     }
 }
 
-TEST_F(HealthTest, AnObservationWithoutAPlantOrAnIssueIsRefusedAtOnceAndItsSeverityLeft)
+TEST_F(HealthTest, AnObservationWithoutAPlantOrAnIssueIsRefusedAtOnce)
 {
     for (std::string PlantHealthObservation::*field :
          {&PlantHealthObservation::PlantUUID, &PlantHealthObservation::Issue})
@@ -148,10 +148,10 @@ TEST_F(HealthTest, AnObservationWithoutAPlantOrAnIssueIsRefusedAtOnceAndItsSever
     }
 }
 
-TEST_F(HealthTest, AnObservationOfAnUnknownPlantIsRefusedWithItsSeverityLimited)
+TEST_F(HealthTest, AnObservationOfAnUnknownPlantIsRefused)
 {
     PlantHealthObservation observation = Full();
-    observation.PlantUUID = "nobody";
+    observation.PlantUUID = "unknown";
     observation.Severity = 9;
     PlantHealthObservation expected = observation;
     expected.Severity = 5;
@@ -175,7 +175,7 @@ TEST_F(HealthTest, ASeverityThatTheFileDoesNotAllowIsRefused)
     EXPECT_EQ(QueryRows("SELECT Severity FROM PlantHealthObservations;"), (Rows{{"4"}}));
 }
 
-TEST_F(HealthTest, WhatMayBeEmptyStaysEmpty)
+TEST_F(HealthTest, OptionalTextsMayBeEmpty)
 {
     PlantHealthObservation observation;
     observation.PlantUUID = Basil.UUID;

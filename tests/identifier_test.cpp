@@ -1,4 +1,4 @@
-// The identifiers that plants and photos are given.
+// The UUIDs of plants and photos.
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,12 +10,12 @@
 
 #include <gtest/gtest.h>
 
-std::string CreatePlantUUID(); // in no header
+std::string CreatePlantUUID(); // no header declares it
 
 namespace
 {
 
-// Whether `c` may stand where the shape of an identifier has `place`.
+// Whether `c` is allowed where the shape of an identifier has `place`: `x` is a digit, `y` one of `89ab`.
 bool Fits(char c, char place)
 {
     const std::string_view digits = "0123456789abcdef";
@@ -26,7 +26,7 @@ bool Fits(char c, char place)
     return c == place;
 }
 
-TEST(IdentifierTest, IsAVersion4UUIDInLowerCase)
+TEST(IdentifierTest, AnIdentifierIsAVersion4UUIDInLowerCase)
 {
     const std::string_view shape = "xxxxxxxx-xxxx-4xxx-yxxx-xxxxxxxxxxxx";
     for (int i = 0; i < 1'000; ++i)
@@ -36,14 +36,14 @@ TEST(IdentifierTest, IsAVersion4UUIDInLowerCase)
     }
 }
 
-TEST(IdentifierTest, IsNeverGivenTwice)
+TEST(IdentifierTest, NoIdentifierIsReturnedTwice)
 {
     std::unordered_set<std::string> given;
     for (int i = 0; i < 100'000; ++i)
         ASSERT_TRUE(given.insert(CreatePlantUUID()).second) << "after " << i;
 }
 
-TEST(IdentifierTest, IsRandomInEveryDigitThatIsNotFixed)
+TEST(IdentifierTest, EveryDigitThatIsNotFixedIsRandom)
 {
     std::set<char> seen[36];
     for (int i = 0; i < 1'000; ++i)
@@ -66,29 +66,29 @@ TEST(IdentifierTest, IsRandomInEveryDigitThatIsNotFixed)
     }
 }
 
-// Keeps what processes wrote to their standard error, and takes nothing twice.
-class Keeper
+// Matches a text that no earlier match has seen, and keeps it.
+class NewTextMatcher
 {
   public:
-    explicit Keeper(std::set<std::string>& kept) : Kept(&kept) {}
+    explicit NewTextMatcher(std::set<std::string>& kept) : Kept(&kept) {}
     bool MatchAndExplain(const std::string& output, testing::MatchResultListener*) const
     {
         return Kept->insert(output).second;
     }
     void DescribeTo(std::ostream* out) const { *out << "is new"; }
-    void DescribeNegationTo(std::ostream* out) const { *out << "was there before"; }
+    void DescribeNegationTo(std::ostream* out) const { *out << "is not new"; }
 
   private:
     std::set<std::string>* Kept;
 };
 
-TEST(IdentifierDeathTest, IsAnotherInEveryProcess)
+TEST(IdentifierDeathTest, EveryProcessStartsWithAnotherIdentifier)
 {
-    testing::GTEST_FLAG(death_test_style) = "threadsafe"; // a new process from its start, not a copy of this one
+    testing::GTEST_FLAG(death_test_style) = "threadsafe"; // starts a new process instead of a fork of this one
     std::set<std::string> firsts;
     for (int process = 0; process < 3; ++process)
         EXPECT_EXIT((std::cerr << CreatePlantUUID(), std::_Exit(0)), testing::ExitedWithCode(0),
-                    testing::MakePolymorphicMatcher(Keeper(firsts)));
+                    testing::MakePolymorphicMatcher(NewTextMatcher(firsts)));
 }
 
 } // namespace

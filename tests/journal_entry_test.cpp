@@ -17,7 +17,7 @@ class JournalEntryTest : public JournalTest
   protected:
     JournalEntryTest() : Basil(NewPlant("Basil")) {}
 
-    // Every field differs from all others and from its default.
+    // Every field differs from the other fields and from its default.
     PlantJournalEntry Full(const std::string& details = "Two new shoots") const
     {
         return {.ID = 99,
@@ -86,7 +86,7 @@ TEST_F(JournalEntryTest, EachOperationRunsItsStatement)
 TEST_F(JournalEntryTest, AnEntryOfAnUnknownPlantIsRefused)
 {
     PlantJournalEntry entry = Full();
-    entry.PlantUUID = "nobody";
+    entry.PlantUUID = "unknown";
     const PlantJournalEntry before = entry;
     EXPECT_FALSE(Repository.CreatePlantJournalEntry(entry));
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "FOREIGN KEY constraint failed");

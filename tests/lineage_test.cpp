@@ -23,23 +23,26 @@ class LineageTest : public JournalTest
         return plant;
     }
 
-    // Whether the plant could be stored.
-    bool Grow(const std::string& uuid, const std::string& mother = {})
+    // Creates a plant with this UUID and returns whether it was stored.
+    bool Create(const std::string& uuid, const std::string& mother = {})
     {
         Plant plant = Make(uuid, mother);
         return Repository.CreatePlant(plant);
     }
 
-    bool Move(const std::string& uuid, const std::string& mother) { return Repository.UpdatePlant(Make(uuid, mother)); }
+    bool SetMother(const std::string& uuid, const std::string& mother)
+    {
+        return Repository.UpdatePlant(Make(uuid, mother));
+    }
 
-    // Stores a link without its being tested.
+    // Stores a link without the checks of the library.
     void Link(const std::string& uuid, const std::string& mother) const
     {
         RunSQL("UPDATE Plants SET MotherPlantID=(SELECT ID FROM Plants WHERE UUID='" + mother + "') WHERE UUID='" +
                uuid + "';");
     }
 
-    // Every plant and its mother, as stored.
+    // The stored UUIDs of every plant and its mother.
     Rows Links() const
     {
         return QueryRows(
@@ -56,7 +59,7 @@ TEST_F(LineageTest, APlantWithoutAMotherIsAcceptedWithoutReadingTheOthers)
 
 TEST_F(LineageTest, AMotherThatIsNotStoredIsRefused)
 {
-    ASSERT_TRUE(Grow("a"));
+    ASSERT_TRUE(Create("a"));
     for (const char* mother : {"b", "A", "a ", "aa"})
     {
         Plant plant = Make("c", mother);
@@ -64,7 +67,7 @@ TEST_F(LineageTest, AMotherThatIsNotStoredIsRefused)
         EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.CreatePlant(plant)) << mother; }),
                   (Statements{SQL::ListPlants}));
         EXPECT_EQ(plant.ID, 77);
-        EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Move("a", mother)) << mother; }), (Statements{SQL::ListPlants}));
+        EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(SetMother("a", mother)) << mother; }), (Statements{SQL::ListPlants}));
     }
     EXPECT_EQ(Links(), (Rows{{"a", "NULL"}}));
 }
@@ -73,108 +76,108 @@ TEST_F(LineageTest, APlantIsNeverItsOwnMother)
 {
     Plant own = Make("b", "b");
     EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.CreatePlant(own); }));
-    ASSERT_TRUE(Grow("a"));
-    EXPECT_TRUE(RefusedWithoutACall([&] { return Move("a", "a"); }));
+    ASSERT_TRUE(Create("a"));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return SetMother("a", "a"); }));
     EXPECT_EQ(Links(), (Rows{{"a", "NULL"}}));
 }
 
 TEST_F(LineageTest, APlantWithoutAUUIDCannotBeGivenAMother)
 {
-    ASSERT_TRUE(Grow("a"));
-    EXPECT_TRUE(RefusedWithoutACall([&] { return Move("", "a"); }));
+    ASSERT_TRUE(Create("a"));
+    EXPECT_TRUE(RefusedWithoutACall([&] { return SetMother("", "a"); }));
 }
 
 TEST_F(LineageTest, ANewPlantWithoutAUUIDMayHaveAMother)
 {
-    ASSERT_TRUE(Grow("a"));
-    EXPECT_TRUE(Grow("", "a"));
+    ASSERT_TRUE(Create("a"));
+    EXPECT_TRUE(Create("", "a"));
     EXPECT_EQ(RowCount("Plants", "MotherPlantID=1"), 1);
 }
 
 TEST_F(LineageTest, ALinkThatWouldCloseACycleIsRefused)
 {
-    ASSERT_TRUE(Grow("a") && Grow("b", "a") && Grow("c", "b") && Grow("other"));
+    ASSERT_TRUE(Create("a") && Create("b", "a") && Create("c", "b") && Create("other"));
     const Rows before = Links();
-    EXPECT_FALSE(Move("a", "b"));
-    EXPECT_FALSE(Move("a", "c"));
-    EXPECT_FALSE(Move("b", "c"));
+    EXPECT_FALSE(SetMother("a", "b"));
+    EXPECT_FALSE(SetMother("a", "c"));
+    EXPECT_FALSE(SetMother("b", "c"));
     EXPECT_EQ(Links(), before);
 
-    EXPECT_TRUE(Move("c", "a"));
-    EXPECT_TRUE(Move("a", "other"));
+    EXPECT_TRUE(SetMother("c", "a"));
+    EXPECT_TRUE(SetMother("a", "other"));
     EXPECT_EQ(Links(), (Rows{{"a", "other"}, {"b", "a"}, {"c", "a"}, {"other", "NULL"}}));
 }
 
-TEST_F(LineageTest, ALinkMayTurnRoundOnceTheOldOneIsGone)
+TEST_F(LineageTest, ALinkMayBeReversedAfterTheOldOneIsRemoved)
 {
-    ASSERT_TRUE(Grow("a") && Grow("b", "a"));
-    EXPECT_FALSE(Move("a", "b"));
-    EXPECT_TRUE(Move("b", ""));
-    EXPECT_TRUE(Move("a", "b"));
+    ASSERT_TRUE(Create("a") && Create("b", "a"));
+    EXPECT_FALSE(SetMother("a", "b"));
+    EXPECT_TRUE(SetMother("b", ""));
+    EXPECT_TRUE(SetMother("a", "b"));
     EXPECT_EQ(Links(), (Rows{{"a", "b"}, {"b", "NULL"}}));
 }
 
-TEST_F(LineageTest, AMotherMayKeepHerPlaceAndHaveManyClones)
+TEST_F(LineageTest, AMotherMayHaveManyClones)
 {
-    ASSERT_TRUE(Grow("a") && Grow("b", "a") && Grow("c", "a"));
-    EXPECT_TRUE(Move("b", "a"));
-    EXPECT_TRUE(Grow("d", "b"));
+    ASSERT_TRUE(Create("a") && Create("b", "a") && Create("c", "a"));
+    EXPECT_TRUE(SetMother("b", "a"));
+    EXPECT_TRUE(Create("d", "b"));
     EXPECT_EQ(Links(), (Rows{{"a", "NULL"}, {"b", "a"}, {"c", "a"}, {"d", "b"}}));
 }
 
 TEST_F(LineageTest, ALongLineageIsFollowedToItsEnd)
 {
-    ASSERT_TRUE(Grow("0"));
+    ASSERT_TRUE(Create("0"));
     for (int i = 1; i < 60; ++i)
-        ASSERT_TRUE(Grow(std::to_string(i), std::to_string(i - 1)));
-    EXPECT_TRUE(Grow("youngest", "59"));
-    EXPECT_FALSE(Move("0", "youngest"));
+        ASSERT_TRUE(Create(std::to_string(i), std::to_string(i - 1)));
+    EXPECT_TRUE(Create("youngest", "59"));
+    EXPECT_FALSE(SetMother("0", "youngest"));
     EXPECT_EQ(RowCount("Plants", "MotherPlantID IS NULL"), 1);
 }
 
-TEST_F(LineageTest, ACycleThatIsStoredAlreadyIsRefusedAsALineage)
+TEST_F(LineageTest, AMotherInAStoredCycleIsRefused)
 {
-    ASSERT_TRUE(Grow("a") && Grow("b", "a") && Grow("c", "b") && Grow("self"));
+    ASSERT_TRUE(Create("a") && Create("b", "a") && Create("c", "b") && Create("self"));
     Link("a", "b");
     Link("self", "self");
     for (const char* mother : {"a", "b", "c", "self"})
     {
-        EXPECT_FALSE(Grow("new", mother)) << mother;
+        EXPECT_FALSE(Create("new", mother)) << mother;
         EXPECT_EQ(RowCount("Plants"), 4);
     }
-    EXPECT_TRUE(Move("a", ""));
-    EXPECT_TRUE(Grow("new", "c"));
+    EXPECT_TRUE(SetMother("a", ""));
+    EXPECT_TRUE(Create("new", "c"));
 }
 
 TEST_F(LineageTest, ThePlantsOwnStoredLinkIsNotFollowed)
 {
-    ASSERT_TRUE(Grow("a") && Grow("b"));
+    ASSERT_TRUE(Create("a") && Create("b"));
     Link("a", "a");
-    EXPECT_TRUE(Move("a", "b"));
+    EXPECT_TRUE(SetMother("a", "b"));
     EXPECT_EQ(Links(), (Rows{{"a", "b"}, {"b", "NULL"}}));
 }
 
-TEST_F(LineageTest, AnAncestorWhoIsGoneFromTheTableEndsTheLineage)
+TEST_F(LineageTest, AnAncestorMissingFromTheTableEndsTheLineage)
 {
-    ASSERT_TRUE(Grow("a") && Grow("b", "a"));
+    ASSERT_TRUE(Create("a") && Create("b", "a"));
     RunSQL("PRAGMA foreign_keys=OFF; DELETE FROM Plants WHERE UUID='a'; PRAGMA foreign_keys=ON;");
-    EXPECT_TRUE(Grow("c", "b"));
+    EXPECT_TRUE(Create("c", "b"));
 }
 
-TEST_F(LineageTest, AnAncestorWhoCouldNotBeReadIsTakenForUnknown)
+TEST_F(LineageTest, AnAncestorThatCouldNotBeReadCountsAsUnknown)
 {
-    ASSERT_TRUE(Grow("z") && Grow("b", "z") && Grow("a", "b"));
-    // The list is "a", "b", "z"; it ends before "z".
+    ASSERT_TRUE(Create("z") && Create("b", "z") && Create("a", "b"));
+    // The list of plants is "a", "b", "z" and ends before "z".
     const CallFailure failure(SQLiteCall::Step, 3, SQLITE_IOERR, "SELECT");
-    EXPECT_FALSE(Grow("new", "a"));
+    EXPECT_FALSE(Create("new", "a"));
     EXPECT_TRUE(failure.Happened());
 }
 
 TEST_F(LineageTest, ALinkIsRefusedWhenThePlantsCannotBeRead)
 {
-    ASSERT_TRUE(Grow("a") && Grow("b"));
+    ASSERT_TRUE(Create("a") && Create("b"));
     const CallFailure failure(SQLiteCall::Prepare, 1, SQLITE_NOMEM, "SELECT");
-    EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Move("b", "a")); }), (Statements{SQL::ListPlants}));
+    EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(SetMother("b", "a")); }), (Statements{SQL::ListPlants}));
 }
 
 class DuplicateTest : public JournalTest
@@ -204,7 +207,7 @@ class DuplicateTest : public JournalTest
         EXPECT_TRUE(Repository.CreatePlant(Source));
     }
 
-    // What the duplicate of `source` must be, but for its identifiers, which are those of `duplicate`.
+    // The expected duplicate of `source`, with the identifiers of `duplicate`.
     static Plant Expected(const Plant& source, const Plant& duplicate)
     {
         Plant expected = source;
@@ -218,10 +221,10 @@ class DuplicateTest : public JournalTest
     Plant Source;
 };
 
-TEST_F(DuplicateTest, IsANewPlantWithoutAMotherAndAlikeInAllElse)
+TEST_F(DuplicateTest, ADuplicateIsACopyWithoutAMother)
 {
     const Plant source = Source;
-    Plant copy = StoredPlant(source.MotherPlantUUID); // nothing of it may remain
+    Plant copy = StoredPlant(source.MotherPlantUUID); // DuplicatePlant must overwrite every field
     ASSERT_TRUE(Repository.DuplicatePlant(Source, copy));
     EXPECT_EQ(copy.ID, 3);
     EXPECT_EQ(copy.UUID.size(), 36U);
@@ -231,14 +234,14 @@ TEST_F(DuplicateTest, IsANewPlantWithoutAMotherAndAlikeInAllElse)
     EXPECT_EQ(StoredPlant("basil"), source);
 }
 
-TEST_F(DuplicateTest, RunsTheStatementsOfACreateWithoutAMother)
+TEST_F(DuplicateTest, DuplicateRunsTheStatementsOfACreate)
 {
     Plant copy;
     EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DuplicatePlant(Source, copy)); }),
               (Statements{SQL::RegisterStrain, SQL::InsertPlant}));
 }
 
-TEST_F(DuplicateTest, OfADuplicateIsNamedACopyTwice)
+TEST_F(DuplicateTest, ADuplicateOfADuplicateIsNamedCopyTwice)
 {
     Plant copy;
     Plant copyOfCopy;
@@ -249,7 +252,7 @@ TEST_F(DuplicateTest, OfADuplicateIsNamedACopyTwice)
     EXPECT_EQ(RowCount("Plants"), 4);
 }
 
-TEST_F(DuplicateTest, MayTakeTheSourcesOwnRecord)
+TEST_F(DuplicateTest, TheSourceMayReceiveTheDuplicate)
 {
     const Plant source = Source;
     ASSERT_TRUE(Repository.DuplicatePlant(Source, Source));
@@ -259,10 +262,10 @@ TEST_F(DuplicateTest, MayTakeTheSourcesOwnRecord)
     EXPECT_EQ(StoredPlant("basil"), source);
 }
 
-TEST_F(DuplicateTest, TakesNothingThatHangsOffTheSource)
+TEST_F(DuplicateTest, ADuplicateHasNoneOfTheRecordsOfItsSource)
 {
     const SampleRecords sample = StoreSampleRecords(Repository);
-    const auto hangsOff = [&](const std::string& plantUUID)
+    const auto recordsOf = [&](const std::string& plantUUID)
     {
         int records = 0;
         for (const char* table : {"PlantEvents", "PlantCareEntries", "HarvestRecords", "PlantPhotos",
@@ -270,28 +273,28 @@ TEST_F(DuplicateTest, TakesNothingThatHangsOffTheSource)
             records += RowCount(table, "PlantUUID='" + plantUUID + "'");
         return records;
     };
-    const int before = hangsOff(sample.Mother.UUID);
+    const int before = recordsOf(sample.Mother.UUID);
     EXPECT_GE(before, 6);
 
     Plant copy;
     ASSERT_TRUE(Repository.DuplicatePlant(sample.Mother, copy));
-    EXPECT_EQ(hangsOff(copy.UUID), 0);
-    EXPECT_EQ(hangsOff(sample.Mother.UUID), before);
+    EXPECT_EQ(recordsOf(copy.UUID), 0);
+    EXPECT_EQ(recordsOf(sample.Mother.UUID), before);
     EXPECT_EQ(RowCount("Plants", "MotherPlantID=(SELECT ID FROM Plants WHERE Name='Mother' AND Strain<>'')"), 1);
 }
 
-TEST_F(DuplicateTest, WorksForASourceThatIsNotStored)
+TEST_F(DuplicateTest, ASourceThatIsNotStoredCanBeDuplicated)
 {
     Plant source;
     source.ID = 4711;
-    source.MotherPlantUUID = "nobody";
+    source.MotherPlantUUID = "unknown";
     Plant copy;
     ASSERT_TRUE(Repository.DuplicatePlant(source, copy));
     EXPECT_EQ(copy.ID, 3);
     EXPECT_EQ(QueryRows("SELECT Name,Strain,MotherPlantID FROM Plants WHERE ID=3;"), (Rows{{" copy", "", "NULL"}}));
 }
 
-TEST_F(DuplicateTest, ThatFailsIsLeftPreparedAndStoresNothing)
+TEST_F(DuplicateTest, AFailedDuplicateIsReturnedButNotStored)
 {
     const std::string before = Content();
     Plant copy;
@@ -303,7 +306,7 @@ TEST_F(DuplicateTest, ThatFailsIsLeftPreparedAndStoresNothing)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(DuplicateTest, ThatFailsStillRegistersTheStrain)
+TEST_F(DuplicateTest, AFailedDuplicateStillRegistersTheStrain)
 {
     Source.Strain = "Thai";
     Plant copy;

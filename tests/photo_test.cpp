@@ -17,7 +17,7 @@ class PhotoTest : public JournalTest
   protected:
     PhotoTest() : Basil(NewPlant("Basil")) {}
 
-    // Every field differs from all others and from its default.
+    // Every field differs from the other fields and from its default.
     PlantPhoto Full(const std::string& uuid) const
     {
         return {.ID = 99,
@@ -57,7 +57,7 @@ TEST_F(PhotoTest, UpdateOverwritesEveryFieldOfThatPhotoOnly)
 {
     NewPhoto("first");
     NewPhoto("second");
-    ASSERT_TRUE(Repository.UpdatePlantPhoto({.ID = 1, // any but 0: the UUID tells which
+    ASSERT_TRUE(Repository.UpdatePlantPhoto({.ID = 1, // any number but 0, since the UUID identifies the photo
                                              .UUID = "second",
                                              .PlantUUID = Basil.UUID,
                                              .PhotoDate = "2024-07-02",
@@ -128,7 +128,7 @@ TEST_F(PhotoTest, AUUIDThatExistsIsRefused)
 TEST_F(PhotoTest, APhotoOfAnUnknownPlantIsRefusedButKeepsItsNewUUID)
 {
     PlantPhoto photo = Full("");
-    photo.PlantUUID = "nobody";
+    photo.PlantUUID = "unknown";
     EXPECT_FALSE(Repository.CreatePlantPhoto(photo));
     EXPECT_STREQ(sqlite3_errmsg(Database.NativeHandle()), "FOREIGN KEY constraint failed");
     EXPECT_EQ(photo.UUID.size(), 36U);
@@ -146,7 +146,7 @@ TEST_F(PhotoTest, AnEmptyDateAndCaptionStayEmpty)
     EXPECT_EQ(StoredPhotos(), (Rows{{"1", "photo", Basil.UUID, "", "photos/basil.jpg", ""}}));
 }
 
-TEST_F(PhotoTest, DeleteTakesThePhotoWithExactlyThatUUID)
+TEST_F(PhotoTest, DeleteRemovesThePhotoWithExactlyThatUUID)
 {
     NewPhoto("photo");
     NewPhoto("Photo");

@@ -42,7 +42,7 @@ Plant Named(const std::string& uuid, const std::string& name)
     return plant;
 }
 
-// Every field differs from all others and from its default.
+// Every field differs from the other fields and from its default.
 Plant FullPlant(const std::string& mother)
 {
     return {.ID = 99,
@@ -99,7 +99,7 @@ TEST_F(PlantTest, UpdateOverwritesEveryFieldButTheIdentifiers)
     ASSERT_TRUE(Repository.CreatePlant(basil));
     const Rows others = QueryRows("SELECT * FROM Plants WHERE ID<3;");
 
-    const Plant changed = FullPlant(mother.UUID); // its ID is no plant's
+    const Plant changed = FullPlant(mother.UUID); // no plant has its ID
     ASSERT_TRUE(Repository.UpdatePlant(changed));
 
     Plant expected = changed;
@@ -182,7 +182,7 @@ TEST_F(PlantTest, ANewStrainIsRegisteredWithDefaults)
               (Rows{{"Genovese", "", "0", ""}, {"Spearmint", "", "0", ""}, {"Peppermint", "", "0", ""}}));
 }
 
-TEST_F(PlantTest, AKnownStrainIsLeftAsItIs)
+TEST_F(PlantTest, AnExistingStrainIsUnchanged)
 {
     Strain genovese;
     genovese.Name = "Genovese";
@@ -216,7 +216,7 @@ TEST_F(PlantTest, ARefusedPlantStillRegistersItsStrain)
 
     Plant orphan = Named("orphan", "Orphan");
     orphan.Strain = "Of an orphan";
-    orphan.MotherPlantUUID = "nobody";
+    orphan.MotherPlantUUID = "unknown";
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.CreatePlant(orphan)); }),
               (Statements{SQL::RegisterStrain, SQL::ListPlants}));
 
@@ -226,7 +226,7 @@ TEST_F(PlantTest, ARefusedPlantStillRegistersItsStrain)
 
     Plant moved = stored;
     moved.Strain = "Of the moved";
-    moved.MotherPlantUUID = "nobody";
+    moved.MotherPlantUUID = "unknown";
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.UpdatePlant(moved)); }),
               (Statements{SQL::RegisterStrain, SQL::ListPlants}));
 
@@ -255,7 +255,7 @@ TEST_F(PlantTest, ANewUUIDStaysWhenThePlantIsRefused)
 {
     Plant orphan;
     orphan.ID = 77;
-    orphan.MotherPlantUUID = "nobody";
+    orphan.MotherPlantUUID = "unknown";
     EXPECT_FALSE(Repository.CreatePlant(orphan));
     EXPECT_EQ(orphan.UUID.size(), 36U);
     EXPECT_EQ(orphan.ID, 77);
@@ -277,7 +277,7 @@ TEST_F(PlantTest, AMotherIsReadBackUntilSheIsDeleted)
     EXPECT_EQ(QueryRows("SELECT MotherPlantID FROM Plants;"), (Rows{{"NULL"}}));
 }
 
-TEST_F(PlantTest, AMotherThatIsGoneFromTheTableReadsBackAsNone)
+TEST_F(PlantTest, AMotherMissingFromTheTableReadsBackAsNone)
 {
     const Plant mother = NewPlant("Mother");
     const Plant clone = NewPlant("Clone", "", mother.UUID);
@@ -310,12 +310,12 @@ TEST_F(PlantTest, GetFindsThePlantWithExactlyThatUUID)
     EXPECT_EQ(StoredPlant("BASIL-A"), upper);
     EXPECT_EQ(StoredPlant("basil-ab"), longer);
 
-    Plant found = FullPlant("a mother"); // nothing of it may remain
+    Plant found = FullPlant("a mother"); // GetPlant must overwrite every field
     ASSERT_TRUE(Repository.GetPlant("basil-a", found));
     EXPECT_EQ(found, lower);
 }
 
-TEST_F(PlantTest, GetOfAPlantThatIsNotThereLeavesTheRecordAlone)
+TEST_F(PlantTest, GetOfAnUnknownPlantLeavesTheRecordUnchanged)
 {
     NewPlant("Other");
     Plant basil = Named("basil", "Basil");
@@ -344,7 +344,7 @@ TEST_F(PlantTest, GetFailsWhenThePlantsCannotBeListed)
     }
 }
 
-TEST_F(PlantTest, ListsByStrainThenByNameWithoutRegardToCase)
+TEST_F(PlantTest, AListIsSortedByStrainThenByNameIgnoringCase)
 {
     NewPlant("b", "basil");
     NewPlant("É", "mint");
@@ -358,7 +358,7 @@ TEST_F(PlantTest, ListsByStrainThenByNameWithoutRegardToCase)
                                                        "mint/É", "mint/é"}));
 }
 
-TEST_F(PlantTest, ListsNothingInAnEmptyJournalAndDropsWhatTheVectorHeld)
+TEST_F(PlantTest, AListOfAnEmptyJournalEmptiesTheVector)
 {
     std::vector<Plant> plants(3);
     EXPECT_TRUE(Repository.ListPlants(plants));
@@ -379,7 +379,7 @@ TEST_F(PlantTest, AListThatCannotBePreparedIsEmptyAndFalse)
     EXPECT_TRUE(plants.empty());
 }
 
-TEST_F(PlantTest, AnErrorOnTheWayEndsTheListEarly)
+TEST_F(PlantTest, AnErrorWhileReadingEndsTheListEarly)
 {
     for (const char* name : {"A", "B", "C", "D"})
         NewPlant(name);
@@ -406,7 +406,7 @@ TEST_F(PlantTest, UpdateAndDeleteOfAnUnknownPlantChangeNothingAndSucceed)
     EXPECT_EQ(Content(), before);
 }
 
-TEST_F(PlantTest, DeleteTakesAllThatBelongsToThePlantAndNothingElse)
+TEST_F(PlantTest, DeleteRemovesOnlyThePlantAndItsRecords)
 {
     const Plant basil = NewPlant("Basil", "Genovese");
     const Plant mint = NewPlant("Mint", "Spearmint", basil.UUID);

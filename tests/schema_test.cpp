@@ -1,4 +1,4 @@
-// The form of a journal file, as other programs see it, and what it enforces.
+// The schema of a journal file and its constraints.
 
 #include "support/journal_test.h"
 #include "support/repository_operations.h"
@@ -21,8 +21,8 @@ namespace
 struct TableForm
 {
     std::string Name;
-    Rows Columns;     // name, type, whether it must not be NULL, default, place in the primary key
-    Rows ForeignKeys; // column, the table and column that it refers to, on delete
+    Rows Columns;     // name, type, NOT NULL, default, position in the primary key
+    Rows ForeignKeys; // column, referenced table, referenced column, ON DELETE
     Statements Unique;
 };
 
@@ -31,18 +31,18 @@ std::ostream& operator<<(std::ostream& out, const TableForm& form)
     return out << form.Name;
 }
 
-const Row Number = {"ID", "INTEGER", "0", "NULL", "1"};
-const Row OfAPlant = {"PlantUUID", "TEXT", "1", "NULL", "0"};
-const Row Mirror = {"TimelineEventID", "INTEGER", "0", "NULL", "0"};
-const Row ToThePlant = {"PlantUUID", "Plants", "UUID", "CASCADE"};
-const Row ToTheEvent = {"TimelineEventID", "PlantEvents", "ID", "SET NULL"};
+const Row RowID = {"ID", "INTEGER", "0", "NULL", "1"};
+const Row PlantUUID = {"PlantUUID", "TEXT", "1", "NULL", "0"};
+const Row EventLink = {"TimelineEventID", "INTEGER", "0", "NULL", "0"};
+const Row PlantReference = {"PlantUUID", "Plants", "UUID", "CASCADE"};
+const Row EventReference = {"TimelineEventID", "PlantEvents", "ID", "SET NULL"};
 
 Row Text(const std::string& name, const std::string& initial = "''")
 {
     return {name, "TEXT", "1", initial, "0"};
 }
 
-Row Needed(const std::string& name)
+Row TextWithoutDefault(const std::string& name)
 {
     return Text(name, "NULL");
 }
@@ -58,12 +58,15 @@ Row Integer(const std::string& name, const std::string& initial = "0")
 }
 
 const TableForm TableForms[] = {
-    {"SchemaMeta", {{"Key", "TEXT", "0", "NULL", "1"}, Needed("Value")}, {}, {"Key"}},
-    {"Strains", {Number, Needed("Name"), Text("Breeder"), Integer("FloweringWeeks"), Text("Notes")}, {}, {"Name"}},
+    {"SchemaMeta", {{"Key", "TEXT", "0", "NULL", "1"}, TextWithoutDefault("Value")}, {}, {"Key"}},
+    {"Strains",
+     {RowID, TextWithoutDefault("Name"), Text("Breeder"), Integer("FloweringWeeks"), Text("Notes")},
+     {},
+     {"Name"}},
     {"Plants",
-     {Number,
-      Needed("UUID"),
-      Needed("Name"),
+     {RowID,
+      TextWithoutDefault("UUID"),
+      TextWithoutDefault("Name"),
       Text("Strain"),
       {"MotherPlantID", "INTEGER", "0", "NULL", "0"},
       Text("Stage", "'Veg'"),
@@ -82,31 +85,31 @@ const TableForm TableForms[] = {
      {{"MotherPlantID", "Plants", "ID", "SET NULL"}},
      {"UUID"}},
     {"PlantEvents",
-     {Number, OfAPlant, Text("EventDate"), Text("EventType", "'Note'"), Text("Details")},
-     {ToThePlant},
+     {RowID, PlantUUID, Text("EventDate"), Text("EventType", "'Note'"), Text("Details")},
+     {PlantReference},
      {}},
     {"PlantCareEntries",
-     {Number, Mirror, OfAPlant, Text("CareDate"), Text("Action", "'Water'"), Text("Product"), Real("AmountMl"),
+     {RowID, EventLink, PlantUUID, Text("CareDate"), Text("Action", "'Water'"), Text("Product"), Real("AmountMl"),
       Real("EC"), Real("PH"), Real("RunoffMl"), Text("Notes")},
-     {ToThePlant, ToTheEvent},
+     {PlantReference, EventReference},
      {}},
     {"HarvestRecords",
-     {Number, Mirror, OfAPlant, Text("HarvestDate"), Real("WetWeightG"), Real("DryWeightG"), Real("QualityRating"),
+     {RowID, EventLink, PlantUUID, Text("HarvestDate"), Real("WetWeightG"), Real("DryWeightG"), Real("QualityRating"),
       Integer("SeedYield"), Text("CureOutcome"), Text("Notes")},
-     {ToThePlant, ToTheEvent},
+     {PlantReference, EventReference},
      {"PlantUUID"}},
     {"PlantPhotos",
-     {Number, Needed("UUID"), OfAPlant, Text("PhotoDate"), Needed("FilePath"), Text("Caption")},
-     {ToThePlant},
+     {RowID, TextWithoutDefault("UUID"), PlantUUID, Text("PhotoDate"), TextWithoutDefault("FilePath"), Text("Caption")},
+     {PlantReference},
      {"UUID"}},
     {"PlantHealthObservations",
-     {Number, OfAPlant, Text("ObservationDate"), Needed("Issue"), Integer("Severity", "1"), Text("Treatment"),
-      Text("Notes")},
-     {ToThePlant},
+     {RowID, PlantUUID, Text("ObservationDate"), TextWithoutDefault("Issue"), Integer("Severity", "1"),
+      Text("Treatment"), Text("Notes")},
+     {PlantReference},
      {}},
     {"PlantJournalEntries",
-     {Number, OfAPlant, Text("EntryDate"), Text("Type", "'Observation'"), Text("Details")},
-     {ToThePlant},
+     {RowID, PlantUUID, Text("EntryDate"), Text("Type", "'Observation'"), Text("Details")},
+     {PlantReference},
      {}},
 };
 
@@ -114,14 +117,14 @@ class TableTest : public JournalTest, public testing::WithParamInterface<TableFo
 {
 };
 
-TEST_P(TableTest, HasTheseColumnsInThisOrder)
+TEST_P(TableTest, TheTableHasItsColumnsInOrder)
 {
     EXPECT_EQ(QueryRows("SELECT name,type,\"notnull\",dflt_value,pk FROM pragma_table_info('" + GetParam().Name +
                         "') ORDER BY cid;"),
               GetParam().Columns);
 }
 
-TEST_P(TableTest, RefersToTheseTables)
+TEST_P(TableTest, TheTableHasItsForeignKeys)
 {
     EXPECT_EQ(QueryRows("SELECT \"from\",\"table\",\"to\",on_delete FROM pragma_foreign_key_list('" + GetParam().Name +
                         "') ORDER BY 1;"),
@@ -131,7 +134,7 @@ TEST_P(TableTest, RefersToTheseTables)
               Rows{});
 }
 
-TEST_P(TableTest, HoldsTheseValuesOnce)
+TEST_P(TableTest, TheTableHasItsUniqueColumns)
 {
     Rows expected;
     for (const std::string& column : GetParam().Unique)
@@ -144,13 +147,13 @@ TEST_P(TableTest, HoldsTheseValuesOnce)
 INSTANTIATE_TEST_SUITE_P(Every, TableTest, testing::ValuesIn(TableForms),
                          [](const auto& test) { return test.param.Name; });
 
-// ---- The whole file
+// ---- The file
 
 class SchemaTest : public JournalTest
 {
   protected:
-    // Whether the file takes a row. It is not kept.
-    bool Takes(const std::string& insert) const
+    // Whether the file accepts the row. The row is not kept.
+    bool Accepts(const std::string& insert) const
     {
         RunSQL("SAVEPOINT trial;");
         const int result = sqlite3_exec(Database.NativeHandle(), insert.c_str(), nullptr, nullptr, nullptr);
@@ -160,7 +163,7 @@ class SchemaTest : public JournalTest
     }
 };
 
-TEST_F(SchemaTest, TheFileHoldsTheTablesAndIndexesToTheByteAndNothingElse)
+TEST_F(SchemaTest, TheSchemaHasExactlyTheseTablesAndIndexes)
 {
     std::set<std::string> expected;
     for (const Statements& statements : {CreateTableStatements(), CreateIndexStatements()})
@@ -177,7 +180,7 @@ TEST_F(SchemaTest, TheFileHoldsTheTablesAndIndexesToTheByteAndNothingElse)
               (Rows{{"index", "7"}, {"table", "9"}}));
 }
 
-TEST_F(SchemaTest, TheTablesAreCalledLikeThis)
+TEST_F(SchemaTest, TheTablesHaveTheirNames)
 {
     EXPECT_EQ(QueryRows("SELECT name FROM sqlite_master WHERE type='table' ORDER BY rowid;"),
               (Rows{{"SchemaMeta"},
@@ -191,7 +194,7 @@ TEST_F(SchemaTest, TheTablesAreCalledLikeThis)
                     {"PlantJournalEntries"}}));
 }
 
-TEST_F(SchemaTest, TheFileCarriesNoMarksOfItsOwn)
+TEST_F(SchemaTest, TheFileHasNoVersionNumberAndNoApplicationID)
 {
     for (const std::string pragma : {"user_version", "application_id"})
         EXPECT_EQ(QueryRows("PRAGMA " + pragma + ';'), Rows{{"0"}}) << pragma;
@@ -200,7 +203,7 @@ TEST_F(SchemaTest, TheFileCarriesNoMarksOfItsOwn)
     EXPECT_EQ(QueryRows("PRAGMA integrity_check;"), Rows{{"ok"}});
 }
 
-TEST_F(SchemaTest, TheIndexesHaveTheseKeys)
+TEST_F(SchemaTest, TheIndexesHaveTheirKeys)
 {
     Rows expected = {{"PlantsByStrain", "Plants", "Strain", "0"}, {"PlantsByMother", "Plants", "MotherPlantID", "0"}};
     const std::string byPlantDate[][3] = {{"PlantEventsByPlantDate", "PlantEvents", "EventDate"},
@@ -219,7 +222,7 @@ TEST_F(SchemaTest, TheIndexesHaveTheseKeys)
               expected);
 }
 
-TEST_F(SchemaTest, ARowThatSaysNothingReadsAsADefaultRecord)
+TEST_F(SchemaTest, ARowOfColumnDefaultsReadsAsADefaultRecord)
 {
     RunSQL("INSERT INTO Strains(ID,Name) VALUES(1,'s');"
            "INSERT INTO Plants(ID,UUID,Name) VALUES(1,'p','');"
@@ -229,7 +232,7 @@ TEST_F(SchemaTest, ARowThatSaysNothingReadsAsADefaultRecord)
            "INSERT INTO PlantPhotos(ID,UUID,PlantUUID,FilePath) VALUES(1,'f','p','');"
            "INSERT INTO PlantHealthObservations(ID,PlantUUID,Issue) VALUES(1,'p','');"
            "INSERT INTO PlantJournalEntries(ID,PlantUUID) VALUES(1,'p');");
-    // The record that is read, with all that the row did say set back.
+    // The record without the values that the row sets.
     const auto withoutKeys = [](auto record)
     {
         record.ID = 0;
@@ -256,7 +259,7 @@ TEST_F(SchemaTest, ARowThatSaysNothingReadsAsADefaultRecord)
     EXPECT_EQ(withoutKeys(Listed(&PlantRepository::ListPlantJournalEntries, "p").at(0)), PlantJournalEntry{});
 }
 
-TEST_F(SchemaTest, AColumnOfNamesTakesItsNamesAndNoOthers)
+TEST_F(SchemaTest, AnEnumerationColumnTakesOnlyItsStoredNames)
 {
     const struct
     {
@@ -284,12 +287,12 @@ TEST_F(SchemaTest, AColumnOfNamesTakesItsNamesAndNoOthers)
         for (const std::string& word : words)
         {
             const bool known = std::find(names.begin(), names.end(), word) != names.end();
-            EXPECT_EQ(Takes(Replaced(insert, "?", word)), known) << insert << word;
+            EXPECT_EQ(Accepts(Replaced(insert, "?", word)), known) << insert << word;
         }
         for (const std::string& name : names)
             for (const std::string& value : {'\'' + name + " '", "lower('" + name + "')", "upper('" + name + "')"})
-                EXPECT_FALSE(Takes(Replaced(insert, "'?'", value))) << insert << value;
-        EXPECT_FALSE(Takes(Replaced(insert, "'?'", "NULL"))) << insert;
+                EXPECT_FALSE(Accepts(Replaced(insert, "'?'", value))) << insert << value;
+        EXPECT_FALSE(Accepts(Replaced(insert, "'?'", "NULL"))) << insert;
     }
 }
 
@@ -297,13 +300,13 @@ TEST_F(SchemaTest, ASeverityIsFromOneToFive)
 {
     RunSQL("INSERT INTO Plants(UUID,Name) VALUES('p','');");
     for (int severity = -1; severity <= 7; ++severity)
-        EXPECT_EQ(Takes("INSERT INTO PlantHealthObservations(PlantUUID,Issue,Severity) VALUES('p','thrips'," +
-                        std::to_string(severity) + ");"),
+        EXPECT_EQ(Accepts("INSERT INTO PlantHealthObservations(PlantUUID,Issue,Severity) VALUES('p','thrips'," +
+                          std::to_string(severity) + ");"),
                   severity >= 1 && severity <= 5)
             << severity;
 }
 
-TEST_F(SchemaTest, WhatMustBeUniqueIsAndNamesDifferByCase)
+TEST_F(SchemaTest, UniqueValuesAreComparedWithCase)
 {
     RunSQL("INSERT INTO Strains(Name) VALUES('Roma');"
            "INSERT INTO Plants(UUID,Name) VALUES('p','Name');"
@@ -318,8 +321,8 @@ TEST_F(SchemaTest, WhatMustBeUniqueIsAndNamesDifferByCase)
         {"PlantPhotos(UUID,PlantUUID,FilePath) VALUES('f','p','another')", false},
         {"PlantPhotos(UUID,PlantUUID,FilePath) VALUES('F','p','')", true},
     };
-    for (const auto& [row, taken] : rows)
-        EXPECT_EQ(Takes("INSERT INTO " + row + ';'), taken) << row;
+    for (const auto& [row, accepted] : rows)
+        EXPECT_EQ(Accepts("INSERT INTO " + row + ';'), accepted) << row;
 }
 
 TEST_F(SchemaTest, ARowOfAnUnknownPlantOrEventIsRefused)
@@ -332,10 +335,10 @@ TEST_F(SchemaTest, ARowOfAnUnknownPlantOrEventIsRefused)
           "PlantCareEntries(PlantUUID,TimelineEventID) VALUES('p',1)",
           "HarvestRecords(PlantUUID,TimelineEventID) VALUES('p',1)",
           "Plants(UUID,Name,MotherPlantID) VALUES('q','',4711)"})
-        EXPECT_FALSE(Takes("INSERT INTO " + row + ';')) << row;
+        EXPECT_FALSE(Accepts("INSERT INTO " + row + ';')) << row;
 }
 
-// ---- A journal in use
+// ---- A journal with records
 
 class PlantedSchemaTest : public JournalTest
 {
@@ -343,7 +346,7 @@ class PlantedSchemaTest : public JournalTest
     SampleRecords Planted = StoreSampleRecords(Repository);
 };
 
-TEST_F(PlantedSchemaTest, APlantTakesItsRecordsWithItAndLeavesItsClonesAndItsStrain)
+TEST_F(PlantedSchemaTest, DeletingAPlantKeepsItsClonesAndItsStrain)
 {
     const std::string ofTheMother = "PlantUUID='" + Planted.Mother.UUID + '\'';
     const Statements tables = {"PlantEvents", "PlantCareEntries",        "HarvestRecords",
@@ -360,7 +363,7 @@ TEST_F(PlantedSchemaTest, APlantTakesItsRecordsWithItAndLeavesItsClonesAndItsStr
     EXPECT_EQ(RowCount("Strains"), strains);
 }
 
-TEST_F(PlantedSchemaTest, AnEventLeavesTheCareEntryAndTheHarvestRecordThatItMirrored)
+TEST_F(PlantedSchemaTest, DeletingAnEventKeepsItsOwner)
 {
     for (const auto& [table, event] :
          {std::pair<std::string, std::int64_t>("PlantCareEntries", Planted.Care.TimelineEventID),

@@ -109,14 +109,14 @@ TEST_F(StrainTest, EachOperationRunsItsStatements)
     EXPECT_EQ(RowCount("Strains"), 0);
 }
 
-TEST_F(StrainTest, ListsByNameWithoutRegardToCase)
+TEST_F(StrainTest, AListIsSortedByNameIgnoringCase)
 {
     for (const char* name : {"gamma", "Beta", "alpha", "Éclair", "zeta"})
         NewStrain(name);
     EXPECT_EQ(ListedNames(), (std::vector<std::string>{"alpha", "Beta", "gamma", "zeta", "Éclair"}));
 }
 
-TEST_F(StrainTest, ListsNothingInAnEmptyJournalAndDropsWhatTheVectorHeld)
+TEST_F(StrainTest, AListOfAnEmptyJournalEmptiesTheVector)
 {
     std::vector<Strain> strains(3);
     EXPECT_TRUE(Repository.ListStrains(strains));
@@ -135,7 +135,7 @@ TEST_F(StrainTest, AListThatCannotBePreparedIsEmptyAndFalse)
     EXPECT_TRUE(strains.empty());
 }
 
-TEST_F(StrainTest, AnErrorOnTheWayEndsTheListEarly)
+TEST_F(StrainTest, AnErrorWhileReadingEndsTheListEarly)
 {
     for (const char* name : {"D", "C", "B", "A"})
         NewStrain(name);
@@ -143,7 +143,7 @@ TEST_F(StrainTest, AnErrorOnTheWayEndsTheListEarly)
     EXPECT_EQ(ListedNames(), (std::vector<std::string>{"A", "B"}));
 }
 
-TEST_F(StrainTest, GetOfAnUnknownStrainLeavesTheRecordAlone)
+TEST_F(StrainTest, GetOfAnUnknownStrainLeavesTheRecordUnchanged)
 {
     NewStrain("Genovese");
     Strain strain = Full("Before");
@@ -158,7 +158,7 @@ TEST_F(StrainTest, GetOfAnUnknownStrainLeavesTheRecordAlone)
     EXPECT_EQ(strain, Full("Before"));
 }
 
-TEST_F(StrainTest, RowNumbersAndWeeksOfEverySizeAreKept)
+TEST_F(StrainTest, RowIDsAndWeeksOfEverySizeAreKept)
 {
     for (const std::int64_t id :
          {std::numeric_limits<std::int64_t>::min(), std::int64_t{-1}, std::numeric_limits<std::int64_t>::max()})
@@ -191,7 +191,7 @@ TEST_F(StrainTest, AStrainWithoutANameIsRefusedAtOnce)
     EXPECT_EQ(strain, before);
 }
 
-TEST_F(StrainTest, AnUpdateWithoutARowNumberIsRefusedAtOnce)
+TEST_F(StrainTest, AnUpdateWithoutARowIDIsRefusedAtOnce)
 {
     NewStrain("Genovese");
     EXPECT_TRUE(RefusedWithoutACall([&] { return Repository.UpdateStrain(Full("Thai")); }));
@@ -297,7 +297,7 @@ TEST_F(StrainTest, APlantOfAnotherCaseDoesNotKeepAStrain)
     EXPECT_EQ(StrainsOfPlants(), (Rows{{"genovese"}}));
 }
 
-TEST_F(StrainTest, DeleteOfAnUnknownStrainSucceedsAndRowNumberZeroIsNotRefused)
+TEST_F(StrainTest, DeleteOfAnUnknownStrainSucceeds)
 {
     NewStrain("Genovese");
     NewPlant("Without a strain");
@@ -356,7 +356,7 @@ class StrainSummaryTest : public StrainTest
         return summary;
     }
 
-    // Nothing of it may remain.
+    // A summary whose every field must be overwritten.
     static StrainSummary Stale()
     {
         return {.StrainID = 90,
@@ -378,7 +378,7 @@ class StrainSummaryTest : public StrainTest
     Strain Genovese;
 };
 
-TEST_F(StrainSummaryTest, OfAStrainWithoutPlantsIsZero)
+TEST_F(StrainSummaryTest, TheSummaryOfAStrainWithoutPlantsIsZero)
 {
     NewPlant("Of another strain", "genovese");
     StrainSummary expected;
@@ -387,7 +387,7 @@ TEST_F(StrainSummaryTest, OfAStrainWithoutPlantsIsZero)
     EXPECT_EQ(Summary(), expected);
 }
 
-TEST_F(StrainSummaryTest, CountsThePlantsOfEachStage)
+TEST_F(StrainSummaryTest, TheSummaryCountsThePlantsOfEachStage)
 {
     for (int stage = 0; stage < 8; ++stage)
         for (int plant = 0; plant <= stage; ++plant)
@@ -410,7 +410,7 @@ TEST_F(StrainSummaryTest, CountsThePlantsOfEachStage)
                                         .AverageQuality = 0}));
 }
 
-TEST_F(StrainSummaryTest, AveragesWhatWasEntered)
+TEST_F(StrainSummaryTest, TheSummaryAveragesTheEnteredValues)
 {
     Harvested(100, 0);
     Harvested(0, 8);
@@ -424,7 +424,7 @@ TEST_F(StrainSummaryTest, AveragesWhatWasEntered)
     EXPECT_EQ(summary.AverageQuality, 8.5);
 }
 
-TEST_F(StrainSummaryTest, CountsAHarvestThatWasNeitherWeighedNorDried)
+TEST_F(StrainSummaryTest, TheSummaryCountsAHarvestThatWasNotWeighed)
 {
     Grown(PlantStage::Veg);
     Grown(PlantStage::Veg);
@@ -440,7 +440,7 @@ TEST_F(StrainSummaryTest, CountsAHarvestThatWasNeitherWeighedNorDried)
     EXPECT_EQ(Summary(), expected);
 }
 
-TEST_F(StrainSummaryTest, CountsAHarvestedPlantWithoutARecordAndARecordInAnotherStage)
+TEST_F(StrainSummaryTest, TheSummaryCountsStagesAndHarvestsIndependently)
 {
     Grown(PlantStage::Harvested);
     Harvested(10, 5);
@@ -451,14 +451,14 @@ TEST_F(StrainSummaryTest, CountsAHarvestedPlantWithoutARecordAndARecordInAnother
     EXPECT_EQ(summary.HarvestCount, 1);
 }
 
-TEST_F(StrainSummaryTest, OfAnUnknownStrainIsFalseAndEmpty)
+TEST_F(StrainSummaryTest, TheSummaryOfAnUnknownStrainIsFalseAndEmpty)
 {
     StrainSummary summary = Stale();
     EXPECT_FALSE(Repository.GetStrainSummary(2, summary));
     EXPECT_EQ(summary, StrainSummary());
 }
 
-TEST_F(StrainSummaryTest, ThatFailsIsEmpty)
+TEST_F(StrainSummaryTest, AFailedSummaryIsEmpty)
 {
     for (const SQLiteCall call : {SQLiteCall::Prepare, SQLiteCall::Bind, SQLiteCall::Step})
     {
