@@ -44,7 +44,7 @@ bool BindDouble(sqlite3_stmt* statement, int index, double value)
 std::string ColumnText(sqlite3_stmt* statement, int column)
 {
     const unsigned char* text = sqlite3_column_text(statement, column);
-    // A null pointer means NULL or a lack of memory. After a lack of memory, an empty text would be wrong data.
+    // A null pointer means NULL or a lack of memory. In the second case, an empty text would be wrong.
     if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM)
         throw std::bad_alloc();
     return text != nullptr ? reinterpret_cast<const char*>(text) : "";
@@ -568,8 +568,8 @@ bool PlantRepository::DeletePlant(const std::string& uuid)
     return Run(DB.NativeHandle(), "DELETE FROM Plants WHERE UUID=?;", uuid);
 }
 
-// Follows the stored links from the new mother to her oldest ancestor. The new link closes a cycle if the walk reaches
-// the plant itself.
+// Follows the stored links upward from the new mother. The new link is valid if the walk ends at a plant without a
+// mother and does not reach the plant itself, an unknown plant, or a plant twice.
 bool PlantRepository::HasValidMotherLink(const Plant& plant)
 {
     if (plant.MotherPlantUUID.empty())

@@ -144,7 +144,7 @@ class PLANTJOURNAL_API PlantRepository
     /// Writes back `ID` on success. If `UUID` is empty, writes back a new one, even if the plant is then refused, but
     /// not if its strain could not be registered.
     /// @return `false` if a plant with this UUID exists, or if the mother is unknown, is the plant itself, is a
-    /// descendant of the plant, or has a cycle among her ancestors.
+    /// descendant of the plant, or leads into a cycle of mother links.
     bool CreatePlant(Plant& p);
 
     /// Overwrites the plant with the UUID `p.UUID`. Does not use `p.ID`. Registers a new strain name as `CreatePlant`
@@ -232,10 +232,10 @@ class PLANTJOURNAL_API PlantRepository
     /// of a deleted event: the update then returns `true` and links the entry to the event that now has that row ID. If
     /// that event belongs to the same plant, it is overwritten.
     ///
-    /// If the entry does not exist, its event is still written: a new event, which then belongs to no entry, or the
-    /// existing one. The result is `true`.
-    /// @return `false` if `ID` is 0 or `PlantUUID` is empty, or if the entry exists and no event has the row ID
-    /// `TimelineEventID`.
+    /// If the entry does not exist, the result is `true` too, and the event is still written. A new event then belongs
+    /// to no entry.
+    /// @return `false` if `ID` is 0 or `PlantUUID` is empty, if a new event would belong to an unknown plant, or if the
+    /// entry exists and no event has the row ID `TimelineEventID`.
     bool UpdatePlantCareEntry(PlantCareEntry& entry);
 
     /// Deletes the entry with the row ID `id` and its event.
@@ -269,9 +269,9 @@ class PLANTJOURNAL_API PlantRepository
     /// the row ID of a deleted event: the save then returns `true` and links the record to the event that now has that
     /// row ID. If that event belongs to the same plant, it is overwritten.
     ///
-    /// If `record.ID` is not 0 and the plant has no record with this `ID`, no record is stored, but its event is still
-    /// written and the plant is still moved to `Harvested`. If `TimelineEventID` was 0, the new event then belongs to
-    /// no record. The result is `true`.
+    /// If `record.ID` is not 0 and the plant has no record with this `ID`, the result is `true` too. No record is
+    /// stored, but the event is still written and the plant is still moved to `Harvested`. A new event then belongs to
+    /// no record.
     /// @return `false` if `plant.UUID` is empty (`record` is then unchanged), if a new record or event would belong to
     /// an unknown plant, if `record.ID` is 0 and the plant already has a record, or if a record would be stored and no
     /// event has the row ID `TimelineEventID`.
