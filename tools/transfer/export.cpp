@@ -3,13 +3,16 @@
 #include "journal/session.h"
 #include "journal/sql.h"
 #include "plant_file.h"
+#include "record/csv.h"
 #include "record/json.h"
 #include "record/operations.h"
 #include "record/text.h"
 #include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/progress.h"
-#include "transfer/transfer.h"
+#include "transfer/file_descriptor.h"
+#include "transfer/tables.h"
+#include "transfer/temporary_name.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,7 +20,10 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -26,206 +32,196 @@
 namespace
 {
 
-template <typename Record> using Records = std::vector<Record>;
-using Everything = Tables<Records>;
+template <typename Record> using RecordList = std::vector<Record>;
+using AllRecords = Tables<RecordList>;
 
-// One moment's view of a journal: nobody can change it while this is in scope.
-class Snapshot
+// While it lives, the journal is read as it was at one moment.
+class ReadTransaction
 {
   public:
-    explicit Snapshot(const SQL& connection) : Connection(connection) { Connection.Run("BEGIN;"); }
-    ~Snapshot()
+    explicit ReadTransaction(const Session& session) : Journal(session.Connection(), session.Path() + ": reading")
+    {
+        Journal.Run("BEGIN;");
+    }
+    ~ReadTransaction()
     {
         try
         {
-            Connection.Run("ROLLBACK;");
+            Journal.Run("ROLLBACK;");
         }
-        catch (const Refusal&) // closing the connection rolls back, too
+        catch (const Refusal&)
         {
+            // closing the connection also ends the transaction
         }
     }
-    Snapshot(const Snapshot&) = delete;
-    Snapshot& operator=(const Snapshot&) = delete;
+    ReadTransaction(const ReadTransaction&) = delete;
+    ReadTransaction& operator=(const ReadTransaction&) = delete;
 
   private:
-    const SQL& Connection;
+    const SQL Journal;
 };
 
-Everything ReadAll(Session& session)
+// A list may end early, and a row whose plant is missing is in no list.
+void RequireAllRows(const Session& session, const AllRecords& all)
+{
+    PlantFileInspection file;
+    if (const PlantFileResult result = InspectPlantDatabase(session.Path(), file); !result)
+        throw Refusal(result.Error);
+    ForEachTable(all,
+                 [&]<typename Record>(const RecordList<Record>& records)
+                 {
+                     const std::string name = Describe<Record>().Table;
+                     for (const PlantFileTable& table : file.Tables)
+                         if (table.Name == name && table.Rows != static_cast<std::int64_t>(records.size()))
+                             throw Refusal(session.Path() + ": only " + std::to_string(records.size()) + " of " +
+                                           std::to_string(table.Rows) + " rows of " + name +
+                                           " could be read; nothing was written; run `plantjournal check`");
+                 });
+}
+
+AllRecords ReadAllRecords(Session& session)
 {
     PlantRepository& repository = session.Read();
-    const SQL sql(session.Connection(), session.Path() + ": reading");
-    const Snapshot snapshot(sql);
-    Everything all;
-    session.Require(repository.ListStrains(std::get<Records<Strain>>(all)), "the strains cannot be listed");
-    auto& plants = std::get<Records<Plant>>(all);
-    session.Require(repository.ListPlants(plants), "the plants cannot be listed");
+    const ReadTransaction transaction(session);
+    AllRecords all;
+    session.RequireList(repository.ListStrains(std::get<RecordList<Strain>>(all)), "the strains could not be listed");
+    RecordList<Plant>& plants = std::get<RecordList<Plant>>(all);
+    session.RequireList(repository.ListPlants(plants), "the plants could not be listed");
     Progress bar("Reading");
     for (std::size_t i = 0; i < plants.size(); ++i)
     {
         StopIfInterrupted();
         bar.Show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(plants.size()));
         ForEachTable(all,
-                     [&]<typename Record>(Records<Record>& records)
+                     [&]<typename Record>(RecordList<Record>& records)
                      {
                          if constexpr (!std::is_same_v<Record, Plant> && !std::is_same_v<Record, Strain>)
                          {
-                             Records<Record> listed;
-                             session.Require(ListRecords(repository, plants[i].UUID, listed),
-                                             std::string(Describe<Record>().Table) + " cannot be listed");
+                             RecordList<Record> listed;
+                             session.RequireList(ListRecords(repository, plants[i].UUID, listed),
+                                                 std::string(Describe<Record>().Table) + " could not be listed");
                              std::move(listed.begin(), listed.end(), std::back_inserter(records));
                          }
                      });
     }
-
-    // A list may end early, and a row whose plant is missing is in none.
-    PlantFileInspection file;
-    if (const PlantFileResult result = InspectPlantDatabase(session.Path(), file); !result)
-        throw Refusal(result.Error);
+    RequireAllRows(session, all);
     ForEachTable(all,
-                 [&]<typename Record>(Records<Record>& records)
-                 {
+                 [](auto& records) {
                      std::sort(records.begin(), records.end(),
-                               [](const Record& left, const Record& right) { return left.ID < right.ID; });
-                     const std::string name = Describe<Record>().Table;
-                     for (const PlantFileTable& table : file.Tables)
-                         if (table.Name == name && table.Rows != static_cast<std::int64_t>(records.size()))
-                             throw Refusal(session.Path() + ": of " + std::to_string(table.Rows) + " rows of " + name +
-                                           " only " + std::to_string(records.size()) +
-                                           " could be read; `plantjournal check` may tell why. Nothing was written");
+                               [](const auto& left, const auto& right) { return left.ID < right.ID; });
                  });
     return all;
 }
 
-// A record a line, so that a line of a message or of a comparison is a record.
-std::string JSONFrom(const Everything& all)
+// Each record is on a line of its own, so that tools that compare lines compare records.
+std::string JSONText(const AllRecords& all)
 {
-    std::string text = "{\"Format\": " + std::to_string(TransferFormat);
+    std::string text = "{\"Format\": " + std::to_string(ExportFormat);
     ForEachTable(all,
-                 [&]<typename Record>(const Records<Record>& records)
+                 [&]<typename Record>(const RecordList<Record>& records)
                  {
                      text += std::string(",\n\"") + Describe<Record>().Table + "\": [";
-                     for (std::size_t i = 0; i < records.size(); ++i)
-                         text += (i > 0 ? ",\n" : "\n") + RecordJSON(records[i]).OnOneLine();
+                     const char* separator = "\n";
+                     for (const Record& record : records)
+                     {
+                         text += separator + RecordJSON(record).OnOneLine();
+                         separator = ",\n";
+                     }
                      text += "\n]";
                  });
     return text + "\n}\n";
 }
 
-// RFC 4180, with the line ends of this system.
-std::string CSVCell(const std::string& text)
+template <typename Record> std::string CSVText(const RecordList<Record>& records)
 {
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return text;
-    std::string quoted = "\"";
-    for (const char letter : text)
-        quoted += letter == '"' ? std::string("\"\"") : std::string(1, letter);
-    return quoted + '"';
-}
-
-template <typename Record> std::string CSVFrom(const Records<Record>& records)
-{
+    const std::vector<Field<Record>>& fields = Describe<Record>().Fields;
+    std::vector<std::string> cells;
+    for (const Field<Record>& field : fields)
+        cells.emplace_back(field.Name);
     std::string text;
-    const auto addLine = [&](const auto& cellOf)
-    {
-        const char* separator = "";
-        for (const Field<Record>& field : Describe<Record>().Fields)
-        {
-            text += separator;
-            text += CSVCell(cellOf(field));
-            separator = ",";
-        }
-        text += '\n';
-    };
-    addLine([](const Field<Record>& field) { return std::string(field.Name); });
+    AppendCSVLine(text, cells);
     for (const Record& record : records)
-        addLine([&](const Field<Record>& field) { return TextOf(field, record); });
+    {
+        std::transform(fields.begin(), fields.end(), cells.begin(),
+                       [&](const Field<Record>& field) { return TextOf(field, record); });
+        AppendCSVLine(text, cells);
+    }
     return text;
 }
 
-[[noreturn]] void Fail(const std::filesystem::path& path, const std::string& step)
+[[noreturn]] void FailToWrite(const std::filesystem::path& path, const std::string& step)
 {
     throw Refusal(path.string() + ": " + step + ": " + std::strerror(errno) + "; nothing was written");
 }
 
-// Writes a new file, down to the disk.
-void WriteNew(const std::filesystem::path& path, const std::string& bytes)
+// Writes a new file and syncs it.
+void WriteFile(const std::filesystem::path& path, const std::string& bytes)
 {
     constexpr mode_t everyone = 0666; // less the umask
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, everyone);
-    if (file < 0)
-        Fail(path, "creating");
-    const std::unique_ptr<const int, void (*)(const int*)> closer(&file, [](const int* open) { close(*open); });
+    const FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, everyone));
+    if (!file.IsOpen())
+        FailToWrite(path, "creating");
     for (std::size_t written = 0; written < bytes.size();)
     {
-        const ssize_t count = write(file, bytes.data() + written, bytes.size() - written);
+        const ssize_t count = write(file.Number, bytes.data() + written, bytes.size() - written);
         if (count < 0 && errno != EINTR)
-            Fail(path, "writing");
+            FailToWrite(path, "writing");
         written += count > 0 ? static_cast<std::size_t>(count) : 0;
         StopIfInterrupted();
     }
-    if (fsync(file) != 0)
-        Fail(path, "syncing");
+    if (fsync(file.Number) != 0)
+        FailToWrite(path, "syncing");
 }
 
-// Lets `write` make a file or a directory under a passing name, which then takes `destination`'s place, where nothing
-// may be.
-void WriteWhole(const std::string& destination, const std::function<void(const std::filesystem::path&)>& write)
+void WriteCSVDirectory(const std::filesystem::path& directory, const AllRecords& all)
 {
-    const std::filesystem::path path = destination;
-    if (std::filesystem::exists(std::filesystem::symlink_status(path)))
-        throw Refusal(destination + ": exists already; nothing was written");
-    const std::filesystem::path partial = destination + ".partial-" + std::to_string(getpid());
-    const std::unique_ptr<const std::filesystem::path, void (*)(const std::filesystem::path*)> remover(
-        &partial,
-        [](const std::filesystem::path* left)
-        {
-            std::error_code ignored;
-            std::filesystem::remove_all(*left, ignored);
-        });
-    write(partial);
-    // No other process takes the place in between: renaming itself refuses to replace.
-    if (renameat2(AT_FDCWD, partial.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) != 0)
-        Fail(path, "renaming into place");
+    constexpr mode_t everyone = 0777; // less the umask
+    if (mkdir(directory.c_str(), everyone) != 0)
+        FailToWrite(directory, "creating");
+    ForEachTable(all, [&]<typename Record>(const RecordList<Record>& records)
+                 { WriteFile(directory / (std::string(Describe<Record>().Table) + ".csv"), CSVText(records)); });
+}
+
+// Calls `write` with a temporary name, and then renames what it made to `destination`, where nothing may be.
+void WriteAtomically(const std::string& destination, const std::function<void(const std::filesystem::path&)>& write)
+{
+    if (std::filesystem::exists(std::filesystem::symlink_status(destination)))
+        throw Refusal(destination + ": already exists; nothing was written");
+    const TemporaryName partial(destination + ".partial-");
+    write(partial.Path());
+    // The flag prevents the replacement of what another process created meanwhile.
+    if (renameat2(AT_FDCWD, partial.Path().c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE) != 0)
+        FailToWrite(destination, "renaming");
 }
 
 void Export(Session& session, const std::string& destination, bool asCSV)
 {
-    if (asCSV && destination == "-")
-        RefuseUsage("a directory of CSV files cannot go to the standard output");
-    const Everything all = ReadAll(session);
-    if (destination == "-")
-        std::cout << JSONFrom(all);
-    else if (asCSV)
-        WriteWhole(destination,
-                   [&](const std::filesystem::path& directory)
-                   {
-                       if (mkdir(directory.c_str(), 0777) != 0)
-                           Fail(directory, "creating");
-                       ForEachTable(all,
-                                    [&]<typename Record>(const Records<Record>& records) {
-                                        WriteNew(directory / (std::string(Describe<Record>().Table) + ".csv"),
-                                                 CSVFrom(records));
-                                    });
-                   });
+    const bool toStandardOutput = destination == "-";
+    if (asCSV && toStandardOutput)
+        RefuseUsage("a directory of CSV files cannot be written to standard output");
+    const AllRecords all = ReadAllRecords(session);
+    if (asCSV)
+        WriteAtomically(destination,
+                        [&](const std::filesystem::path& directory) { WriteCSVDirectory(directory, all); });
+    else if (toStandardOutput)
+        std::cout << JSONText(all);
     else
-        WriteWhole(destination, [&](const std::filesystem::path& file) { WriteNew(file, JSONFrom(all)); });
+        WriteAtomically(destination, [&](const std::filesystem::path& file) { WriteFile(file, JSONText(all)); });
 }
 
 } // namespace
 
 void AddExportCommand(CLI::App& program, Session& session)
 {
-    struct Wanted
+    struct Options
     {
         std::string Destination;
         bool AsCSV = false;
     };
-    auto wanted = std::make_shared<Wanted>();
-    CLI::App& command = AddCommand(program, "export", "Write everything as JSON, or as a directory of CSV files",
+    auto options = std::make_shared<Options>();
+    CLI::App& command = AddCommand(program, "export", "Write all records as JSON, or as a directory of CSV files",
                                    "export journal.json\nexport --csv journal-csv\nexport - | jq '.Plants[].Name'",
-                                   [&session, wanted] { Export(session, wanted->Destination, wanted->AsCSV); });
-    AddArgument(command, "DESTINATION", "a new file, or a new directory; - for the standard output",
-                wanted->Destination);
-    AddSwitch(command, "--csv", "a directory with a CSV file for each table", wanted->AsCSV);
+                                   [&session, options] { Export(session, options->Destination, options->AsCSV); });
+    AddArgument(command, "DESTINATION", "a new file or directory; - for standard output", options->Destination);
+    AddSwitch(command, "--csv", "write a directory with a CSV file for each table", options->AsCSV);
 }

@@ -1,5 +1,5 @@
-// A field trial of wheat, brought in through the example that turns its table into CSV files, beside what the raw table
-// says. That is read here in a way of its own, so that the two have only the file in common.
+// A field trial of wheat, imported from the CSV files that an example makes of its table. The test reads the table by
+// code of its own, so that the two have only the file in common.
 
 #include "support/command.h"
 
@@ -84,11 +84,11 @@ TEST_F(WheatTrialTest, AHarvestIsInTheTimelineOfItsPlot)
     EXPECT_EQ(plot.at("Stage"), "Harvested");
 }
 
-TEST_F(WheatTrialTest, ASecondImportIsRefusedPlotByPlot)
+TEST_F(WheatTrialTest, ASecondImportIsRefusedForEachPlot)
 {
     const std::string message = Refused({"import", "wheat"});
     EXPECT_NE(message.find("wheat/Plants.csv:2:1: UUID: "), std::string::npos);
-    EXPECT_NE(message.find("is in the journal already"), std::string::npos);
+    EXPECT_NE(message.find("is already in the journal"), std::string::npos);
     EXPECT_NE(message.find("plantjournal: wheat: bad values: 466; nothing was imported\n"), std::string::npos)
         << message; // 242 plots and 224 harvests
 }

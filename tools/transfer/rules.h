@@ -1,0 +1,8 @@
+#pragma once
+
+#include "journal/session.h"
+#include "transfer/imported.h"
+
+// Checks the imported records against each other and against the journal, and drops the strains that the journal
+// already has.
+void CheckRules(ImportedTables& tables, Session& session, Problems& errors);

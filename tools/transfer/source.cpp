@@ -1,0 +1,95 @@
+#include "transfer/source.h"
+
+#include "record/csv.h"
+#include "record/text.h"
+#include "refusal.h"
+#include "transfer/json_source.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace
+{
+
+SourcePointer ReadSourceFile(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    if (!file.is_open() || file.bad())
+        throw Refusal(path.string() + ": cannot be read: " + std::strerror(errno));
+    std::vector<std::size_t> lines = {0};
+    for (std::size_t end = bytes.find('\n'); end != std::string::npos; end = bytes.find('\n', end + 1))
+        lines.push_back(end + 1);
+    return std::make_shared<const SourceFile>(SourceFile{path.string(), std::move(bytes), std::move(lines)});
+}
+
+void ReadCSVRows(const SourceFile& file, RawRowReceiver& receiver, Problems& problems)
+{
+    CSVReader lines(file.Bytes);
+    try
+    {
+        if (lines.AtEnd())
+            throw BadValue("the line of headings is missing");
+        std::vector<CSVCell> headings;
+        lines.ReadLine(headings);
+        std::vector<CSVCell> cells;
+        RawRow row;
+        while (!lines.AtEnd())
+        {
+            row.Offset = lines.Offset();
+            lines.ReadLine(cells);
+            if (cells.size() != headings.size())
+                problems.push_back(file.Place(row.Offset) + ": " + std::to_string(cells.size()) + " values for " +
+                                   std::to_string(headings.size()) + " columns");
+            row.Cells.clear();
+            for (std::size_t i = 0; i < std::min(headings.size(), cells.size()); ++i)
+                row.Cells.push_back({headings[i].Text, cells[i].Text, cells[i].Offset});
+            receiver.AddRow(row);
+        }
+    }
+    catch (const BadValue& bad)
+    {
+        problems.push_back(file.Place(lines.Offset()) + ": " + bad.what());
+    }
+}
+
+void ReadCSVDirectory(const std::filesystem::path& path, RawRowReceiver& receiver, Problems& problems)
+{
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(path))
+        if (entry.path().extension() == ".csv")
+            files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    if (files.empty())
+        throw Refusal(path.string() + ": has no CSV file");
+    for (const std::filesystem::path& name : files)
+    {
+        const SourcePointer file = ReadSourceFile(name);
+        receiver.BeginTable(name.stem().string(), file);
+        ReadCSVRows(*file, receiver, problems);
+    }
+}
+
+} // namespace
+
+std::string SourceFile::Place(std::size_t offset) const
+{
+    const std::size_t at = std::min(offset, Bytes.size());
+    const auto next = std::upper_bound(Lines.begin(), Lines.end(), at);
+    return Name + ":" + std::to_string(std::distance(Lines.begin(), next)) + ":" +
+           std::to_string(1 + at - *std::prev(next));
+}
+
+void ReadSource(const std::string& path, RawRowReceiver& receiver, Problems& problems)
+{
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        ReadCSVDirectory(path, receiver, problems);
+    else
+        ReadJSONSource(ReadSourceFile(path), receiver, problems);
+}

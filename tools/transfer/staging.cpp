@@ -1,0 +1,60 @@
+#include "transfer/staging.h"
+
+#include "journal/sql.h"
+#include "plant_file.h"
+#include "refusal.h"
+#include "terminal/interrupt.h"
+
+#include <vector>
+
+namespace
+{
+
+constexpr const char* ReadDataVersion = "PRAGMA data_version;";
+
+std::size_t CountFindings(const std::string& path)
+{
+    std::vector<PlantFileFinding> findings;
+    if (const PlantFileResult result = CheckPlantDatabase(path, findings); !result)
+        throw Refusal(result.Error + "; nothing was changed");
+    for (const PlantFileFinding& finding : findings)
+        if (finding.Kind == PlantFindingKind::Damage || finding.Kind == PlantFindingKind::ForeignKey)
+            throw Refusal(path + ": checking: " + finding.Description + "; nothing was changed");
+    return findings.size();
+}
+
+} // namespace
+
+StagedCopy::StagedCopy(Session& session)
+    : Journal(session), DataVersion(SQL(session.Connection(), session.Path() + ": reading").Number(ReadDataVersion)),
+      Name(session.Path() + ".import-")
+{
+    if (const PlantFileResult result = BackUpPlantDatabase(session.Path(), Path()); !result)
+        throw Refusal(result.Error + "; nothing was changed");
+}
+
+std::size_t StagedCopy::CountNewFindings() const
+{
+    const std::size_t before = CountFindings(Journal.Path());
+    const std::size_t after = CountFindings(Path());
+    return after > before ? after - before : 0;
+}
+
+void StagedCopy::WriteBack() const
+{
+    const SQL journal(Journal.Connection(), Journal.Path() + ": writing");
+    // The exclusive lock is kept until the connection ends, so that no other program writes between the look at the
+    // data version and the copying: SQLite's backup needs a destination without an open transaction.
+    journal.Run("PRAGMA locking_mode=EXCLUSIVE;");
+    journal.Run("BEGIN EXCLUSIVE;");
+    const bool changed = journal.Number(ReadDataVersion) != DataVersion;
+    journal.Run("COMMIT;");
+    if (changed)
+        throw Refusal(Journal.Path() + ": another program wrote to it meanwhile; nothing was changed; import again");
+
+    PlantDatabase copy;
+    if (std::string error; !copy.Open(Path(), &error))
+        throw Refusal(Path() + ": opening the copy: " + error + "; nothing was changed");
+    StopIfInterrupted(); // for the last time: the next step cannot be interrupted
+    journal.CopyPagesFrom(copy.NativeHandle());
+}
