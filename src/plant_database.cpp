@@ -788,10 +788,10 @@ bool PlantRepository::CreatePlantCareEntry(PlantCareEntry& entry)
     if (entry.PlantUUID.empty())
         return false;
     sqlite3* db = DB.NativeHandle();
+    const std::string details = CareTimelineDetails(entry);
     Transaction transaction(db);
     return transaction.Begin() &&
-           InsertEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry),
-                       CareTimelineDetails(entry)) &&
+           InsertEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry), details) &&
            Insert(db, entry.ID,
                   "INSERT INTO PlantCareEntries(TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,"
                   "RunoffMl,Notes) VALUES(?,?,?,?,?,?,?,?,?,?);",
@@ -805,10 +805,10 @@ bool PlantRepository::UpdatePlantCareEntry(PlantCareEntry& entry)
     if (entry.ID == 0 || entry.PlantUUID.empty())
         return false;
     sqlite3* db = DB.NativeHandle();
+    const std::string details = CareTimelineDetails(entry);
     Transaction transaction(db);
     return transaction.Begin() &&
-           SaveOwnedEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry),
-                          CareTimelineDetails(entry)) &&
+           SaveOwnedEvent(db, entry.TimelineEventID, entry.PlantUUID, entry.CareDate, CareEventType(entry), details) &&
            Run(db,
                "UPDATE PlantCareEntries SET TimelineEventID=?,CareDate=?,Action=?,Product=?,AmountMl=?,EC=?,PH=?,"
                "RunoffMl=?,Notes=? WHERE ID=? AND PlantUUID=?;",
@@ -900,10 +900,11 @@ bool PlantRepository::SaveHarvestRecord(Plant& plant, HarvestRecord& record)
         record.HarvestDate = PlantEventCurrentDate();
 
     sqlite3* db = DB.NativeHandle();
+    const std::string details = HarvestTimelineDetails(record);
     Transaction transaction(db);
     if (!transaction.Begin() ||
         !SaveOwnedEvent(db, record.TimelineEventID, record.PlantUUID, record.HarvestDate, PlantEventType::Harvest,
-                        HarvestTimelineDetails(record)) ||
+                        details) ||
         !SaveHarvestRow(db, record) ||
         !Run(db, "UPDATE Plants SET Stage='Harvested',HarvestDate=? WHERE UUID=?;", record.HarvestDate, plant.UUID) ||
         !transaction.Commit())
