@@ -24,7 +24,7 @@ void Require(const PlantDatabase& journal, bool done)
     if (code == SQLITE_BUSY)
         throw std::runtime_error("Another program is using the journal. Try again.");
     if (code == SQLITE_OK)
-        throw std::runtime_error("The journal rejected the record.");
+        throw std::runtime_error("The journal refused the record.");
     throw std::runtime_error(sqlite3_errmsg(journal.NativeHandle()));
 }
 

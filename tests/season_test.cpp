@@ -267,7 +267,7 @@ class SeasonTest : public testing::Test
                            });
     }
 
-    // Expects the program to reject the data with a message and to write nothing.
+    // Expects the program to refuse the data with a message and to write nothing.
     void ExpectRefused(const std::string& data, const std::string& message) const
     {
         EXPECT_EQ(Run(data), 1);

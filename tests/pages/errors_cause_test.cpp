@@ -56,7 +56,7 @@ TEST_F(ErrorsPageTest, AnEmptyStatementClearsTheReason)
 {
     Plant plant = NewPlant("Basil");
     EXPECT_FALSE(Repository.CreatePlant(plant));
-    EXPECT_FALSE(Repository.DeletePlantEvent(0)); // rejected before it uses the file
+    EXPECT_FALSE(Repository.DeletePlantEvent(0)); // refused before it uses the file
     EXPECT_EQ(Code(), SQLITE_CONSTRAINT_UNIQUE);
     PlantDatabase& journal = Database;
     // [forget]

@@ -235,6 +235,12 @@ std::vector<Refusal> RefusalPageTest::CareRefusals()
              return Update(&PlantRepository::UpdatePlantCareEntry, Care, WithoutID) ||
                     Update(&PlantRepository::UpdatePlantCareEntry, Care, WithoutPlant);
          }},
+        {"UpdatePlantCareEntry", "`TimelineEventID` is 0, and the plant does not exist", OK, ForeignKey,
+         [this]
+         {
+             return Update(&PlantRepository::UpdatePlantCareEntry, Changed(Care, WithUnknownPlant),
+                           [](auto& e) { e.TimelineEventID = 0; });
+         }},
         {"UpdatePlantCareEntry", "`TimelineEventID` refers to no event", OK, DependsOnVersion,
          [this]
          { return Update(&PlantRepository::UpdatePlantCareEntry, Care, [](auto& e) { e.TimelineEventID = 99; }); }},
@@ -368,7 +374,7 @@ TEST_F(RefusalPageTest, EveryFailureHasTheCodeAndTheLogOfThePage)
     EXPECT_EQ(shown, rows);
 }
 
-TEST_F(RefusalPageTest, ThePageListsEveryOperationThatCanReject)
+TEST_F(RefusalPageTest, ThePageListsEveryOperationThatCanRefuse)
 {
     std::set<std::string> without;
     for (const auto& row : TableRows("README.md", "## The operations"))
