@@ -93,12 +93,14 @@ TEST_F(KilledImportTest, TheCopyOfARunningImportIsKept)
 TEST_F(KilledImportTest, OnlyFilesThatAnImportMakesAreRemoved)
 {
     for (const char* name : {"journal.db.import-78", "journal.db.import-78-journal", "journal.db.import-78.part-Ab3xYz",
-                             "journal.db.import-79.lock"})
+                             "journal.db.import-78.part-Ab3xYz-copy", "journal.db.import-79.lock"})
         CreateFile(name);
     const Words kept = {"journal.db.import-",
                         "journal.db.import-12-wal",
                         "journal.db.import-12.part-abc",
                         "journal.db.import-12.part-ab-def",
+                        "journal.db.import-12.part-copy",
+                        "journal.db.import-12.part--copy",
                         "journal.db.import-12x",
                         "journal.db.import-notes",
                         "other.db.import-78"};

@@ -70,7 +70,7 @@ void ParseInto(const std::string& text, std::string& out)
 
 template <Enumeration Type> void ParseInto(const std::string& text, Type& out)
 {
-    const std::vector<std::string> names = AllNames<Type>();
+    static const std::vector<std::string> names = AllNames<Type>();
     const auto name = std::find_if(names.begin(), names.end(),
                                    [&](const std::string& known) { return EqualIgnoringCase(known, text); });
     if (name == names.end())

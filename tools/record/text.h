@@ -49,7 +49,9 @@ template <typename Record> std::string TextOf(const Field<Record>& field, const 
 template <typename Record> void ParseField(const std::string& text, const Field<Record>& field, Record& record)
 {
     ParseValue(text, MutableValueIn(field, record));
+    if (field.Used != Use::Severity)
+        return;
     const std::string stored = TextOf<Record>(field, record);
-    if (field.Used == Use::Severity && (stored.size() != 1 || stored < "1" || stored > "5"))
+    if (stored.size() != 1 || stored < "1" || stored > "5")
         throw BadValue(InQuotes(text) + " is not from 1 to 5");
 }

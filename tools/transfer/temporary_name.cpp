@@ -66,15 +66,19 @@ struct LeftFiles
     std::vector<std::filesystem::path> Files; // without the lock file
 };
 
-// Whether SQLite or a backup appends `suffix` to the name of a file.
+// Whether SQLite or BackUpPlantDatabase() appends `suffix` to the name of a file.
 bool IsKnownSuffix(std::string_view suffix)
 {
     constexpr std::string_view part = ".part-";
+    constexpr std::string_view copy = "-copy";
     constexpr std::string_view letters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     constexpr std::size_t count = 6;
-    return suffix.empty() || suffix == "-journal" ||
-           (suffix.starts_with(part) && suffix.size() == part.size() + count &&
-            suffix.find_first_not_of(letters, part.size()) == std::string_view::npos);
+    if (!suffix.starts_with(part))
+        return suffix.empty() || suffix == "-journal";
+    if (suffix.ends_with(copy))
+        suffix.remove_suffix(copy.size());
+    suffix.remove_prefix(std::min(part.size(), suffix.size()));
+    return suffix.size() == count && suffix.find_first_not_of(letters) == std::string_view::npos;
 }
 
 // Returns the files whose names consist of the prefix, a number and a known suffix, by the name without the suffix.
