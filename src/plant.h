@@ -6,7 +6,8 @@
 /// repository and follow the thread rule of that repository.
 ///
 /// Texts are byte strings, UTF-8 by convention. Dates are texts of the form `YYYY-MM-DD` in local time. An empty text
-/// means that no date is set. Lists sort dates as texts, so another form must also sort by time when sorted as text.
+/// means that no date is set. Lists sort dates as texts, so a date of another form must also sort chronologically as
+/// text.
 ///
 /// Every record has an `ID`: its row ID in the journal file, 0 until it is stored. After a record is deleted, a new
 /// record may receive its row ID. To identify a plant or a photo permanently, keep its `UUID`.
@@ -224,8 +225,8 @@ struct StrainSummary
     int Harvested = 0;            ///< Plants in stage `Harvested`.
     int Archived = 0;             ///< Plants in stage `Archived`.
     int HarvestCount = 0;         ///< Plants with a harvest record.
-    double AverageDryWeightG = 0; ///< Mean of the dry weights that are not 0, in grams; 0 if all are 0.
-    double AverageQuality = 0;    ///< Mean of the quality ratings that are not 0; 0 if all are 0.
+    double AverageDryWeightG = 0; ///< Mean of the dry weights that are not 0, in grams; 0 if there are none.
+    double AverageQuality = 0;    ///< Mean of the quality ratings that are not 0; 0 if there are none.
 };
 
 /// A reference to a photo of a plant. The library never reads, writes or deletes the image file.
