@@ -136,17 +136,18 @@ TEST_F(BadCSVTest, EveryBadValueIsReportedWithItsPlace)
     Write("csv/PlantPhotos.csv", "");
     Write("csv/PlantEvents.csv", "PlantUUID,Details\na,\"open\n");
     Write("csv/HarvestRecords.csv", "PlantUUID,Notes\na,\"b\"c\n");
-    EXPECT_EQ(Refused({"import", "csv"}),
-              "csv/HarvestRecords.csv:2:6: a quoted value is not followed by a comma or the end of the line\n"
-              "csv/PlantEvents.csv:2:4: a quoted value does not end\n"
-              "csv/PlantPhotos.csv:1:1: the line of headings is missing\n"
-              "csv/Plants.csv:5:1: 2 values for 3 columns\n"
-              "csv/Plants.csv:6:1: 4 values for 3 columns\n"
-              "csv/Animals.csv:1:1: there is no table \"Animals\"\n"
-              "csv/Plants.csv:2:3: Stage: \"bad\" is not one of Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived\n"
-              "csv/Plants.csv:3:7: FlipHeightCm: \"x y\" is not a number\n"
-              "csv/Strains.csv:2:3: Strains has no field \"Weeks\"\n"
-              "plantjournal: csv: bad values: 9; nothing was imported\n");
+    EXPECT_EQ(
+        Refused({"import", "csv"}),
+        "csv/HarvestRecords.csv:2:6: a quoted value is not followed by a comma or the end of the line\n"
+        "csv/PlantEvents.csv:2:4: a quoted value does not end\n"
+        "csv/PlantPhotos.csv:1:1: the line of headings is missing\n"
+        "csv/Plants.csv:5:1: 2 values for 3 columns\n"
+        "csv/Plants.csv:6:1: 4 values for 3 columns\n"
+        "csv/Animals.csv:1:1: there is no table \"Animals\"\n"
+        "csv/Plants.csv:2:3: Stage: \"bad\" is not one of Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived\n"
+        "csv/Plants.csv:3:7: FlipHeightCm: \"x y\" is not a number\n"
+        "csv/Strains.csv:2:3: Strains has no field \"Weeks\"\n"
+        "plantjournal: csv: bad values: 9; nothing was imported\n");
 }
 
 } // namespace

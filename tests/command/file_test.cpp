@@ -1,5 +1,4 @@
-// Where the journal lies, and what may lie there: nothing, older and foreign files, files that are locked or may not be
-// written.
+// Where the journal is, and what the command does with missing, older, foreign, damaged, locked and read-only files.
 
 #include "support/child_process.h"
 #include "support/command.h"
@@ -7,6 +6,7 @@
 #include "testing/plain_connection.h"
 
 #include <filesystem>
+#include <fstream>
 
 using namespace support;
 
@@ -15,14 +15,14 @@ namespace
 
 using JournalPlaceTest = CommandTest;
 
-TEST_F(JournalPlaceTest, IsTheXDGDataDirectory)
+TEST_F(JournalPlaceTest, TheDefaultPlaceIsTheXDGDataDirectory)
 {
     EXPECT_FALSE(std::filesystem::exists(Journal));
     Done({"plant", "add", "Basil"});
     EXPECT_TRUE(std::filesystem::exists(Journal));
 }
 
-TEST_F(JournalPlaceTest, IsBelowTheHomeDirectoryWithoutAnXDGDataDirectory)
+TEST_F(JournalPlaceTest, WithoutXDGDataHomeThePlaceIsBelowHome)
 {
     const std::string home = Scratch.File("home/.local/share/plantjournal/journal.db");
     Around.Environment.pop_back();
@@ -36,14 +36,14 @@ TEST_F(JournalPlaceTest, IsBelowTheHomeDirectoryWithoutAnXDGDataDirectory)
     }
 }
 
-TEST_F(JournalPlaceTest, IsAskedForWhereThereIsNoHomeDirectory)
+TEST_F(JournalPlaceTest, WithoutAHomeDirectoryTheFlagIsRequired)
 {
     std::erase_if(Around.Environment,
                   [](const std::string& text) { return text.starts_with("HOME=") || text.starts_with("XDG_"); });
     EXPECT_NE(Refused({"plant", "add", "Basil"}).find("pass --file to name the journal"), std::string::npos);
 }
 
-TEST_F(JournalPlaceTest, IsWhatTheEnvironmentNamesUnlessTheFlagNamesAnother)
+TEST_F(JournalPlaceTest, TheFlagPrevailsOverTheEnvironment)
 {
     Around.Environment.push_back("PLANTJOURNAL_FILE=" + Scratch.File("named.db"));
     Done({"plant", "add", "Basil"});
@@ -56,7 +56,7 @@ TEST_F(JournalPlaceTest, IsWhatTheEnvironmentNamesUnlessTheFlagNamesAnother)
     EXPECT_NE(Refused({"plant", "list"}).find(Journal), std::string::npos);
 }
 
-TEST_F(JournalPlaceTest, IsNotMadeByReading)
+TEST_F(JournalPlaceTest, ReadingCreatesNoJournal)
 {
     for (const Words& words : {Words{"plant", "list"},
                                {"plant", "tree"},
@@ -73,13 +73,13 @@ TEST_F(JournalPlaceTest, IsNotMadeByReading)
     EXPECT_FALSE(std::filesystem::exists(Journal));
 }
 
-TEST_F(JournalPlaceTest, IsNotMadeByAWriteThatIsRefused)
+TEST_F(JournalPlaceTest, ARefusedWriteCreatesNoJournal)
 {
     Refused({"plant", "add", "Cutting", "--mother", "Basil"});
     EXPECT_FALSE(std::filesystem::exists(Journal));
 }
 
-TEST_F(JournalPlaceTest, MayBeAnEmptyFile)
+TEST_F(JournalPlaceTest, AnEmptyFileBecomesAJournal)
 {
     Write("data/plantjournal/journal.db", "");
     EXPECT_NE(Refused({"plant", "list"}).find("no such journal"), std::string::npos);
@@ -95,18 +95,18 @@ class OlderJournalTest : public CommandTest, public testing::WithParamInterface<
     {
         std::filesystem::create_directories(std::filesystem::path(Journal).parent_path());
         WriteOldFile(Journal, GetParam());
-        Sound = false; // what earlier versions wrote may well be told of
+        Sound = false; // files of earlier versions can have findings
     }
 };
 
-TEST_P(OlderJournalTest, IsBackedUpBesideItselfAndBroughtUpToDateAndThatIsSaidOnce)
+TEST_P(OlderJournalTest, AnEarlierSchemaIsBackedUpAndMigratedOnce)
 {
     const std::string before = Content();
     const JSON info = Parsed({"info"});
     EXPECT_EQ(info.at("Kind"), HasCurrentSchema(GetParam()) ? "Current" : "Older");
     EXPECT_EQ(info.at("Steps").empty(), HasCurrentSchema(GetParam()));
     Run({"check"});
-    EXPECT_EQ(Content(), before); // neither changes anything
+    EXPECT_EQ(Content(), before); // neither changes the file
 
     const ProgramResult first = Run({"plant", "list", "--json"});
     EXPECT_EQ(first.Status, 0);
@@ -133,7 +133,7 @@ class JournalKindTest : public CommandTest
   protected:
     JournalKindTest() { std::filesystem::create_directories(std::filesystem::path(Journal).parent_path()); }
 
-    // What reading and writing say about the file, which both leave alone.
+    // The message of reading and of writing; neither changes the file.
     std::string RefusedToUse() const
     {
         const std::string reason = Refused({"plant", "list"});
@@ -146,7 +146,7 @@ class JournalKindTest : public CommandTest
     }
 };
 
-TEST_F(JournalKindTest, AnOlderJournalKeepsEarlierBackups)
+TEST_F(JournalKindTest, AMigrationKeepsEarlierBackups)
 {
     WriteOldFile(Journal, OldFiles().front());
     const std::string name = "journal.db.before-update-" + PlantEventCurrentDate();
@@ -157,19 +157,19 @@ TEST_F(JournalKindTest, AnOlderJournalKeepsEarlierBackups)
     Sound = false;
 }
 
-TEST_F(JournalKindTest, AnOlderJournalThatCannotBeBackedUpIsNotBroughtUpToDate)
+TEST_F(JournalKindTest, AJournalIsNotMigratedWithoutABackup)
 {
     WriteOldFile(Journal, OldFiles().front());
     const std::string before = Content();
     std::filesystem::permissions(Scratch.File(""), std::filesystem::perms(0755));
-    std::filesystem::permissions(Journal, std::filesystem::perms(0666)); // the file may be written, its place may not
+    std::filesystem::permissions(Journal, std::filesystem::perms(0666)); // the file is writable, its directory is not
     Around.AsUser = true;
     EXPECT_NE(Refused({"plant", "list"}).find("a journal is not migrated without a backup"), std::string::npos);
     EXPECT_EQ(Content(), before);
     Sound = false;
 }
 
-TEST_F(JournalKindTest, AnotherProgramsDatabaseIsLeftAlone)
+TEST_F(JournalKindTest, AnotherProgramsDatabaseIsNotChanged)
 {
     PlainConnection(Journal).RunSQL("CREATE TABLE \"Songs\x1B[2J\"(Title);");
     const std::string reason = RefusedToUse();
@@ -179,7 +179,7 @@ TEST_F(JournalKindTest, AnotherProgramsDatabaseIsLeftAlone)
     Sound = false;
 }
 
-TEST_F(JournalKindTest, ANewerJournalIsLeftAlone)
+TEST_F(JournalKindTest, AJournalOfANewerVersionIsNotChanged)
 {
     KeepEverything();
     PlainConnection(Journal).RunSQL("ALTER TABLE Plants ADD COLUMN Colour TEXT;");
@@ -187,7 +187,7 @@ TEST_F(JournalKindTest, ANewerJournalIsLeftAlone)
     Sound = false;
 }
 
-TEST_F(JournalKindTest, SomethingElseIsLeftAlone)
+TEST_F(JournalKindTest, AFileThatIsNotADatabaseIsNotChanged)
 {
     Write("data/plantjournal/journal.db", "dear diary, " + std::string(5000, 'x'));
     EXPECT_NE(RefusedToUse().find("not an SQLite database; it was not changed"), std::string::npos);
@@ -198,7 +198,7 @@ TEST_F(JournalKindTest, SomethingElseIsLeftAlone)
     Sound = false;
 }
 
-TEST_F(JournalKindTest, ADirectoryIsNoJournal)
+TEST_F(JournalKindTest, ADirectoryIsRefused)
 {
     std::filesystem::create_directory(Journal);
     RefusedToUse();
@@ -206,7 +206,7 @@ TEST_F(JournalKindTest, ADirectoryIsNoJournal)
     std::filesystem::remove(Journal);
 }
 
-TEST_F(JournalKindTest, ADamagedJournalIsLeftAloneAndTold)
+TEST_F(JournalKindTest, ADamagedJournalIsReportedAndNotChanged)
 {
     KeepEverything();
     std::filesystem::resize_file(Journal, std::filesystem::file_size(Journal) / 2);
@@ -216,11 +216,54 @@ TEST_F(JournalKindTest, ADamagedJournalIsLeftAloneAndTold)
     Sound = false;
 }
 
-TEST_F(JournalKindTest, AnInterruptedWriteIsTakenBack)
+// Overwrites the page that holds the table's rows. The schema stays intact.
+void DamageRowsOf(const std::string& journal, const std::string& table)
+{
+    std::size_t page = 0;
+    std::size_t size = 0;
+    {
+        const PlainConnection connection(journal);
+        page = std::stoul(connection.Value("SELECT rootpage FROM sqlite_master WHERE name='" + table + "';"));
+        size = std::stoul(connection.Value("PRAGMA page_size;"));
+    }
+    std::fstream file(journal, std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(static_cast<std::streamoff>((page - 1) * size));
+    ASSERT_TRUE(file << std::string(size, '\x55') << std::flush);
+}
+
+TEST_F(JournalKindTest, DamagedRowsAreReportedByTheCommandThatReadsThem)
+{
+    KeepEverything();
+    DamageRowsOf(Journal, "Plants");
+    for (const Words& words :
+         {Words{"plant", "list"}, {"plant", "list", "--json"}, {"feed", "Basil"}, {"timeline", "Basil"}})
+    {
+        const std::string reason = Refused(words);
+        EXPECT_NE(reason.find("the plants cannot be listed: database disk image is malformed; the file is damaged, "
+                              "restore a backup"),
+                  std::string::npos)
+            << reason;
+    }
+    EXPECT_EQ(Parsed({"info"}).at("Kind"), "Damaged");
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, UnknownEventTypesAreRefusedAlsoWithoutACheck)
+{
+    KeepEverything();
+    PlainConnection(Journal).RunSQL("PRAGMA writable_schema=ON; UPDATE sqlite_master SET sql=replace(sql,"
+                                    "'CHECK(EventType IN (','CHECK(1 OR EventType IN (') WHERE name='PlantEvents';");
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
+    PlainConnection(Journal).RunSQL("UPDATE PlantEvents SET EventType='Pruned' WHERE ID=1;");
+    EXPECT_NE(RefusedToUse().find("not a plantjournal file, or one of a newer version"), std::string::npos);
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, AnInterruptedWriteIsRolledBack)
 {
     KeepEverything();
     const std::string before = Content();
-    // A child dies with a transaction whose pages are in the file already.
+    // A child is killed in a transaction after some of its pages were written to the file.
     ChildProcess child(
         [&](const ParentProcess& parent)
         {
@@ -244,7 +287,7 @@ TEST_F(JournalKindTest, AnInterruptedWriteIsTakenBack)
 
 // ---- Locks and permissions
 
-TEST_F(JournalKindTest, ALockedJournalIsWaitedForAndThenRefused)
+TEST_F(JournalKindTest, ALockedJournalIsRefusedAfterAWait)
 {
     KeepEverything();
     const OtherProgram other(Journal, "BEGIN EXCLUSIVE;");
@@ -252,7 +295,7 @@ TEST_F(JournalKindTest, ALockedJournalIsWaitedForAndThenRefused)
               std::string::npos);
 }
 
-TEST_F(JournalKindTest, AJournalThatAnotherWritesCanBeReadButNotWritten)
+TEST_F(JournalKindTest, AJournalBeingWrittenIsReadableButNotWritable)
 {
     KeepEverything();
     const OtherProgram other(Journal, "BEGIN IMMEDIATE;");
@@ -264,7 +307,7 @@ TEST_F(JournalKindTest, AJournalThatAnotherWritesCanBeReadButNotWritten)
         << reason;
 }
 
-TEST_F(JournalKindTest, ALockThatIsGivenBackInTimeIsNoHindrance)
+TEST_F(JournalKindTest, AShortLockDelaysACommand)
 {
     KeepEverything();
     OtherProgram other(Journal, "BEGIN EXCLUSIVE;");
@@ -275,7 +318,7 @@ TEST_F(JournalKindTest, ALockThatIsGivenBackInTimeIsNoHindrance)
     EXPECT_EQ(Parsed({"plant", "show", "Basil"}).at("Tent"), "North");
 }
 
-TEST_F(JournalKindTest, AFileThatMayOnlyBeReadIsReadAndNotWritten)
+TEST_F(JournalKindTest, AReadOnlyFileIsReadAndNotWritten)
 {
     KeepEverything();
     std::filesystem::permissions(Scratch.File(""), std::filesystem::perms(0777));
@@ -301,7 +344,7 @@ TEST_F(JournalKindTest, AFileThatMayOnlyBeReadIsReadAndNotWritten)
     Refused({"import", "plants.json"});
 }
 
-TEST_F(JournalKindTest, AFileThatMayNotBeReadIsRefused)
+TEST_F(JournalKindTest, AnUnreadableFileIsRefused)
 {
     KeepEverything();
     std::filesystem::permissions(Scratch.File(""), std::filesystem::perms(0777));
@@ -314,14 +357,14 @@ TEST_F(JournalKindTest, AFileThatMayNotBeReadIsRefused)
 
 // ---- Backups
 
-TEST_F(JournalKindTest, ABackUpHoldsAllThatTheJournalDoes)
+TEST_F(JournalKindTest, ABackupHoldsTheWholeJournal)
 {
     KeepEverything();
     EXPECT_EQ(Done({"backup", "copy.db"}), "");
     EXPECT_EQ(::Content(PlainConnection(Scratch.File("copy.db")).NativeHandle()), Content());
 }
 
-TEST_F(JournalKindTest, ABackUpReplacesOnlyWhatItIsToldTo)
+TEST_F(JournalKindTest, ABackupReplacesAFileOnlyWithOverwrite)
 {
     KeepEverything();
     Write("copy.db", "something");
@@ -333,7 +376,7 @@ TEST_F(JournalKindTest, ABackUpReplacesOnlyWhatItIsToldTo)
     Refused({"backup", "nowhere/copy.db"});
 }
 
-TEST_F(JournalKindTest, ABackUpIsMadeWhileAnotherWrites)
+TEST_F(JournalKindTest, ABackupWorksWhileAnotherProgramWrites)
 {
     KeepEverything();
     const std::string before = Content();
@@ -343,11 +386,11 @@ TEST_F(JournalKindTest, ABackUpIsMadeWhileAnotherWrites)
     other.Finish();
 }
 
-TEST_F(JournalKindTest, CtrlCDuringABackUpLeavesNothing)
+TEST_F(JournalKindTest, CtrlCDuringABackupLeavesNoFiles)
 {
     KeepEverything();
     std::filesystem::create_directory(Scratch.File("backups"));
-    OtherProgram other(Journal, "BEGIN EXCLUSIVE;"); // so that there is time for it
+    OtherProgram other(Journal, "BEGIN EXCLUSIVE;"); // so that the signal comes in time
     RunningProgram program(Line({"backup", "backups/copy.db"}), Around);
     program.Interrupt();
     other.Finish();

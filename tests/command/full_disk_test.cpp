@@ -69,6 +69,8 @@ class FullDiskTest : public TransferTest
         std::filesystem::create_directory(Disk);
     }
 
+    void SetUp() override { SkipWithoutTerminal(); } // SmallDisk runs its shell on one
+
     // Runs a command with a journal on larger and larger disks until it succeeds. Calls `visit` each time with the
     // result, the disk and an export of the journal.
     template <typename Visitor> void OnGrowingDisks(const Words& words, int from, int step, const Visitor& visit) const

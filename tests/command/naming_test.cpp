@@ -1,4 +1,4 @@
-// How plants and strains are named in a command line.
+// How a command line names plants and strains.
 
 #include "support/command.h"
 
@@ -22,43 +22,44 @@ class NamingTest : public CommandTest
             Done({"plant", "add", name, "--uuid", uuid, "--strain", "S"});
     }
 
-    // The first letters of the UUID of the plant that a text names.
+    // The first digits of the UUID of the plant that a text names.
     std::string Found(const std::string& named) const
     {
         return Parsed({"plant", "show", named}).at("UUID").get<std::string>().substr(0, 8);
     }
 };
 
-TEST_F(NamingTest, ByTheWholeUUIDAlsoWhereItIsTheNameOfAnother)
+TEST_F(NamingTest, AWholeUUIDPrevailsOverAPlantOfThatName)
 {
     EXPECT_EQ(Found("aaaa0002-0000-4000-8000-000000000000"), "aaaa0002");
     EXPECT_EQ(Found("eeee0006-0000-4000-8000-000000000000"), "eeee0006");
 }
 
-TEST_F(NamingTest, ByTheBeginningOfAUUIDThatFitsOnlyOnePlant)
+TEST_F(NamingTest, AUniqueUUIDPrefixFindsItsPlant)
 {
     EXPECT_EQ(Found("b"), "bbbb0003");
     EXPECT_EQ(Found("aaaa0002"), "aaaa0002");
     EXPECT_EQ(Found("aaaa0001-"), "aaaa0001");
 }
 
-TEST_F(NamingTest, ByAnExactNameThatOnlyOnePlantHas)
+TEST_F(NamingTest, AUniqueExactNameFindsItsPlant)
 {
     EXPECT_EQ(Found("Basil"), "aaaa0001");
     EXPECT_EQ(Found("Süßkirsche by the wall"), "eeee0006");
 }
 
-TEST_F(NamingTest, AnythingElseListsTheCandidatesByUUIDNameAndStrain)
+TEST_F(NamingTest, AnAmbiguousOrUnknownNameListsTheCandidates)
 {
     const std::string basil = "\n  aaaa0001-0000-4000-8000-000000000000  Basil  S\n";
     EXPECT_EQ(Refused({"plant", "show", "Mint"}),
               "plantjournal: \"Mint\": several plants match; name one of these by its UUID:\n"
               "  aaaa0002-0000-4000-8000-000000000000  Mint  S\n"
               "  bbbb0003-0000-4000-8000-000000000000  Mint  S\n");
-    const std::string begun = Refused({"plant", "show", "aaaa"});
-    EXPECT_NE(begun.find(basil), std::string::npos) << begun;
-    EXPECT_NE(begun.find("\n  aaaa0002-"), std::string::npos) << begun;
-    const std::string either = Refused({"plant", "show", "aaaa0001"}); // a beginning, and the name of another
+    const std::string prefix = Refused({"plant", "show", "aaaa"});
+    EXPECT_NE(prefix.find(basil), std::string::npos) << prefix;
+    EXPECT_NE(prefix.find("\n  aaaa0002-"), std::string::npos) << prefix;
+    const std::string either =
+        Refused({"plant", "show", "aaaa0001"}); // a prefix of one UUID, and the name of another plant
     EXPECT_NE(either.find(basil), std::string::npos) << either;
     EXPECT_NE(either.find("\n  cccc0004-"), std::string::npos) << either;
     EXPECT_EQ(Refused({"plant", "show", "basil"}), "plantjournal: \"basil\": no plant has this name or UUID; "
@@ -69,7 +70,7 @@ TEST_F(NamingTest, AnythingElseListsTheCandidatesByUUIDNameAndStrain)
     Refused({"plant", "show", ""});
 }
 
-TEST_F(NamingTest, IsTheSameInEveryCommand)
+TEST_F(NamingTest, EveryCommandFindsPlantsTheSameWay)
 {
     const std::vector<Words> commands = {
         {"plant", "show"}, {"plant", "tree"},  {"plant", "duplicate"}, {"timeline"},
@@ -90,7 +91,7 @@ TEST_F(NamingTest, IsTheSameInEveryCommand)
     EXPECT_EQ(Parsed({"plant", "show", "Clone"}).at("MotherPlantUUID"), "aaaa0002-0000-4000-8000-000000000000");
 }
 
-TEST_F(NamingTest, AStrainByItsExactNameElseTheStrainsAreListed)
+TEST_F(NamingTest, AStrainIsFoundByItsExactName)
 {
     EXPECT_EQ(Parsed({"strain", "show", "S"}).at("TotalPlants"), 6);
     EXPECT_EQ(Refused({"strain", "show", "s"}),

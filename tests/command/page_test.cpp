@@ -1,4 +1,4 @@
-// What is installed beside the command: the completion for bash and the manual page.
+// What is installed with the command: the completion for bash and the manual page.
 
 #include "support/command.h"
 
@@ -16,8 +16,7 @@ namespace
 class CompletionTest : public CommandTest
 {
   protected:
-    // What bash is told to offer when these words have been typed and the last one is to be completed. Bash cuts
-    // `--flag=value` at the sign.
+    // What bash offers to complete the last of these words. Bash splits `--flag=value` at the sign.
     Words Offered(const Words& words) const
     {
         Words line = {"bash", "-c",
@@ -38,26 +37,26 @@ class CompletionTest : public CommandTest
     }
 };
 
-TEST_F(CompletionTest, OffersCommands)
+TEST_F(CompletionTest, CompletionOffersCommands)
 {
     EXPECT_EQ(Offered({""}), (Words{"backup", "care", "check", "event", "export", "feed", "harvest", "health", "import",
                                     "info", "note", "photo", "plant", "strain", "timeline", "water"}));
     EXPECT_EQ(Offered({"p"}), (Words{"photo", "plant"}));
     EXPECT_EQ(Offered({"plant", ""}), (Words{"add", "delete", "duplicate", "edit", "list", "show", "tree"}));
     EXPECT_EQ(Offered({"--json", "plant", "du"}), Words{"duplicate"});
-    EXPECT_EQ(Offered({"--file", "plant", "plant", "du"}), Words{"duplicate"}); // the first is a file
+    EXPECT_EQ(Offered({"--file", "plant", "plant", "du"}), Words{"duplicate"}); // the first `plant` is a file name
 }
 
-TEST_F(CompletionTest, OffersFlagsOfTheCommandAndOfAll)
+TEST_F(CompletionTest, CompletionOffersFlags)
 {
     EXPECT_EQ(Offered({"plant", "add", "--s"}), (Words{"--seed-date", "--sex", "--stage", "--strain"}));
     EXPECT_EQ(Offered({"feed", "Basil", "--amount-ml", "5", "--e"}), Words{"--ec"});
     EXPECT_EQ(Offered({"plant", "edit", "Basil", "--mo"}), (Words{"--mother", "--mother-plant-uuid"}));
     EXPECT_EQ(Offered({"care", "list", "--"}), (Words{"--file", "--help", "--json", "--newest", "--version"}));
-    EXPECT_EQ(Offered({"plant", "add", "--name", "--stage", "--te"}), Words{"--tent"}); // a plant of that name
+    EXPECT_EQ(Offered({"plant", "add", "--name", "--stage", "--te"}), Words{"--tent"}); // `--stage` is the plant's name
 }
 
-TEST_F(CompletionTest, OffersNamesInAnyLetterCase)
+TEST_F(CompletionTest, CompletionOffersNamesInAnyLetterCase)
 {
     const Words stages = {"Archived", "Clone", "Cure", "Dry", "Flower", "Harvested", "Seed", "Veg"};
     EXPECT_EQ(Offered({"plant", "add", "--stage", ""}), stages);
@@ -70,13 +69,13 @@ TEST_F(CompletionTest, OffersNamesInAnyLetterCase)
     EXPECT_EQ(Offered({"event", "add", "Basil", "--type", "ls"}), Words{"LST\\ Trained"});
 }
 
-TEST_F(CompletionTest, OffersTodayAndYesterdayAsDates)
+TEST_F(CompletionTest, CompletionOffersTodayAndYesterdayForDates)
 {
     EXPECT_EQ(Offered({"feed", "Basil", "--care-date", ""}), (Words{"today", "yesterday"}));
     EXPECT_EQ(Offered({"feed", "Basil", "--care-date", "=", "y"}), Words{"yesterday"});
 }
 
-TEST_F(CompletionTest, LeavesFilesToTheShell)
+TEST_F(CompletionTest, CompletionLeavesFileNamesToTheShell)
 {
     for (const Words& words :
          {Words{"import", ""}, {"--file", ""}, {"photo", "add", "Basil", "b"}, {"feed", "Basil", "--ec", ""}})
@@ -85,13 +84,15 @@ TEST_F(CompletionTest, LeavesFilesToTheShell)
               std::string::npos);
 }
 
-TEST_F(CompletionTest, WorksAtTheKeyboard)
+using InteractiveCompletionTest = TerminalTest;
+
+TEST_F(InteractiveCompletionTest, CompletionWorksInAnInteractiveShell)
 {
     Surroundings terminal = Around;
     terminal.Columns = 80;
     terminal.Environment.insert(terminal.Environment.end(), {"TERM=dumb", "PS1=ready:", "INPUTRC=/dev/null"});
     RunningProgram shell({"bash", "--norc", "--noprofile", "-i"}, terminal);
-    // The command itself would only refuse: there is no journal. What it is given is printed instead.
+    // A function replaces the command and prints its arguments.
     shell.Type(
         "bind 'set bell-style none'; source '" PLANTJOURNAL_SOURCE_DIR
         "/tools/command_line/plantjournal.bash'; plantjournal() { if [[ $1 == complete ]]; then '" PLANTJOURNAL_COMMAND
@@ -111,12 +112,12 @@ TEST_F(CompletionTest, WorksAtTheKeyboard)
 class ManualTest : public CommandTest
 {
   protected:
-    // What a program says about the page; skips the test where the system has no such program.
-    std::string Complaints(const Words& words) const
+    // The warnings of a program that formats the page; "not installed" where the system does not have it.
+    std::string Warnings(const Words& words) const
     {
         const ProgramResult outcome = RunningProgram(words, Around).End();
         if (outcome.Status == 127)
-            return "none";
+            return "not installed";
         EXPECT_EQ(outcome.Status, 0);
         return outcome.Error;
     }
@@ -124,16 +125,16 @@ class ManualTest : public CommandTest
     const std::string Page = FileBytes(PLANTJOURNAL_MANUAL);
 };
 
-// As the page writes a text.
-std::string Written(const std::string& text)
+// A text as the page spells it.
+std::string InRoff(const std::string& text)
 {
-    std::string written;
+    std::string roff;
     for (const char letter : text)
-        written += letter == '-' ? std::string("\\-") : std::string(1, letter);
-    return written;
+        roff += letter == '-' ? std::string("\\-") : std::string(1, letter);
+    return roff;
 }
 
-TEST_F(ManualTest, HasEveryCommandWithEveryFlagOfItsHelp)
+TEST_F(ManualTest, TheManualDescribesEveryCommandAndFlag)
 {
     const std::vector<Words> groups = {{},          {"plant"}, {"strain"}, {"care"}, {"event"},
                                        {"harvest"}, {"photo"}, {"health"}, {"note"}};
@@ -164,7 +165,7 @@ TEST_F(ManualTest, HasEveryCommandWithEveryFlagOfItsHelp)
                 {
                     ++flags;
                     const std::string name = flag.substr(2, flag.find(' ', 2) - 2);
-                    EXPECT_NE(section.find(".B " + Written(name) + '\n'), std::string::npos) << title << name;
+                    EXPECT_NE(section.find(".B " + InRoff(name) + '\n'), std::string::npos) << title << name;
                 }
         }
     }
@@ -173,25 +174,25 @@ TEST_F(ManualTest, HasEveryCommandWithEveryFlagOfItsHelp)
         EXPECT_NE(Page.find(std::string(".B ") + general), std::string::npos) << general;
 }
 
-TEST_F(ManualTest, HasTheExamplesAndTheNotes)
+TEST_F(ManualTest, TheManualHasExamplesAndNotes)
 {
     EXPECT_NE(Page.find("plantjournal plant add Basil \\-\\-strain Genovese"), std::string::npos);
     EXPECT_NE(Page.find("PLANTJOURNAL_FILE"), std::string::npos);
     EXPECT_NE(Page.find("NO_COLOR"), std::string::npos);
 }
 
-TEST_F(ManualTest, IsInOrderForTheFormatter)
+TEST_F(ManualTest, TheManualIsFormattedWithoutWarnings)
 {
     for (const char* width : {"50", "80", "132"})
     {
         Around.Environment.push_back("MANWIDTH=" + std::string(width));
-        const std::string man = Complaints({"man", "-l", "--warnings", PLANTJOURNAL_MANUAL});
-        EXPECT_TRUE(man.empty() || man == "none") << man;
+        const std::string man = Warnings({"man", "-l", "--warnings", PLANTJOURNAL_MANUAL});
+        EXPECT_TRUE(man.empty() || man == "not installed") << man;
         Around.Environment.pop_back();
     }
-    const std::string groff = Complaints({"groff", "-ww", "-man", "-Tutf8", "-z", PLANTJOURNAL_MANUAL});
-    if (groff == "none")
-        GTEST_SKIP() << "there is no groff";
+    const std::string groff = Warnings({"groff", "-ww", "-man", "-Tutf8", "-z", PLANTJOURNAL_MANUAL});
+    if (groff == "not installed")
+        GTEST_SKIP() << "groff is not installed";
     EXPECT_EQ(groff, "");
 }
 
@@ -199,7 +200,7 @@ TEST_F(ManualTest, IsInOrderForTheFormatter)
 
 using InstallationTest = CommandTest;
 
-TEST_F(InstallationTest, BringsTheCommandItsPageAndItsCompletion)
+TEST_F(InstallationTest, InstallingBringsTheCommandManualAndCompletion)
 {
     const std::string usr = Scratch.File("usr");
     const Words line = {"cmake", "--install", PLANTJOURNAL_BINARY_DIR, "--component", "Runtime", "--prefix", usr};
@@ -210,7 +211,7 @@ TEST_F(InstallationTest, BringsTheCommandItsPageAndItsCompletion)
     EXPECT_EQ(FileBytes(usr + "/share/man/man1/plantjournal.1"), FileBytes(PLANTJOURNAL_MANUAL));
     EXPECT_EQ(FileBytes(usr + "/share/bash-completion/completions/plantjournal"),
               FileBytes(PLANTJOURNAL_SOURCE_DIR "/tools/command_line/plantjournal.bash"));
-    EXPECT_FALSE(std::filesystem::exists(usr + "/include")); // which is for those who develop
+    EXPECT_FALSE(std::filesystem::exists(usr + "/include")); // headers are for developers
 }
 
 } // namespace

@@ -10,7 +10,8 @@
 namespace
 {
 
-const CLI::Option* FlagThatAsks(const std::string& word, const CommandList& apps)
+// The flag that the word is, where it takes a value.
+const CLI::Option* FlagWithValue(const std::string& word, const CommandList& apps)
 {
     for (const CLI::App* app : apps)
         for (const CLI::Option* option : OptionsOf(*app))
@@ -19,19 +20,19 @@ const CLI::Option* FlagThatAsks(const std::string& word, const CommandList& apps
     return nullptr;
 }
 
-// A command and the program that it belongs to may be the same.
-std::set<std::string> Candidates(const std::string& begun, const CLI::Option* asked, const CommandList& apps)
+// What can follow: a value of `flag`, else a flag of any of `apps`, else a command of the first.
+std::set<std::string> Candidates(const std::string& prefix, const CLI::Option* flag, const CommandList& apps)
 {
     std::set<std::string> candidates;
-    if (asked != nullptr)
+    if (flag != nullptr)
     {
-        const std::string type = asked->get_type_name();
+        const std::string type = flag->get_type_name();
         std::istringstream choices(type == "DATE" ? "today|yesterday" : type);
         if (type == "DATE" || type.find('|') != std::string::npos)
             for (std::string choice; std::getline(choices, choice, '|');)
                 candidates.insert(choice);
     }
-    else if (begun.starts_with("-"))
+    else if (prefix.starts_with("-"))
     {
         for (const CLI::App* app : apps)
             for (const CLI::Option* option : OptionsOf(*app))
@@ -48,17 +49,17 @@ std::set<std::string> Candidates(const std::string& begun, const CLI::Option* as
 
 std::vector<std::string> Completions(const CLI::App& program, std::vector<std::string> words)
 {
-    // The shell cuts --flag=value in three, and --flag= in two, of which the second has the value's place.
+    // Bash splits --flag=value into three words, and --flag= into two; the second then stands for the value.
     if (!words.empty() && words.back() == "=")
         words.back().clear();
     words.erase(std::remove(words.begin(), words.end(), "="), words.end());
-    const std::string begun = words.empty() ? "" : words.back();
+    const std::string prefix = words.empty() ? "" : words.back();
     const CLI::App* app = &program;
-    const CLI::Option* asked = nullptr; // the flag whose value is to come
+    const CLI::Option* flag = nullptr; // the flag whose value comes next
     for (std::size_t i = 0; i + 1 < words.size(); ++i)
     {
-        const bool isValue = asked != nullptr;
-        asked = isValue ? nullptr : FlagThatAsks(words[i], {app, &program});
+        const bool isValue = flag != nullptr;
+        flag = isValue ? nullptr : FlagWithValue(words[i], {app, &program});
         if (isValue)
             continue;
         for (const CLI::App* command : CommandsOf(*app))
@@ -66,9 +67,9 @@ std::vector<std::string> Completions(const CLI::App& program, std::vector<std::s
                 app = command;
     }
 
-    std::vector<std::string> fitting;
-    for (const std::string& candidate : Candidates(begun, asked, {app, &program}))
-        if (EqualIgnoringCase(candidate.substr(0, begun.size()), begun))
-            fitting.push_back(candidate);
-    return fitting;
+    std::vector<std::string> matches;
+    for (const std::string& candidate : Candidates(prefix, flag, {app, &program}))
+        if (EqualIgnoringCase(candidate.substr(0, prefix.size()), prefix))
+            matches.push_back(candidate);
+    return matches;
 }

@@ -5,17 +5,17 @@
 constexpr const char* Purpose = "keep a plant journal: plants, care, harvests, photos, health and notes";
 
 constexpr const char* Notes = R"(
-The journal is the file that --file names, else PLANTJOURNAL_FILE, else journal.db under plantjournal in the XDG data
-directory ($XDG_DATA_HOME, else ~/.local/share). A journal of an earlier version is backed up beside itself before it is
-brought up to date.
+The journal is the file that --file names. Without --file it is the file that PLANTJOURNAL_FILE names, and else
+plantjournal/journal.db in the XDG data directory ($XDG_DATA_HOME, by default ~/.local/share). A journal with an earlier
+schema is backed up in its directory before it is migrated.
 
-A plant is named by its UUID, by a beginning of it, or by its name, as long as only one plant fits. Dates are today,
-yesterday, YYYY-MM-DD, YYYY-MM or YYYY; an empty text clears a date. Names such as --stage flower may be written in any
-letter case. --json prints records with the fields' own names; a text that is not UTF-8 is then an object with its bytes,
-{"Hex": "..."}.
+A plant is named by its UUID, by a prefix of its UUID, or by its name; this must match exactly one plant. A date is
+today, yesterday, YYYY-MM-DD, YYYY-MM or YYYY; an empty text clears a date. Names such as --stage flower are accepted in
+any letter case. --json prints records with their field names; a text that is not UTF-8 becomes an object with its
+bytes, {"Hex": "..."}.
 
-Colours are shown on a terminal only, and never where NO_COLOR is set. The status is 0 when done, 1 when refused or
-failed, and 2 for a mistake in the command line.
+Colours are used on a terminal only, and not if NO_COLOR is set. The exit status is 0 on success, 1 on failure, and 2
+for a mistake in the command line.
 
 Examples:
   plantjournal plant add Basil --strain Genovese --stage seed

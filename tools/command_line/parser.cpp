@@ -20,7 +20,7 @@ CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string
     for (std::string line; std::getline(lines, line);)
         footer += "  plantjournal " + line + '\n';
     CLI::App& command = *group.add_subcommand(name, purpose);
-    command.footer(footer + "\nEverywhere: --file FILE, --json; see plantjournal --help");
+    command.footer(footer + "\nEvery command accepts --file FILE and --json; see plantjournal --help");
     command.callback(std::move(act));
     return command;
 }

@@ -13,17 +13,18 @@
 namespace
 {
 
-// As the parser takes them, from the last to the first. It would look for the value of `--tent=` in the next word.
-std::vector<std::string> Turned(const std::vector<std::string>& arguments)
+// The parser takes the arguments in reverse order. It reads the value of `--tent=` from the next argument, so an empty
+// argument is added.
+std::vector<std::string> ParserOrder(const std::vector<std::string>& arguments)
 {
-    std::vector<std::string> turned;
+    std::vector<std::string> ordered;
     for (const std::string& argument : arguments)
         if (argument.starts_with("--") && argument.find('=') == argument.size() - 1)
-            turned.insert(turned.end(), {argument.substr(0, argument.size() - 1), ""});
+            ordered.insert(ordered.end(), {argument.substr(0, argument.size() - 1), ""});
         else
-            turned.push_back(argument);
-    std::reverse(turned.begin(), turned.end());
-    return turned;
+            ordered.push_back(argument);
+    std::reverse(ordered.begin(), ordered.end());
+    return ordered;
 }
 
 } // namespace
@@ -36,7 +37,7 @@ int RunProgram(const std::vector<std::string>& arguments, const std::function<vo
     program.fallthrough();
     program.footer(Notes);
     addCommands(program);
-    // For the build and for the shell, and so not among the commands.
+    // These two words are for the build and for the shell, so help does not list them.
     if (!arguments.empty() && arguments.front() == "manual-page")
         std::cout << ManualPage(program);
     else if (!arguments.empty() && arguments.front() == "complete")
@@ -45,18 +46,18 @@ int RunProgram(const std::vector<std::string>& arguments, const std::function<vo
     else
         try
         {
-            program.parse(Turned(arguments));
+            program.parse(ParserOrder(arguments));
         }
         catch (const CLI::RequiredError& mistake)
         {
-            // A word that nobody knows is the mistake, not the want of what it may have been meant for.
+            // An unknown word is the likelier mistake than the missing one.
             if (const std::vector<std::string> unknown = program.remaining(true); !unknown.empty())
                 program.exit(CLI::ExtrasError(unknown));
             else
                 program.exit(mistake);
             return 2;
         }
-        catch (const CLI::ParseError& mistake) // help and the version, too
+        catch (const CLI::ParseError& mistake) // also thrown for --help and --version
         {
             if (program.exit(mistake) != 0)
                 return 2;

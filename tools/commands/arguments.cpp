@@ -6,13 +6,13 @@
 
 void AddPlantArgument(CLI::App& command, Arguments& arguments, Need need)
 {
-    AddArgument(command, "PLANT", "the plant: its UUID, the beginning of it, or its name; only one may fit",
-                arguments.Plant, need);
+    AddArgument(command, "PLANT", "UUID, prefix of the UUID, or name; must match exactly one plant", arguments.Plant,
+                need);
 }
 
 void AddYes(CLI::App& command, Arguments& arguments)
 {
-    AddSwitch(command, "-y,--yes", "do not ask", arguments.Yes);
+    AddSwitch(command, "-y,--yes", "delete without asking", arguments.Yes);
 }
 
 void ConfirmDeletion(const std::string& what, const Arguments& arguments)

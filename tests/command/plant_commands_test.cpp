@@ -1,0 +1,201 @@
+// Plants and strains.
+
+#include "command/basil_test.h"
+
+#include <tuple>
+#include <utility>
+
+using namespace support;
+
+namespace
+{
+
+TEST_F(BasilTest, APlantIsAddedWithEveryField)
+{
+    const std::string uuid = DoneLine({"plant",
+                                       "add",
+                                       "Cutting",
+                                       "--strain",
+                                       "Roma",
+                                       "--mother-plant-uuid",
+                                       "Basil",
+                                       "--stage",
+                                       "flower",
+                                       "--sex",
+                                       "FEMALE",
+                                       "--tent",
+                                       "South",
+                                       "--pot-size",
+                                       "11 l",
+                                       "--medium",
+                                       "peat",
+                                       "--seed-date",
+                                       "2025",
+                                       "--flip-height-cm",
+                                       "40.5",
+                                       "--final-height-cm",
+                                       "1e2",
+                                       "--clone-date",
+                                       "2025-02",
+                                       "--transplant-date",
+                                       "2025-03-04",
+                                       "--flip-date",
+                                       "2024-02-29",
+                                       "--harvest-date",
+                                       "2025-12-31",
+                                       "--notes",
+                                       "two\nlines, \"quoted\""});
+    EXPECT_EQ(uuid.size(), 36U);
+    EXPECT_EQ(Parsed({"plant", "show", uuid}), JSON({{"ID", 2},
+                                                     {"UUID", uuid},
+                                                     {"Name", "Cutting"},
+                                                     {"Strain", "Roma"},
+                                                     {"MotherPlantUUID", "b1"},
+                                                     {"Stage", "Flower"},
+                                                     {"Sex", "Female"},
+                                                     {"Tent", "South"},
+                                                     {"PotSize", "11 l"},
+                                                     {"Medium", "peat"},
+                                                     {"SeedDate", "2025"},
+                                                     {"FlipHeightCm", 40.5},
+                                                     {"FinalHeightCm", 100.0},
+                                                     {"CloneDate", "2025-02"},
+                                                     {"TransplantDate", "2025-03-04"},
+                                                     {"FlipDate", "2024-02-29"},
+                                                     {"HarvestDate", "2025-12-31"},
+                                                     {"Notes", "two\nlines, \"quoted\""}}));
+    EXPECT_EQ(Parsed({"strain", "list"}).size(), 2U); // the new strain is registered
+}
+
+TEST_F(BasilTest, APlantNeedsOnlyAName)
+{
+    ExpectFields(Parsed({"plant", "add", "--name", "Mint"}), {{"Name", "Mint"},
+                                                              {"Strain", ""},
+                                                              {"MotherPlantUUID", ""},
+                                                              {"Stage", "Veg"},
+                                                              {"Sex", "Unknown"},
+                                                              {"SeedDate", ""},
+                                                              {"FlipHeightCm", 0.0}});
+    Mistaken({"plant", "add", ""});
+    Mistaken({"plant", "edit", "Basil", "--name", ""});
+}
+
+TEST_F(BasilTest, AnEditChangesOnlyTheGivenFields)
+{
+    const JSON before = Basil();
+    for (const auto& [flag, field, text, value] : std::vector<std::tuple<const char*, const char*, const char*, JSON>>{
+             {"--name", "Name", "Sweet basil", "Sweet basil"},
+             {"--strain", "Strain", "Gigante", "Gigante"},
+             {"--stage", "Stage", "dRY", "Dry"},
+             {"--sex", "Sex", "hermaphrodite", "Hermaphrodite"},
+             {"--tent", "Tent", "North", "North"},
+             {"--pot-size", "PotSize", "5 l", "5 l"},
+             {"--medium", "Medium", "coco", "coco"},
+             {"--seed-date", "SeedDate", "2026-01-31", "2026-01-31"},
+             {"--flip-height-cm", "FlipHeightCm", "0.1", 0.1},
+             {"--final-height-cm", "FinalHeightCm", "-3", -3.0},
+             {"--clone-date", "CloneDate", "2026", "2026"},
+             {"--transplant-date", "TransplantDate", "2026-12", "2026-12"},
+             {"--flip-date", "FlipDate", "2026-02-28", "2026-02-28"},
+             {"--harvest-date", "HarvestDate", "2026-07-01", "2026-07-01"},
+             {"--notes", "Notes", "Süßkirsche", "Süßkirsche"}})
+    {
+        JSON expected = Basil();
+        expected[field] = value;
+        EXPECT_EQ(Done({"plant", "edit", "b1", flag, text}), "");
+        EXPECT_EQ(Basil(), expected) << flag;
+        EXPECT_NE(before.at(field), value); // otherwise the edit changes nothing
+    }
+    Done({"plant", "edit", "b1", "--seed-date=", "--tent="});
+    ExpectFields(Basil(), {{"SeedDate", ""}, {"Tent", ""}, {"FlipDate", "2026-02-28"}});
+}
+
+TEST_F(BasilTest, AMotherIsNamedLikeAnyPlantAndRemovedByAnEmptyText)
+{
+    Done({"plant", "add", "Cutting", "--uuid", "c1"});
+    EXPECT_EQ(Parsed({"plant", "edit", "c1", "--mother", "Basil"}).at("MotherPlantUUID"), "b1");
+    EXPECT_NE(Refused({"plant", "edit", "Basil", "--mother", "Cutting"}).find("one of its descendants"),
+              std::string::npos);
+    EXPECT_EQ(Parsed({"plant", "edit", "c1", "--mother", ""}).at("MotherPlantUUID"), "");
+}
+
+TEST_F(BasilTest, DeletingAPlantDeletesItsRecordsAndKeepsItsClones)
+{
+    Done({"plant", "add", "Cutting", "--mother", "Basil"});
+    Done({"feed", "Basil"});
+    Done({"note", "add", "Basil", "leaves"});
+    EXPECT_EQ(Done({"plant", "delete", "Basil", "--yes"}), "");
+    const JSON tables = Parsed({"info"}).at("Tables");
+    ExpectFields(tables, {{"Plants", 1}, {"PlantCareEntries", 0}, {"PlantEvents", 0}, {"PlantJournalEntries", 0}});
+    EXPECT_EQ(Parsed({"plant", "show", "Cutting"}).at("MotherPlantUUID"), "");
+}
+
+TEST_F(BasilTest, ADuplicateCopiesAllButIdentityAndMother)
+{
+    Done({"plant", "add", "Cutting", "--mother", "Basil", "--tent", "South"});
+    JSON expected = Parsed({"plant", "show", "Cutting"});
+    const std::string uuid = DoneLine({"plant", "duplicate", "Cutting"});
+    expected.update({{"ID", 3}, {"UUID", uuid}, {"Name", "Cutting copy"}, {"MotherPlantUUID", ""}});
+    EXPECT_EQ(Parsed({"plant", "show", "Cutting copy"}), expected);
+}
+
+TEST_F(BasilTest, TheLineageIsDrawnAsATree)
+{
+    Done(
+        {"plant", "add", "Cutting 1", "--mother", "Basil", "--uuid", "c1", "--strain", "Genovese", "--stage", "clone"});
+    Done({"plant", "add", "Cutting 2", "--mother", "Basil", "--uuid", "c2", "--strain", "Genovese"});
+    Done({"plant", "add", "Süß", "--mother", "Cutting 1", "--uuid", "c3"});
+    Done({"plant", "add", "Mint"});
+    EXPECT_EQ(Done({"plant", "tree"}), "Mint Veg\n"
+                                       "Basil (Genovese) Veg\n"
+                                       "├── Cutting 1 (Genovese) Clone\n"
+                                       "│   └── Süß Veg\n"
+                                       "└── Cutting 2 (Genovese) Veg\n");
+    EXPECT_EQ(Done({"plant", "tree", "c1"}), "Cutting 1 (Genovese) Clone\n└── Süß Veg\n");
+}
+
+// ---- Strains
+
+TEST_F(BasilTest, AStrainIsAddedListedChangedAndDeleted)
+{
+    ExpectFields(Parsed({"strain", "add", "Roma", "--breeder", "who", "--flowering-weeks", "9", "--notes", "red"}),
+                 {{"Name", "Roma"}, {"Breeder", "who"}, {"FloweringWeeks", 9}, {"Notes", "red"}});
+    EXPECT_EQ(Done({"strain", "list"}), "Name      Breeder  FloweringWeeks  Notes\n"
+                                        "Genovese                        0\n"
+                                        "Roma      who                   9  red\n");
+    EXPECT_EQ(Done({"strain", "edit", "Genovese", "--name", "Gigante", "--breeder", "x", "--flowering-weeks", "8",
+                    "--notes", "y"}),
+              "");
+    EXPECT_EQ(Basil().at("Strain"), "Gigante"); // its plants get the new name
+    EXPECT_EQ(Parsed({"strain", "list"}).at(0),
+              JSON({{"ID", 1}, {"Name", "Gigante"}, {"Breeder", "x"}, {"FloweringWeeks", 8}, {"Notes", "y"}}));
+    EXPECT_NE(Refused({"strain", "edit", "Gigante", "--name", "Roma"}).find("that name or UUID is already in use"),
+              std::string::npos);
+    EXPECT_NE(Refused({"strain", "delete", "Gigante", "--yes"}).find("it still has plants"), std::string::npos);
+    EXPECT_EQ(Done({"strain", "delete", "Roma", "--yes"}), "");
+    EXPECT_EQ(Parsed({"strain", "list"}).size(), 1U);
+}
+
+TEST_F(BasilTest, AStrainIsSummarized)
+{
+    Done({"plant", "add", "Other", "--strain", "Genovese", "--stage", "dry"});
+    Done({"harvest", "add", "Basil", "--dry-weight-g", "50", "--quality-rating", "7"});
+    Done({"harvest", "add", "Other", "--dry-weight-g", "100"});
+    EXPECT_EQ(Done({"strain", "show", "Genovese"}), "Field              Value\n"
+                                                    "StrainID           1\n"
+                                                    "StrainName         Genovese\n"
+                                                    "TotalPlants        2\n"
+                                                    "Seed               0\n"
+                                                    "Clone              0\n"
+                                                    "Veg                0\n"
+                                                    "Flower             0\n"
+                                                    "Dry                0\n"
+                                                    "Cure               0\n"
+                                                    "Harvested          2\n"
+                                                    "Archived           0\n"
+                                                    "HarvestCount       2\n"
+                                                    "AverageDryWeightG  75\n"
+                                                    "AverageQuality     7\n");
+}
+
+} // namespace

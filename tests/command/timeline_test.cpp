@@ -1,0 +1,51 @@
+// The timeline of a plant.
+
+#include "command/basil_test.h"
+
+using namespace support;
+
+namespace
+{
+
+TEST_F(BasilTest, TheTimelineListsEachRecordOfAPlantOnce)
+{
+    Write("data/plantjournal/basil.jpg", "a picture");
+    Left = {"basil.jpg", "journal.db"};
+    Done({"plant", "add", "Mint"});
+    Done({"note", "add", "Mint", "another's"});
+    Done({"note", "add", "Basil", "six leaves", "--entry-date", "2026-05-06"});
+    Done({"health", "add", "Basil", "thrips", "--severity", "3", "--treatment", "soap", "--observation-date",
+          "2026-05-05"});
+    Done({"photo", "add", "Basil", "basil.jpg", "--caption", "low", "--photo-date", "2026-05-04"});
+    Done({"event", "add", "Basil", "tied down", "--type", "lst trained", "--event-date", "2026-05-02"});
+    Done({"harvest", "add", "Basil", "--dry-weight-g", "96.5", "--harvest-date", "2026-07-01"});
+    Done({"feed", "Basil", "--amount-ml", "500", "--care-date", "2026-05-03"});
+    Done({"water", "Basil", "--amount-ml", "750", "--care-date", "2026"});
+    const std::string harvest = Parsed({"event", "list", "Basil", "--newest", "1"}).at(0).at("Details");
+    EXPECT_NE(harvest, "");
+    EXPECT_EQ(Done({"timeline", "Basil"}), "Date        Kind         Details\n"
+                                           "2026-07-01  Harvest      " +
+                                               harvest +
+                                               "\n"
+                                               "2026-05-06  Observation  six leaves\n"
+                                               "2026-05-05  Health       thrips (3 of 5) | soap\n"
+                                               "2026-05-04  Photo        basil.jpg | low\n"
+                                               "2026-05-03  Feed         500 ml\n"
+                                               "2026-05-02  LST Trained  tied down\n"
+                                               "2026        Water        750 ml\n");
+}
+
+TEST_F(BasilTest, TheTimelineListsRecordsWhoseEventWasDeleted)
+{
+    Done({"feed", "Basil", "--amount-ml", "500", "--care-date", "2026-05-03"});
+    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--cure-outcome", "good"});
+    for (int i = 0; i < 2; ++i)
+        Done({"event", "delete", "Basil", std::to_string(Parsed({"event", "list", "Basil"}).at(0).at("ID").get<int>()),
+              "--yes"});
+    EXPECT_EQ(Done({"timeline", "Basil"}), "Date        Kind     Details\n"
+                                           "2026-07-01  Harvest  good\n"
+                                           "2026-05-03  Feed     500 ml\n");
+    Sound = false; // an entry without its event is a finding
+}
+
+} // namespace
