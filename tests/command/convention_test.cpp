@@ -33,7 +33,7 @@ TEST_F(CommandConventionTest, AUsageErrorHasStatus2AndChangesNothing)
         {{"import"}, "SOURCE is required"},
         {{"backup"}, "DESTINATION is required"},
         {{"export"}, "DESTINATION is required"},
-        {{"export", "--csv", "-"}, "cannot go to the standard output"},
+        {{"export", "--csv", "-"}, "cannot be written to standard output"},
     };
     for (const auto& [words, reason] : mistakes)
     {
@@ -63,7 +63,7 @@ TEST_F(CommandConventionTest, ARefusalHasStatus1AndNamesTheNextStep)
         {{"strain", "add", "Genovese"}, "that name or UUID is already in use"},
         {{"strain", "delete", "Genovese", "--yes"}, "it still has plants"},
         {{"import", "nowhere.json"}, "nowhere.json: cannot be read: No such file or directory"},
-        {{"export", "basil.jpg"}, "exists already; nothing was written"},
+        {{"export", "basil.jpg"}, "already exists; nothing was written"},
         {{"backup", "basil.jpg"}, "basil.jpg"},
     };
     for (const auto& [words, reason] : refusals)
