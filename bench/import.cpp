@@ -1,10 +1,11 @@
-// Times the command's import of care entries against SQLite's shell, which imports the same file into the same tables
-// and composes the details of the events in SQL. Both leave the same journal; this is verified first.
+// Compares the command's import of care entries with SQLite's shell, which imports the same file into the same tables
+// and composes the details of the events in SQL. Verifies that both leave the same journal.
 
 #include "bar_check.h"
 #include "process.h"
 #include "seed.h"
 #include "testing/plain_connection.h"
+#include "testing/scratch_directory.h"
 
 #include <algorithm>
 #include <chrono>
@@ -20,19 +21,13 @@ namespace
 {
 
 constexpr int Plants = 1000;
-constexpr int CareEntries = 200'000;
 
-// The files of the benchmark, in one directory.
-struct Paths
+// A program that imports the care entries into a journal.
+struct Importer
 {
-    std::filesystem::path Directory;
-
-    std::string Before() const { return Directory / "before.db"; }
-    std::string ByCommand() const { return Directory / "command.db"; }
-    std::string ByShell() const { return Directory / "shell.db"; }
-    std::string Tables() const { return Directory / "tables"; }
-    std::string CareEntries() const { return Directory / "tables" / "PlantCareEntries.csv"; }
-    std::string Script() const { return Directory / "import.sql"; }
+    std::string Journal;
+    std::vector<std::string> Words;
+    std::string Input;
 };
 
 void WriteJournal(const std::string& path)
@@ -45,11 +40,11 @@ void WriteJournal(const std::string& path)
     journal->Close();
 }
 
-void WriteCareEntries(const std::string& path)
+void WriteCareEntries(const std::string& path, int count)
 {
     std::ofstream file(path);
     file << "PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,RunoffMl,Notes\r\n";
-    for (int i = 0; i < CareEntries; ++i)
+    for (int i = 0; i < count; ++i)
     {
         file << SeedUUID(i % Plants + 1) << ",20" << 10 + i % 15 << '-' << 10 + i % 3 << '-' << 10 + i % 20 << ',';
         if (i % 2 == 0)
@@ -62,14 +57,14 @@ void WriteCareEntries(const std::string& path)
         throw std::runtime_error(path + ": cannot be written");
 }
 
-void WriteScript(const Paths& paths)
+void WriteScript(const std::string& path, const std::string& careEntries)
 {
-    std::ofstream file(paths.Script());
+    std::ofstream file(path);
     file
         << "CREATE TEMP TABLE Staged(PlantUUID TEXT,CareDate TEXT,Action TEXT,Product TEXT,AmountMl REAL,EC REAL,PH REAL,"
            "RunoffMl REAL,Notes TEXT);\n"
            ".import --csv --skip 1 \""
-        << paths.CareEntries()
+        << careEntries
         << "\" Staged\n"
            "BEGIN IMMEDIATE;\n"
            "INSERT INTO PlantEvents(PlantUUID,EventDate,EventType,Details) SELECT PlantUUID,CareDate,Action,"
@@ -81,26 +76,7 @@ void WriteScript(const Paths& paths)
            "Action,Product,AmountMl,EC,PH,RunoffMl,Notes FROM Staged ORDER BY rowid;\n"
            "COMMIT;\n";
     if (!file.flush())
-        throw std::runtime_error(paths.Script() + ": cannot be written");
-}
-
-// Returns the seconds that the program takes with a journal that has no care entries yet.
-double Time(const Paths& paths, const std::string& journal, const std::vector<std::string>& words,
-            const std::string& input)
-{
-    std::filesystem::copy_file(paths.Before(), journal, std::filesystem::copy_options::overwrite_existing);
-    const auto begin = std::chrono::steady_clock::now();
-    RunProgram(words, input);
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
-
-// All that a journal holds, and how many care entries.
-std::string ContentOf(const std::string& journal)
-{
-    const support::PlainConnection connection(journal);
-    if (connection.Value("SELECT count(*) FROM PlantCareEntries;") != std::to_string(CareEntries))
-        throw std::runtime_error(journal + ": does not hold every care entry");
-    return support::Content(connection.NativeHandle());
+        throw std::runtime_error(path + ": cannot be written");
 }
 
 double Median(std::vector<double> values)
@@ -110,53 +86,114 @@ double Median(std::vector<double> values)
     return *middle;
 }
 
+// The command and the shell, with a CSV file of care entries and a journal that has their plants.
+class Comparison
+{
+  public:
+    // Writes the files into `directory`.
+    Comparison(const std::string& command, const std::string& shell, const std::string& directory, int careEntries)
+        : Directory(directory),
+          CareEntries(careEntries), Command{File("command.db"),
+                                            {command, "--file", File("command.db"), "import", File("tables")},
+                                            "/dev/null"},
+          Shell{
+              File("shell.db"), {shell, "-batch", "-bail", "-init", "/dev/null", File("shell.db")}, File("import.sql")}
+    {
+        std::filesystem::create_directory(File("tables"));
+        WriteJournal(File("before.db"));
+        WriteCareEntries(File("tables/PlantCareEntries.csv"), CareEntries);
+        WriteScript(File("import.sql"), File("tables/PlantCareEntries.csv"));
+    }
+
+    // Returns the command's instructions for each of the shell's.
+    double InstructionRatio() const
+    {
+        const double command = CountOf(Command);
+        const double shell = CountOf(Shell);
+        Verify();
+        return command / shell;
+    }
+
+    // Returns the median of the ratios of their times. They run in turns, each of them first in every second round.
+    double TimeRatio(int rounds) const
+    {
+        SecondsOf(Command); // warms up
+        SecondsOf(Shell);
+        Verify();
+        std::vector<double> ratios;
+        for (int round = 0; round < rounds; ++round)
+        {
+            const bool commandFirst = round % 2 == 0;
+            const double first = SecondsOf(commandFirst ? Command : Shell);
+            const double second = SecondsOf(commandFirst ? Shell : Command);
+            ratios.push_back(commandFirst ? first / second : second / first);
+            std::cerr << "import, time for that of SQLite's shell: " << ratios.back() << '\n';
+        }
+        return Median(ratios);
+    }
+
+  private:
+    std::string File(const std::string& name) const { return (Directory / name).string(); }
+
+    void Prepare(const Importer& importer) const
+    {
+        std::filesystem::copy_file(File("before.db"), importer.Journal,
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+
+    double SecondsOf(const Importer& importer) const
+    {
+        Prepare(importer);
+        const auto begin = std::chrono::steady_clock::now();
+        RunProgram(importer.Words, importer.Input);
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    }
+
+    double CountOf(const Importer& importer) const
+    {
+        Prepare(importer);
+        return static_cast<double>(CountInstructions(importer.Words, File("callgrind"), importer.Input));
+    }
+
+    void Verify() const
+    {
+        const support::PlainConnection command(Command.Journal);
+        const support::PlainConnection shell(Shell.Journal);
+        if (command.Value("SELECT count(*) FROM PlantCareEntries;") != std::to_string(CareEntries))
+            throw std::runtime_error("the command did not import every care entry");
+        if (support::Content(command.NativeHandle()) != support::Content(shell.NativeHandle()))
+            throw std::runtime_error("the command and SQLite's shell leave different journals");
+    }
+
+    std::filesystem::path Directory;
+    int CareEntries;
+    Importer Command;
+    Importer Shell;
+};
+
 } // namespace
 
 int main(int argc, char** argv)
 try
 {
-    if (argc != 6 || std::atoi(argv[3]) < 1)
+    const std::string word = argc > 1 ? argv[1] : "";
+    if (word == "count" && argc == 5)
     {
-        std::cerr << "usage: " << argv[0] << " COMMAND SHELL ROUNDS DIRECTORY OUTPUT\n";
-        return 2;
+        const support::ScratchDirectory scratch;
+        BarCheck check("instructions for each of SQLite's shell", argv[4]);
+        check.Compare(*bars::ImportInstructions,
+                      Comparison(argv[2], argv[3], scratch.File(""), 20'000).InstructionRatio());
+        return check.Passed() ? EXIT_SUCCESS : EXIT_FAILURE;
     }
-    const Paths paths{argv[4]};
-    std::filesystem::create_directory(paths.Tables());
-    WriteJournal(paths.Before());
-    WriteCareEntries(paths.CareEntries());
-    WriteScript(paths);
-
-    const auto timeCommand = [&]
+    if (word == "time" && argc == 7 && std::atoi(argv[5]) > 0)
     {
-        return Time(paths, paths.ByCommand(), {argv[1], "--file", paths.ByCommand(), "import", paths.Tables()},
-                    "/dev/null");
-    };
-    const auto timeShell = [&]
-    {
-        return Time(paths, paths.ByShell(), {argv[2], "-batch", "-bail", "-init", "/dev/null", paths.ByShell()},
-                    paths.Script());
-    };
-
-    // The first round warms up.
-    timeCommand();
-    timeShell();
-    if (ContentOf(paths.ByCommand()) != ContentOf(paths.ByShell()))
-        throw std::runtime_error("the command and SQLite's shell leave different journals");
-
-    std::vector<double> ratios;
-    for (int round = 1; round <= std::atoi(argv[3]); ++round)
-    {
-        // The order alternates.
-        const double before = round % 2 == 0 ? timeShell() : 0;
-        const double command = timeCommand();
-        const double shell = round % 2 == 0 ? before : timeShell();
-        ratios.push_back(command / shell);
-        std::cerr << "import: " << command << " s, SQLite's shell: " << shell << " s\n";
+        BarCheck check("time for that of SQLite's shell", argv[4]);
+        check.Compare(*bars::ImportTimes, Comparison(argv[2], argv[3], argv[6], 200'000).TimeRatio(std::atoi(argv[5])));
+        return check.Passed() ? EXIT_SUCCESS : EXIT_FAILURE;
     }
-    BarCheck check("time for that of SQLite's shell", argv[5]);
-    for (const bars::Bar& bar : bars::ImportRatios)
-        check.Compare(bar, Median(ratios));
-    return check.Passed() ? EXIT_SUCCESS : EXIT_FAILURE;
+    std::cerr << "usage: " << argv[0] << " count COMMAND SHELL OUTPUT\n       " << argv[0]
+              << " time COMMAND SHELL OUTPUT ROUNDS DIRECTORY\n";
+    return 2;
 }
 catch (const std::exception& e)
 {

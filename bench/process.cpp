@@ -64,11 +64,11 @@ void RunProgram(const std::vector<std::string>& words, const std::string& input)
         throw std::runtime_error(words.front() + ": failed");
 }
 
-std::int64_t CountInstructions(const std::vector<std::string>& words, const std::string& dump)
+std::int64_t CountInstructions(const std::vector<std::string>& words, const std::string& dump, const std::string& input)
 {
     std::vector<std::string> counted = {BENCH_VALGRIND, "--quiet", "--tool=callgrind", "--callgrind-out-file=" + dump};
     counted.insert(counted.end(), words.begin(), words.end());
-    RunProgram(counted);
+    RunProgram(counted, input);
 
     std::ifstream lines(dump);
     const std::string totals = "totals: ";

@@ -9,4 +9,5 @@
 void RunProgram(const std::vector<std::string>& words, const std::string& input = "/dev/null");
 
 // Runs a program under callgrind, and returns how many instructions it took. `dump` is a file for callgrind.
-std::int64_t CountInstructions(const std::vector<std::string>& words, const std::string& dump);
+std::int64_t CountInstructions(const std::vector<std::string>& words, const std::string& dump,
+                               const std::string& input = "/dev/null");
