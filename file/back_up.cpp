@@ -15,7 +15,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace plant_file
@@ -92,8 +91,7 @@ void LinkOrRename(const std::string& copy, const std::string& destination, const
     if (link(copy.c_str(), destination.c_str()) == 0)
         return;
     // Some file systems have no hard links. There an empty file, which must not exist yet, reserves the name.
-    const FileDescriptor reserved(
-        open(destination.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    const FileDescriptor reserved(OpenFile(destination, O_WRONLY | O_CREAT | O_EXCL));
     RequireSystemCall(reserved.Get() != -1, step);
     if (std::rename(copy.c_str(), destination.c_str()) != 0)
     {

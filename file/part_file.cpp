@@ -59,7 +59,7 @@ bool IsLockName(std::string_view name, std::string_view beginning)
 // the directory was read: then the file has no name, and the names may belong to other files by now.
 void RemoveUnlessLocked(const std::string& lock)
 {
-    const FileDescriptor descriptor(open(lock.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const FileDescriptor descriptor(OpenFile(lock, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
     if (flock(descriptor.Get(), LOCK_EX | LOCK_NB) != 0 || !HasName(descriptor.Get()))
         return;
     unlink(CopyOf(lock).c_str()); // first, so that a kill between the two leaves the lock file for the next backup
@@ -75,6 +75,7 @@ void RemoveOrphans(const std::filesystem::path& destination)
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(parent.c_str()), closedir);
     if (directory == nullptr)
         return;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has this directory stream
     while (const dirent* entry = readdir(directory.get()))
         if (IsLockName(entry->d_name, beginning))
             if (const std::string lock = parent / entry->d_name; IsEmptyFile(lock))
@@ -90,6 +91,12 @@ bool LockNewFile(int descriptor)
 }
 
 } // namespace
+
+int OpenFile(const std::string& path, int flags)
+{
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the system has no other form of it
+    return open(path.c_str(), flags | O_CLOEXEC, S_IRUSR | S_IWUSR);
+}
 
 FileDescriptor::~FileDescriptor()
 {
@@ -115,7 +122,7 @@ PartFile::PartFile(const std::filesystem::path& destination) : PartFile()
         RequireSystemCall(LockDescriptor.Get() != -1, step);
     } while (!LockNewFile(LockDescriptor.Get()));
     std::string copy = CopyOf(Lock);
-    CopyDescriptor.Replace(open(copy.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    CopyDescriptor.Replace(OpenFile(copy, O_RDWR | O_CREAT | O_EXCL));
     RequireSystemCall(CopyDescriptor.Get() != -1, step);
     Copy = std::move(copy);
 }

@@ -9,6 +9,9 @@
 namespace plant_file
 {
 
+// Opens a file, or creates one that only its owner may read. The result is -1 where that fails.
+int OpenFile(const std::string& path, int flags);
+
 class FileDescriptor
 {
   public:

@@ -1,4 +1,4 @@
-// The files of unfinished copies: those that killed processes left, and those of living ones.
+// A backup removes the files of unfinished copies that killed processes left. It leaves those of living processes.
 
 #include "plant_file.h"
 
@@ -69,7 +69,7 @@ TEST_F(BackUpOrphanTest, TheNextBackupRemovesTheFilesOfAKilledProcess)
         ASSERT_EQ(child.ReadLine(), "copying");
         child.Kill();
         EXPECT_EQ(child.End(), "signal 9");
-        EXPECT_EQ(PartNames().size(), 2U); // the one before removed those of its predecessor
+        EXPECT_EQ(PartNames().size(), 2U); // each backup removes the files of the previous one
     }
     EXPECT_FALSE(std::filesystem::exists(Destination));
     EXPECT_EQ(BackUp(), "");
@@ -105,8 +105,7 @@ TEST_F(BackUpOrphanTest, TheFilesOfAnotherThreadStay)
     {
         if (done == total)
         {
-            inner =
-                BackUp({}, PlantBackUpMode::Overwrite); // takes its locks with descriptors of its own, as a thread does
+            inner = BackUp({}, PlantBackUpMode::Overwrite); // its locks are its own, as in another thread
             during = PartNames();
         }
         return true;
@@ -122,10 +121,10 @@ TEST_F(BackUpOrphanTest, TheFilesForAnotherDestinationStay)
 {
     Write("other.db.part-abcdef");
     Write("other.db.part-abcdef-copy", "text");
-    Write("xcopy.db.part-abcdef");
+    Write("tidy.db.part-abcdef"); // as long as the name for this destination
     EXPECT_EQ(BackUp(), "");
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db", "other.db.part-abcdef",
-                                               "other.db.part-abcdef-copy", "xcopy.db.part-abcdef"}));
+                                               "other.db.part-abcdef-copy", "tidy.db.part-abcdef"}));
 }
 
 TEST_F(BackUpOrphanTest, FilesThatNoBackupMadeStay)
@@ -159,11 +158,16 @@ TEST_F(BackUpOrphanTest, AnEmptyFileOfAPartsNameIsRemovedWithItsCopy)
 
 // ---- Two backups at the same instant
 
-TEST_F(BackUpOrphanTest, AFileThatIsNotLockedYetMayBeRemovedByAnother)
+TEST_F(BackUpOrphanTest, ALockFileThatAnotherRemovesIsCreatedAgain)
 {
     std::string inner = "not run";
     const AfterFileCall removed(FileCall::CreateTemporary, [&] { inner = BackUp(); });
-    EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
+    const auto look = [&](std::int64_t, std::int64_t)
+    {
+        EXPECT_EQ(PartNames().size(), 2U); // the copy has a lock file all the same
+        return true;
+    };
+    EXPECT_EQ(BackUp(look, PlantBackUpMode::Overwrite), "");
     EXPECT_EQ(inner, "");
     ExpectWhole();
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
@@ -181,7 +185,7 @@ TEST_F(BackUpOrphanTest, AFileThatAnotherLocksFirstIsLeftToIt)
                                    EXPECT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
                                });
     EXPECT_EQ(BackUp(), "");
-    EXPECT_TRUE(std::filesystem::exists(name)); // the other has not come to removing it
+    EXPECT_TRUE(std::filesystem::exists(name)); // the other removes it
     EXPECT_EQ(close(other), 0);
     EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
@@ -191,7 +195,7 @@ TEST_F(BackUpOrphanTest, ABackupThatFinishesMeanwhileLosesNoFileOfItsName)
 {
     const std::string name = "copy.db.part-Abc123";
     Write(name);
-    const AfterFileCall finished( // right after the file is locked: its owner has finished, and a new one has its names
+    const AfterFileCall finished( // the owner finishes right before the lock, and another file gets the name
         FileCall::Lock,
         [&]
         {

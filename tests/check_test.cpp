@@ -38,7 +38,7 @@ Texts Lines(const std::vector<PlantFileFinding>& findings)
 
 Texts FoundIn(const std::string& path)
 {
-    std::vector<PlantFileFinding> findings(3); // replaced
+    std::vector<PlantFileFinding> findings(3); // stale
     const PlantFileResult result = CheckPlantDatabase(path, findings);
     EXPECT_TRUE(result) << result.Error;
     return Lines(findings);
@@ -188,7 +188,7 @@ TEST_F(CheckTest, ARowOfAPlantThatDoesNotExistIsFound)
 TEST_F(CheckTest, AStoredNameOfNoEnumeratorIsFound)
 {
     OpenJournal();
-    ReplaceInDefinitions(", CHECK(Sex IN ('Unknown','Female','Male','Hermaphrodite'))", ""); // as in a grown file
+    ReplaceInDefinitions(", CHECK(Sex IN ('Unknown','Female','Male','Hermaphrodite'))", ""); // as in a migrated file
     Database.Close();
     EXPECT_EQ(FoundIn(Path), Texts());
     PlainConnection(Path).RunSQL("UPDATE Plants SET Sex='female' WHERE ID=1;");
@@ -221,7 +221,7 @@ TEST_F(CheckTest, ALongTextIsCutAtACharacterInADescription)
                     "\"Veg\"."});
     std::string continuations;
     for (int i = 0; i < 100; ++i)
-        continuations += "80"; // of characters that never began
+        continuations += "80"; // continuation bytes without a first byte
     EXPECT_EQ(After("UPDATE Plants SET Stage=CAST(x'" + continuations + "' AS TEXT) WHERE ID=1;"),
               Texts{"UnknownName Plants 1: Its Stage \"...\" is unknown and reads as \"Veg\"."});
 }
@@ -331,7 +331,7 @@ TEST_F(CheckTest, APhotoWhoseFileDoesNotExistIsFound)
     EXPECT_EQ(found("/no/such/place.jpg"),
               begin + "\"/no/such/place.jpg\" cannot be found: No such file or directory.");
     EXPECT_EQ(found("."), begin + "\".\" cannot be found: not a regular file.");
-    EXPECT_EQ(found("'||'photo.jpg'||char(0)||'x'||'"), ""); // it is read as far as the zero byte
+    EXPECT_EQ(found("'||'photo.jpg'||char(0)||'x'||'"), ""); // the path ends at the zero byte
     EXPECT_EQ(found(std::string(5000, 'x')), begin + '"' + std::string(80, 'x') +
                                                  "...\" cannot be found: File name too "
                                                  "long.");

@@ -143,7 +143,7 @@ TEST_F(InspectSchemaTest, AnyOtherDefinitionOfTheEventTableHasUncheckedEventType
     for (const std::string& other :
          {sound.substr(0, begin) + "CHECK(1 OR EventType IN (" + list,
           sound.substr(0, begin) + "CHECK(Details IN (" + list,
-          sound.substr(0, begin) + "CHECK (EventType IN (" + list, // the same, but that is for SQL's parser to see
+          sound.substr(0, begin) + "CHECK (EventType IN (" + list, // equivalent, but only the text is compared
           "CREATE TABLE PlantEvents /* ( */" + sound.substr(sound.find('('))})
     {
         ReplaceEventTable(other, {});

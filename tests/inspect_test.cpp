@@ -206,7 +206,8 @@ TEST_F(InspectTest, TheRowsAndDatesOfAnOlderJournalAreFilledIn)
     {
         WriteOldFile(Path, old);
         const PlantFileInspection found = After("SELECT 1;");
-        EXPECT_EQ(found.FirstDate, old.Name < "04" ? "2019-03-01" : "2019-02-03") << old; // when plants had seed dates
+        EXPECT_EQ(found.FirstDate, old.Name < "04" ? "2019-03-01" : "2019-02-03")
+            << old; // from 04 on, plants have seed dates
         EXPECT_EQ(found.LastDate, old.Name == "10_unchecked" ? "2019-05-10" : "2019-05-09") << old;
         const PlainConnection file(Path);
         for (const PlantFileTable& table : found.Tables)
