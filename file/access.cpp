@@ -40,27 +40,51 @@ PlantFileResult Attempt(const std::string& file, const std::function<void()>& wo
     }
     catch (const Failure& failure)
     {
-        const std::string step = failure.Step.empty() ? "" : failure.Step + ": ";
-        result.Error = file + ": " + step + failure.Reason;
+        result.Error = file + ": ";
+        if (!failure.Step.empty())
+            result.Error += failure.Step + ": ";
+        result.Error += failure.Reason;
     }
     return result;
+}
+
+void WithPathErrors(const std::function<void()>& work)
+{
+    std::error_code error;
+    try
+    {
+        return work();
+    }
+    catch (const std::filesystem::filesystem_error& failure)
+    {
+        error = failure.code();
+    }
+    Fail("", error.message());
 }
 
 std::filesystem::path AbsolutePath(const std::string& path)
 {
     if (path.empty() || path.find('\0') != std::string::npos)
         Fail("", "the path is empty or contains a zero byte");
-    return PathResult([&] { return std::filesystem::absolute(path); });
+    std::filesystem::path absolute;
+    WithPathErrors([&] { absolute = std::filesystem::absolute(path); });
+    return absolute;
 }
 
 std::int64_t FileSize(const std::filesystem::path& file)
 {
-    const std::filesystem::file_status status = PathResult([&] { return std::filesystem::status(file); });
-    if (!std::filesystem::exists(status))
-        return NoFile;
-    if (!std::filesystem::is_regular_file(status)) // opening a pipe would wait for its other end
-        Fail("", "not a regular file");
-    return static_cast<std::int64_t>(PathResult([&] { return std::filesystem::file_size(file); }));
+    std::int64_t size = NoFile;
+    const auto look = [&]
+    {
+        const std::filesystem::file_status status = std::filesystem::status(file);
+        if (!std::filesystem::exists(status))
+            return;
+        if (!std::filesystem::is_regular_file(status)) // opening a pipe would wait for its other end
+            Fail("", "not a regular file");
+        size = static_cast<std::int64_t>(std::filesystem::file_size(file));
+    };
+    WithPathErrors(look);
+    return size;
 }
 
 Connection::Connection(const std::filesystem::path& file, int flags) : Connection()

@@ -29,19 +29,10 @@ void RequireSystemCall(bool done, const char* step);
 // Runs `work` and returns its failure as the result for `file`.
 PlantFileResult Attempt(const std::string& file, const std::function<void()>& work);
 
-// ---- Paths. A failure of <filesystem> becomes a Failure.
+// ---- Paths
 
-template <typename Call> auto PathResult(const Call& call)
-{
-    try
-    {
-        return call();
-    }
-    catch (const std::filesystem::filesystem_error& error)
-    {
-        Fail("", error.code().message());
-    }
-}
+// Runs calls of <filesystem>. An exception of theirs becomes a Failure.
+void WithPathErrors(const std::function<void()>& work);
 
 // An absolute path has no other meaning to SQLite.
 std::filesystem::path AbsolutePath(const std::string& path);

@@ -33,17 +33,21 @@ void RequireJournalIn(sqlite3* db)
 void RequireFreeDestination(const std::filesystem::path& source, const std::filesystem::path& destination,
                             PlantBackUpMode mode)
 {
-    const bool exists = FileSize(destination) != NoFile;
-    if (exists && PathResult([&] { return std::filesystem::equivalent(source, destination); }))
-        Fail("", "the source and the destination are the same file");
-    if (exists && mode == PlantBackUpMode::Keep)
-        Fail("", "already exists");
-    for (const char* suffix : {"-journal", "-wal"})
+    const auto look = [&]
     {
-        const std::filesystem::path log = destination.native() + suffix;
-        if (PathResult([&] { return std::filesystem::exists(log); }))
-            Fail("", log.filename().string() + " exists, and SQLite would apply it to the copy; remove it first");
-    }
+        const bool exists = FileSize(destination) != NoFile;
+        if (exists && std::filesystem::equivalent(source, destination))
+            Fail("", "the source and the destination are the same file");
+        if (exists && mode == PlantBackUpMode::Keep)
+            Fail("", "already exists");
+        for (const char* suffix : {"-journal", "-wal"})
+        {
+            const std::filesystem::path log = destination.native() + suffix;
+            if (std::filesystem::exists(log))
+                Fail("", log.filename().string() + " exists, and SQLite would apply it to the copy; remove it first");
+        }
+    };
+    WithPathErrors(look);
 }
 
 void CopyPages(sqlite3* source, const std::string& destination, const std::string& step,
@@ -128,13 +132,13 @@ PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string
     {
         from = AbsolutePath(source);
         journal.emplace(from, SQLITE_OPEN_READWRITE);
-        permissions = static_cast<mode_t>(PathResult([&] { return std::filesystem::status(from); }).permissions());
+        WithPathErrors([&] { permissions = static_cast<mode_t>(std::filesystem::status(from).permissions()); });
         RequireJournalIn(journal->Handle());
     };
     const auto makeCopy = [&]
     {
-        const std::filesystem::path path = AbsolutePath(destination);
-        const std::filesystem::path to = PathResult([&] { return std::filesystem::weakly_canonical(path); });
+        std::filesystem::path to;
+        WithPathErrors([&] { to = std::filesystem::weakly_canonical(AbsolutePath(destination)); });
         RequireFreeDestination(from, to, mode);
         PartFile part(to);
         CopyPages(journal->Handle(), part.CopyPath(), "copying " + source, progress);

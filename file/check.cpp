@@ -15,6 +15,17 @@
 namespace plant_file
 {
 
+namespace
+{
+
+void AddFinding(std::vector<PlantFileFinding>& findings, PlantFindingKind kind, const std::string& table,
+                std::int64_t rowID, const std::string& description)
+{
+    findings.push_back({kind, table, rowID, description});
+}
+
+} // namespace
+
 void FindDamage(sqlite3* db, std::vector<PlantFileFinding>& findings)
 {
     constexpr const char* step = "checking the file";
@@ -27,7 +38,7 @@ void FindDamage(sqlite3* db, std::vector<PlantFileFinding>& findings)
                        if (line.find("unable to get the page") != std::string::npos) // a read or an allocation failed
                            Fail(step, line);
                        if (line != "ok" && line.compare(0, 3, "***") != 0) // asterisks begin a heading
-                           findings.push_back({PlantFindingKind::Damage, "", 0, line + '.'});
+                           AddFinding(findings, PlantFindingKind::Damage, "", 0, line + '.');
                    }
                });
 }
@@ -44,7 +55,7 @@ struct RowChecks
     void AddFinding(PlantFindingKind kind, const std::string& table, std::int64_t rowID,
                     const std::string& description) const
     {
-        Findings.push_back({kind, table, rowID, description});
+        plant_file::AddFinding(Findings, kind, table, rowID, description);
     }
 
     void ForEachRowOf(const std::string& table, const std::string& sql,
@@ -300,9 +311,11 @@ void CheckPhotoFile(const PlantPhoto& photo, const std::filesystem::path& direct
     std::error_code error;
     if (std::filesystem::is_regular_file(directory / photo.FilePath, error))
         return;
-    const std::string reason = error ? error.message() : "not a regular file";
-    findings.push_back({PlantFindingKind::MissingPhotoFile, "PlantPhotos", photo.ID,
-                        "Its file " + QuotedExcerpt(photo.FilePath) + " cannot be found: " + reason + '.'});
+    std::string reason = "not a regular file";
+    if (error)
+        reason = error.message();
+    AddFinding(findings, PlantFindingKind::MissingPhotoFile, "PlantPhotos", photo.ID,
+               "Its file " + QuotedExcerpt(photo.FilePath) + " cannot be found: " + reason + '.');
 }
 
 void CheckFile(const std::filesystem::path& file, std::vector<PlantFileFinding>& findings)

@@ -106,7 +106,10 @@ FileDescriptor::~FileDescriptor()
 bool FileDescriptor::Replace(int number)
 {
     const int previous = std::exchange(Number, number);
-    return previous == -1 || close(previous) == 0;
+    int result = 0;
+    if (previous != -1)
+        result = close(previous);
+    return result == 0;
 }
 
 PartFile::PartFile() : LockDescriptor(-1), CopyDescriptor(-1) {}

@@ -85,7 +85,9 @@ bool UsesWriteAheadLog(sqlite3* db)
     std::array<char, 2> versions{};
     file->pMethods->xRead(file, versions.data(), 2, 18); // reading the schema reports a failing read
     const std::filesystem::path log = std::string(sqlite3_db_filename(db, "main")) + "-wal";
-    return Contains(versions, 2) || PathResult([&] { return std::filesystem::exists(log); });
+    bool exists = false;
+    WithPathErrors([&] { exists = std::filesystem::exists(log); });
+    return exists || Contains(versions, 2);
 }
 
 void CompareTables(sqlite3* db, const SchemaObjects& objects, sqlite3* journal, const SchemaObjects& expected,
