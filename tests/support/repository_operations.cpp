@@ -10,6 +10,8 @@ namespace support
 namespace
 {
 
+using R = PlantRepository;
+
 // A list into a vector that is not empty before.
 template <typename Record> auto ListOf(bool (PlantRepository::*list)(const std::string&, std::vector<Record>&))
 {
@@ -37,17 +39,9 @@ Plant Seedling()
     return seedling;
 }
 
-} // namespace
-
-std::ostream& operator<<(std::ostream& out, const Operation& operation)
+std::vector<Operation> PlantOperations()
 {
-    return out << operation.Name;
-}
-
-const std::vector<Operation>& Operations()
-{
-    using R = PlantRepository;
-    static const std::vector<Operation> operations = {
+    return {
         {"ListPlants", ListAll(&R::ListPlants)},
         {"GetPlant", [](R& r, SampleRecords& g) { return r.GetPlant(g.Mother.UUID, g.Clone); }},
         {"CreatePlant",
@@ -78,7 +72,12 @@ const std::vector<Operation>& Operations()
              return r.UpdatePlant(g.Clone);
          }},
         {"DeletePlant", [](R& r, SampleRecords& g) { return r.DeletePlant(g.Mother.UUID); }},
+    };
+}
 
+std::vector<Operation> StrainOperations()
+{
+    return {
         {"ListStrains", ListAll(&R::ListStrains)},
         {"GetStrain", [](R& r, SampleRecords& g) { return r.GetStrain(g.Kind.ID, g.Unused); }},
         {"CreateStrain",
@@ -107,7 +106,12 @@ const std::vector<Operation>& Operations()
              StrainSummary summary;
              return r.GetStrainSummary(g.Kind.ID, summary);
          }},
+    };
+}
 
+std::vector<Operation> EventOperations()
+{
+    return {
         {"ListPlantEvents", ListOf(&R::ListPlantEvents)},
         {"CreatePlantEvent", [](R& r, SampleRecords& g) { return r.CreatePlantEvent(g.Event); }},
         {"UpdatePlantEvent",
@@ -117,7 +121,12 @@ const std::vector<Operation>& Operations()
              return r.UpdatePlantEvent(g.Event);
          }},
         {"DeletePlantEvent", [](R& r, SampleRecords& g) { return r.DeletePlantEvent(g.Event.ID); }},
+    };
+}
 
+std::vector<Operation> CareOperations()
+{
+    return {
         {"ListPlantCareEntries", ListOf(&R::ListPlantCareEntries)},
         {"CreatePlantCareEntry", [](R& r, SampleRecords& g) { return r.CreatePlantCareEntry(g.Care); }},
         {"UpdatePlantCareEntry",
@@ -131,7 +140,12 @@ const std::vector<Operation>& Operations()
         {"DeletePlantCareEntry", [](R& r, SampleRecords& g) { return r.DeletePlantCareEntry(g.Care.ID); }},
         {"DeletePlantCareEntryWithoutAnEvent",
          [](R& r, SampleRecords& g) { return r.DeletePlantCareEntry(g.Unlinked.ID); }},
+    };
+}
 
+std::vector<Operation> HarvestOperations()
+{
+    return {
         {"GetHarvestRecord",
          [](R& r, SampleRecords& g)
          {
@@ -152,7 +166,12 @@ const std::vector<Operation>& Operations()
              return r.SaveHarvestRecord(g.Mother, g.Harvest);
          }},
         {"DeleteHarvestRecord", [](R& r, SampleRecords& g) { return r.DeleteHarvestRecord(g.Mother.UUID); }},
+    };
+}
 
+std::vector<Operation> PhotoOperations()
+{
+    return {
         {"ListPlantPhotos", ListOf(&R::ListPlantPhotos)},
         {"CreatePlantPhoto",
          [](R& r, SampleRecords& g)
@@ -167,7 +186,12 @@ const std::vector<Operation>& Operations()
              return r.UpdatePlantPhoto(g.Photo);
          }},
         {"DeletePlantPhoto", [](R& r, SampleRecords& g) { return r.DeletePlantPhoto(g.Photo.UUID); }},
+    };
+}
 
+std::vector<Operation> HealthOperations()
+{
+    return {
         {"ListPlantHealthObservations", ListOf(&R::ListPlantHealthObservations)},
         {"CreatePlantHealthObservation",
          [](R& r, SampleRecords& g) { return r.CreatePlantHealthObservation(g.Observation); }},
@@ -179,7 +203,12 @@ const std::vector<Operation>& Operations()
          }},
         {"DeletePlantHealthObservation",
          [](R& r, SampleRecords& g) { return r.DeletePlantHealthObservation(g.Observation.ID); }},
+    };
+}
 
+std::vector<Operation> JournalOperations()
+{
+    return {
         {"ListPlantJournalEntries", ListOf(&R::ListPlantJournalEntries)},
         {"CreatePlantJournalEntry", [](R& r, SampleRecords& g) { return r.CreatePlantJournalEntry(g.Entry); }},
         {"UpdatePlantJournalEntry",
@@ -190,12 +219,30 @@ const std::vector<Operation>& Operations()
          }},
         {"DeletePlantJournalEntry", [](R& r, SampleRecords& g) { return r.DeletePlantJournalEntry(g.Entry.ID); }},
     };
+}
+
+} // namespace
+
+std::ostream& operator<<(std::ostream& out, const Operation& operation)
+{
+    return out << operation.Name;
+}
+
+const std::vector<Operation>& Operations()
+{
+    static const std::vector<Operation> operations = []
+    {
+        std::vector<Operation> all;
+        for (const auto& group : {PlantOperations(), StrainOperations(), EventOperations(), CareOperations(),
+                                  HarvestOperations(), PhotoOperations(), HealthOperations(), JournalOperations()})
+            all.insert(all.end(), group.begin(), group.end());
+        return all;
+    }();
     return operations;
 }
 
 const std::vector<Operation>& RefusedOperations()
 {
-    using R = PlantRepository;
     static const std::vector<Operation> operations = {
         {"UpdateStrainToATakenName",
          [](R& r, SampleRecords& g)
