@@ -7,8 +7,8 @@
 namespace support
 {
 
-// The forms that a journal file has had, each kept as the SQL text that builds a file of that form, with something in
-// every table. A text is named after what its form brought.
+// A journal file with an earlier schema or the current one, as the SQL that creates it, with rows in every table. Its
+// name says what the schema added.
 struct OldFile
 {
     std::string Name;
@@ -17,13 +17,13 @@ struct OldFile
 
 std::ostream& operator<<(std::ostream& out, const OldFile& file);
 
-// All of them, the oldest first.
+// All files, the earliest schema first.
 const std::vector<OldFile>& OldFiles();
 
-// Whether such a file lacks nothing, so that opening it has nothing to do.
+// Whether opening the file migrates nothing.
 bool HasCurrentSchema(const OldFile& file);
 
-// Makes a file of that form at `path`, in the place of any that is there.
+// Writes the file to `path` and replaces any other.
 void WriteOldFile(const std::string& path, const OldFile& file);
 
 } // namespace support

@@ -1,6 +1,6 @@
 #pragma once
 
-// The statements that more than one family of operations runs, as they must be to the byte.
+// The exact statements that several groups of operations run.
 namespace SQL
 {
 

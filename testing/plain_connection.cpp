@@ -15,7 +15,7 @@ void Check(sqlite3* db, int result, int expected, const std::string& what)
         throw std::runtime_error(what + ": " + sqlite3_errmsg(db));
 }
 
-std::string Quoted(const std::string& text)
+std::string QuotedIdentifier(const std::string& text)
 {
     return '"' + text + '"';
 }
@@ -57,10 +57,10 @@ std::string Content(sqlite3* db)
         content += object[0] + ' ' + object[1] + ": " + object[2] + '\n';
         if (object[0] != "table")
             continue;
-        // quote() tells types apart and gives doubles with all their digits.
+        // quote() shows the types and all digits of doubles.
         std::string columns;
         for (const Row& column : QueryRows(db, "PRAGMA table_info(" + object[1] + ");"))
-            columns += (columns.empty() ? "quote(" : ",quote(") + Quoted(column[1]) + ')';
+            columns += (columns.empty() ? "quote(" : ",quote(") + QuotedIdentifier(column[1]) + ')';
         for (const Row& row : QueryRows(db, "SELECT rowid," + columns + " FROM " + object[1] + " ORDER BY rowid;"))
         {
             for (const std::string& value : row)

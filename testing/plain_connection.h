@@ -12,8 +12,8 @@ namespace support
 using Row = std::vector<std::string>;
 using Rows = std::vector<Row>;
 
-// A connection of the tests' own, without the library: writes files as earlier versions left them, looks at what the
-// library wrote, holds locks. It throws std::runtime_error with SQLite's message when anything fails.
+// A connection without the library: writes files with earlier schemas, reads what the library wrote, holds locks. A
+// failure throws std::runtime_error with the message of SQLite.
 class PlainConnection
 {
   public:
@@ -32,7 +32,7 @@ class PlainConnection
     sqlite3* Handle = nullptr;
 };
 
-// The result of a query on any connection, the library's too.
+// The result of a query on any connection.
 Rows QueryRows(sqlite3* db, const std::string& sql);
 // Runs statements without results on any connection.
 void RunSQL(sqlite3* db, const std::string& sql);
@@ -40,8 +40,7 @@ void RunSQL(sqlite3* db, const std::string& sql);
 // Every row of every table of a journal, and its schema: two files with the same content compare equal.
 std::string Content(sqlite3* db);
 
-// What SQLite's own checks of the whole file find, "ok" where that is nothing: its structure, and links that lead
-// nowhere.
+// The findings of SQLite's own checks of the whole file and of its foreign keys, or "ok".
 std::string Damage(sqlite3* db);
 
 } // namespace support

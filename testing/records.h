@@ -17,8 +17,8 @@
 namespace support
 {
 
-template <typename Type, typename Of>
-concept Is = std::same_as<std::remove_const_t<Type>, Of>;
+template <typename Type, typename Other>
+concept Is = std::same_as<std::remove_const_t<Type>, Other>;
 
 // The fields of a record, as a tuple of references.
 auto Fields(Is<Plant> auto& p)
@@ -96,10 +96,10 @@ std::string Print(const Record auto& record)
 
 } // namespace support
 
-// The operators are global like the records, so that GoogleTest finds them.
+// The operators are in the global namespace, as the records are, so that GoogleTest finds them.
 
-// Comparing and printing whole records, field by field, for EXPECT_EQ. Doubles compare exactly, down to the sign of a
-// zero; two that are not numbers count as equal.
+// Compare and print whole records for EXPECT_EQ. Doubles are equal if they have the same value and the same sign of a
+// zero. Two NaNs are equal.
 template <support::Record Type> bool operator==(const Type& left, const Type& right)
 {
     const auto same = []<typename Value>(const Value& l, const Value& r)

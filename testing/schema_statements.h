@@ -6,8 +6,7 @@
 namespace support
 {
 
-// The statements that make a journal file and bring it up to date, to the byte: files in the field were written by
-// them.
+// The exact statements that create and migrate a journal file.
 
 const std::vector<std::string>& CreateTableStatements();
 const std::vector<std::string>& CreateIndexStatements();
@@ -20,16 +19,16 @@ struct AddedColumn
     std::string Statement;
 };
 
-// The columns that the first version did not have, in the order in which they are added.
+// The columns that the first schema did not have, in the order in which they are added.
 const std::vector<AddedColumn>& AddedColumns();
 
-// All that opening a file prepares and executes, where the file lacks the columns `missing` and its event table is old.
+// The statements of opening a file that lacks the columns `missing` and, if `oldEvents`, has an earlier event table.
 std::vector<std::string> OpeningStatements(const std::vector<std::string>& missing = {}, bool oldEvents = false);
 
-// A CREATE statement as the file keeps it.
+// A CREATE statement as SQLite stores it in the file.
 std::string StoredStatement(std::string statement);
 
-// `text` with `part` replaced; the text must have it.
+// `text` with `part` replaced; the text must contain it.
 std::string Replaced(std::string text, const std::string& part, const std::string& replacement);
 
 } // namespace support

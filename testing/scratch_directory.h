@@ -7,8 +7,8 @@
 namespace support
 {
 
-// A new, empty directory, removed with all that it holds at the end of its scope. It is in memory where the system has
-// a place for that: no test here cuts the power, and waiting for a disk at every commit would only make them slow.
+// A new, empty directory, which is removed with its files at the end of its scope. It is in memory if the system has
+// /dev/shm: the tests need no durable files, and every commit would wait for a disk.
 class ScratchDirectory
 {
   public:
@@ -19,7 +19,7 @@ class ScratchDirectory
 
     // The path of `name` inside the directory.
     std::string File(const std::string& name) const { return (Root / name).string(); }
-    // All files in it by their names, with their bytes. Reading a file drops the locks that this process holds on it.
+    // The bytes of all files, by their names. Reading a file releases the locks of this process on it.
     std::map<std::string, std::string> Files() const;
 
   private:

@@ -1,4 +1,4 @@
-// The helpers themselves: a test that leans on one which never fails would prove nothing.
+// The test support: a helper that never fails would hide errors.
 
 #include "support/allocation_failure.h"
 #include "support/disk_failure.h"
@@ -21,7 +21,7 @@ using namespace support;
 namespace
 {
 
-TEST(ScratchDirectoryTest, IsThereInItsScopeAndGoneAfterwards)
+TEST(ScratchDirectoryTest, TheDirectoryExistsOnlyInItsScope)
 {
     std::string file;
     {
@@ -35,7 +35,7 @@ TEST(ScratchDirectoryTest, IsThereInItsScopeAndGoneAfterwards)
     EXPECT_THROW(FileBytes(file), std::runtime_error);
 }
 
-TEST(PlainConnectionTest, ReadsBackWhatItWritesAndReportsFailure)
+TEST(PlainConnectionTest, AConnectionReadsWhatItWroteAndReportsFailures)
 {
     const PlainConnection connection(":memory:");
     connection.RunSQL("CREATE TABLE T(X,Y); INSERT INTO T VALUES(1,NULL),('a',0.5);");
@@ -46,7 +46,7 @@ TEST(PlainConnectionTest, ReadsBackWhatItWritesAndReportsFailure)
     EXPECT_THROW(PlainConnection("/nowhere/at/all.db"), std::runtime_error);
 }
 
-TEST(PlainConnectionTest, TellsContentsApartByTypeAndByTheLastDigit)
+TEST(PlainConnectionTest, ContentDiffersByTypeAndByTheLastDigit)
 {
     const auto contentOf = [](const std::string& value)
     {
@@ -60,7 +60,7 @@ TEST(PlainConnectionTest, TellsContentsApartByTypeAndByTheLastDigit)
     EXPECT_NE(contentOf("0.1"), contentOf("0.10000000000000002"));
 }
 
-TEST(PlainConnectionTest, FindsDamageAndLinksThatLeadNowhere)
+TEST(PlainConnectionTest, DamageReportsBrokenPagesAndBrokenLinks)
 {
     const PlainConnection connection(":memory:");
     connection.RunSQL("CREATE TABLE A(X PRIMARY KEY); CREATE TABLE B(Y REFERENCES A(X)); INSERT INTO A VALUES('a');");
@@ -73,7 +73,7 @@ TEST(PlainConnectionTest, FindsDamageAndLinksThatLeadNowhere)
     EXPECT_EQ(Damage(connection.NativeHandle()), "CHECK constraint failed in C");
 }
 
-TEST(RecordsTest, DifferInEveryFieldThatDiffers)
+TEST(RecordsTest, RecordsDifferIfAnyFieldDiffers)
 {
     PlantEvent event;
     PlantEvent other;
@@ -90,7 +90,7 @@ class SupportTest : public JournalTest
 {
 };
 
-TEST_F(SupportTest, ARecorderSeesTheCallsOfTheLibraryInTheirOrder)
+TEST_F(SupportTest, ARecorderHasTheCallsOfTheLibraryInTheirOrder)
 {
     const CallRecorder recorder;
     EXPECT_TRUE(Repository.DeletePlantEvent(7));
@@ -105,7 +105,7 @@ TEST_F(SupportTest, ARecorderSeesTheCallsOfTheLibraryInTheirOrder)
     EXPECT_EQ(recorder.CallCount(SQLiteCall::Bind), 1);
 }
 
-TEST_F(SupportTest, AFailureMeetsTheOneCallThatItIsMeantFor)
+TEST_F(SupportTest, ACallFailureFailsOnlyTheChosenCall)
 {
     const CallFailure failure(SQLiteCall::Step, 2, SQLITE_FULL, "DELETE FROM PlantEvents");
     EXPECT_TRUE(Repository.DeletePlantJournalEntry(7));
@@ -116,7 +116,7 @@ TEST_F(SupportTest, AFailureMeetsTheOneCallThatItIsMeantFor)
     EXPECT_TRUE(Repository.DeletePlantEvent(7));
 }
 
-TEST_F(SupportTest, AnAllocationFailureMeetsTheOneAllocationThatItIsMeantFor)
+TEST_F(SupportTest, AnAllocationFailureFailsOnlyTheChosenOne)
 {
     const auto fails = []
     {
@@ -146,7 +146,7 @@ TEST_F(SupportTest, AnAllocationFailureMeetsTheOneAllocationThatItIsMeantFor)
     EXPECT_NE(memory, nullptr);
 }
 
-// A file on the disk that a connection gets which names none.
+// A file on the default disk of a connection.
 class DiskFile
 {
   public:
@@ -186,7 +186,7 @@ class DiskFailureTest : public testing::Test
     FailingDisk Disk;
 };
 
-TEST_F(DiskFailureTest, MeetsTheCallsThatItIsMeantForAndNoOthers)
+TEST_F(DiskFailureTest, OnlyTheChosenCallsFail)
 {
     DiskFile file(Scratch.File("file"));
     ASSERT_EQ(file.Opened(), SQLITE_OK);
@@ -238,7 +238,7 @@ TEST_F(DiskFailureTest, MeetsTheCallsThatItIsMeantForAndNoOthers)
                 }
 }
 
-TEST_F(DiskFailureTest, ForLackOfRoomKeepsHalfOfWhatWasWritten)
+TEST_F(DiskFailureTest, AFullDiskKeepsHalfOfAWrite)
 {
     const std::string path = Scratch.File("file");
     DiskFile file(path);
@@ -253,7 +253,7 @@ TEST_F(DiskFailureTest, ForLackOfRoomKeepsHalfOfWhatWasWritten)
     EXPECT_EQ(FileBytes(path), "AFTore");
 }
 
-TEST(FailingDiskTest, IsTheOneThatAJournalIsOpenedOnInItsScope)
+TEST(FailingDiskTest, AJournalIsOpenedOnTheFailingDiskInItsScope)
 {
     const ScratchDirectory scratch;
     PlantDatabase database;

@@ -1,5 +1,5 @@
-// Every operation, and every opening of a journal, with every single call of the disk failing in turn: once or from
-// then on, with an I/O error or for lack of room.
+// Every operation and every opening, with a failure of each call of the disk in turn: once or from then on, as an I/O
+// error or a full disk.
 
 #include "support/disk_failure.h"
 #include "support/figures.h"
@@ -31,8 +31,8 @@ namespace
 constexpr DiskCall Calls[] = {DiskCall::Open, DiskCall::Read, DiskCall::Write,  DiskCall::Truncate, DiskCall::Sync,
                               DiskCall::Size, DiskCall::Lock, DiskCall::Delete, DiskCall::Access};
 
-// Gives each fault to `attempt`, which tells whether it happened, until one does not happen any more: those of the
-// first call of a kind, the second, and so on, or every `stride`-th. Returns how many happened.
+// Calls `attempt` with each fault until it returns that the fault did not happen: faults of the first call of a kind,
+// of the second and so on, or of every `stride`-th. Returns how many happened.
 template <typename Attempt> std::uint64_t TryEveryFault(const Attempt& attempt, int stride = 1)
 {
     std::uint64_t faults = 0;
@@ -55,18 +55,21 @@ template <typename Attempt> std::uint64_t TryEveryFault(const Attempt& attempt, 
     return faults;
 }
 
-// ---- Files as they lie on the disk
+// ---- Files on the disk
 
-// A journal and what SQLite keeps beside it to undo an unfinished change. No text: no file.
+// The bytes of a journal and of its rollback journal. Empty: the file does not exist.
 struct Files
 {
     std::string Journal;
-    std::string Undo;
+    std::string Rollback;
 
-    bool operator<(const Files& other) const { return std::tie(Journal, Undo) < std::tie(other.Journal, other.Undo); }
+    bool operator<(const Files& other) const
+    {
+        return std::tie(Journal, Rollback) < std::tie(other.Journal, other.Rollback);
+    }
 };
 
-std::string UndoPath(const std::string& path)
+std::string RollbackPath(const std::string& path)
 {
     return path + "-journal";
 }
@@ -75,10 +78,10 @@ Files FilesAt(const std::string& path)
 {
     const auto bytes = [](const std::string& file)
     { return std::filesystem::exists(file) ? FileBytes(file) : std::string(); };
-    return {bytes(path), bytes(UndoPath(path))};
+    return {bytes(path), bytes(RollbackPath(path))};
 }
 
-void Lay(const std::string& path, const Files& files)
+void WriteFiles(const std::string& path, const Files& files)
 {
     const auto write = [](const std::string& file, const std::string& bytes)
     {
@@ -87,21 +90,21 @@ void Lay(const std::string& path, const Files& files)
             throw std::runtime_error("cannot write " + file);
     };
     write(path, files.Journal);
-    write(UndoPath(path), files.Undo);
+    write(RollbackPath(path), files.Rollback);
 }
 
-// What is found in files that a program left behind when it died.
+// The state of the files that a killed program would leave.
 struct Finding
 {
     std::string Damage;
     std::string Content;
-    std::string ContentOnceOpened; // by the library, which brings it up to date
+    std::string ContentOnceOpened; // by the library, which migrates it
 };
 
 class DiskErrorTest : public testing::Test
 {
   protected:
-    // Equal files are looked at but once.
+    // Equal files are read once.
     const Finding& Found()
     {
         const auto [place, unknown] = Findings.try_emplace(FilesAt(Path));
@@ -109,13 +112,13 @@ class DiskErrorTest : public testing::Test
         if (unknown)
         {
             const std::string copy = Scratch.File("copy.db");
-            Lay(copy, place->first);
+            WriteFiles(copy, place->first);
             {
                 const PlainConnection connection(copy);
                 finding.Damage = Damage(connection.NativeHandle());
                 finding.Content = Content(connection.NativeHandle());
             }
-            Lay(copy, place->first);
+            WriteFiles(copy, place->first);
             PlantDatabase database;
             EXPECT_TRUE(database.Open(copy));
             EXPECT_EQ(Damage(database.NativeHandle()), "ok");
@@ -124,7 +127,7 @@ class DiskErrorTest : public testing::Test
         return finding;
     }
 
-    // No statement is left prepared and no transaction open, and the journal can be written and read.
+    // Expects that no statement and no transaction is open, and that the journal can be written and read.
     static void ExpectWorking(PlantDatabase& database)
     {
         EXPECT_EQ(sqlite3_next_stmt(database.NativeHandle(), nullptr), nullptr);
@@ -148,16 +151,16 @@ class DiskErrorTest : public testing::Test
     std::map<Files, Finding> Findings;
 };
 
-struct PlantedFiles
+struct SampleJournal
 {
     Files Journal;
     SampleRecords Planted;
 };
 
-// The file of a garden.
-const PlantedFiles& SampleFiles()
+// The file of a journal with the sample records.
+const SampleJournal& SampleFiles()
 {
-    static const PlantedFiles files = []
+    static const SampleJournal files = []
     {
         const ScratchDirectory scratch;
         const std::string path = scratch.File("journal.db");
@@ -167,7 +170,7 @@ const PlantedFiles& SampleFiles()
         PlantRepository repository(database);
         const SampleRecords sample = StoreSampleRecords(repository);
         database.Close();
-        return PlantedFiles{FilesAt(path), sample};
+        return SampleJournal{FilesAt(path), sample};
     }();
     return files;
 }
@@ -177,11 +180,11 @@ const PlantedFiles& SampleFiles()
 class OperationTest : public DiskErrorTest, public testing::WithParamInterface<Operation>
 {
   protected:
-    // Opens the garden's file as it was at first.
-    void Replant()
+    // Opens the original file.
+    void Restore()
     {
         Database.Close();
-        Lay(Path, SampleFiles().Journal);
+        WriteFiles(Path, SampleFiles().Journal);
         EXPECT_TRUE(Database.Open(Path));
     }
 
@@ -191,9 +194,9 @@ class OperationTest : public DiskErrorTest, public testing::WithParamInterface<O
     PlantRepository Repository{Database};
 };
 
-TEST_P(OperationTest, IsWhollyDoneOrNotAtAllWhateverTheDiskDoes)
+TEST_P(OperationTest, AFailedCallOfTheDiskLeavesNoPartialChange)
 {
-    Replant();
+    Restore();
     const std::string before = Content();
     SampleRecords sample = SampleFiles().Planted;
     Statements statements;
@@ -204,9 +207,9 @@ TEST_P(OperationTest, IsWhollyDoneOrNotAtAllWhateverTheDiskDoes)
     }
     const std::string after = Content();
     std::set<std::string> notDone = {before};
-    if (statements.front() == SQL::RegisterStrain) // the one trace that a failed operation may leave
+    if (statements.front() == SQL::RegisterStrain) // a failed operation may leave the new strain
     {
-        Replant();
+        Restore();
         Strain strain;
         strain.Name = "a new strain";
         ASSERT_TRUE(Repository.CreateStrain(strain));
@@ -215,7 +218,7 @@ TEST_P(OperationTest, IsWhollyDoneOrNotAtAllWhateverTheDiskDoes)
 
     const auto attempt = [&](const DiskFault& fault)
     {
-        Replant();
+        Restore();
         sample = SampleFiles().Planted;
         bool done = false;
         bool happened = false;
@@ -251,15 +254,15 @@ TEST_P(OperationTest, IsWhollyDoneOrNotAtAllWhateverTheDiskDoes)
 INSTANTIATE_TEST_SUITE_P(Every, OperationTest, testing::ValuesIn(Operations()),
                          [](const auto& test) { return test.param.Name; });
 
-// ---- What is read
+// ---- Reads
 
 using Records = std::vector<std::string>; // in print
 
-// A read of the repository: the records that it gives, nothing where it returns false.
+// A reading operation. Returns the records, or nothing if it returns false.
 struct Read
 {
     std::string Name;
-    bool RowByRow; // rather than in one piece, or sorted after all was read
+    bool RowByRow; // and not at once, or sorted at the end
     std::function<std::optional<Records>(PlantRepository&, const SampleRecords&)> Call;
 };
 
@@ -268,7 +271,7 @@ std::ostream& operator<<(std::ostream& out, const Read& read)
     return out << read.Name;
 }
 
-// A list into a vector that is not empty before.
+// Lists into a vector that is not empty.
 template <typename Record, typename List> std::optional<Records> Listed(const List& list)
 {
     std::vector<Record> records(1);
@@ -292,7 +295,7 @@ template <typename Record> auto ListAll(bool (PlantRepository::*list)(std::vecto
     { return Listed<Record>([&](auto& records) { return (repository.*list)(records); }); };
 }
 
-// One record; where there is none, the new one that was passed stays new.
+// Reads one record, which stays unchanged on failure.
 template <typename Key, typename Record, typename KeyOf>
 auto Get(bool (PlantRepository::*get)(Key, Record&), const KeyOf& keyOf)
 {
@@ -329,10 +332,10 @@ const std::vector<Read>& Reads()
 class ReadTest : public DiskErrorTest, public testing::WithParamInterface<Read>
 {
   protected:
-    // A garden whose records fill many pages of the file, so that a list may fail on its way.
+    // Fills many pages of the file, so that a list can fail between two rows.
     ReadTest()
     {
-        Lay(Path, SampleFiles().Journal);
+        WriteFiles(Path, SampleFiles().Journal);
         PlantDatabase database;
         EXPECT_TRUE(database.Open(Path));
         RunSQL(database.NativeHandle(), "BEGIN;");
@@ -358,7 +361,7 @@ class ReadTest : public DiskErrorTest, public testing::WithParamInterface<Read>
     const SampleRecords Planted = SampleFiles().Planted;
 };
 
-TEST_P(ReadTest, TellsNothingThatIsNotInTheFileWhateverTheDiskDoes)
+TEST_P(ReadTest, AFailedCallOfTheDiskAddsNothingToARead)
 {
     std::optional<Records> whole;
     {
@@ -368,25 +371,25 @@ TEST_P(ReadTest, TellsNothingThatIsNotInTheFileWhateverTheDiskDoes)
         whole = GetParam().Call(repository, Planted);
         ASSERT_TRUE(whole);
     }
-    bool cutOnItsWay = false;
+    bool cutShort = false;
     const auto attempt = [&](const DiskFault& fault)
     {
         PlantDatabase database;
         EXPECT_TRUE(database.Open(Path));
         PlantRepository repository(database);
-        std::optional<Records> told;
+        std::optional<Records> found;
         bool happened = false;
         {
             const DiskFailure failure(fault);
-            told = GetParam().Call(repository, Planted);
+            found = GetParam().Call(repository, Planted);
             happened = failure.Happened();
         }
-        EXPECT_TRUE(happened || told == whole);
-        if (told) // a list may end early
+        EXPECT_TRUE(happened || found == whole);
+        if (found) // a list may end early
         {
-            EXPECT_LE(told->size(), whole->size());
-            EXPECT_TRUE(std::equal(told->begin(), told->end(), whole->begin()));
-            cutOnItsWay = cutOnItsWay || (!told->empty() && told->size() < whole->size());
+            EXPECT_LE(found->size(), whole->size());
+            EXPECT_TRUE(std::equal(found->begin(), found->end(), whole->begin()));
+            cutShort = cutShort || (!found->empty() && found->size() < whole->size());
         }
         EXPECT_EQ(sqlite3_next_stmt(database.NativeHandle(), nullptr), nullptr);
         EXPECT_NE(sqlite3_get_autocommit(database.NativeHandle()), 0);
@@ -394,7 +397,7 @@ TEST_P(ReadTest, TellsNothingThatIsNotInTheFileWhateverTheDiskDoes)
         return happened;
     };
     EXPECT_GE(TryEveryFault(attempt), 10U);
-    EXPECT_EQ(cutOnItsWay, GetParam().RowByRow);
+    EXPECT_EQ(cutShort, GetParam().RowByRow);
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, ReadTest, testing::ValuesIn(Reads()), [](const auto& test) { return test.param.Name; });
@@ -413,18 +416,18 @@ std::ostream& operator<<(std::ostream& out, const Start& start)
     return out << start.Name;
 }
 
-// A garden whose grower lost power while a long entry was being written.
+// The files that a power loss during a long write leaves.
 Files InterruptedFiles(const std::string& path)
 {
-    Lay(path, SampleFiles().Journal);
+    WriteFiles(path, SampleFiles().Journal);
     PlantDatabase database;
     EXPECT_TRUE(database.Open(path));
     PlantRepository repository(database);
     PlantJournalEntry entry = SampleFiles().Planted.Entry;
     entry.Details.assign(20'000, 'x');
-    const DiskFailure failure({DiskCall::Delete, DiskError::IO, true, 1}); // the undo file stays, and counts
+    const DiskFailure failure({DiskCall::Delete, DiskError::IO, true, 1}); // the rollback journal stays valid
     EXPECT_FALSE(repository.CreatePlantJournalEntry(entry));
-    EXPECT_TRUE(std::filesystem::exists(UndoPath(path)));
+    EXPECT_TRUE(std::filesystem::exists(RollbackPath(path)));
     return FilesAt(path);
 }
 
@@ -446,14 +449,14 @@ std::vector<Start> Starts()
 class OpeningTest : public DiskErrorTest, public testing::WithParamInterface<Start>
 {
   protected:
-    // A connection to the file as it was at first.
+    // Restores the file and connects to it.
     PlainConnection Restored() const
     {
-        Lay(Path, Original);
+        WriteFiles(Path, Original);
         return PlainConnection(Path);
     }
 
-    // All that opening the file executes, with the rebuild of its event table where that is old, or without.
+    // The statements that opening the file executes, with or without the rebuild of an earlier event table.
     Statements Opening(bool withRebuild) const
     {
         const PlainConnection file = Restored();
@@ -469,7 +472,7 @@ class OpeningTest : public DiskErrorTest, public testing::WithParamInterface<Sta
         return OpeningStatements(missing, oldEvents && withRebuild);
     }
 
-    // The contents after each of the statements, but for those in a transaction; in their order.
+    // The contents after each statement that is not in a transaction, in their order.
     std::vector<std::string> ContentsAfter(const Statements& statements) const
     {
         const PlainConnection file = Restored();
@@ -486,15 +489,15 @@ class OpeningTest : public DiskErrorTest, public testing::WithParamInterface<Sta
     const Files Original = GetParam().Make(Path);
     const std::vector<std::string> Between = ContentsAfter(Opening(true)); // where a failure may end the opening
     const std::string After = Between.back();
-    // Where it cannot be read whether the event table is old, its rebuild is left to the next opening.
+    // If the schema of the event table cannot be read, the next opening rebuilds the table.
     const std::string PutOff = ContentsAfter(Opening(false)).back();
 };
 
-TEST_P(OpeningTest, StopsBetweenTwoStepsAndIsFinishedByTheNextWhateverTheDiskDoes)
+TEST_P(OpeningTest, TheNextOpenFinishesAfterAFailedCallOfTheDisk)
 {
     const auto attempt = [&](const DiskFault& fault)
     {
-        Lay(Path, Original);
+        WriteFiles(Path, Original);
         PlantDatabase database;
         std::string error = "untouched";
         bool opened = false;

@@ -1,11 +1,13 @@
-// A process that writes a journal is killed at any moment, without a chance to tidy up: what it was told to be in the
-// file is there, what it never asked for is not, and nothing is half done.
+// A killed process that was writing to a journal. The file has every acknowledged call, at most one more, and no part
+// of a call.
 
 #include "support/child_process.h"
 #include "support/figures.h"
-#include "support/journal_test.h"
+#include "support/journal_files.h"
+#include "support/sqlite_calls.h"
 #include "support/test_form.h"
 #include "testing/old_files.h"
+#include "testing/plain_connection.h"
 
 #include <algorithm>
 #include <climits>
@@ -25,167 +27,197 @@ using Random = std::mt19937_64;
 
 // ---- The calls
 
-// Creates, updates or deletes one of a plant's records. `fill` writes into a record what the call is to store.
-template <typename Record, typename Result, typename Updated, typename Key, typename Fill>
-bool Keep(PlantRepository& repository, Random& random, std::vector<Record> records,
-          bool (PlantRepository::*create)(Record&), Result (PlantRepository::*update)(Updated),
-          bool (PlantRepository::*remove)(Key), const Fill& fill)
+// One writing call, which depends only on its number and on the content of the journal. On journals with the same
+// content, the same calls in the same order have the same results. What a call stores has its number.
+class NumberedCall
 {
-    const std::uint64_t choice = random() % 4;
-    if (records.empty() || choice < 2)
+  public:
+    NumberedCall(PlantRepository& repository, std::uint64_t number)
+        : Repository(repository), Number(number), Random(Seed() * 1'000'003 + number),
+          Date("2020-05-" + std::to_string(10 + Random() % 20)), Text("call " + std::to_string(number))
     {
-        Record record;
-        fill(record);
-        return (repository.*create)(record);
+        if (Random() % 8 == 0)
+            Text.append(Random() % 20'000, '.'); // several pages of the file
     }
-    Record& record = records[random() % records.size()];
-    if (choice == 2)
-    {
-        fill(record);
-        return (repository.*update)(record);
-    }
-    if constexpr (requires { record.UUID; })
-        return (repository.*remove)(record.UUID);
-    else
-        return (repository.*remove)(record.ID);
-}
 
-// Makes one writing call, which the number and the journal's content decide: made in the same order on journals of the
-// same content, the calls of the same numbers come to the same. What a call stores tells its number.
-bool Write(PlantRepository& repository, std::uint64_t number)
-{
-    using R = PlantRepository;
-    Random random(Seed() * 1'000'003 + number);
-    const std::string date = "2020-05-" + std::to_string(10 + random() % 20);
-    std::string mark = "call " + std::to_string(number);
-    if (random() % 8 == 0)
-        mark.append(random() % 20'000, '.'); // several pages of the file
-
-    std::vector<Plant> plants;
-    std::vector<Strain> strains;
-    if (!repository.ListPlants(plants) || !repository.ListStrains(strains))
-        throw std::runtime_error("the journal could not be read");
-    Plant plant = plants.empty() ? Plant() : plants[random() % plants.size()];
-    const auto listed = [&](auto list)
+    // Returns the result of the call.
+    bool Make()
     {
-        const auto read = [&]<typename Record>(bool (R::*operation)(const std::string&, std::vector<Record>&))
+        if (!Repository.ListPlants(Plants))
+            throw std::runtime_error("the journal could not be read");
+        Owner = Plants.empty() ? Plant() : Plants[Random() % Plants.size()];
+        switch (Plants.size() < 4 ? 0 : Random() % 18)
         {
-            std::vector<Record> records;
-            if (!(repository.*operation)(plant.UUID, records))
-                throw std::runtime_error("the journal could not be read");
-            return records;
-        };
-        return read(list);
-    };
+        case 0:
+        case 1:
+            return AddPlant();
+        case 2:
+            Owner.Notes = Text;
+            Owner.MotherPlantUUID = Plants[Random() % Plants.size()].UUID; // fails where this would close a cycle
+            return Repository.UpdatePlant(Owner);
+        case 3:
+            return Plants.size() > 12 ? Repository.DeletePlant(Owner.UUID) : Repository.DeleteHarvestRecord(Owner.UUID);
+        case 4:
+        case 5:
+            return WriteStrain();
+        case 6:
+        case 7:
+            return WriteHarvest();
+        case 8:
+        case 9:
+            return WriteEvent();
+        case 10:
+            return WritePhoto();
+        case 11:
+            return WriteRecord(Listed(&R::ListPlantHealthObservations), &R::CreatePlantHealthObservation,
+                               &R::UpdatePlantHealthObservation, &R::DeletePlantHealthObservation,
+                               [&](PlantHealthObservation& observation) { observation.Issue = Text; });
+        case 12:
+            return WriteRecord(Listed(&R::ListPlantJournalEntries), &R::CreatePlantJournalEntry,
+                               &R::UpdatePlantJournalEntry, &R::DeletePlantJournalEntry,
+                               [&](PlantJournalEntry& entry) { entry.Details = Text; });
+        default:
+            return WriteCare();
+        }
+    }
 
-    const std::uint64_t kind = plants.size() < 4 ? 0 : random() % 18;
-    switch (kind)
+  private:
+    using R = PlantRepository;
+
+    // Creates, updates or deletes one of the records. `fill` sets the fields that the call stores.
+    template <typename Record, typename Result, typename Updated, typename Key, typename Fill>
+    bool WriteRecord(std::vector<Record> records, bool (R::*create)(Record&), Result (R::*update)(Updated),
+                     bool (R::*remove)(Key), const Fill& fill)
     {
-    case 0:
-    case 1:
+        const auto fillWithOwner = [&](Record& record)
+        {
+            if constexpr (requires { record.PlantUUID; })
+                record.PlantUUID = Owner.UUID;
+            fill(record);
+        };
+        const std::uint64_t choice = Random() % 4;
+        if (records.empty() || choice < 2)
+        {
+            Record record;
+            fillWithOwner(record);
+            return (Repository.*create)(record);
+        }
+        Record& record = records[Random() % records.size()];
+        if (choice == 2)
+        {
+            fillWithOwner(record);
+            return (Repository.*update)(record);
+        }
+        if constexpr (requires { record.UUID; })
+            return (Repository.*remove)(record.UUID);
+        else
+            return (Repository.*remove)(record.ID);
+    }
+
+    template <typename Record> std::vector<Record> Listed(bool (R::*list)(const std::string&, std::vector<Record>&))
+    {
+        std::vector<Record> records;
+        if (!(Repository.*list)(Owner.UUID, records))
+            throw std::runtime_error("the journal could not be read");
+        return records;
+    }
+
+    bool AddPlant()
     {
         Plant added;
-        added.UUID = "plant " + std::to_string(number);
-        added.Name = mark;
-        added.Strain = random() % 2 == 0 ? plant.Strain : "strain " + std::to_string(number);
-        added.MotherPlantUUID = random() % 2 == 0 ? plant.UUID : std::string();
-        return repository.CreatePlant(added);
+        added.UUID = "plant " + std::to_string(Number);
+        added.Name = Text;
+        added.Strain = Random() % 2 == 0 ? Owner.Strain : "strain " + std::to_string(Number);
+        added.MotherPlantUUID = Random() % 2 == 0 ? Owner.UUID : std::string();
+        return Repository.CreatePlant(added);
     }
-    case 2:
-        plant.Notes = mark;
-        plant.MotherPlantUUID = plants[random() % plants.size()].UUID; // refused where that would close a circle
-        return repository.UpdatePlant(plant);
-    case 3:
-        return plants.size() > 12 ? repository.DeletePlant(plant.UUID) : repository.DeleteHarvestRecord(plant.UUID);
-    case 4:
-    case 5:
-        return Keep(repository, random, strains, &R::CreateStrain, &R::UpdateStrain, &R::DeleteStrain,
-                    [&](Strain& strain)
-                    {
-                        strain.Name = "strain " + std::to_string(number);
-                        strain.Notes = mark;
-                    });
-    case 6:
-    case 7:
+
+    bool WriteStrain()
+    {
+        std::vector<Strain> strains;
+        if (!Repository.ListStrains(strains))
+            throw std::runtime_error("the journal could not be read");
+        return WriteRecord(strains, &R::CreateStrain, &R::UpdateStrain, &R::DeleteStrain,
+                           [&](Strain& strain)
+                           {
+                               strain.Name = "strain " + std::to_string(Number);
+                               strain.Notes = Text;
+                           });
+    }
+
+    bool WriteHarvest()
     {
         HarvestRecord record;
-        repository.GetHarvestRecord(plant.UUID, record);
-        record.HarvestDate = date;
-        record.Notes = mark;
-        return repository.SaveHarvestRecord(plant, record);
+        Repository.GetHarvestRecord(Owner.UUID, record);
+        record.HarvestDate = Date;
+        record.Notes = Text;
+        return Repository.SaveHarvestRecord(Owner, record);
     }
-    case 8:
-    case 9:
+
+    bool WriteEvent()
     {
-        std::vector<PlantEvent> events = listed(&R::ListPlantEvents);
+        std::vector<PlantEvent> events = Listed(&R::ListPlantEvents);
         std::erase_if(events, [](const PlantEvent& e) { return e.Type != PlantEventType::Note; }); // others have owners
-        return Keep(repository, random, events, &R::CreatePlantEvent, &R::UpdatePlantEvent, &R::DeletePlantEvent,
-                    [&](PlantEvent& event)
-                    {
-                        event.PlantUUID = plant.UUID;
-                        event.EventDate = date;
-                        event.Details = mark;
-                    });
+        return WriteRecord(events, &R::CreatePlantEvent, &R::UpdatePlantEvent, &R::DeletePlantEvent,
+                           [&](PlantEvent& event)
+                           {
+                               event.EventDate = Date;
+                               event.Details = Text;
+                           });
     }
-    case 10:
-        return Keep(repository, random, listed(&R::ListPlantPhotos), &R::CreatePlantPhoto, &R::UpdatePlantPhoto,
-                    &R::DeletePlantPhoto,
-                    [&](PlantPhoto& photo)
-                    {
-                        if (photo.UUID.empty())
-                            photo.UUID = "photo " + std::to_string(number);
-                        photo.PlantUUID = plant.UUID;
-                        photo.FilePath = mark;
-                    });
-    case 11:
-        return Keep(repository, random, listed(&R::ListPlantHealthObservations), &R::CreatePlantHealthObservation,
-                    &R::UpdatePlantHealthObservation, &R::DeletePlantHealthObservation,
-                    [&](PlantHealthObservation& observation)
-                    {
-                        observation.PlantUUID = plant.UUID;
-                        observation.Issue = mark;
-                    });
-    case 12:
-        return Keep(repository, random, listed(&R::ListPlantJournalEntries), &R::CreatePlantJournalEntry,
-                    &R::UpdatePlantJournalEntry, &R::DeletePlantJournalEntry,
-                    [&](PlantJournalEntry& entry)
-                    {
-                        entry.PlantUUID = plant.UUID;
-                        entry.Details = mark;
-                    });
-    default:
-        return Keep(repository, random, listed(&R::ListPlantCareEntries), &R::CreatePlantCareEntry,
-                    &R::UpdatePlantCareEntry, &R::DeletePlantCareEntry,
-                    [&](PlantCareEntry& entry)
-                    {
-                        entry.PlantUUID = plant.UUID;
-                        entry.CareDate = date;
-                        entry.Action = random() % 2 == 0 ? PlantCareAction::Feed : PlantCareAction::Water;
-                        entry.Notes = mark;
-                    });
+
+    bool WritePhoto()
+    {
+        return WriteRecord(Listed(&R::ListPlantPhotos), &R::CreatePlantPhoto, &R::UpdatePlantPhoto,
+                           &R::DeletePlantPhoto,
+                           [&](PlantPhoto& photo)
+                           {
+                               if (photo.UUID.empty())
+                                   photo.UUID = "photo " + std::to_string(Number);
+                               photo.FilePath = Text;
+                           });
     }
+
+    bool WriteCare()
+    {
+        return WriteRecord(Listed(&R::ListPlantCareEntries), &R::CreatePlantCareEntry, &R::UpdatePlantCareEntry,
+                           &R::DeletePlantCareEntry,
+                           [&](PlantCareEntry& entry)
+                           {
+                               entry.CareDate = Date;
+                               entry.Action = Random() % 2 == 0 ? PlantCareAction::Feed : PlantCareAction::Water;
+                               entry.Notes = Text;
+                           });
+    }
+
+    PlantRepository& Repository;
+    std::uint64_t Number;
+    std::mt19937_64 Random;
+    std::string Date;
+    std::string Text;
+    std::vector<Plant> Plants;
+    Plant Owner; // of the record
+};
+
+bool MakeCall(PlantRepository& repository, std::uint64_t number)
+{
+    return NumberedCall(repository, number).Make();
 }
 
 // ---- The writer
 
-void MustOpen(PlantDatabase& database, const std::string& path)
-{
-    if (!database.Open(path))
-        throw std::runtime_error(database.LastError());
-}
-
-// Makes call after call from `number` on, without end, telling of each that it is about to be made and what came back.
-void WriteOn(const ParentProcess& parent, const std::string& path, std::uint64_t number)
+// Makes calls without end, from `number` on. Sends "attempt" before each call and its result after it.
+void MakeCalls(const ParentProcess& parent, const std::string& path, std::uint64_t number)
 {
     PlantDatabase database;
-    MustOpen(database, path);
+    OpenOrThrow(database, path);
     PlantRepository repository(database);
     for (;; ++number)
     {
         if (number % 32 == 0)
-            MustOpen(database, path);
+            OpenOrThrow(database, path);
         parent.Send("attempt");
-        parent.Send(Write(repository, number) ? "true" : "false");
+        parent.Send(MakeCall(repository, number) ? "true" : "false");
     }
 }
 
@@ -194,21 +226,11 @@ void Sleep(std::uint64_t microseconds)
     usleep(static_cast<useconds_t>(microseconds));
 }
 
-class KillTest : public testing::Test
+class KillTest : public JournalFileTest
 {
   protected:
-    // What the next opening finds after a kill.
-    std::string ContentFound() const
-    {
-        PlantDatabase database;
-        std::string error;
-        EXPECT_TRUE(database.Open(Path, &error)) << error;
-        EXPECT_EQ(Damage(database.NativeHandle()), "ok");
-        return Content(database.NativeHandle());
-    }
-
-    // Every care entry and every harvest record has the event that mirrors it, and none is left without its owner.
-    void ExpectThatEventsHaveTheirOwners() const
+    // Every care entry and harvest record has its event, and every such event has its owner.
+    void ExpectEventsOfAllOwners() const
     {
         const PlainConnection file(Path);
         EXPECT_EQ(file.Value("SELECT COUNT(*) FROM (SELECT TimelineEventID,PlantUUID,CareDate AS Date,Action AS Type "
@@ -222,87 +244,83 @@ class KillTest : public testing::Test
                   "0");
     }
 
-    // What a killed process leaves of a write that it was in the midst of.
+    // A rollback journal is left if the process was killed during a write.
     void CountRollbackJournal() const
     {
         std::error_code none;
         if (std::filesystem::file_size(Path + "-journal", none) > 0 && !none)
             AddToFigure("kills that left a rollback journal");
     }
-
-    ScratchDirectory Scratch;
-    std::string Path = Scratch.File("journal.db");
 };
 
 class KilledWriterTest : public KillTest
 {
   protected:
-    // What a writer has told that began with the call `number` and was killed.
-    std::vector<std::string> ToldByAKilledWriter(Random& random, std::uint64_t number) const
+    // Starts a writer at the call `number` and kills it. Returns the lines that it sent.
+    std::vector<std::string> LinesOfKilledWriter(Random& random, std::uint64_t number) const
     {
-        ChildProcess child([&](const ParentProcess& parent) { WriteOn(parent, Path, number); });
-        std::vector<std::string> told;
+        ChildProcess child([&](const ParentProcess& parent) { MakeCalls(parent, Path, number); });
+        std::vector<std::string> lines;
         for (std::uint64_t wait = random() % 40; wait > 0; --wait)
-            told.push_back(child.ReadLine().value_or("the end"));
+            lines.push_back(child.ReadLine().value_or("the end"));
         Sleep(random() % 1'000);
         child.Kill();
         for (std::string& line : child.ReadLines())
-            told.push_back(std::move(line));
-        EXPECT_EQ(child.End(), "signal 9") << testing::PrintToString(told);
+            lines.push_back(std::move(line));
+        EXPECT_EQ(child.End(), "signal 9") << testing::PrintToString(lines);
         AddToFigure("kills");
         CountRollbackJournal();
-        return told;
+        return lines;
     }
 
-    // Makes the calls that were told again, undisturbed, on a copy of the journal as it was before them. The journal
-    // must be where its copy is after the calls that were acknowledged, or after the one more that was attempted.
-    // Leaves in `number` the call to go on with.
-    void ExpectWhatWasTold(const std::vector<std::string>& told, std::uint64_t& number) const
+    // Repeats the calls of the killed writer on a copy of the journal. The journal must have the content of the copy
+    // after the acknowledged calls, or after the attempted one. Sets `number` to the next call.
+    void ExpectContentOf(const std::vector<std::string>& lines, std::uint64_t& number) const
     {
-        const std::string found = ContentFound();
-        ExpectThatEventsHaveTheirOwners();
+        const std::string found = ContentOnceOpen(Path);
+        ExpectEventsOfAllOwners();
 
-        PlantDatabase undisturbed;
-        ASSERT_TRUE(undisturbed.Open(Copy));
-        PlantRepository repository(undisturbed);
-        const auto content = [&] { return Content(undisturbed.NativeHandle()); };
-        for (const std::string& line : told)
+        PlantDatabase repeated;
+        ASSERT_TRUE(repeated.Open(Copy));
+        PlantRepository repository(repeated);
+        const auto content = [&] { return Content(repeated.NativeHandle()); };
+        for (const std::string& line : lines)
             if (line == "attempt")
                 AddToFigure("calls attempted");
             else
             {
-                ASSERT_EQ(Write(repository, number++) ? "true" : "false", line) << "call " << number - 1;
+                ASSERT_EQ(MakeCall(repository, number++) ? "true" : "false", line) << "call " << number - 1;
                 AddToFigure("calls acknowledged");
             }
-        if (told.empty() || told.back() != "attempt")
+        if (lines.empty() || lines.back() != "attempt")
         {
             EXPECT_EQ(found, content());
             return;
         }
 
-        AddToFigure("kills amid a call");
+        AddToFigure("kills during a call");
         const std::uint64_t last = number++;
         if (found == content())
             return;
         bool registered = false;
         {
-            // A new plant's new strain is registered first, and may be all that is there.
+            // The new strain of a new plant is stored first. The file may have only that.
             const CallFailure between(SQLiteCall::Step, 1, SQLITE_IOERR, "INSERT INTO Plants(");
-            Write(repository, last);
+            MakeCall(repository, last);
             registered = between.Happened();
         }
         if (registered && found == content())
             return;
         if (registered)
-            Write(repository, last);
+            MakeCall(repository, last);
         EXPECT_EQ(found, content()) << "call " << last;
-        AddToFigure("kills amid a call that was stored");
+        AddToFigure("kills during a call that was stored");
     }
 
     std::string Copy = Scratch.File("copy.db");
 };
 
-TEST_F(KilledWriterTest, HasStoredWhatWasAcknowledgedAndNothingThatWasNotAttempted)
+TEST_F(KilledWriterTest, EveryAcknowledgedCallIsStoredAndNoneIsStoredInPart)
 {
     Random random(Seed());
     std::uint64_t number = 0;
@@ -316,7 +334,7 @@ TEST_F(KilledWriterTest, HasStoredWhatWasAcknowledgedAndNothingThatWasNotAttempt
             std::filesystem::remove(Copy);
             if (std::filesystem::exists(Path))
                 std::filesystem::copy_file(Path, Copy);
-            ExpectWhatWasTold(ToldByAKilledWriter(random, number), number);
+            ExpectContentOf(LinesOfKilledWriter(random, number), number);
             if (HasFailure())
                 return;
         }
@@ -324,7 +342,7 @@ TEST_F(KilledWriterTest, HasStoredWhatWasAcknowledgedAndNothingThatWasNotAttempt
     EXPECT_GE(AddToFigure("kills", 0), 200);
 }
 
-TEST_F(KillTest, AnOpeningThatIsKilledIsFinishedByTheNext)
+TEST_F(KillTest, TheNextOpenFinishesAMigrationThatWasKilled)
 {
     const std::string original = Scratch.File("original.db");
     Random random(Seed());
@@ -337,30 +355,30 @@ TEST_F(KillTest, AnOpeningThatIsKilledIsFinishedByTheNext)
     };
 
     std::vector<OldFile> starts = OldFiles();
-    starts.push_back({"no file yet", ""});
+    starts.push_back({"no file", ""});
     for (const OldFile& start : starts)
     {
         SCOPED_TRACE(start.Name);
         if (!start.SQL.empty())
             WriteOldFile(original, start);
         restore(start);
-        const std::string whole = ContentFound();
+        const std::string whole = ContentOnceOpen(Path);
 
-        const auto openIt = [&](const ParentProcess& parent)
+        const auto open = [&](const ParentProcess& parent)
         {
             parent.Send("opening");
             PlantDatabase database;
-            MustOpen(database, Path);
+            OpenOrThrow(database, Path);
             parent.Send("open");
             parent.Wait();
         };
-        std::uint64_t longest = 2'000; // microseconds, brought to where about every third opening comes to its end
-        bool again = false;            // what a killed one has left is opened, and killed, once more
+        std::uint64_t longest = 2'000; // microseconds, adjusted until about one opening in three ends before the kill
+        bool again = false;            // whether the next opening, too, is killed
         for (int kills = 0; kills < ShortOrLong(15, 500);)
         {
             if (!again)
                 restore(start);
-            ChildProcess child(openIt);
+            ChildProcess child(open);
             ASSERT_EQ(child.ReadLine(), "opening");
             Sleep(random() % longest);
             child.Kill();
@@ -371,17 +389,17 @@ TEST_F(KillTest, AnOpeningThatIsKilledIsFinishedByTheNext)
             {
                 ++kills;
                 AddToFigure("kills");
-                AddToFigure("kills amid an opening");
+                AddToFigure("kills during an opening");
                 CountRollbackJournal();
             }
             again = random() % 3 == 0;
             if (!again)
             {
-                ASSERT_EQ(ContentFound(), whole);
+                ASSERT_EQ(ContentOnceOpen(Path), whole);
             }
         }
     }
-    EXPECT_GE(AddToFigure("kills amid an opening", 0), 150);
+    EXPECT_GE(AddToFigure("kills during an opening", 0), 150);
 }
 
 } // namespace

@@ -1,5 +1,4 @@
-// Memory that runs out: every operation and every opening, with each allocation failing in turn, and with less and less
-// memory left for SQLite.
+// Every operation and every opening, with a failure of each allocation in turn, and with heap limits of every size.
 
 #include "support/allocation_failure.h"
 #include "support/figures.h"
@@ -21,8 +20,7 @@ using namespace support;
 namespace
 {
 
-// Leaves SQLite this many bytes more than it has in use. Unlike an allocator that refuses, a full heap has room again
-// for what was given back.
+// Limits the heap of SQLite to this many bytes more than it uses. Memory that SQLite frees can be allocated again.
 class HeapLimit
 {
   public:
@@ -32,7 +30,7 @@ class HeapLimit
     HeapLimit& operator=(const HeapLimit&) = delete;
 };
 
-// What a call came to while memory was short.
+// The result of a call while memory was short.
 struct Outcome
 {
     bool Done = false;
@@ -67,7 +65,7 @@ template <typename Call> bool WithHeapOf(std::int64_t bytes, const Call& call)
     }
 }
 
-// A file that each trial starts from anew.
+// A file that is restored before each trial.
 class MemoryTest : public testing::Test
 {
   protected:
@@ -76,8 +74,7 @@ class MemoryTest : public testing::Test
         std::filesystem::copy_file(Original, Path, std::filesystem::copy_options::overwrite_existing);
     }
 
-    // What the file holds, which must be sound and without a change that is yet to be undone. Equal files are looked at
-    // but once.
+    // The content of the file, which must be undamaged and without a rollback journal. Equal files are read once.
     const std::string& Found()
     {
         EXPECT_FALSE(std::filesystem::exists(Path + "-journal"));
@@ -124,7 +121,7 @@ class OperationMemoryTest : public MemoryTest, public testing::WithParamInterfac
         After = Content(database.NativeHandle());
     }
 
-    // One call, in an open journal that is as it was at first, while memory is short.
+    // Makes one call on the original journal while memory is short.
     Outcome Try(const std::function<Outcome(const std::function<bool()>&)>& shortOfMemory)
     {
         Restore();
@@ -165,7 +162,7 @@ class OperationMemoryTest : public MemoryTest, public testing::WithParamInterfac
     bool RegistersAStrain = false;
 };
 
-TEST_P(OperationMemoryTest, EachAllocationThatFailsIsReportedAndLeavesNothingOpenOrHalfDone)
+TEST_P(OperationMemoryTest, AFailedAllocationIsReportedAndLeavesNoPartialChange)
 {
     for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
         for (int number = 1;; ++number)
@@ -180,7 +177,7 @@ TEST_P(OperationMemoryTest, EachAllocationThatFailsIsReportedAndLeavesNothingOpe
         }
 }
 
-TEST_P(OperationMemoryTest, AFullHeapIsReportedAndLeavesNothingOpenOrHalfDone)
+TEST_P(OperationMemoryTest, AFullHeapIsReportedAndLeavesNoPartialChange)
 {
     const std::int64_t step = ShortOrLong(400, 50);
     int untroubled = 0; // SQLite may do with less than it would like to have: one success is not the end
@@ -192,8 +189,8 @@ TEST_P(OperationMemoryTest, AFullHeapIsReportedAndLeavesNothingOpenOrHalfDone)
     }
 }
 
-// Another thread may take whatever a statement gives back at its end, so that nothing is left for the rollback.
-TEST_P(OperationMemoryTest, AHeapThatFillsUpOnTheWayIsReportedAndLeavesNothingOpenOrHalfDone)
+// Another thread may allocate the memory that a statement frees, so that none is left for the rollback.
+TEST_P(OperationMemoryTest, AHeapThatFillsUpIsReportedAndLeavesNoPartialChange)
 {
     for (const SQLiteCall call : {SQLiteCall::Exec, SQLiteCall::Finalize})
     {
@@ -214,9 +211,9 @@ TEST_P(OperationMemoryTest, AHeapThatFillsUpOnTheWayIsReportedAndLeavesNothingOp
     }
 }
 
-// A limit of the library: a rollback takes memory. A transaction that stays open for want of it ends with the
-// connection.
-TEST_P(OperationMemoryTest, WhereNoMemoryIsGivenAnyMoreClosingLeavesNothingHalfDone)
+// A limit of the library: a rollback needs memory. Without it the transaction stays open until the connection is
+// closed.
+TEST_P(OperationMemoryTest, ClosingEndsATransactionThatCouldNotBeRolledBack)
 {
     for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
     {
@@ -235,7 +232,7 @@ TEST_P(OperationMemoryTest, WhereNoMemoryIsGivenAnyMoreClosingLeavesNothingHalfD
             EXPECT_EQ(sqlite3_next_stmt(database.NativeHandle(), nullptr), nullptr);
             const bool open = sqlite3_get_autocommit(database.NativeHandle()) == 0;
             EXPECT_FALSE(open && (outcome.Done || allocator == Allocator::New));
-            AddToFigure("transactions left open for want of all memory", open ? 1 : 0);
+            AddToFigure("transactions left open without memory", open ? 1 : 0);
             database.Close();
             ExpectHonest(outcome.Done);
         }
@@ -292,7 +289,7 @@ class OpeningMemoryTest : public MemoryTest, public testing::WithParamInterface<
             MemoryTest::Restore();
     }
 
-    // One opening while memory is short. What it did not come to, the next one does.
+    // Opens the file while memory is short. The next opening must do the rest.
     Outcome Try(const std::function<Outcome(const std::function<bool()>&)>& shortOfMemory)
     {
         Restore();
@@ -311,7 +308,7 @@ class OpeningMemoryTest : public MemoryTest, public testing::WithParamInterface<
     std::string After;
 };
 
-TEST_P(OpeningMemoryTest, EachAllocationThatFailsLeavesTheFileForTheNextOpening)
+TEST_P(OpeningMemoryTest, TheNextOpenFinishesAfterAFailedAllocation)
 {
     for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
     {
@@ -327,7 +324,7 @@ TEST_P(OpeningMemoryTest, EachAllocationThatFailsLeavesTheFileForTheNextOpening)
     }
 }
 
-TEST_P(OpeningMemoryTest, AFullHeapLeavesTheFileForTheNextOpening)
+TEST_P(OpeningMemoryTest, TheNextOpenFinishesAfterAFullHeap)
 {
     const std::int64_t step = ShortOrLong(20'000, 200);
     int untroubled = 0;

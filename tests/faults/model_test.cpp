@@ -1,7 +1,6 @@
-// Random operations with hostile arguments, on a journal and on a plain model of it in memory, compared after each.
+// Random operations with unusual arguments, on a journal and on its model in memory. The two are compared after each.
 
 #include "support/figures.h"
-#include "support/model/journal_model.h"
 #include "support/model/steps.h"
 #include "support/test_form.h"
 #include "testing/scratch_directory.h"
@@ -13,7 +12,6 @@
 #include <set>
 #include <sstream>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -26,7 +24,7 @@ namespace
 
 using namespace std::string_literals;
 
-std::vector<StepResult> TakeAndCount(const std::vector<Step>& steps)
+std::vector<StepResult> RunAndCount(const std::vector<Step>& steps)
 {
     std::vector<StepResult> outcomes = RunSteps(steps);
     AddToFigure("sequences");
@@ -34,14 +32,14 @@ std::vector<StepResult> TakeAndCount(const std::vector<Step>& steps)
     for (const StepResult& outcome : outcomes)
     {
         AddToFigure("operations that returned false", outcome.Done ? 0 : 1);
-        AddToFigure("times closed and opened again", outcome.Operation == "Reopen" ? 1 : 0);
+        AddToFigure("times reopened", outcome.Operation == "Reopen" ? 1 : 0);
     }
     return outcomes;
 }
 
 TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
 {
-    // Every byte is as likely as any other, in short sequences, too.
+    // Every byte is equally likely, also in short sequences.
     const auto anyByte = rc::gen::resize(rc::kNominalSize, rc::gen::arbitrary<std::uint8_t>());
     const auto anySteps = rc::gen::container<std::vector<Step>>(rc::gen::container<Step>(anyByte));
 
@@ -49,11 +47,11 @@ TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
     std::set<std::string> refused;
     const auto doWhatTheModelDoes = [&]
     {
-        for (const StepResult& outcome : TakeAndCount(*anySteps))
+        for (const StepResult& outcome : RunAndCount(*anySteps))
             (outcome.Done ? done : refused).insert(outcome.Operation);
     };
 
-    // RapidCheck reads and tells these itself. Set from outside, they show a failure of a later round again.
+    // RapidCheck reads and prints these settings. Set in the environment, they repeat a failure of a later round.
     const std::string settings = " max_size=90 max_success=300";
     ::setenv("RC_PARAMS", ("seed=" + std::to_string(Seed()) + settings).c_str(), 0);
     auto parameters = rc::detail::configuration().testParams;
@@ -65,7 +63,7 @@ TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
         std::ostringstream message;
         rc::detail::printResultMessage(result, message);
         ASSERT_TRUE(result.is<rc::detail::SuccessResult>())
-            << message.str() << "\nThe same again: RC_PARAMS='seed=" << parameters.seed << settings << '\'';
+            << message.str() << "\nTo repeat it: RC_PARAMS='seed=" << parameters.seed << settings << '\'';
         parameters.seed = random();
     } while (AddToFigure("operations", 0) < 20'000 || (IsLongForm() && !limit.IsOver()));
 
@@ -73,8 +71,8 @@ TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
     EXPECT_GE(refused.size(), 25);
 }
 
-// What the fuzzer starts with.
-TEST(ModelTest, TheFuzzersCorpusDoesWhatTheModelDoes)
+// The first inputs of the fuzzer.
+TEST(ModelTest, TheCorpusOfTheFuzzerDoesWhatTheModelDoes)
 {
     std::set<std::string> operations;
     const std::filesystem::path corpus = PLANTJOURNAL_SOURCE_DIR "/tests/fuzz/corpus/operations";
@@ -83,7 +81,7 @@ TEST(ModelTest, TheFuzzersCorpusDoesWhatTheModelDoes)
         const std::string bytes = FileBytes(file.path().string());
         const std::vector<std::uint8_t> data(bytes.begin(), bytes.end());
         std::vector<StepResult> outcomes;
-        EXPECT_NO_THROW(outcomes = TakeAndCount(StepsFrom(data.data(), data.size()))) << file.path();
+        EXPECT_NO_THROW(outcomes = RunAndCount(StepsFrom(data.data(), data.size()))) << file.path();
         for (const StepResult& outcome : outcomes)
             operations.insert(outcome.Operation);
         AddToFigure("files of the corpus");
@@ -103,9 +101,9 @@ Plant PlantOf(const std::string& uuid, const std::string& mother = "")
     return plant;
 }
 
-// Random steps come by these rarely.
+// Random steps rarely reach the next two cases.
 
-TEST(ModelTest, APlantThatReadsLikeAnotherMayHideACircleOfMothers)
+TEST(ModelTest, APlantThatReadsLikeAnotherCanHideACycle)
 {
     SideBySide journal;
     Plant first = PlantOf("a");
@@ -116,21 +114,21 @@ TEST(ModelTest, APlantThatReadsLikeAnotherMayHideACircleOfMothers)
     for (Plant* plant : {&first, &second, &third, &alike})
         EXPECT_TRUE(journal.Run("CreatePlant", CreatePlant, *plant));
 
-    first.MotherPlantUUID = "c"; // the walk up from c comes by a itself
+    first.MotherPlantUUID = "c"; // the mothers of c lead to a
     EXPECT_FALSE(journal.Run("UpdatePlant", UpdatePlant, first));
     second.MotherPlantUUID = "";
     EXPECT_TRUE(journal.Run("UpdatePlant", UpdatePlant, second));
     EXPECT_TRUE(journal.Run("UpdatePlant", UpdatePlant, first));
-    second.MotherPlantUUID = "a"; // the walk takes it for the one that is alike, and that has no mother
+    second.MotherPlantUUID = "a"; // the check reads the plant that looks the same and has no mother
     EXPECT_TRUE(journal.Run("UpdatePlant", UpdatePlant, second));
 
     Plant fourth = PlantOf("d", "c");
     EXPECT_TRUE(journal.Run("CreatePlant", CreatePlant, fourth));
     EXPECT_TRUE(journal.Run("DeletePlant", DeletePlant, alike.UUID));
-    EXPECT_FALSE(journal.Run("UpdatePlant", UpdatePlant, fourth)); // the circle is in sight, above another plant
+    EXPECT_FALSE(journal.Run("UpdatePlant", UpdatePlant, fourth)); // the check finds the cycle
 }
 
-TEST(ModelTest, AStrainGoesByItsNameUpToAZeroByteWhenItIsRenamed)
+TEST(ModelTest, RenamingAStrainReadsItsNameUpToAZeroByte)
 {
     const auto createStrain = [](auto& journal, Strain& strain) { return journal.CreateStrain(strain); };
     const auto updateStrain = [](auto& journal, Strain& strain) { return journal.UpdateStrain(strain); };
@@ -152,58 +150,6 @@ TEST(ModelTest, AStrainGoesByItsNameUpToAZeroByteWhenItIsRenamed)
     EXPECT_EQ(plants.at(0).Strain, "");
     EXPECT_EQ(plants.at(1).UUID, without.UUID);
     EXPECT_EQ(plants.at(1).Strain, "a new name");
-}
-
-// What is told of the difference that `operation` makes after a plant was stored.
-template <typename Operation, typename... Arguments>
-std::string ToldOf(const Operation& operation, Arguments... arguments)
-{
-    SideBySide journal;
-    Plant plant = PlantOf("a plant");
-    EXPECT_TRUE(journal.Run("CreatePlant", CreatePlant, plant));
-    try
-    {
-        journal.Run("Differ", operation, arguments...);
-    }
-    catch (const Mismatch& mismatch)
-    {
-        return mismatch.what();
-    }
-    return "nothing";
-}
-
-TEST(ComparisonTest, TellsADifferenceAndTheCallsThatLedToIt)
-{
-    const auto inResult = []<typename Journal>(Journal&) { return std::is_same_v<Journal, JournalModel>; };
-    EXPECT_EQ(ToldOf(inResult), "  CreatePlant 0|\"a plant\"|\"\"|\"\"|\"\"|2|0|\"\"|\"\"|\"\"|\"\"|0x0p+0|0x0p+0|"
-                                "\"\"|\"\"|\"\"|\"\"|\"\"| -> true\n"
-                                "  Differ -> false\n"
-                                "The result of the library: false\n"
-                                "The result of the model:   true");
-
-    const auto inArgument = []<typename Journal>(Journal&, Strain& strain)
-    {
-        strain.FloweringWeeks = std::is_same_v<Journal, JournalModel> ? 8 : 9;
-        return true;
-    };
-    EXPECT_NE(ToldOf(inArgument, Strain{}).find("The argument of the library: 0|\"\"|\"\"|9|"), std::string::npos);
-
-    const auto onlyInLibrary = []<typename Journal, typename Type>(Journal& journal, Type& record)
-    {
-        if constexpr (std::is_same_v<Journal, JournalModel>)
-            record.ID = 1;
-        else if constexpr (std::is_same_v<Type, Strain>)
-            return journal.CreateStrain(record);
-        else
-            return journal.CreatePlantJournalEntry(record);
-        return true;
-    };
-    Strain strain;
-    strain.Name = "a strain";
-    EXPECT_NE(ToldOf(onlyInLibrary, strain).find("The list of strains of the model:   nothing"), std::string::npos);
-    PlantJournalEntry entry;
-    entry.PlantUUID = "a plant";
-    EXPECT_NE(ToldOf(onlyInLibrary, entry).find("The list of the model:   nothing"), std::string::npos);
 }
 
 } // namespace

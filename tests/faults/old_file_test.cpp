@@ -1,5 +1,4 @@
-// Files of every form that a journal has had: once opened they are like new ones, with every row that they held, and no
-// interruption on the way there keeps them from it.
+// Files with every earlier schema. Opening migrates them with all their rows, also after an interrupted migration.
 
 #include "support/figures.h"
 #include "support/journal_test.h"
@@ -28,7 +27,7 @@ namespace
 
 // ---- Schemas
 
-// A CREATE TABLE taken apart: all but its parentheses, then what stands between their commas.
+// The parts of a CREATE TABLE statement: the text around the parentheses, then each column and constraint.
 Statements PartsOf(const std::string& definition)
 {
     Statements parts = {{}, {}};
@@ -57,7 +56,7 @@ bool Has(const Statements& parts, const std::string& part)
     return std::find(parts.begin(), parts.end(), part) != parts.end();
 }
 
-// What a file holds besides rows: every table and index, told apart by kind, name and table.
+// The tables and indexes of a file, by type, name and table.
 std::map<Row, Statements> SchemaOf(const PlainConnection& file)
 {
     std::map<Row, Statements> schema;
@@ -73,8 +72,7 @@ std::map<Row, Statements> SchemaOf(const PlainConnection& file)
 const Row PlantTable = {"table", "Plants", "Plants"};
 const Row EventTable = {"table", "PlantEvents", "PlantEvents"};
 
-// Where a file that was brought up to date may differ from a new one. Besides: the columns that were added stand at the
-// end of their table.
+// The permitted differences between a migrated file and a new one. Added columns are also at the end of their table.
 struct Difference
 {
     Row Table;
@@ -119,7 +117,7 @@ Statements ColumnsOf(const PlainConnection& file, const std::string& table)
     return Names(file, "SELECT name FROM pragma_table_info('" + table + "');");
 }
 
-// The rows with the values of these columns as literals, which tell types apart.
+// The rows with the values of these columns as SQL literals, which show the types.
 Rows RowsOf(const PlainConnection& file, const std::string& table, const Statements& columns)
 {
     std::string values = "rowid";
@@ -128,11 +126,11 @@ Rows RowsOf(const PlainConnection& file, const std::string& table, const Stateme
     return file.QueryRows("SELECT " + values + " FROM " + table + " ORDER BY rowid;");
 }
 
-// What a row that is older than a column holds in it.
+// The values of the added columns in earlier rows.
 const std::map<std::string, std::string> Defaults = {
     {"SeedDate", "''"}, {"FlipHeightCm", "0.0"}, {"FinalHeightCm", "0.0"}, {"Sex", "'Unknown'"}, {"SeedYield", "0"}};
 
-// The events of the files whose event table is an old one, as they are to be afterwards.
+// The expected events of the files with an earlier event table.
 constexpr auto Mother = "0f0f0f0f-0000-4000-8000-000000000005";
 constexpr auto Clone = "0f0f0f0f-0000-4000-8000-000000000008";
 
@@ -153,28 +151,28 @@ const Rows ConvertedEvents = {
     {"75", Mother, "2019-05-09", "Note", "topped"},
 };
 
-// Those that only a table without a CHECK took.
+// The events that only a table without a CHECK accepted.
 const Rows ConvertedUncheckedEvents = {
     {"76", Mother, "2019-05-10", "Note", "tied down"},
     {"77", Mother, "2019-05-10", "Note", ""},
 };
 
-// ---- Each form
+// ---- Each schema
 
-// A file as it was left by an earlier version.
+// A file with an earlier schema.
 class OldFileTest : public testing::TestWithParam<OldFile>
 {
   protected:
     OldFileTest() { WriteOldFile(Original, GetParam()); }
 
-    // Puts the file in its place as it was left.
+    // Copies the original file to Path.
     void Restore() const
     {
         std::filesystem::remove(Path + "-journal");
         std::filesystem::copy_file(Original, Path, std::filesystem::copy_options::overwrite_existing);
     }
 
-    // Opens the file in its place and closes it again.
+    // Opens and closes the file.
     void Open() const
     {
         PlantDatabase database;
@@ -191,16 +189,15 @@ class OldFileTest : public testing::TestWithParam<OldFile>
 
     std::string Content() const { return ::Content(PlainConnection(Path).NativeHandle()); }
 
-    // What an opening that nothing disturbs makes of the file.
-    std::string Finished() const
+    // The content after an uninterrupted migration.
+    std::string Migrated() const
     {
         Restore();
         Open();
         return Content();
     }
 
-    // After whatever disturbed an opening of the file.
-    void ExpectThatTheNextOpeningFinishes(const std::string& finished) const
+    void ExpectNextOpenFinishes(const std::string& finished) const
     {
         Open();
         const PlainConnection file(Path);
@@ -208,8 +205,8 @@ class OldFileTest : public testing::TestWithParam<OldFile>
         EXPECT_EQ(Damage(file.NativeHandle()), "ok");
     }
 
-    // Opens the file in a process that dies right after the `number`-th call of this kind, so that nothing is closed or
-    // undone. False where the opening makes fewer.
+    // Opens the file in a process that is killed after the `number`-th call of this kind. Returns false if the opening
+    // makes fewer calls.
     bool OpenAndCrash(SQLiteCall call, int number) const
     {
         const pid_t child = fork();
@@ -227,7 +224,7 @@ class OldFileTest : public testing::TestWithParam<OldFile>
         return crashed;
     }
 
-    // Whether an earlier version made this file's event table.
+    // Whether the file has an earlier event table.
     static bool HasOldEvents(const PlainConnection& file)
     {
         return file.Value("SELECT sql FROM sqlite_master WHERE name='PlantEvents';").find("'LST Trained'") ==
@@ -239,7 +236,7 @@ class OldFileTest : public testing::TestWithParam<OldFile>
     std::string Path = Scratch.File("journal.db");
 };
 
-TEST_P(OldFileTest, IsLikeANewFileButForTheWrittenDifferences)
+TEST_P(OldFileTest, AMigratedFileHasTheSchemaOfANewOne)
 {
     Restore();
     Open();
@@ -267,7 +264,7 @@ TEST_P(OldFileTest, IsLikeANewFileButForTheWrittenDifferences)
     EXPECT_EQ(Damage(after.NativeHandle()), "ok");
 }
 
-TEST_P(OldFileTest, KeepsEveryRow)
+TEST_P(OldFileTest, TheMigrationKeepsEveryRow)
 {
     Restore();
     Open();
@@ -309,7 +306,7 @@ TEST_P(OldFileTest, KeepsEveryRow)
     }
 }
 
-TEST_P(OldFileTest, ASecondOpeningChangesNoByteAndNorDoesTheFirstWhereNothingIsMissing)
+TEST_P(OldFileTest, OpeningACurrentFileChangesNoByte)
 {
     Restore();
     const std::string contentBefore = Content();
@@ -320,9 +317,9 @@ TEST_P(OldFileTest, ASecondOpeningChangesNoByteAndNorDoesTheFirstWhereNothingIsM
     EXPECT_EQ(FileBytes(Path), bytes);
 }
 
-TEST_P(OldFileTest, AfterAFaultAtAnyCallTheNextOpeningFinishes)
+TEST_P(OldFileTest, TheNextOpenFinishesAfterAnErrorAtAnyCall)
 {
-    const std::string finished = Finished();
+    const std::string finished = Migrated();
     int faults = 0;
     for (const SQLiteCall call : {SQLiteCall::Open, SQLiteCall::Exec, SQLiteCall::Prepare, SQLiteCall::Step})
         for (int number = 1;; ++number)
@@ -338,14 +335,14 @@ TEST_P(OldFileTest, AfterAFaultAtAnyCallTheNextOpeningFinishes)
             }
             AddToFigure("faults");
             ++faults;
-            ExpectThatTheNextOpeningFinishes(finished);
+            ExpectNextOpenFinishes(finished);
         }
     EXPECT_GE(faults, 75);
 }
 
-TEST_P(OldFileTest, AfterACrashBehindAnyStatementTheNextOpeningFinishes)
+TEST_P(OldFileTest, TheNextOpenFinishesAfterAKillAtAnyStatement)
 {
-    const std::string finished = Finished();
+    const std::string finished = Migrated();
     int crashes = 0;
     for (const SQLiteCall call : {SQLiteCall::Exec, SQLiteCall::Prepare})
         for (int number = 1;; ++number)
@@ -355,14 +352,14 @@ TEST_P(OldFileTest, AfterACrashBehindAnyStatementTheNextOpeningFinishes)
             if (!OpenAndCrash(call, number))
                 break;
             ++crashes;
-            ExpectThatTheNextOpeningFinishes(finished);
+            ExpectNextOpenFinishes(finished);
         }
     EXPECT_GE(crashes, 23);
 }
 
-TEST_P(OldFileTest, AfterCrashUponCrashTheNextOpeningFinishes)
+TEST_P(OldFileTest, TheNextOpenFinishesAfterSeveralKills)
 {
-    const std::string finished = Finished();
+    const std::string finished = Migrated();
     std::mt19937_64 random(Seed());
     const TimeLimit time;
     for (int round = 0; IsLongForm() ? !time.IsOver() : round < 5; ++round)
@@ -371,14 +368,14 @@ TEST_P(OldFileTest, AfterCrashUponCrashTheNextOpeningFinishes)
         Restore();
         for (std::uint64_t crashes = 2 + random() % 4; crashes > 0; --crashes)
             OpenAndCrash(SQLiteCall::Exec, static_cast<int>(1 + random() % 30));
-        ExpectThatTheNextOpeningFinishes(finished);
+        ExpectNextOpenFinishes(finished);
     }
 }
 
-// A transaction that outgrows SQLite's memory is written into the file before it is committed. What a crash leaves is
-// then half of it, and a journal beside it by which the next opening takes it back:
+// SQLite writes a transaction that is larger than its cache to the file before the commit. After a kill the file has a
+// part of it, and a rollback journal with which the next opening rolls it back:
 // https://www.sqlite.org/atomiccommit.html#_hot_rollback_journals
-TEST_P(OldFileTest, AHalfWrittenRebuildIsTakenBackAndDoneAnew)
+TEST_P(OldFileTest, AHalfWrittenRebuildIsRolledBackAndRepeated)
 {
     if (!HasOldEvents(PlainConnection(Original)))
         return;
@@ -408,17 +405,17 @@ TEST_P(OldFileTest, AHalfWrittenRebuildIsTakenBackAndDoneAnew)
         // SQLite marks a journal as one to go back by, by its first byte, before it writes into the file.
         EXPECT_TRUE(FileBytes(Path + "-journal").starts_with('\xd9'));
         AddToFigure("half-written rebuilds");
-        ExpectThatTheNextOpeningFinishes(finished);
+        ExpectNextOpenFinishes(finished);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Form, OldFileTest, testing::ValuesIn(OldFiles()),
                          [](const auto& test) { return test.param.Name; });
 
-// ---- All forms
+// ---- All schemas
 
-// What every form had already, or none had yet, would be tested by none of the above.
-TEST(OldFilesTest, EachColumnAndIndexThatCameLaterIsMissingInSomeAndThereInOthers)
+// The tests above need files with and without each column and index.
+TEST(OldFilesTest, SomeFilesLackEachAddedColumnAndIndexAndOthersHaveIt)
 {
     Statements later;
     for (const AddedColumn& column : AddedColumns())
@@ -436,12 +433,12 @@ TEST(OldFilesTest, EachColumnAndIndexThatCameLaterIsMissingInSomeAndThereInOther
                                                               "pragma_table_info('HarvestRecords');");
         for (const std::string& name : later)
             found[name].insert(Has(names, name));
-        AddToFigure("forms");
+        AddToFigure("schemas");
     }
     EXPECT_EQ(found.size(), AddedColumns().size() + CreateIndexStatements().size());
     for (const auto& [name, states] : found)
         EXPECT_EQ(states.size(), 2) << name;
-    EXPECT_GE(AddToFigure("forms", 0), 13);
+    EXPECT_GE(AddToFigure("schemas", 0), 13);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What the fuzzer begins with and what it ever found, run again with every build: a test for each input.
+// Runs every input of the fuzzer's corpus, one test for each.
 
 #include "testing/scratch_directory.h"
 
@@ -31,7 +31,7 @@ class CorpusTest : public testing::TestWithParam<std::string>
 {
 };
 
-TEST_P(CorpusTest, IsTakenWithoutACrash) // which would end this program
+TEST_P(CorpusTest, TheInputCausesNoCrash)
 {
     const std::string input = FileBytes(std::string(PLANTJOURNAL_CORPUS "/") + GetParam());
     EXPECT_EQ(LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size()), 0);

@@ -1,5 +1,5 @@
-// A journal file with its bytes changed, and all that a program can do with it. A damaged file may answer anything, but
-// it must answer: no crash, no leak, nothing left open behind a call.
+// A journal file with changed bytes, and every operation on it. An operation on a damaged file may return anything, but
+// must not crash, leak or leave anything open.
 
 #include "plant_database.h"
 #include "plant_file.h"
@@ -38,7 +38,7 @@ void Require(bool holds, const char* what)
 
 // ---- The files
 
-// A sound file; and one whose writer died in the middle of a transaction, with the journal to go back by.
+// An undamaged file, and a file with half of a transaction and its rollback journal.
 struct BaseFile
 {
     std::string Whole;
@@ -46,7 +46,7 @@ struct BaseFile
     std::string Journal;
 };
 
-// With pages as small as SQLite has them, so that a changed byte is likely to matter.
+// The smallest pages of SQLite, so that a changed byte is likely to have an effect.
 BaseFile ReadBaseFile(const std::string& path)
 {
     const PlainConnection file(path);
@@ -60,18 +60,18 @@ BaseFile ReadBaseFile(const std::string& path)
     return base;
 }
 
-// A garden of today, then every older form.
+// The sample records in the current schema, then every earlier schema.
 std::vector<BaseFile> ReadBaseFiles()
 {
     std::vector<BaseFile> files;
     const ScratchDirectory scratch;
     {
         PlantDatabase database;
-        Require(database.Open(scratch.File("garden.db")), "the sample could not be planted");
+        Require(database.Open(scratch.File("sample.db")), "the sample records could not be stored");
         PlantRepository repository(database);
         StoreSampleRecords(repository);
     }
-    files.push_back(ReadBaseFile(scratch.File("garden.db")));
+    files.push_back(ReadBaseFile(scratch.File("sample.db")));
     for (const OldFile& old : OldFiles())
     {
         WriteOldFile(scratch.File(old.Name), old);
@@ -80,7 +80,7 @@ std::vector<BaseFile> ReadBaseFiles()
     return files;
 }
 
-// The bytes of an input, one after the other; zeros and nothing behind their end.
+// Reads the bytes of an input in their order. After the end, numbers are 0 and texts are empty.
 class Input
 {
   public:
@@ -163,11 +163,11 @@ void WriteFiles(const std::string& path, Input input)
 
 // ---- What is done with them
 
-// SQLite is not compiled for the fuzzer, which therefore sees nothing of the ways through it. What SQLite came to after
-// each call is the next best: the fuzzer takes these counters for more of its own.
+// The fuzzer does not see the branches of SQLite, which is not instrumented. It uses these counters, the results of
+// SQLite after each call, in addition to its own.
 [[gnu::section("__libfuzzer_extra_counters")]] std::uint8_t outcomes[64 * 64];
 
-// A call, after which nothing is open.
+// Makes a call and requires that nothing is open after it.
 template <typename Work> void Call(sqlite3* db, std::size_t number, const Work& work)
 {
     const bool done = work();
@@ -177,7 +177,7 @@ template <typename Work> void Call(sqlite3* db, std::size_t number, const Work& 
     Require(sqlite3_get_autocommit(db) != 0, "a transaction was left open");
 }
 
-// Reads all there is, of so many plants as a torn file may have, and takes what it finds for the garden.
+// Reads all records, of at most 8 plants, and returns some of them for the operations.
 SampleRecords ReadRecords(sqlite3* db, PlantRepository& repository)
 {
     SampleRecords sample;
@@ -220,8 +220,8 @@ SampleRecords ReadRecords(sqlite3* db, PlantRepository& repository)
     return sample;
 }
 
-// Every operation, the deletes last and from the leaves to the root.
-std::vector<Operation> InAnOrderThatLeavesEachSomething()
+// Every operation. The deletes are last, records before plants, so that each operation has something to work on.
+std::vector<Operation> OrderedOperations()
 {
     const auto deletes = [](const Operation& operation) { return operation.Name.starts_with("Delete"); };
     std::vector<Operation> operations;
@@ -239,8 +239,8 @@ bool Open(PlantDatabase& database, const std::string& path)
     return opened;
 }
 
-// Looks at the file from outside, which must change nothing.
-void LookAt(const ScratchDirectory& scratch, const std::string& path)
+// Inspects and checks the file, which must change nothing.
+void InspectAndCheck(const ScratchDirectory& scratch, const std::string& path)
 {
     const auto before = scratch.Files();
     PlantFileInspection inspection;
@@ -248,29 +248,29 @@ void LookAt(const ScratchDirectory& scratch, const std::string& path)
     std::vector<PlantFileFinding> findings;
     const bool checked = bool(CheckPlantDatabase(path, findings));
     const PlantFileKind kind = inspection.Kind;
-    Require(inspected, "a file that cannot be told");
-    Require(kind == PlantFileKind::Older || inspection.Steps.empty(), "steps without need");
+    Require(inspected, "a file that cannot be inspected");
+    Require(kind == PlantFileKind::Older || inspection.Steps.empty(), "steps of a file that is not older");
     Require((kind == PlantFileKind::Foreign || kind == PlantFileKind::Damaged) != inspection.Reasons.empty(),
-            "a reason without need, or none");
+            "a reason that is missing or not needed");
     Require(!checked || kind == PlantFileKind::Current || kind == PlantFileKind::Older ||
                 kind == PlantFileKind::Foreign || kind == PlantFileKind::Damaged,
-            "what is no journal was checked");
-    Require(scratch.Files() == before, "a look changed something");
+            "a file was checked that is not a journal");
+    Require(scratch.Files() == before, "an inspection changed a file");
 }
 
-// A copy is a journal, whatever it is a copy of.
+// A backup is a journal, whatever the file is.
 void BackUp(const ScratchDirectory& scratch, const std::string& path)
 {
     const std::string copy = scratch.File("copy.db");
     if (BackUpPlantDatabase(path, copy, {}, PlantBackUpMode::Overwrite))
     {
         PlantFileInspection inspection;
-        Require(bool(InspectPlantDatabase(copy, inspection)), "a copy that cannot be told");
+        Require(bool(InspectPlantDatabase(copy, inspection)), "a backup that cannot be inspected");
         Require(inspection.Kind == PlantFileKind::Current || inspection.Kind == PlantFileKind::Older,
-                "a copy that is no journal");
+                "a backup that is not a journal");
     }
     std::filesystem::remove(copy);
-    Require(scratch.Files().size() <= 2, "something was left"); // the file and its journal
+    Require(scratch.Files().size() <= 2, "a file was left"); // the file and its journal
 }
 
 } // namespace
@@ -282,9 +282,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static const ScratchDirectory scratch;
     static const std::string path = scratch.File("journal.db");
-    static const std::vector<Operation> operations = InAnOrderThatLeavesEachSomething();
+    static const std::vector<Operation> operations = OrderedOperations();
     WriteFiles(path, Input(data, size));
-    LookAt(scratch, path);
+    InspectAndCheck(scratch, path);
 
     PlantDatabase database;
     if (Open(database, path))
@@ -301,7 +301,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Open(database, path);
     database.Close();
-    LookAt(scratch, path);
+    InspectAndCheck(scratch, path);
     BackUp(scratch, path);
     return 0;
 }

@@ -1,7 +1,7 @@
-// Operations decoded from bytes, on a journal and on the model of it:
+// Operations decoded from bytes, on a journal and on its model:
 //     build/fuzz/tests/fuzz/operations_fuzz -len_control=0 -max_len=480 NEW_CORPUS tests/fuzz/corpus/operations
-// The corpus that it starts with is written by hand, a file for each part of a journal: Steps one after the other. They
-// mean something else as soon as there is an operation more; model_test tells when one does not come up any longer.
+// The first corpus is written by hand, one file for each type of record. Each file is a sequence of Steps. Their
+// meaning changes with the list of operations; model_test fails if the corpus no longer has every operation.
 
 #include "support/model/steps.h"
 
@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     try
     {
-        RunSteps(StepsFrom(data, std::min(size, 64 * Step{}.size()))); // longer ones find nothing more, only slower
+        RunSteps(StepsFrom(data, std::min(size, 64 * Step{}.size()))); // longer inputs are slower and find nothing more
     }
     catch (const Mismatch& mismatch)
     {

@@ -12,7 +12,7 @@ namespace support
 namespace
 {
 
-thread_local int untilNewFails = 0; // 0: it does not
+thread_local int untilNewFails = 0; // 0: no failure
 thread_local int untilSQLiteFails = 0;
 thread_local bool fromThenOn = false;
 thread_local bool happened = false;
@@ -39,7 +39,7 @@ void* Reallocate(void* memory, int bytes)
     return FailsNow(untilSQLiteFails) ? nullptr : original.xRealloc(memory, bytes);
 }
 
-// SQLite takes another allocator only before its first use.
+// SQLite accepts another allocator only before its first use.
 const bool Installed = []
 {
     if (sqlite3_config(SQLITE_CONFIG_GETMALLOC, &original) != SQLITE_OK)

@@ -5,12 +5,12 @@ namespace support
 
 enum class Allocator
 {
-    New,   // operator new, whose failure is an exception
-    SQLite // SQLite's own, whose failure is a result
+    New,   // operator new, which throws
+    SQLite // the allocator of SQLite, which returns null
 };
 
-// Makes one allocation of the thread fail while in scope, the `number`-th, counted from 1; where it is `lasting`, all
-// that follow, too. One at a time.
+// While in scope, makes the `number`-th allocation of the thread fail, counted from 1, and if `lasting` all after it.
+// Only one at a time.
 class AllocationFailure
 {
   public:
@@ -19,7 +19,7 @@ class AllocationFailure
     AllocationFailure(const AllocationFailure&) = delete;
     AllocationFailure& operator=(const AllocationFailure&) = delete;
 
-    // Whether that many allocations were asked for at all.
+    // Whether the allocation failed: there may be fewer than `number`.
     bool Happened() const;
 };
 

@@ -15,7 +15,7 @@ namespace
 std::optional<DiskFault> inForce;
 int made = 0; // calls of its kind
 
-// What the call gives instead of reaching the disk; SQLITE_OK where it is to reach it.
+// The error that the call returns instead of reaching the disk, or SQLITE_OK if it must reach the disk.
 int Failure(DiskCall call, int ioError)
 {
     if (!inForce || inForce->Call != call)
@@ -28,7 +28,7 @@ int Failure(DiskCall call, int ioError)
 
 sqlite3_vfs* real = nullptr;
 
-// The file of the real file system lies right behind ours.
+// The file of the real file system follows this one in memory.
 sqlite3_file* Real(sqlite3_file* file)
 {
     return file + 1;
@@ -46,7 +46,7 @@ int Fail(sqlite3_file* file, Arguments... arguments)
     return failure != SQLITE_OK ? failure : Pass<Method>(file, arguments...);
 }
 
-// A disk that is full takes what still fits.
+// A full disk stores what still fits.
 int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset)
 {
     const int failure = Failure(DiskCall::Write, SQLITE_IOERR_WRITE);
@@ -57,7 +57,7 @@ int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset
     return failure;
 }
 
-// Of version 1, that is without shared memory and memory maps: our journals have no use for them.
+// Version 1 has no shared memory and no memory maps, which a journal does not use.
 const sqlite3_io_methods FileMethods = {
     1,
     Pass<&sqlite3_io_methods::xClose>,
@@ -82,7 +82,7 @@ const sqlite3_io_methods FileMethods = {
 
 int Open(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* outFlags)
 {
-    file->pMethods = nullptr; // there is nothing to close
+    file->pMethods = nullptr; // nothing to close
     if (const int failure = Failure(DiskCall::Open, SQLITE_CANTOPEN); failure != SQLITE_OK)
         return failure;
     const int result = real->xOpen(real, name, Real(file), flags, outFlags);
@@ -122,7 +122,7 @@ std::ostream& operator<<(std::ostream& out, const DiskFault& fault)
 FailingDisk::FailingDisk()
 {
     real = sqlite3_vfs_find(nullptr);
-    failing = *real; // what is not replaced here works on the real one's data
+    failing = *real; // the other functions are those of the real file system
     failing.zName = "failing";
     failing.szOsFile += static_cast<int>(sizeof(sqlite3_file));
     failing.xOpen = Open;

@@ -5,7 +5,7 @@
 namespace support
 {
 
-// SQLite reaches its files through a table of functions, and a program may put a table of its own in front:
+// SQLite reads and writes its files through a table of functions, which a program can replace:
 // https://www.sqlite.org/vfs.html
 
 enum class DiskCall
@@ -16,31 +16,32 @@ enum class DiskCall
     Truncate,
     Sync,
     Size,
-    Lock, // taken or asked for; one is given back without fail, since SQLite would call a write failed that is done
+    Lock, // taking or testing a lock; releasing one never fails, since SQLite would report a failure of a completed
+          // write
     Delete,
-    Access // whether a file is there
+    Access // tests whether a file exists
 };
 
 enum class DiskError
 {
-    IO,  // nothing was done
-    Full // of a write, the first half was done
+    IO,  // nothing is done
+    Full // half of a write is done
 };
 
-// Which calls fail, and how.
+// The calls that fail, and the error.
 struct DiskFault
 {
     DiskCall Call;
     DiskError Error;
-    bool Lasting; // every call from that one on
-    int Number;   // which call of its kind, counted from 1
+    bool Lasting; // the call and all after it
+    int Number;   // of the call among those of its kind, counted from 1
 };
 
 std::ostream& operator<<(std::ostream& out, DiskCall call);
 std::ostream& operator<<(std::ostream& out, const DiskFault& fault);
 
-// While in scope, a connection that is opened without naming a file system gets one that can be made to fail, in front
-// of the one that it would have got. One at a time.
+// While in scope, connections use a file system that DiskFailure can make fail, unless they name another. It passes its
+// calls on to the default file system. Only one at a time.
 class FailingDisk
 {
   public:
@@ -50,7 +51,7 @@ class FailingDisk
     FailingDisk& operator=(const FailingDisk&) = delete;
 };
 
-// Makes calls of the failing disk fail while in scope. One at a time, and not for several threads.
+// While in scope, makes calls of the failing disk fail. Only one at a time, and not for several threads.
 class DiskFailure
 {
   public:
@@ -59,7 +60,7 @@ class DiskFailure
     DiskFailure(const DiskFailure&) = delete;
     DiskFailure& operator=(const DiskFailure&) = delete;
 
-    // Whether that many calls of the kind were made at all.
+    // Whether the call failed: there may be fewer of its kind.
     bool Happened() const;
 };
 

@@ -25,12 +25,12 @@ FixedTime::~FixedTime()
 
 } // namespace support
 
-// The C library's function, in its place in the tests' executable.
+// Replaces the function of the C library in the test programs.
 extern "C" std::time_t time(std::time_t* result) noexcept
 {
-    const std::time_t told =
+    const std::time_t current =
         support::now ? *support::now : std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     if (result != nullptr)
-        *result = told;
-    return told;
+        *result = current;
+    return current;
 }

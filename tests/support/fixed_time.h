@@ -5,7 +5,7 @@
 namespace support
 {
 
-// What the system tells the process as the time while in scope: always this. One at a time.
+// While in scope, the system time of the process is fixed. Only one at a time.
 class FixedTime
 {
   public:

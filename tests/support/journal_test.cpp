@@ -8,8 +8,7 @@ namespace support
 namespace
 {
 
-// The text as a literal of SQL.
-std::string Quoted(const std::string& text)
+std::string SQLLiteral(const std::string& text)
 {
     std::string quoted = "'";
     for (const char c : text)
@@ -61,7 +60,7 @@ int JournalTest::RowCount(const std::string& table, const std::string& condition
 void JournalTest::ReplaceInDefinitions(const std::string& text, const std::string& replacement) const
 {
     RunSQL("PRAGMA writable_schema=ON;");
-    RunSQL("UPDATE sqlite_master SET sql=replace(sql," + Quoted(text) + ',' + Quoted(replacement) +
+    RunSQL("UPDATE sqlite_master SET sql=replace(sql," + SQLLiteral(text) + ',' + SQLLiteral(replacement) +
            ") WHERE type='table';");
     RunSQL("PRAGMA writable_schema=RESET;");
 }

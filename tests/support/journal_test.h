@@ -23,18 +23,18 @@ class JournalTest : public testing::Test
 
     // Opens the journal at Path.
     void OpenJournal();
-    // A stored plant.
+    // Stores a new plant.
     Plant NewPlant(const std::string& name, const std::string& strain = {}, const std::string& mother = {});
-    // A plant as it is stored.
+    // Reads a stored plant.
     Plant StoredPlant(const std::string& uuid);
 
     Rows QueryRows(const std::string& sql) const { return support::QueryRows(Database.NativeHandle(), sql); }
     void RunSQL(const std::string& sql) const { support::RunSQL(Database.NativeHandle(), sql); }
     std::string Content() const { return support::Content(Database.NativeHandle()); }
-    // The number of rows of `table`, with a condition if need be.
+    // The number of rows of `table` for which the condition holds.
     int RowCount(const std::string& table, const std::string& condition = "1") const;
 
-    // The texts of the statements that `work` prepares or executes on the library's connection.
+    // The texts of the statements that `work` prepares and executes.
     template <typename Work> static std::vector<std::string> StatementsOf(const Work& work)
     {
         const CallRecorder recorder;
@@ -42,14 +42,14 @@ class JournalTest : public testing::Test
         return recorder.Statements();
     }
 
-    // Whether `operation` returns false without so much as one call of SQLite.
+    // Whether `operation` returns false without any call of SQLite.
     template <typename Work> static bool RefusedWithoutACall(const Work& operation)
     {
         const CallRecorder recorder;
         return !operation() && recorder.Calls().empty();
     }
 
-    // What a list operation gives for a plant.
+    // The records that a list operation returns for a plant.
     template <typename Type>
     std::vector<Type> Listed(bool (PlantRepository::*list)(const std::string&, std::vector<Type>&),
                              const std::string& plantUUID)
@@ -59,11 +59,11 @@ class JournalTest : public testing::Test
         return records;
     }
 
-    // Replaces `text` in the stored definitions of all tables: the file is then of a form that no version of ours has
-    // made, and lets in what ours keeps out.
+    // Replaces `text` in the stored definitions of all tables. The file then has a schema that no version of the
+    // library creates.
     void ReplaceInDefinitions(const std::string& text, const std::string& replacement) const;
 
-    // No statement is left prepared and no transaction open. Checked at the end of every test, too.
+    // Expects that no statement and no transaction is open. The end of every test expects it, too.
     void ExpectNothingOpen() const;
 
     ScratchDirectory Scratch;

@@ -7,9 +7,8 @@
 namespace support
 {
 
-// The tests stand between the library and SQLite: the functions that the library calls are defined in the tests'
-// executable too, where the linker and the loader find them first, and pass on to SQLite's own. What goes by can be
-// watched, and one call can be made to fail.
+// The test programs define the functions of SQLite that the library calls. The linker and the loader find these first;
+// they pass each call on to SQLite. The calls can be recorded, and one of them can be made to fail.
 
 enum class SQLiteCall
 {
@@ -22,14 +21,14 @@ enum class SQLiteCall
     BackUp // sqlite3_backup_init, which has no statement; a failure returns no backup
 };
 
-// One call of the library: for Exec and Prepare the statement's text, for the others the text of their statement.
+// One call of the library, with the text of its statement.
 struct RecordedCall
 {
     SQLiteCall Call;
     std::string SQL;
 };
 
-// Records the calls that the thread makes while it is in scope. One at a time.
+// While in scope, records the calls of the thread. Only one at a time.
 class CallRecorder
 {
   public:
@@ -39,7 +38,7 @@ class CallRecorder
     CallRecorder& operator=(const CallRecorder&) = delete;
 
     const std::vector<RecordedCall>& Calls() const { return Recorded; }
-    // The texts that were prepared or executed, in their order.
+    // The texts of the prepared and executed statements, in their order.
     std::vector<std::string> Statements() const;
     int CallCount(SQLiteCall call) const;
 
@@ -48,8 +47,8 @@ class CallRecorder
     std::vector<RecordedCall> Recorded;
 };
 
-// Makes one call fail while in scope, without its reaching SQLite: the `number`-th, counted from 1, of those of the
-// kind `call` whose statement's text begins with `sql`. One at a time.
+// While in scope, makes one call fail before it reaches SQLite: the `number`-th, counted from 1, among the calls `call`
+// whose statement begins with `sql`. Only one at a time.
 class CallFailure
 {
   public:
@@ -68,8 +67,7 @@ class CallFailure
     std::string SQL;
 };
 
-// Acts, while in scope, right after the `number`-th call of the kind `call` has come back, counted from 1. One at a
-// time.
+// While in scope, runs `act` after the `number`-th call `call` has returned, counted from 1. Only one at a time.
 class AfterCall
 {
   public:
