@@ -74,6 +74,7 @@ struct PlantFileInspection
 /// column that the migration does not add, or if it uses a write-ahead log: a journal never does, and reading the log
 /// would create files. It is also foreign if it has an unknown event type in an event table that the migration would
 /// not rebuild. Reads every row; InspectPlantSchema() reads none.
+/// @param path  The file. It need not exist.
 /// @param out  Written back in every case; default-constructed after an error.
 /// @return An error where the kind cannot be determined: no permission, a directory, no memory.
 PLANTJOURNAL_FILE_API PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out);
@@ -85,6 +86,7 @@ PLANTJOURNAL_FILE_API PlantFileResult InspectPlantDatabase(const std::string& pa
 /// two exceptions, which only rows show: a table whose contents are damaged is not found, and neither is a row with an
 /// unknown event type. The schema keeps such rows out unless `EventTypesUnchecked` is true; call InspectPlantDatabase()
 /// then.
+/// @param path  As InspectPlantDatabase().
 /// @param out  As InspectPlantDatabase().
 /// @return As InspectPlantDatabase().
 PLANTJOURNAL_FILE_API PlantFileResult InspectPlantSchema(const std::string& path, PlantFileInspection& out);
@@ -121,6 +123,7 @@ struct PlantFileFinding
 /// In a journal with an earlier schema, the tables and columns that exist are checked. A file that is foreign only for
 /// its event types is checked, too. A row with several things wrong gives one finding for each. While the check runs,
 /// others can read the file; a write waits.
+/// @param path  The journal.
 /// @param out  Written back in every case; after an error, the findings up to there.
 /// @return An error where the file is not a journal, is interrupted, cannot be read to its end, or is locked.
 PLANTJOURNAL_FILE_API PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFileFinding>& out);
