@@ -6,13 +6,14 @@
 #include <optional>
 #include <string>
 
-// What a command may be given besides the flags of fields. The parser refers to it: keep it with the command.
+// The arguments of a command, apart from the flags of fields. Must live as long as the command, since the parser keeps
+// references to them.
 struct Arguments
 {
     std::string Plant;
     std::string Name;
     std::int64_t ID = 0;
-    std::optional<std::string> Newest; // of a list, how many
+    std::optional<std::string> Newest; // at most this many records of each plant
     bool Yes = false;
 };
 

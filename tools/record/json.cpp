@@ -144,7 +144,7 @@ template <typename Record> JSON RecordJSON(const Record& record)
 {
     JSON object = JSON::Object();
     for (const Field<Record>& field : Describe<Record>().Fields)
-        object.Root->Value[field.Name] = TreeOf(ValueIn(field, record));
+        object.Add(field.Name, JSONOf(ValueIn(field, record)));
     return object;
 }
 

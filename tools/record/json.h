@@ -14,6 +14,8 @@ class JSON
     static JSON Array();
     static JSON Object();
     ~JSON();
+    JSON(const JSON&) = delete;
+    JSON& operator=(const JSON&) = delete;
     JSON(JSON&&) noexcept;
     JSON& operator=(JSON&&) noexcept;
 
@@ -32,7 +34,6 @@ class JSON
 
     explicit JSON(std::unique_ptr<Tree> tree);
     friend JSON JSONOf(const ConstValueRef& value);
-    template <typename Record> friend JSON RecordJSON(const Record& record);
 
     std::unique_ptr<Tree> Root;
 };
