@@ -110,10 +110,12 @@ INSTANTIATE_TEST_SUITE_P(
         BadSource{"Lineage",
                   R"({"Plants":[{"UUID":"x","MotherPlantUUID":^a"y"},
 {"UUID":"y","MotherPlantUUID":^b"x"},
-{"UUID":"z","MotherPlantUUID":^c"z"}]})",
+{"UUID":"z","MotherPlantUUID":^c"z"},
+{"UUID":"w","MotherPlantUUID":^d"x"}]})",
                   {"a: MotherPlantUUID: the plant descends from itself",
                    "b: MotherPlantUUID: the plant descends from itself",
-                   "c: MotherPlantUUID: the plant descends from itself"}},
+                   "c: MotherPlantUUID: the plant descends from itself",
+                   "d: MotherPlantUUID: the plant descends from itself"}},
         BadSource{
             "Format", R"({"Format":^a2})", {"a: unknown export format 2; a newer version may be able to read it"}},
         BadSource{"NoObject", "^a[]", {"a: unexpected array"}},
@@ -136,6 +138,7 @@ TEST_F(BadCSVTest, EveryBadValueIsReportedWithItsPlace)
     Write("csv/PlantPhotos.csv", "");
     Write("csv/PlantEvents.csv", "PlantUUID,Details\na,\"open\n");
     Write("csv/HarvestRecords.csv", "PlantUUID,Notes\na,\"b\"c\n");
+    Write("csv/PlantJournalEntries.csv", "PlantUUID\nmaybe in the part that cannot be read\n");
     EXPECT_EQ(
         Refused({"import", "csv"}),
         "csv/HarvestRecords.csv:2:6: a quoted value is not followed by a comma or the end of the line\n"

@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <variant>
 
-std::string CreatePlantUUID(); // of the library, which has no header for it
+std::string CreatePlantUUID(); // of the library, whose headers do not declare it
 
 namespace
 {

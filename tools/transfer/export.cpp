@@ -85,7 +85,7 @@ AllRecords ReadAllRecords(Session& session)
     const ReadTransaction transaction(session);
     AllRecords all;
     session.RequireList(repository.ListStrains(std::get<RecordList<Strain>>(all)), "the strains could not be listed");
-    RecordList<Plant>& plants = std::get<RecordList<Plant>>(all);
+    auto& plants = std::get<RecordList<Plant>>(all);
     session.RequireList(repository.ListPlants(plants), "the plants could not be listed");
     Progress bar("Reading");
     for (std::size_t i = 0; i < plants.size(); ++i)
@@ -135,9 +135,8 @@ std::string JSONText(const AllRecords& all)
 template <typename Record> std::string CSVText(const RecordList<Record>& records)
 {
     const std::vector<Field<Record>>& fields = Describe<Record>().Fields;
-    std::vector<std::string> cells;
-    for (const Field<Record>& field : fields)
-        cells.emplace_back(field.Name);
+    std::vector<std::string> cells(fields.size());
+    std::transform(fields.begin(), fields.end(), cells.begin(), [](const Field<Record>& field) { return field.Name; });
     std::string text;
     AppendCSVLine(text, cells);
     for (const Record& record : records)

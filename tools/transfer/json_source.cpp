@@ -68,8 +68,7 @@ class ExportHandler
     bool start_object(std::size_t)
     {
         ++Depth;
-        if (Depth != InBytes)
-            Begin = Offset - 1;
+        Begin = Offset - 1;
         if (Depth == InRecord)
         {
             RecordIsOpen = true;
