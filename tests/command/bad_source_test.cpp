@@ -123,6 +123,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadSource{"NoRecord", R"({"Plants":^a[5]})", {"a: unexpected value"}},
         BadSource{"NoText", R"({"Plants":[{"Name":^a["x"]}]})", {"a: unexpected array"}},
         BadSource{"NoJSON", "^adear diary", {"a: syntax error while parsing value - invalid literal; last read: 'd'"}},
+        BadSource{"RecordWithoutEnd",
+                  R"({"Plants":[{"Stage":^b"bad",^a}]})",
+                  {"a: syntax error while parsing object key - unexpected '}'; expected string literal",
+                   "b: Stage: \"bad\" is not one of Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived"}},
         BadSource{"Cut",
                   "{\"Plants\":[{\"Name\":\"a\"},\n{\"N^aa",
                   {"a: syntax error while parsing object key - invalid string: missing closing quote; last read: "

@@ -37,6 +37,17 @@ TEST_F(ImportTest, TheCountsIncludeAddedStrainsAndEvents)
         "HarvestRecords":1,"PlantPhotos":0,"PlantHealthObservations":0,"PlantJournalEntries":0})"));
 }
 
+TEST_F(ImportTest, AnImportWarnsOfWhatCheckFindsInItsRows)
+{
+    KeepEverything();
+    Write("source.json",
+          R"({"PlantPhotos":[{"PlantUUID":"0b0b0b0b-0000-4000-8000-000000000001","FilePath":"missing.jpg"}]})");
+    const ProgramResult import = Run({"import", "source.json"});
+    EXPECT_EQ(import.Status, 0);
+    EXPECT_EQ(import.Error, "warning: `plantjournal check` finds more than before: 1\n");
+    Sound = false;
+}
+
 TEST_F(ImportTest, ARecordThatCannotBeStoredIsRefusedWithItsPlace)
 {
     KeepEverything();
@@ -55,7 +66,7 @@ TEST_F(ImportTest, AnImportAddsStrainsAndEventsAsTheCommandsDo)
     Write("csv/Plants.csv", "Name,UUID,Strain,Stage\nBasil,b1,Genovese,flower\nMint,b2,,VEG\n");
     Write("csv/PlantCareEntries.csv",
           "PlantUUID,CareDate,Action,AmountMl,EC\nb1,2026-05-01,feed,500,1.8\nb1,2026,Water,,\n");
-    Write("csv/HarvestRecords.csv", "PlantUUID,HarvestDate,DryWeightG\nb1,2026-07-01,96.5\n");
+    Write("csv/HarvestRecords.csv", "ID,PlantUUID,HarvestDate,DryWeightG\n7,b1,2026-07-01,96.5\n");
     Done({"import", "csv"});
     const std::string imported = Exported();
     EXPECT_EQ(Done({"check"}), "");
@@ -109,9 +120,12 @@ TEST_F(ImportTest, AStrainThatTheJournalHasIsNotAddedAgain)
                             {"Name":"Roma"}],"Plants":[{"Name":"New","Strain":"Genovese"}]})");
     EXPECT_EQ(Parsed({"import", "source.json"}).at("Strains"), 1);
     EXPECT_EQ(Parsed({"strain", "list"}).size(), 2U);
-    EXPECT_EQ(RefusedText(R"({"Strains":[{"Name":"Genovese","Breeder":"another"}]})"),
-              "source.json:1:21: Name: the journal already has \"Genovese\" with other values\n"
-              "plantjournal: source.json: bad values: 1; nothing was imported\n");
+    for (const char* others : {R"("Breeder":"another","FloweringWeeks":9,"Notes":"large leaves")",
+                               R"("Breeder":"Riviera","FloweringWeeks":8,"Notes":"large leaves")",
+                               R"("Breeder":"Riviera","FloweringWeeks":9,"Notes":"small leaves")"})
+        EXPECT_EQ(RefusedText(R"({"Strains":[{"Name":"Genovese",)" + std::string(others) + "}]}"),
+                  "source.json:1:21: Name: the journal already has \"Genovese\" with other values\n"
+                  "plantjournal: source.json: bad values: 1; nothing was imported\n");
 }
 
 TEST_F(ImportTest, ADirectoryWithoutCSVFilesIsRefused)
