@@ -185,10 +185,10 @@ try
                       Comparison(argv[2], argv[3], scratch.File(""), 20'000).InstructionRatio());
         return check.Passed() ? EXIT_SUCCESS : EXIT_FAILURE;
     }
-    if (word == "time" && argc == 7 && std::atoi(argv[5]) > 0)
+    if (word == "time" && argc == 7 && std::stoi(argv[5]) > 0)
     {
         BarCheck check("time for that of SQLite's shell", argv[4]);
-        check.Compare(*bars::ImportTimes, Comparison(argv[2], argv[3], argv[6], 200'000).TimeRatio(std::atoi(argv[5])));
+        check.Compare(*bars::ImportTimes, Comparison(argv[2], argv[3], argv[6], 200'000).TimeRatio(std::stoi(argv[5])));
         return check.Passed() ? EXIT_SUCCESS : EXIT_FAILURE;
     }
     std::cerr << "usage: " << argv[0] << " count COMMAND SHELL OUTPUT\n       " << argv[0]

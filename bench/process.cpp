@@ -48,6 +48,7 @@ class Redirections
 void RunProgram(const std::vector<std::string>& words, const std::string& input)
 {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str())); // NOLINT(cppcoreguidelines-pro-type-const-cast): POSIX
     arguments.push_back(nullptr);
