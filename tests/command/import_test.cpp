@@ -37,6 +37,14 @@ TEST_F(ImportTest, TheCountsIncludeAddedStrainsAndEvents)
         "HarvestRecords":1,"PlantPhotos":0,"PlantHealthObservations":0,"PlantJournalEntries":0})"));
 }
 
+TEST_F(ImportTest, AnImportIntoAJournalWithABrokenReferenceIsRefused)
+{
+    KeepEverything();
+    PlainConnection(Journal).RunSQL("INSERT INTO PlantJournalEntries(PlantUUID) VALUES('nobody');");
+    Sound = false;
+    EXPECT_NE(RefusedText(R"({"Plants":[{"Name":"Mint"}]})").find("journal.db: checking: "), std::string::npos);
+}
+
 TEST_F(ImportTest, AnImportWarnsOfWhatCheckFindsInItsRows)
 {
     KeepEverything();
