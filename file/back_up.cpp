@@ -1,5 +1,5 @@
 #include "access.h"
-#include "check.h"
+#include "damage.h"
 #include "inspect.h"
 #include "part_file.h"
 #include "plant_file.h"

@@ -1,13 +1,11 @@
-#include "check.h"
-
 #include "access.h"
+#include "damage.h"
 #include "plant_database.h"
 #include "schema.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <initializer_list>
-#include <sstream>
 #include <system_error>
 #include <unordered_map>
 #include <utility>
@@ -23,28 +21,6 @@ void AddFinding(std::vector<PlantFileFinding>& findings, PlantFindingKind kind, 
 {
     findings.push_back({kind, table, rowID, description});
 }
-
-} // namespace
-
-void FindDamage(sqlite3* db, std::vector<PlantFileFinding>& findings)
-{
-    constexpr const char* step = "checking the file";
-    ForEachRow(db, step, "PRAGMA integrity_check;",
-               [&](sqlite3_stmt* row)
-               {
-                   std::istringstream lines(ColumnText(row, 0));
-                   for (std::string line; std::getline(lines, line);)
-                   {
-                       if (line.find("unable to get the page") != std::string::npos) // a read or an allocation failed
-                           Fail(step, line);
-                       if (line != "ok" && line.compare(0, 3, "***") != 0) // asterisks begin a heading
-                           AddFinding(findings, PlantFindingKind::Damage, "", 0, line + '.');
-                   }
-               });
-}
-
-namespace
-{
 
 // The checks of the rows. Call them in one ReadTransaction.
 struct RowChecks

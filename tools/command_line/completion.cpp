@@ -1,9 +1,11 @@
 #include "command_line/completion.h"
 
 #include "command_line/structure.h"
+#include "record/dates.h"
 #include "record/text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -27,8 +29,10 @@ std::set<std::string> Candidates(const std::string& prefix, const CLI::Option* f
     if (flag != nullptr)
     {
         const std::string type = flag->get_type_name();
-        std::istringstream choices(type == "DATE" ? "today|yesterday" : type);
-        if (type == "DATE" || type.find('|') != std::string::npos)
+        if (type == "DATE")
+            candidates.insert(std::begin(DateWords), std::end(DateWords));
+        std::istringstream choices(type);
+        if (type.find('|') != std::string::npos)
             for (std::string choice; std::getline(choices, choice, '|');)
                 candidates.insert(choice);
     }

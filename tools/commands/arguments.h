@@ -18,7 +18,3 @@ struct Arguments
 };
 
 void AddPlantArgument(CLI::App& command, Arguments& arguments, Need need = Need::Required);
-void AddYes(CLI::App& command, Arguments& arguments);
-
-// Asks whether to delete, unless --yes was given. Throws Refusal where the answer is not yes.
-void ConfirmDeletion(const std::string& what, const Arguments& arguments);

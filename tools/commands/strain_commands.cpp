@@ -1,9 +1,10 @@
 #include "command_line/parser.h"
 #include "commands/arguments.h"
 #include "commands/commands.h"
+#include "commands/deletion.h"
+#include "commands/field_flags.h"
 #include "commands/print.h"
-#include "commands/record_flags.h"
-#include "journal/find.h"
+#include "journal/find_record.h"
 
 #include <memory>
 

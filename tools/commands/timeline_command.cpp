@@ -2,7 +2,7 @@
 #include "commands/arguments.h"
 #include "commands/commands.h"
 #include "commands/print.h"
-#include "journal/find.h"
+#include "journal/find_record.h"
 #include "record/operations.h"
 
 #include <algorithm>

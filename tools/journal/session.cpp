@@ -1,6 +1,6 @@
 #include "journal/session.h"
 
-#include "journal/place.h"
+#include "journal/path.h"
 #include "journal/sql.h"
 #include "plant_file.h"
 #include "record/text.h"

@@ -1,4 +1,4 @@
-#include "journal/place.h"
+#include "journal/path.h"
 
 #include "refusal.h"
 

@@ -1,4 +1,4 @@
-#include "commands/record_flags.h"
+#include "commands/field_flags.h"
 
 #include <cctype>
 

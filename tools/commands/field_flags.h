@@ -2,7 +2,7 @@
 
 #include "command_line/parser.h"
 #include "commands/arguments.h"
-#include "journal/find.h"
+#include "journal/find_record.h"
 #include "record/dates.h"
 #include "record/fields.h"
 #include "record/text.h"
@@ -36,11 +36,11 @@ enum class FlagsFor
     Edit
 };
 
-template <typename Record> class RecordFlags
+template <typename Record> class FieldFlags
 {
   public:
     // Adds the flags to the command. This must live as long as the command. `fixed` is a field that gets no flag.
-    RecordFlags(CLI::App& command, FlagsFor purpose, const std::string& fixed = {})
+    FieldFlags(CLI::App& command, FlagsFor purpose, const std::string& fixed = {})
     {
         const Record defaults;
         for (const Field<Record>& field : Describe<Record>().Fields)
@@ -105,7 +105,7 @@ template <typename Record> class RecordFlags
 template <typename Record> struct Request
 {
     Arguments Given;
-    std::optional<RecordFlags<Record>> Fields;
+    std::optional<FieldFlags<Record>> Fields;
 };
 
 // Refuses an edit that sets no field.

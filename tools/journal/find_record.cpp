@@ -1,4 +1,4 @@
-#include "journal/find.h"
+#include "journal/find_record.h"
 
 #include "record/text.h"
 #include "refusal.h"

@@ -1,0 +1,28 @@
+#include "damage.h"
+
+#include "access.h"
+
+#include <sstream>
+#include <string>
+
+namespace plant_file
+{
+
+void FindDamage(sqlite3* db, std::vector<PlantFileFinding>& findings)
+{
+    constexpr const char* step = "checking the file";
+    ForEachRow(db, step, "PRAGMA integrity_check;",
+               [&](sqlite3_stmt* row)
+               {
+                   std::istringstream lines(ColumnText(row, 0));
+                   for (std::string line; std::getline(lines, line);)
+                   {
+                       if (line.find("unable to get the page") != std::string::npos) // a read or an allocation failed
+                           Fail(step, line);
+                       if (line != "ok" && line.compare(0, 3, "***") != 0) // asterisks begin a heading
+                           findings.push_back({PlantFindingKind::Damage, "", 0, line + '.'});
+                   }
+               });
+}
+
+} // namespace plant_file
