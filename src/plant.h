@@ -36,7 +36,7 @@ enum class PlantStage : std::int32_t
 {
     Seed,      ///< Sown.
     Clone,     ///< A cutting that is growing roots.
-    Veg,       ///< Growing.
+    Veg,       ///< Growing, before flowering.
     Flower,    ///< Flowering.
     Dry,       ///< Cut and drying.
     Cure,      ///< Dried and curing.
@@ -58,18 +58,18 @@ enum class PlantEventType : std::int32_t
 {
     Clone,      ///< Cut as a clone, or a clone was cut from the plant.
     Transplant, ///< Transplanted.
-    Flip,       ///< Flipped to flower.
+    Flip,       ///< Switched to flowering, for example by a change of light.
     Harvest,    ///< Harvested. A `HarvestRecord` owns an event of this type.
     Feed,       ///< Fed. A `PlantCareEntry` owns an event of this type.
     Water,      ///< Watered. A `PlantCareEntry` owns an event of this type.
     Stage,      ///< Moved to another growth stage.
-    Topped,     ///< Topped.
-    LSTTrained, ///< Low-stress training. The stored name is `LST Trained`, with a space.
-    Defoliated, ///< Defoliated.
+    Topped,     ///< The tip of the main stem was cut off.
+    LSTTrained, ///< Trained with low stress (bent, not cut). The stored name is `LST Trained`, with a space.
+    Defoliated, ///< Leaves were removed.
     Note        ///< Any other event.
 };
 
-/// What was done in a care entry.
+/// The action of a care entry.
 enum class PlantCareAction : std::int32_t
 {
     Feed, ///< Fed.
@@ -90,8 +90,8 @@ enum class PlantJournalType : std::int32_t
 /// @name Stored names
 /// Enumerations are stored by name. A `...Name` function returns a constant text that is never null and stays valid
 /// until the program ends. For a number outside the enumeration it returns the name of the default value. A
-/// `...FromName` function returns the value with exactly this name, case included. For any other text, also the empty
-/// text, it returns the default value.
+/// `...FromName` function returns the value with exactly this name; upper and lower case differ. For any other text,
+/// including the empty text, it returns the default value.
 /// @{
 PLANTJOURNAL_API const char* PlantStageName(PlantStage stage);                       ///< Default `Veg`.
 PLANTJOURNAL_API PlantStage PlantStageFromName(const std::string& name);             ///< Default `Veg`.
@@ -113,7 +113,7 @@ PLANTJOURNAL_API std::string PlantEventCurrentDate();
 struct PLANTJOURNAL_API Plant
 {
     std::int64_t ID = 0;                ///< Row ID; 0 until the plant is stored.
-    std::string UUID;                   ///< Permanent identifier; other records refer to the plant by it.
+    std::string UUID;                   ///< Permanent identifier; other records contain it as `PlantUUID`.
     std::string Name;                   ///< Display name.
     std::string Strain;                 ///< Name of the strain; empty for none.
     std::string MotherPlantUUID;        ///< UUID of the plant that this one was cloned from; empty for none.
@@ -123,11 +123,11 @@ struct PLANTJOURNAL_API Plant
     std::string PotSize;                ///< Pot size, free text.
     std::string Medium;                 ///< Growing medium, free text.
     std::string SeedDate;               ///< Date sown.
-    double FlipHeightCm = 0;            ///< Height when flipped to flower, in centimetres.
+    double FlipHeightCm = 0;            ///< Height when switched to flowering, in centimetres.
     double FinalHeightCm = 0;           ///< Final height, in centimetres.
     std::string CloneDate;              ///< Date cut as a clone.
     std::string TransplantDate;         ///< Date transplanted.
-    std::string FlipDate;               ///< Date flipped to flower.
+    std::string FlipDate;               ///< Date switched to flowering.
     std::string HarvestDate;            ///< Date harvested.
     std::string Notes;                  ///< Free notes.
 
@@ -172,7 +172,7 @@ struct PLANTJOURNAL_API PlantEvent
     bool Delete(PlantRepository& repository) const;
 };
 
-/// One feeding or watering. The repository keeps an event for it on the plant's timeline.
+/// One feeding or watering. It owns an event on the plant's timeline, which the repository writes.
 struct PLANTJOURNAL_API PlantCareEntry
 {
     std::int64_t ID = 0;                             ///< Row ID; 0 until the entry is stored.
@@ -195,7 +195,8 @@ struct PLANTJOURNAL_API PlantCareEntry
     bool Delete(PlantRepository& repository) const;
 };
 
-/// The harvest result of a plant, at most one per plant. The repository keeps an event for it on the plant's timeline.
+/// The harvest record of a plant. A plant has at most one. It owns an event on the plant's timeline, which the
+/// repository writes.
 struct HarvestRecord
 {
     std::int64_t ID = 0;              ///< Row ID; 0 until the record is stored.
@@ -233,7 +234,7 @@ struct StrainSummary
 struct PLANTJOURNAL_API PlantPhoto
 {
     std::int64_t ID = 0;   ///< Row ID; 0 until the photo is stored.
-    std::string UUID;      ///< Permanent identifier; update and delete find the photo by it.
+    std::string UUID;      ///< Permanent identifier; updates and deletes use it as the key.
     std::string PlantUUID; ///< UUID of the plant.
     std::string PhotoDate; ///< Date taken.
     std::string FilePath;  ///< Path of the image file.

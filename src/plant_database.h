@@ -28,10 +28,10 @@ struct sqlite3; // SQLite's connection: https://www.sqlite.org/c3ref/sqlite3.htm
 ///
 /// Threads: use a database and its repositories from one thread at a time. Different threads may use different
 /// databases, with one exception: all databases of a program share one generator of UUIDs, so only one thread at a time
-/// may create or duplicate plants or create photos.
+/// may create plants, duplicate plants or create photos.
 ///
-/// Processes: several processes may open the same file. An operation that finds the file locked by another process
-/// waits up to 2.5 seconds and then fails.
+/// Processes: several processes may open the same file. If another process holds a lock, an operation waits up to 2.5
+/// seconds for it and then fails.
 class PLANTJOURNAL_API PlantDatabase
 {
   public:
@@ -46,10 +46,11 @@ class PLANTJOURNAL_API PlantDatabase
     /// earlier version to the current schema.
     ///
     /// An open database is closed first, even if this call then fails. `path` may be this database's own `Path()`. The
-    /// path `:memory:` opens a database in memory, and the empty path a private temporary file; both are deleted when
-    /// the database is closed.
+    /// path `:memory:` opens a database in memory, and the empty path opens a private temporary file. Both are deleted
+    /// when the database is closed.
     ///
-    /// A migration has several steps. If one fails, the completed steps stay, and the next call runs the others.
+    /// A migration has several steps. If a step fails, the completed steps stay, and the next call runs the remaining
+    /// steps.
     ///
     /// @param path  The file name, in UTF-8 on every platform. A name that contains a zero byte is refused, because
     /// SQLite would ignore the rest of it. If SQLite was built with URI support, a name that begins with `file:` is a
@@ -69,9 +70,9 @@ class PLANTJOURNAL_API PlantDatabase
     /// the lifetime of this database. Its text changes with the next `Open` or `Close`.
     const std::string& Path() const { return DatabasePath; }
 
-    /// Returns the message of the last failure in an `Open`: SQLite's message, or "Could not open database" if SQLite
-    /// made no connection. If a migration step fails and its rollback fails too, it is the message for the rollback. If
-    /// a migration cannot prepare its query for the event table, the message stays as it was. A later success does
+    /// Returns the message of the last `Open` that failed: SQLite's message, or "Could not open database" if SQLite
+    /// made no connection. If a migration step fails and its rollback fails too, this is the message of the rollback.
+    /// If a migration cannot prepare its query for the event table, the message stays as it was. A later success does
     /// not clear it. Repository operations do not change it.
     std::string LastError() const { return ErrorText; }
 
@@ -100,27 +101,28 @@ class PLANTJOURNAL_API PlantDatabase
 /// committed to the file. After `false`, nothing was written, except for the new strain of a refused plant (see
 /// `CreatePlant`). On a closed database, every operation that needs the file returns `false`.
 ///
-/// Exceptions: only those of the standard library, for lack of memory or of random numbers. They leave no statement and
-/// no transaction open, and no partly read record in an output. If SQLite has no memory left for a rollback, the
-/// transaction stays open until `Close`.
+/// Exceptions: operations throw only exceptions of the standard library, if memory or random numbers are not available.
+/// After an exception, no statement or transaction is left open, and no output contains a partly read record. There is
+/// one limit: if SQLite has no memory left for a rollback, the transaction stays open until `Close`.
 ///
 /// Transactions: you may begin a transaction on the native handle. Writes are then committed when you commit it. The
-/// operations that use a transaction themselves (strain updates, care entries, harvest records) return `false` in it.
+/// operations that use a transaction themselves (updates of strains, and writes of care entries and harvest records)
+/// return `false` inside your transaction.
 ///
-/// Values: texts are stored whole and read back up to their first zero byte. A number that is NaN is refused. Arguments
-/// may alias: a key may be a member of the record or of the vector that the operation fills.
+/// Values: texts are stored whole and read back up to their first zero byte. NaN is refused in every number field.
+/// Arguments may alias: a key may be a member of the record or of the vector that the operation fills.
 ///
 /// Lists: a list operation empties `out` first. It returns `false` only if its query cannot be prepared or its key
-/// cannot be bound. A failure while rows are read, for example another process's lock, ends the list early and returns
-/// `true` with the rows read so far; `sqlite3_errcode` of the native handle is then not `SQLITE_OK`. The records of a
-/// plant are sorted by date, newest first, and within a date by row ID, highest first. For an unknown plant, the list
-/// is empty.
+/// cannot be bound. If reading the rows fails, for example because of another process's lock, the list ends early and
+/// the operation returns `true` with the rows read so far. `sqlite3_errcode` of the native handle is then not
+/// `SQLITE_OK`. The records of a plant are sorted by date, newest first. Records of the same date are sorted by row ID,
+/// highest first. For an unknown plant, the list is empty.
 ///
 /// Creates: a create operation ignores the `ID` in the record and writes back the new one. After `false`, the record is
 /// not stored, even if it holds a new `ID`.
 ///
-/// Updates and deletes: an update overwrites every field of the row except its plant and its identifiers. An update or
-/// delete of a row that does not exist returns `true` unless its description says otherwise.
+/// Updates and deletes: an update overwrites every field of the row except its plant, its row ID and its UUID. An
+/// update or delete of a row that does not exist returns `true` unless its description says otherwise.
 class PLANTJOURNAL_API PlantRepository
 {
   public:
@@ -141,19 +143,20 @@ class PLANTJOURNAL_API PlantRepository
     /// Stores a new plant. First registers its strain if the name is new; the strain stays registered even if the plant
     /// is then refused.
     ///
-    /// Writes back `ID` on success. If `UUID` is empty, writes back a new one, even if the plant is then refused, but
-    /// not if its strain could not be registered.
+    /// Writes back `ID` on success. If `UUID` is empty, writes back a new one, even if the plant is then refused.
+    /// `UUID` stays empty if the strain could not be registered.
     /// @return `false` if a plant with this UUID exists, or if the mother is unknown, is the plant itself, is a
     /// descendant of the plant, or leads into a cycle of mother links.
     bool CreatePlant(Plant& p);
 
     /// Overwrites the plant with the UUID `p.UUID`. Does not use `p.ID`. Registers a new strain name as `CreatePlant`
     /// does, even if the UUID is unknown or the mother is refused.
-    /// @return `false` if `CreatePlant` would refuse the mother, or if there is a mother and `p.UUID` is empty.
+    /// @return `false` if `CreatePlant` would refuse the mother, or if `p` has a mother and an empty `UUID`.
     bool UpdatePlant(const Plant& p);
 
     /// Deletes the plant with the UUID `uuid` and its timeline events, care entries, harvest record, photos, health
-    /// observations and journal entries. Clones of the plant lose their mother. The strain and the image files stay.
+    /// observations and journal entries. In the clones of the plant, `MotherPlantUUID` becomes empty. The strain and
+    /// the image files stay.
     bool DeletePlant(const std::string& uuid);
 
     /// Stores a copy of `source` with a new UUID, " copy" appended to its name, and no mother. Events, care entries and
@@ -186,8 +189,8 @@ class PLANTJOURNAL_API PlantRepository
     /// fails later, the strain counts as unused and is deleted.
     bool DeleteStrain(std::int64_t id);
 
-    /// Counts the plants of a strain by stage and averages their harvests. Dry weights and quality ratings of 0 count
-    /// as not entered and are not averaged.
+    /// Counts the plants of a strain by stage, and averages the dry weights and quality ratings of their harvest
+    /// records. A value of 0 means that it was not entered and is left out of the average.
     /// @return `false` if the strain does not exist or could not be read. `out` is then a default summary.
     bool GetStrainSummary(std::int64_t strainID, StrainSummary& out);
 
@@ -242,9 +245,9 @@ class PLANTJOURNAL_API PlantRepository
     /// @return `false` if the entry does not exist.
     bool DeletePlantCareEntry(std::int64_t id);
 
-    /// Returns the details text of an entry's event, for example `Bloom A | 500 ml | EC 1.80 | pH 6.20`. The amount is
-    /// always included; EC, pH and runoff if they are above 0; product and notes if they are not empty. Does not use
-    /// the file.
+    /// Returns the details text of an entry's event, for example `Bloom A | 500 ml | EC 1.80 | pH 6.20`. The text
+    /// always contains the amount. It contains EC, pH and runoff if they are above 0, and the product and notes if they
+    /// are not empty. Does not use the file.
     std::string CareTimelineDetails(const PlantCareEntry& entry) const;
 
     /// @}
@@ -290,7 +293,7 @@ class PLANTJOURNAL_API PlantRepository
     bool ListPlantPhotos(const std::string& plantUUID, std::vector<PlantPhoto>& out);
 
     /// Stores a new photo. Writes back `ID` on success. If `UUID` is empty, writes back a new one, even if the photo is
-    /// then refused, but not if `PlantUUID` or `FilePath` is empty.
+    /// then refused. `UUID` stays empty if `PlantUUID` or `FilePath` is empty.
     /// @return `false` if `PlantUUID` or `FilePath` is empty, if the plant is unknown, or if a photo with this UUID
     /// exists.
     bool CreatePlantPhoto(PlantPhoto& photo);
@@ -305,14 +308,14 @@ class PLANTJOURNAL_API PlantRepository
 
     /// @}
     /// @name Health observations
-    /// A severity below 1 is stored as 1, and one above 5 as 5.
+    /// A severity below 1 is stored as 1. A severity above 5 is stored as 5.
     /// @{
 
     /// Lists the health observations of the plant `plantUUID`.
     bool ListPlantHealthObservations(const std::string& plantUUID, std::vector<PlantHealthObservation>& out);
 
-    /// Stores a new observation. Writes back `ID` on success. Writes back the stored `Severity`, even if the
-    /// observation is then refused, but not if `PlantUUID` or `Issue` is empty.
+    /// Stores a new observation. Writes back `ID` on success. Writes back the limited `Severity`, even if the
+    /// observation is then refused. `Severity` is unchanged if `PlantUUID` or `Issue` is empty.
     /// @return `false` if `PlantUUID` or `Issue` is empty, or if the plant is unknown.
     bool CreatePlantHealthObservation(PlantHealthObservation& o);
 

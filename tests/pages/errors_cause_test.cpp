@@ -90,7 +90,7 @@ TEST_F(ErrorsPageTest, AListThatStopsEarlyReturnsTrueAndKeepsTheReason)
     EXPECT_EQ(Code(), SQLITE_BUSY);
 }
 
-// ---- Causes that any operation may meet
+// ---- Causes that can affect any operation
 
 class CommonErrorsTest : public ErrorsPageTest
 {
@@ -104,7 +104,7 @@ class CommonErrorsTest : public ErrorsPageTest
     // Returns the row of the page for a cause.
     static std::vector<std::string> Shown(const std::string& cause)
     {
-        for (auto row : TableRows(ErrorsPage, "## Causes that any operation may meet"))
+        for (auto row : TableRows(ErrorsPage, "## Causes that can affect any operation"))
             if (row[0] == cause)
             {
                 std::transform(row.begin(), row.end(), row.begin(), Plain);
@@ -216,7 +216,7 @@ TEST_F(CommonErrorsTest, ADamagedFileGivesTheCodesOnThePage)
 
 TEST_F(CommonErrorsTest, ThePageListsNoOtherCauses)
 {
-    EXPECT_EQ(TableRows(ErrorsPage, "## Causes that any operation may meet").size(), 6);
+    EXPECT_EQ(TableRows(ErrorsPage, "## Causes that can affect any operation").size(), 6);
 }
 
 TEST_F(CommonErrorsTest, AnOpenTransactionMakesOperationsThatNeedOneFail)
