@@ -20,7 +20,7 @@ function(list_object_files out directory)
 endfunction()
 
 list_object_files(objects ${PROJECT_SOURCE_DIR})
-# The functions main have several types, which is no error. The linker keeps the first of them.
+# Each program has its own main, and their types may differ. The linker keeps the first.
 add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/one_definition.o
     COMMAND ${CMAKE_CXX_COMPILER} -flto -r -flinker-output=rel -Wodr -Werror=odr -Wno-lto-type-mismatch -Wl,-z,muldefs
             -o ${PROJECT_BINARY_DIR}/one_definition.o ${objects}

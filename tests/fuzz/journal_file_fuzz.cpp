@@ -112,9 +112,9 @@ class Input
 };
 
 // An input's first byte chooses the base file, or WholeFile; the second says whether it is torn, whether it is cut
-// short and at which size. Patches follow, each as its place, its length and its bytes, in the file, or in the journal
-// beside it where the length has its highest bit set. Behind WholeFile come the file's own bytes, up to a size and
-// followed by the journal's where it is torn.
+// short and at which size. Patches follow, each as its place, its length and its bytes, in the file. If the length
+// has its highest bit set, the patch is in the rollback journal instead. After WholeFile, the bytes of the file follow.
+// If the file is torn, their number comes first, and the bytes of the rollback journal come last.
 //
 // The inputs in corpus/journal_file/ were written by hand, each named after what it damages: the places of their
 // patches were looked up in the base files (https://www.sqlite.org/fileformat.html), the whole files built with SQLite.

@@ -29,12 +29,12 @@ termios PlainSettings()
 
 std::string WhyNoPseudoTerminal()
 {
-    int ours = -1;
-    int programs = -1;
-    if (openpty(&ours, &programs, nullptr, nullptr, nullptr) != 0)
+    int testSide = -1;
+    int programSide = -1;
+    if (openpty(&testSide, &programSide, nullptr, nullptr, nullptr) != 0)
         return std::string("no pseudo-terminal: openpty: ") + std::strerror(errno);
-    close(ours);
-    close(programs);
+    close(testSide);
+    close(programSide);
     return {};
 }
 
