@@ -255,7 +255,7 @@ void ShowPlant(const Compartment& stored)
     constexpr std::size_t careShown = 5;
     constexpr std::size_t eventsShown = 8;
 
-    std::vector<std::vector<std::string>> rows = {{"Date", "Care", "Product", "Amount", "EC", "pH", "Run-off"}};
+    std::vector<std::vector<std::string>> rows = {{"Date", "Care", "Product", "Amount", "EC", "pH", "Runoff"}};
     for (std::size_t i = 0; i < std::min(careShown, stored.Care.size()); ++i)
     {
         const PlantCareEntry& entry = stored.Care[i];
