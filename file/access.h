@@ -1,4 +1,4 @@
-// How the other files of this library reach a journal file, and how they report what fails.
+// Opens journal files and reports failures, for the other files of this library.
 #pragma once
 
 #include "plant_file.h"
@@ -13,7 +13,7 @@
 namespace plant_file
 {
 
-// Why a public function ends early. Attempt() makes a result of it, so that it never leaves the library.
+// The failure of a public function. Attempt() converts it to a result, so that it never leaves the library.
 struct Failure
 {
     int Code;           // SQLite's
@@ -23,7 +23,7 @@ struct Failure
 
 [[noreturn]] void Fail(const std::string& step, const std::string& reason);
 [[noreturn]] void FailWithErrorOf(sqlite3* db, const std::string& step);
-// Fails with the reason in errno where a call of the system is not done.
+// Fails with the reason in errno unless the system call is done.
 void RequireSystemCall(bool done, const char* step);
 
 // Runs `work` and returns its failure as the result for `file`.
@@ -63,7 +63,7 @@ class Connection
     std::int64_t RemainingWork = 0; // in thousands of SQLite's instructions
 };
 
-// What is read in its scope is of one moment.
+// All reads in its scope see the same state of the file.
 class ReadTransaction
 {
   public:

@@ -22,7 +22,7 @@ bool IsEventType(const std::string& name)
     return PlantEventTypeName(PlantEventTypeFromName(name)) == name;
 }
 
-// The event types that a newer version may have brought: those in quotes in the table's definition, and those in rows.
+// The event types that a newer version may have added: those in quotes in the table's definition, and those in rows.
 std::set<std::string> UnknownEventTypes(sqlite3* db, const std::string& definition, InspectionExtent extent)
 {
     std::set<std::string> types;

@@ -1,4 +1,4 @@
-// What kind of file a connection has open.
+// Determines the kind of an open file.
 #pragma once
 
 #include "plant_file.h"

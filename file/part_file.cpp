@@ -31,7 +31,7 @@ std::string CopyOf(const std::string& lock)
     return lock + std::string(CopySuffix);
 }
 
-// Whether the file still has a name. A file that cannot be looked at has none.
+// Whether the file still has a name. False if it cannot be examined.
 bool HasName(int descriptor)
 {
     struct stat status = {};
@@ -39,7 +39,7 @@ bool HasName(int descriptor)
     return status.st_nlink > 0;
 }
 
-// Whether the file is a regular one of no bytes, as a lock file is. False where it cannot be looked at.
+// Whether the file is an empty regular file, like a lock file. False if it cannot be examined.
 bool IsEmptyFile(const std::string& path)
 {
     struct stat status = {};

@@ -2,11 +2,11 @@
 /// Functions for whole journal files: inspect a file, check a journal, back it up.
 ///
 /// No function here migrates a file or changes its contents. Each function opens its own connection and closes it
-/// before it returns. It throws nothing but `std::bad_alloc` and what a callback throws; the connection is closed then,
-/// too. Where another process or thread holds a lock, a function waits for it for up to 2.5 seconds. Threads: any
-/// function may run on any thread, and several may run at once, also while the program has the journal open. Paths are
-/// UTF-8 and always name a file: `:memory:` and `file:...` have no other meaning here. An empty path, or a path that
-/// contains a zero byte, is an error. For POSIX systems.
+/// before it returns. It throws only `std::bad_alloc` and the exceptions of a callback; it closes the connection then,
+/// too. Where another process or thread holds a lock, a function waits up to 2.5 seconds. Threads: any function may run
+/// on any thread, and several may run at once, even while the program has the journal open. Paths are UTF-8. `:memory:`
+/// and `file:...` are ordinary file names here. An empty path, or a path that contains a zero byte, is an error. The
+/// library requires a POSIX system.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-/// Marks what a shared library exports. All other symbols are hidden.
+/// Marks the functions that the shared library exports. All other symbols are hidden.
 #define PLANTJOURNAL_FILE_API __attribute__((visibility("default")))
 
 /// The result of a call.
@@ -43,7 +43,7 @@ enum class PlantFileKind : std::int32_t
     Locked        ///< Another process locked it for longer than 2.5 seconds.
 };
 
-/// The enumerator's name; "Missing" for a number outside.
+/// The name of the enumerator; "Missing" for any other number.
 PLANTJOURNAL_FILE_API const char* PlantFileKindName(PlantFileKind kind);
 
 /// The number of rows of a table.
@@ -80,11 +80,11 @@ struct PlantFileInspection
 PLANTJOURNAL_FILE_API PlantFileResult InspectPlantDatabase(const std::string& path, PlantFileInspection& out);
 
 /// Inspects the file at `path` by its schema alone. Reads no row, so the cost does not depend on the number of rows.
-/// For the start of a program, and for the first screen of a front end.
+/// Use it at the start of a program, and for the first screen of a front end.
 ///
 /// `Tables`, `FirstDate` and `LastDate` stay empty. All other members are as InspectPlantDatabase() fills them in, with
-/// two exceptions, which only rows show: a table whose contents are damaged is not found, and neither is a row with an
-/// unknown event type. The schema keeps such rows out unless `EventTypesUnchecked` is true; call InspectPlantDatabase()
+/// two exceptions: this function does not find a table with damaged contents, and it does not find a row with an
+/// unknown event type. The schema prevents such a row unless `EventTypesUnchecked` is true; call InspectPlantDatabase()
 /// then.
 /// @param path  As InspectPlantDatabase().
 /// @param out  As InspectPlantDatabase().
@@ -96,7 +96,7 @@ enum class PlantFindingKind : std::int32_t
 {
     Damage,          ///< Found by SQLite's integrity check.
     ForeignKey,      ///< A row refers to a row that does not exist. Found by SQLite's foreign-key check.
-    UnknownName,     ///< A stored name of no enumerator. It reads as the default.
+    UnknownName,     ///< A stored name without an enumerator. It reads as the default.
     Severity,        ///< A severity outside 1 to 5.
     LineageCycle,    ///< A plant that descends from itself.
     MissingMother,   ///< A plant whose mother does not exist.
@@ -106,7 +106,7 @@ enum class PlantFindingKind : std::int32_t
     MissingPhotoFile ///< A photo whose file does not exist. A relative path starts at the journal's directory.
 };
 
-/// The enumerator's name; "Damage" for a number outside.
+/// The name of the enumerator; "Damage" for any other number.
 PLANTJOURNAL_FILE_API const char* PlantFindingKindName(PlantFindingKind kind);
 
 /// One thing that is wrong.
@@ -120,11 +120,11 @@ struct PlantFileFinding
 
 /// Checks the journal at `path`. Repairs nothing, changes no byte of it and creates no file.
 ///
-/// In a journal with an earlier schema, the tables and columns that exist are checked. A file that is foreign only for
-/// its event types is checked, too. A row with several things wrong gives one finding for each. While the check runs,
-/// others can read the file; a write waits.
+/// In a journal with an earlier schema, the tables and columns that exist are checked. A file that is foreign only
+/// because of its event types is checked, too. A row with several defects has one finding for each. While the check
+/// runs, other processes can read the file, but a write waits.
 /// @param path  The journal.
-/// @param out  Written back in every case; after an error, the findings up to there.
+/// @param out  Written back in every case. After an error, it contains the findings so far.
 /// @return An error where the file is not a journal, is interrupted, cannot be read to its end, or is locked.
 PLANTJOURNAL_FILE_API PlantFileResult CheckPlantDatabase(const std::string& path, std::vector<PlantFileFinding>& out);
 
@@ -132,23 +132,25 @@ PLANTJOURNAL_FILE_API PlantFileResult CheckPlantDatabase(const std::string& path
 enum class PlantBackUpMode : std::int32_t
 {
     Keep,     ///< Return an error.
-    Overwrite ///< Replace it once the new file is complete. No other process may have it open: its writes would be
-              ///< lost.
+    Overwrite ///< Replace it once the new file is complete. No other process may have the old file open, because its
+              ///< writes would be lost.
 };
 
-/// Called repeatedly with the number of pages that are copied, `done`, of `total`; the last time with `done == total`.
-/// Both numbers can decrease where another process writes.
+/// Called repeatedly with the number of copied pages, `done`, and of all pages, `total`. In the last call they are
+/// equal. Both numbers can decrease while another process writes.
 /// @return Whether to continue.
 using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t total)>;
 
-/// Copies the journal `source` to `destination`, as it is at one moment, also while others use it. The copy of an older
-/// journal has the same earlier schema. An interrupted write in the source is rolled back first, as by any open.
+/// Copies the journal `source` to `destination`, as it is at one moment, even while other processes use it. The copy of
+/// an older journal has the same earlier schema. An interrupted write in the source is rolled back first, as by any
+/// open.
 ///
 /// The function makes the copy in a file next to the destination, checks it, syncs it, and then renames it. The copy
-/// has the source's permissions. Nothing is locked between two calls of `progress`. Where others write so often that
-/// the copying has restarted three times, the rest is copied in one step, and writers wait.
+/// has the source's permissions. The source is not locked while `progress` runs. After writes of other processes have
+/// restarted the copying three times, the rest is copied in one step, and writers wait.
 /// @param source  The journal, as for InspectPlantDatabase().
-/// @param destination  The copy's file. Its directory must exist. A symbolic link stays and leads to the copy.
+/// @param destination  The copy's file. Its directory must exist. A symbolic link stays, and its target becomes the
+/// copy.
 /// @param progress  May be empty. Where it returns `false`, the backup ends with the error "interrupted".
 /// @param mode  What to do with an existing destination.
 /// @return An error where the source is not a journal, is damaged or cannot be read; where the destination exists (in
@@ -158,7 +160,8 @@ using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t t
 /// directory`, the copy is complete and in place, but a power loss may remove it.
 ///
 /// A killed process leaves its unfinished copy. Its files are named like the destination, with `.part-` and at least
-/// six characters after it. The next backup to the same destination removes them. It leaves those of a living process.
+/// six characters after it. The next backup to the same destination removes them. It does not remove the files of a
+/// running process.
 PLANTJOURNAL_FILE_API PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string& destination,
                                                           const PlantBackUpProgress& progress = {},
                                                           PlantBackUpMode mode = PlantBackUpMode::Keep);
