@@ -165,13 +165,13 @@ TEST_F(ManualTest, TheManualDescribesEveryCommandAndFlag)
                 {
                     ++flags;
                     const std::string name = flag.substr(2, flag.find(' ', 2) - 2);
-                    EXPECT_NE(section.find(".B " + InRoff(name) + '\n'), std::string::npos) << title << name;
+                    EXPECT_NE(section.find("\\fB" + InRoff(name) + "\\fR"), std::string::npos) << title << name;
                 }
         }
     }
     EXPECT_GT(flags, 100);
     for (const char* general : {R"(\-\-file)", R"(\-\-json)", R"(\-\-version)", R"(\-h,\-\-help)"})
-        EXPECT_NE(Page.find(std::string(".B ") + general), std::string::npos) << general;
+        EXPECT_NE(Page.find("\\fB" + std::string(general) + "\\fR"), std::string::npos) << general;
 }
 
 TEST_F(ManualTest, TheManualHasExamplesAndNotes)

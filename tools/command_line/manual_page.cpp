@@ -37,9 +37,10 @@ void WriteOptions(std::ostream& page, const CLI::App& app, bool withHelp)
             continue;
         else
         {
-            page << ".TP\n.B " << Escaped(option->get_name(false, true)) << '\n';
+            page << ".TP\n\\fB" << Escaped(option->get_name(false, true)) << "\\fR";
             if (option->get_expected_max() > 0)
-                page << ".I " << Escaped(option->get_type_name()) << '\n';
+                page << " \\fI" << Escaped(option->get_type_name()) << "\\fR";
+            page << '\n';
         }
         page << Escaped(option->get_description()) << '\n';
     }
@@ -69,7 +70,7 @@ std::string ManualPage(const CLI::App& program)
 {
     std::ostringstream page;
     page << ".TH PLANTJOURNAL 1 \"\" \"plantjournal " PLANTJOURNAL_VERSION "\"\n"
-         << ".ad l\n" // justified text would have wide gaps, since lists of names hold few blanks
+         << ".ad l\n" // justified lines of long names would have wide gaps
          << ".SH NAME\nplantjournal \\- " << Escaped(program.get_description()) << '\n'
          << ".SH SYNOPSIS\n.B plantjournal\n[\\fIOPTION\\fR...] \\fICOMMAND\\fR [\\fIARGUMENT\\fR...]\n"
          << ".SH OPTIONS\n";
