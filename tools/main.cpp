@@ -17,7 +17,7 @@ namespace
 
 void AddCommands(CLI::App& program, Session& session)
 {
-    AddFlag(program, {"--file", "the journal file", "FILE"}, session.File);
+    AddFlag(program, {"--file", "journal file", "FILE"}, session.File);
     AddSwitch(program, "--json", "print JSON", session.AsJSON);
     AddPlantCommands(program, session);
     AddTimelineCommand(program, session);
@@ -34,8 +34,7 @@ int main(int argc, char** argv)
 {
     try
     {
-        static_cast<void>(
-            std::setlocale(LC_CTYPE, "C.UTF-8")); // the width of letters; the journal is UTF-8 wherever it is read
+        static_cast<void>(std::setlocale(LC_CTYPE, "C.UTF-8")); // for the width of letters; a journal is always UTF-8
         CatchInterrupts();
         Session session;
         return RunProgram({std::next(argv), std::next(argv, argc)},
@@ -47,7 +46,7 @@ int main(int argc, char** argv)
         std::istringstream lines(error.what());
         std::string line;
         std::getline(lines, line);
-        std::cerr << "plantjournal: " << Printable(line) << '\n'; // it may hold texts of the journal
+        std::cerr << "plantjournal: " << Printable(line) << '\n'; // it may contain texts of the journal
         while (std::getline(lines, line))
             std::cerr << Printable(line) << '\n';
         return 1;

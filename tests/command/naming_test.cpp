@@ -63,7 +63,7 @@ TEST_F(NamingTest, AnAmbiguousOrUnknownNameListsTheCandidates)
     EXPECT_NE(either.find(basil), std::string::npos) << either;
     EXPECT_NE(either.find("\n  cccc0004-"), std::string::npos) << either;
     EXPECT_EQ(Refused({"plant", "show", "basil"}), "plantjournal: \"basil\": no plant has this name or UUID; "
-                                                   "name one of these by its UUID:" +
+                                                   "these names differ only in letter case:" +
                                                        basil);
     EXPECT_EQ(Refused({"plant", "show", "Bas"}),
               "plantjournal: \"Bas\": no plant has this name or UUID; `plantjournal plant list` shows all plants\n");

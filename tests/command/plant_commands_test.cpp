@@ -176,7 +176,7 @@ TEST_F(BasilTest, AStrainIsAddedListedChangedAndDeleted)
     EXPECT_EQ(Parsed({"strain", "list"}).size(), 1U);
 }
 
-TEST_F(BasilTest, AStrainIsSummarized)
+TEST_F(BasilTest, AStrainIsSummarised)
 {
     Done({"plant", "add", "Other", "--strain", "Genovese", "--stage", "dry"});
     Done({"harvest", "add", "Basil", "--dry-weight-g", "50", "--quality-rating", "7"});

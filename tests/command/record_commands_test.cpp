@@ -188,7 +188,7 @@ TEST_P(FamilyCommandTest, ANewRecordHasTodaysDateAndBelongsToItsPlant)
     Done({"plant", "add", "Mint"});
     Words others = OfIt("delete", {"--yes"});
     others.at(2) = "Mint";
-    EXPECT_NE(Refused(others).find("Mint has no "), std::string::npos);
+    EXPECT_NE(Refused(others).find("Mint: the plant has no "), std::string::npos);
     EXPECT_EQ(Parsed({GetParam().Name, "list", "Mint"}), JSON::array());
 }
 

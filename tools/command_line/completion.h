@@ -8,5 +8,5 @@ namespace CLI
 class App;
 }
 
-// Returns what can stand in place of the last of `words`, which may be incomplete; the other words come before it.
+// Returns the completions of the last word. The other words are the command line before it.
 std::vector<std::string> Completions(const CLI::App& program, std::vector<std::string> words);

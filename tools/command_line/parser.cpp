@@ -32,7 +32,14 @@ void AddArgument(CLI::App& command, const std::string& name, const std::string& 
 
 void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::int64_t& value)
 {
-    command.add_option(name, value, help)->required()->type_name("");
+    command.add_option(name, value, help)
+        ->required()
+        ->type_name("")
+        ->check(
+            [](const std::string& text) {
+                return CLI::TypeValidator<std::int64_t>("")(text).empty() ? ""
+                                                                          : '"' + text + "\" is not a whole number";
+            });
 }
 
 void AddFlag(CLI::App& command, const Flag& flag, std::optional<std::string>& value)

@@ -12,7 +12,7 @@ class App;
 
 // How commands, arguments and flags are declared. Only this directory includes the parser's own headers.
 
-// Adds a group of commands; a command line must go on with one of them.
+// Adds a group of commands. The command line must name one of them.
 CLI::App& AddGroup(CLI::App& program, const std::string& name, const std::string& purpose);
 
 // Adds a command that runs `act` once the whole command line has been read. The examples, one a line, leave out the

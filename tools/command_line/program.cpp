@@ -27,6 +27,19 @@ std::vector<std::string> ParserOrder(const std::vector<std::string>& arguments)
     return ordered;
 }
 
+// Prints the words that the parser does not know, in the order of the command line. False where it knows all of them.
+bool RefuseUnknownWords(const CLI::App& program)
+{
+    const std::vector<std::string> unknown = program.remaining(true);
+    if (unknown.empty())
+        return false;
+    std::string message = "unknown command or argument:";
+    for (const std::string& word : unknown)
+        message += ' ' + word;
+    program.exit(CLI::ParseError(message, CLI::ExitCodes::ExtrasError));
+    return true;
+}
+
 } // namespace
 
 int RunProgram(const std::vector<std::string>& arguments, const std::function<void(CLI::App&)>& addCommands)
@@ -50,11 +63,14 @@ int RunProgram(const std::vector<std::string>& arguments, const std::function<vo
         }
         catch (const CLI::RequiredError& mistake)
         {
-            // An unknown word is the likelier mistake than the missing one.
-            if (const std::vector<std::string> unknown = program.remaining(true); !unknown.empty())
-                program.exit(CLI::ExtrasError(unknown));
-            else
+            // An unknown word is a more likely mistake than a missing word.
+            if (!RefuseUnknownWords(program))
                 program.exit(mistake);
+            return 2;
+        }
+        catch (const CLI::ExtrasError&)
+        {
+            RefuseUnknownWords(program);
             return 2;
         }
         catch (const CLI::ParseError& mistake) // also thrown for --help and --version

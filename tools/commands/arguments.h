@@ -13,7 +13,7 @@ struct Arguments
     std::string Plant;
     std::string Name;
     std::int64_t ID = 0;
-    std::optional<std::string> Newest; // at most this many records of each plant
+    std::optional<std::string> Newest; // only this many of the newest records of each plant
     bool Yes = false;
 };
 

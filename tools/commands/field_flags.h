@@ -101,7 +101,7 @@ template <typename Record> class FieldFlags
     std::deque<GivenText> Given; // the parser keeps references to the texts
 };
 
-// What a command that writes a record was given.
+// The arguments of a command that writes a record.
 template <typename Record> struct Request
 {
     Arguments Given;
@@ -112,5 +112,5 @@ template <typename Record> struct Request
 template <typename Record> void RequireAnyField(const Request<Record>& request)
 {
     if (!request.Fields->Any())
-        RefuseUsage("no field to change was given");
+        RefuseUsage("no field to change; give at least one option that sets a field");
 }

@@ -105,7 +105,7 @@ void AddFileCommands(CLI::App& program, Session& session)
     AddCommand(program, "info", "Describe the journal file without changing it", "info\ninfo --file old.db --json",
                [&session] { ShowInspection(session); });
     AddCommand(program, "check",
-               "Check the journal for errors without changing it; the exit status is 1 if any is found",
+               "Check the journal for errors without changing it; the exit status is 1 if it finds any",
                "check\ncheck --json", [&session] { ShowFindings(session); });
 
     struct BackUpArguments
@@ -115,9 +115,9 @@ void AddFileCommands(CLI::App& program, Session& session)
     };
     auto wanted = std::make_shared<BackUpArguments>();
     CLI::App& backUp =
-        AddCommand(program, "backup", "Back up the journal, also while other programs use it",
+        AddCommand(program, "backup", "Back up the journal, even while other programs use it",
                    "backup /media/stick/journal.db\nbackup --overwrite journal.bak",
                    [&session, wanted] { BackUp(session.Path(), wanted->Destination, wanted->Overwrite); });
-    AddArgument(backUp, "DESTINATION", "the file of the backup", wanted->Destination);
-    AddSwitch(backUp, "--overwrite", "replace an existing file", wanted->Overwrite);
+    AddArgument(backUp, "DESTINATION", "the backup file to write", wanted->Destination);
+    AddSwitch(backUp, "--overwrite", "replace the file if it exists", wanted->Overwrite);
 }

@@ -29,7 +29,7 @@ std::string MotherRule(const Plant& plant)
 void AddPlant(Session& session, const Request<Plant>& request)
 {
     Plant plant;
-    request.Fields->Apply(session, FlagsFor::Add, plant); // first, since a journal created here would have no mother
+    request.Fields->Apply(session, FlagsFor::Add, plant); // first: an unknown mother must not create a journal
     session.Require(session.Write().CreatePlant(plant), "the plant could not be added" + MotherRule(plant));
     PrintStored(session, plant, true);
 }

@@ -13,7 +13,7 @@
 #include <type_traits>
 #include <utility>
 
-// The records of a plant: six kinds, one set of commands.
+// The commands for the six kinds of records of a plant.
 
 namespace
 {
@@ -54,15 +54,15 @@ template <typename Record> void PrintRecordsOfAllPlants(Session& session, std::s
     PrintTable(std::cout, columns, rows);
 }
 
-// The record that `edit` or `delete` is about.
+// Finds the record that `edit` or `delete` changes.
 template <typename Record> Record FindRecord(Session& session, const Plant& plant, std::int64_t id)
 {
     for (Record& record : RecordsOf<Record>(session, plant))
         if (OnePerPlant<Record> || record.ID == id)
             return std::move(record);
-    throw Refusal(DisplayName(plant) + " has no " + NounOf<Record>() +
-                  (OnePerPlant<Record> ? std::string() : " " + std::to_string(id)) + "; `plantjournal " +
-                  Describe<Record>().Command + " list` shows all");
+    throw Refusal(DisplayName(plant) + ": the plant has no " + NounOf<Record>() +
+                  (OnePerPlant<Record> ? std::string() : " with the row ID " + std::to_string(id)) +
+                  "; `plantjournal " + Describe<Record>().Command + " list` shows the existing ones");
 }
 
 // Prints the whole record with --json, else only the row ID of a new one.
@@ -79,7 +79,7 @@ template <typename Record> void AddRecord(Session& session, const Request<Record
     PlantRepository& repository = session.Read(); // a missing journal has no plant, and so is not created
     Plant plant = FindPlant(session, request.Given.Plant);
     if (OnePerPlant<Record> && !RecordsOf<Record>(session, plant).empty())
-        throw Refusal(DisplayName(plant) + " already has a " + NounOf<Record>() + "; `plantjournal " +
+        throw Refusal(DisplayName(plant) + ": the plant already has a " + NounOf<Record>() + "; `plantjournal " +
                       Describe<Record>().Command + " edit` changes it");
     record.PlantUUID = plant.UUID;
     request.Fields->Apply(session, FlagsFor::Add, record);
@@ -112,7 +112,7 @@ template <typename Record> void AddArguments(CLI::App& command, Arguments& given
 {
     AddPlantArgument(command, given);
     if (chosen && !OnePerPlant<Record>)
-        AddArgument(command, "ID", "its row ID, as `list` shows it", given.ID);
+        AddArgument(command, "ID", "row ID, as `list` shows it", given.ID);
 }
 
 std::size_t LimitFrom(const std::optional<std::string>& text)
@@ -147,9 +147,9 @@ void AddFamily(CLI::App& program, Session& session, const std::string& purpose, 
                    });
     AddPlantArgument(list, *of, Need::Optional);
     AddFlag(list,
-            {"--newest", "at most this many records of each plant", "NUMBER", Need::Optional,
+            {"--newest", "list only this many of the newest records of each plant", "NUMBER", Need::Optional,
              [](const std::string& text)
-             { return IsDigits(text) ? "" : InQuotes(text) + " is not a number of records"; }},
+             { return IsDigits(text) ? "" : InQuotes(text) + " is not a number of records; write a whole number"; }},
             of->Newest);
 
     auto toAdd = std::make_shared<Request<Record>>();
@@ -198,7 +198,7 @@ void AddRecordCommands(CLI::App& program, Session& session)
                               "--amount-ml 450");
     AddFamily<PlantEvent>(program, session, "Timeline events", "\"into the big tent\" --type transplant",
                           "--event-date 2026-05-01");
-    AddFamily<HarvestRecord>(program, session, "Harvest records, one for each plant",
+    AddFamily<HarvestRecord>(program, session, "Harvest records, at most one for each plant",
                              "--wet-weight-g 410 --dry-weight-g 96.5", "--quality-rating 8");
     AddFamily<PlantPhoto>(program, session, "Photos, stored as the paths of their files",
                           "photos/basil.jpg --caption \"first flower\"", "--caption \"second flower\"");

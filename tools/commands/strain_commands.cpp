@@ -13,7 +13,7 @@ namespace
 
 void AddNameArgument(CLI::App& command, Arguments& arguments)
 {
-    AddArgument(command, "NAME", "the strain's name", arguments.Name);
+    AddArgument(command, "NAME", "name of the strain", arguments.Name);
 }
 
 void PrintStored(const Session& session, const Strain& strain)
@@ -26,7 +26,7 @@ void ShowStrain(Session& session, const std::string& name)
 {
     StrainSummary summary;
     session.Require(session.Read().GetStrainSummary(FindStrain(session, name).ID, summary),
-                    "the strain cannot be summarized");
+                    "the strain cannot be summarised");
     PrintInFull(session, summary);
 }
 
@@ -65,7 +65,7 @@ void AddStrainCommands(CLI::App& program, Session& session)
                [&session] { PrintRecords(session, AllStrains(session)); });
 
     auto toShow = std::make_shared<Arguments>();
-    AddNameArgument(AddCommand(group, "show", "Summarize a strain's plants and harvests", "strain show Genovese",
+    AddNameArgument(AddCommand(group, "show", "Summarise the plants and harvests of a strain", "strain show Genovese",
                                [&session, toShow] { ShowStrain(session, toShow->Name); }),
                     *toShow);
 
@@ -75,7 +75,7 @@ void AddStrainCommands(CLI::App& program, Session& session)
                           FlagsFor::Add);
 
     auto toEdit = std::make_shared<Request<Strain>>();
-    CLI::App& edit = AddCommand(group, "edit", "Change a strain; its plants get a new name, too",
+    CLI::App& edit = AddCommand(group, "edit", "Change a strain; a new name also replaces the old one in its plants",
                                 "strain edit Genovese --name \"Genovese Gigante\" --flowering-weeks 9",
                                 [&session, toEdit] { EditStrain(session, *toEdit); });
     AddNameArgument(edit, toEdit->Given);

@@ -22,7 +22,7 @@ struct TimelineItem
     JSON Record;
 };
 
-// All records of a plant. Care entries and harvest records stand for the timeline events that mirror them.
+// All records of a plant. A care entry or harvest record is shown instead of its timeline event.
 class Timeline
 {
   public:

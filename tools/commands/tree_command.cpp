@@ -81,7 +81,7 @@ void ShowTree(Session& session, const std::string& named)
     };
     for (const Plant& root : roots)
         show(root);
-    if (named.empty()) // plants that only a cycle leads to
+    if (named.empty()) // plants in a cycle and their descendants
         for (const Plant& plant : plants)
             if (!shown.contains(plant.UUID))
                 show(plant);

@@ -37,13 +37,17 @@ Plant FindPlant(Session& session, const std::string& named)
     if (found.size() == 1)
         return found.front();
 
+    const bool known = !found.empty();
     std::string message = InQuotes(Printable(named)) + ": several plants match";
-    if (found.empty())
+    if (!known)
     {
         message = InQuotes(Printable(named)) + ": no plant has this name or UUID";
         found = keep([&](const Plant& plant) { return !named.empty() && EqualIgnoringCase(plant.Name, named); });
     }
-    message += found.empty() ? "; `plantjournal plant list` shows all plants" : "; name one of these by its UUID:";
+    if (found.empty())
+        message += "; `plantjournal plant list` shows all plants";
+    else
+        message += known ? "; name one of these by its UUID:" : "; these names differ only in letter case:";
     for (const Plant& plant : found)
         message += "\n  " + Printable(plant.UUID + "  " + DisplayName(plant) + "  " + plant.Strain);
     throw Refusal(message);
@@ -56,7 +60,8 @@ Strain FindStrain(Session& session, const std::string& name)
         if (strain.Name == name)
             return std::move(strain);
     if (strains.empty())
-        throw Refusal("the journal has no strains; `plantjournal strain add NAME` adds one");
+        throw Refusal(InQuotes(Printable(name)) +
+                      ": the journal has no strains; `plantjournal strain add NAME` adds one");
     std::string message = InQuotes(Printable(name)) + ": no strain has this name; the strains are:";
     for (const Strain& strain : strains)
         message += "\n  " + Printable(strain.Name);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-// Finding what a person names.
+// Finds plants and strains by what the user types.
 
 std::vector<Plant> AllPlants(Session& session);
 std::vector<Strain> AllStrains(Session& session);
