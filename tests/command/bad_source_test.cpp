@@ -51,8 +51,8 @@ TEST_P(BadJSONTest, IsReportedWithItsPlacesAndNotImported)
     std::string expected;
     for (const std::string& message : GetParam().Messages)
         expected += "source.json:" + places.at(message.at(0)) + message.substr(1) + '\n';
-    expected += "plantjournal: source.json: bad values: " + std::to_string(GetParam().Messages.size()) +
-                "; nothing was imported\n";
+    expected +=
+        "plantjournal: source.json: errors: " + std::to_string(GetParam().Messages.size()) + "; nothing was imported\n";
     EXPECT_EQ(RefusedText(text), expected);
 }
 
@@ -74,8 +74,9 @@ INSTANTIATE_TEST_SUITE_P(
                   R"({"Plants": [{"Name": ^anull,
 "Tent": ^btrue},{"Name": ^c{"Hex": "zz"}},
 {"Name": ^d{"Hex": "fff"}}]})",
-                  {"a: null is not a value", "b: true and false are not values",
-                   "c: \"zz\" are not bytes in hexadecimal digits", "d: \"fff\" are not bytes in hexadecimal digits"}},
+                  {"a: null is not allowed", "b: true and false are not allowed",
+                   "c: \"zz\" is not hexadecimal; write two digits for each byte",
+                   "d: \"fff\" is not hexadecimal; write two digits for each byte"}},
         BadSource{"Numbers",
                   R"({"HarvestRecords":[{"PlantUUID":"0b0b0b0b-0000-4000-8000-000000000002",
 "SeedYield":^a3000000000,
@@ -86,18 +87,20 @@ INSTANTIATE_TEST_SUITE_P(
         BadSource{"ZeroByte",
                   R"({"Plants":[{"Name":^a"x\u0000b"},{"Name":^b{"Hex":"00"}}]})",
                   {"a: Name: contains a zero byte", "b: Name: contains a zero byte"}},
-        BadSource{"FieldsAndTables",
-                  R"(^c{"Plants":[{"Nme":^a"x"},{"Name":"x","Name":^b"y"}],"Animals":[{"Name":"dog"}]})",
-                  {"a: Plants has no field \"Nme\"", "b: Name occurs twice", "c: there is no table \"Animals\""}},
+        BadSource{
+            "FieldsAndTables",
+            R"(^c{"Plants":[{"Nme":^a"x"},{"Name":"x","Name":^b"y"}],"Animals":[{"Name":"dog"}]})",
+            {"a: Plants has no field \"Nme\"", "b: Name occurs twice", "c: \"Animals\" is not a table of the journal"}},
         BadSource{"TwoTables", R"({"Plants":[],"Plants":^a[]})", {"a: the table \"Plants\" occurs twice"}},
         BadSource{"Relations",
                   R"({"Plants":[{"UUID":"x","Name":"x","MotherPlantUUID":^a"none"}],
 "PlantEvents":[{"PlantUUID":"x","ID":1},{"PlantUUID":^c"y","ID":^b1}],
 "PlantCareEntries":[{"PlantUUID":^d"z"},{"PlantUUID":"x","TimelineEventID":^e7}],
 "PlantJournalEntries":[^f{"Details":"of nobody"}]})",
-                  {"a: MotherPlantUUID: there is no plant \"none\"", "b: ID: 1 occurs twice",
-                   "c: PlantUUID: there is no plant \"y\"", "d: PlantUUID: there is no plant \"z\"",
-                   "e: TimelineEventID: there is no event 7 in this import", "f: PlantUUID: there is no plant \"\""}},
+                  {"a: MotherPlantUUID: no plant has the UUID \"none\"", "b: ID: 1 occurs twice",
+                   "c: PlantUUID: no plant has the UUID \"y\"", "d: PlantUUID: no plant has the UUID \"z\"",
+                   "e: TimelineEventID: no event of this import has the row ID 7",
+                   "f: PlantUUID: no plant has the UUID \"\""}},
         BadSource{"Twice",
                   R"({"Strains":[{"Name":^a""},{"Name":"s"},{"Name":^b"s"}],
 "Plants":[{"UUID":^c"0b0b0b0b-0000-4000-8000-000000000001"},{"UUID":"x"},{"UUID":^d"x"}],
@@ -145,16 +148,16 @@ TEST_F(BadCSVTest, EveryBadValueIsReportedWithItsPlace)
     Write("csv/PlantJournalEntries.csv", "PlantUUID\nmaybe in the part that cannot be read\n");
     EXPECT_EQ(
         Refused({"import", "csv"}),
-        "csv/HarvestRecords.csv:2:6: a quoted value is not followed by a comma or the end of the line\n"
-        "csv/PlantEvents.csv:2:4: a quoted value does not end\n"
-        "csv/PlantPhotos.csv:1:1: the line of headings is missing\n"
+        "csv/HarvestRecords.csv:2:6: a comma or the end of the line must follow a quoted value\n"
+        "csv/PlantEvents.csv:2:4: a quoted value has no closing quotation mark\n"
+        "csv/PlantPhotos.csv:1:1: the header line is missing\n"
         "csv/Plants.csv:5:1: 2 values for 3 columns\n"
         "csv/Plants.csv:6:1: 4 values for 3 columns\n"
-        "csv/Animals.csv:1:1: there is no table \"Animals\"\n"
+        "csv/Animals.csv:1:1: \"Animals\" is not a table of the journal\n"
         "csv/Plants.csv:2:3: Stage: \"bad\" is not one of Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived\n"
         "csv/Plants.csv:3:7: FlipHeightCm: \"x y\" is not a number\n"
         "csv/Strains.csv:2:3: Strains has no field \"Weeks\"\n"
-        "plantjournal: csv: bad values: 9; nothing was imported\n");
+        "plantjournal: csv: errors: 9; nothing was imported\n");
 }
 
 } // namespace

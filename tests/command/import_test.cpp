@@ -52,7 +52,7 @@ TEST_F(ImportTest, AnImportWarnsOfWhatCheckFindsInItsRows)
           R"({"PlantPhotos":[{"PlantUUID":"0b0b0b0b-0000-4000-8000-000000000001","FilePath":"missing.jpg"}]})");
     const ProgramResult import = Run({"import", "source.json"});
     EXPECT_EQ(import.Status, 0);
-    EXPECT_EQ(import.Error, "warning: `plantjournal check` finds more than before: 1\n");
+    EXPECT_EQ(import.Error, "warning: new findings of `plantjournal check`: 1; run it to see them\n");
     Sound = false;
 }
 
@@ -63,9 +63,10 @@ TEST_F(ImportTest, ARecordThatCannotBeStoredIsRefusedWithItsPlace)
     Write("care/PlantCareEntries.csv", "PlantUUID,CareDate\n,2026-05-01\n");
     Write("harvests/HarvestRecords.csv", "Notes\nnone\n");
     EXPECT_EQ(Refused({"import", "care"}),
-              "plantjournal: care/PlantCareEntries.csv:2:1: the journal cannot store it; nothing was changed\n");
-    EXPECT_EQ(Refused({"import", "harvests"}),
-              "plantjournal: harvests/HarvestRecords.csv:2:1: the journal cannot store it; nothing was changed\n");
+              "plantjournal: care/PlantCareEntries.csv:2:1: the journal cannot store this row; nothing was changed\n");
+    EXPECT_EQ(
+        Refused({"import", "harvests"}),
+        "plantjournal: harvests/HarvestRecords.csv:2:1: the journal cannot store this row; nothing was changed\n");
 }
 
 TEST_F(ImportTest, AnImportAddsStrainsAndEventsAsTheCommandsDo)
@@ -115,8 +116,9 @@ TEST_F(ImportTest, DatesThatDoNotSortAreImportedWithAWarning)
           "Name,UUID,SeedDate,FlipDate,HarvestDate\nBasil,b1,spring,2026-05-01,\nMint,b2,2026,2026-02-30,2026-05\n");
     const ProgramResult import = Run({"import", "csv"});
     EXPECT_EQ(import.Status, 0);
-    EXPECT_EQ(import.Error, "warning: csv/Plants.csv:2:10: SeedDate: \"spring\" does not sort as a date\n"
-                            "warning: csv/Plants.csv:3:14: FlipDate: \"2026-02-30\" does not sort as a date\n");
+    EXPECT_EQ(import.Error,
+              "warning: csv/Plants.csv:2:10: SeedDate: \"spring\" is not a date; it is imported as text\n"
+              "warning: csv/Plants.csv:3:14: FlipDate: \"2026-02-30\" is not a date; it is imported as text\n");
     EXPECT_EQ(Parsed({"plant", "show", "b1"}).at("SeedDate"), "spring");
 }
 
@@ -133,13 +135,13 @@ TEST_F(ImportTest, AStrainThatTheJournalHasIsNotAddedAgain)
                                R"("Breeder":"Riviera","FloweringWeeks":9,"Notes":"small leaves")"})
         EXPECT_EQ(RefusedText(R"({"Strains":[{"Name":"Genovese",)" + std::string(others) + "}]}"),
                   "source.json:1:21: Name: the journal already has \"Genovese\" with other values\n"
-                  "plantjournal: source.json: bad values: 1; nothing was imported\n");
+                  "plantjournal: source.json: errors: 1; nothing was imported\n");
 }
 
 TEST_F(ImportTest, ADirectoryWithoutCSVFilesIsRefused)
 {
     std::filesystem::create_directory(Scratch.File("empty"));
-    EXPECT_NE(Refused({"import", "empty"}).find("empty: has no CSV file"), std::string::npos);
+    EXPECT_NE(Refused({"import", "empty"}).find("empty: the directory contains no CSV file"), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists(Journal));
 }
 

@@ -17,7 +17,7 @@ void CSVReader::ReadLine(std::vector<CSVCell>& cells)
     } while (Skip(','));
     cells.resize(count);
     if (!AtEnd() && !Skip('\n') && !(Skip('\r') && Skip('\n')))
-        throw BadValue("a quoted value is not followed by a comma or the end of the line");
+        throw BadValue("a comma or the end of the line must follow a quoted value");
 }
 
 bool CSVReader::Skip(char letter)
@@ -47,7 +47,7 @@ void CSVReader::ReadQuotedText(std::string& text)
     {
         const std::size_t mark = Bytes.find('"', Next);
         if (mark == std::string_view::npos)
-            throw BadValue("a quoted value does not end");
+            throw BadValue("a quoted value has no closing quotation mark");
         text += Bytes.substr(Next, mark - Next);
         Next = mark + 1;
         if (!Skip('"'))

@@ -167,7 +167,7 @@ std::string BytesFromHex(const std::string& hex)
         const char* const end = hex.data() + std::min(i + 2, hex.size());
         const std::from_chars_result result = std::from_chars(hex.data() + i, end, byte, 16);
         if (result.ec != std::errc() || result.ptr != end || hex.size() % 2 != 0)
-            throw BadValue(InQuotes(hex) + " are not bytes in hexadecimal digits");
+            throw BadValue(InQuotes(hex) + " is not hexadecimal; write two digits for each byte");
         bytes += static_cast<char>(byte);
     }
     return bytes;

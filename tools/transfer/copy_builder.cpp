@@ -226,7 +226,7 @@ class CopyBuilder
     template <typename Record>
     [[noreturn]] static void Refuse(const ImportedTable<Record>& table, const ImportedRow<Record>& row)
     {
-        throw Refusal(table.Place(row) + "the journal cannot store it; nothing was changed");
+        throw Refusal(table.Place(row) + "the journal cannot store this row; nothing was changed");
     }
 
     template <typename Record> std::int64_t& Count() { return std::get<AddedRows<Record>>(Added).Count; }

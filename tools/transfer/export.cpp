@@ -221,6 +221,6 @@ void AddExportCommand(CLI::App& program, Session& session)
     CLI::App& command = AddCommand(program, "export", "Write all records as JSON, or as a directory of CSV files",
                                    "export journal.json\nexport --csv journal-csv\nexport - | jq '.Plants[].Name'",
                                    [&session, options] { Export(session, options->Destination, options->AsCSV); });
-    AddArgument(command, "DESTINATION", "a new file or directory; - for standard output", options->Destination);
+    AddArgument(command, "DESTINATION", "new file or directory, or - for standard output", options->Destination);
     AddSwitch(command, "--csv", "write a directory with a CSV file for each table", options->AsCSV);
 }

@@ -31,7 +31,7 @@ ImportedTables ReadChecked(Session& session, const std::string& source)
     for (const std::string& error : messages.Errors)
         std::cerr << error << '\n';
     if (!messages.Errors.empty())
-        throw Refusal(source + ": bad values: " + std::to_string(messages.Errors.size()) + "; nothing was imported");
+        throw Refusal(source + ": errors: " + std::to_string(messages.Errors.size()) + "; nothing was imported");
     return tables;
 }
 
@@ -74,7 +74,7 @@ void Import(Session& session, const std::string& source)
     const std::size_t findings = copy.CountNewFindings();
     copy.WriteBack();
     if (findings > 0)
-        std::cerr << "warning: `plantjournal check` finds more than before: " << findings << '\n';
+        std::cerr << "warning: new findings of `plantjournal check`: " << findings << "; run it to see them\n";
     PrintCounts(session, added);
 }
 
@@ -83,8 +83,8 @@ void Import(Session& session, const std::string& source)
 void AddImportCommand(CLI::App& program, Session& session)
 {
     auto source = std::make_shared<std::string>();
-    CLI::App& command =
-        AddCommand(program, "import", "Add all records of an export, or of CSV files of the same form, or none",
-                   "import journal.json\nimport journal-csv", [&session, source] { Import(session, *source); });
-    AddArgument(command, "SOURCE", "a JSON file, or a directory of CSV files", *source);
+    CLI::App& command = AddCommand(
+        program, "import", "Add the records of an export or of CSV files; after an error, the journal is unchanged",
+        "import journal.json\nimport journal-csv", [&session, source] { Import(session, *source); });
+    AddArgument(command, "SOURCE", "JSON file, or directory of CSV files", *source);
 }

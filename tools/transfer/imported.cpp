@@ -30,7 +30,8 @@ class RecordReader : public RawRowReceiver
                          AddRowToTable = [this, &table](const RawRow& row) { AddRecord(row, table); };
                      });
         if (!AddRowToTable)
-            Messages.Errors.push_back(file->Place(0) + ": there is no table " + InQuotes(Printable(name)));
+            Messages.Errors.push_back(file->Place(0) + ": " + InQuotes(Printable(name)) +
+                                      " is not a table of the journal");
     }
 
     void AddRow(const RawRow& row) override
@@ -84,7 +85,7 @@ class RecordReader : public RawRowReceiver
             Messages.Errors.push_back(place() + Printable(bad.what()));
         }
         if ((field.Used == Use::Date || field.Used == Use::Day) && !Text.empty() && !IsDate(Text))
-            Messages.Warnings.push_back(place() + InQuotes(Printable(Text)) + " does not sort as a date");
+            Messages.Warnings.push_back(place() + InQuotes(Printable(Text)) + " is not a date; it is imported as text");
     }
 
     ImportedTables& Tables;

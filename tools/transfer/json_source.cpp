@@ -57,9 +57,9 @@ class ExportHandler
 
     std::size_t Offset = 0; // of the next byte that the parser reads
 
-    bool null() { return RefuseValue("null is not a value"); }
-    bool boolean(bool) { return RefuseValue("true and false are not values"); }
-    bool binary(nlohmann::json::binary_t&) { return Refuse("binary data is not a value"); }
+    bool null() { return RefuseValue("null is not allowed"); }
+    bool boolean(bool) { return RefuseValue("true and false are not allowed"); }
+    bool binary(nlohmann::json::binary_t&) { return Refuse("binary data is not allowed"); }
     bool number_integer(std::int64_t value) { return TakeValue(std::to_string(value)); }
     bool number_unsigned(std::uint64_t value) { return TakeValue(std::to_string(value)); }
     bool number_float(double, const std::string& text) { return TakeValue(text); }

@@ -112,7 +112,8 @@ void CheckMothers(const ImportedTable<Plant>& table, const MotherUUIDs& mothers,
     {
         const std::string& mother = row.Value.MotherPlantUUID;
         if (!mother.empty() && !mothers.contains(mother))
-            errors.push_back(table.Place(row, "MotherPlantUUID") + "there is no plant " + InQuotes(Printable(mother)));
+            errors.push_back(table.Place(row, "MotherPlantUUID") + "no plant has the UUID " +
+                             InQuotes(Printable(mother)));
         if (IsInCycle(row.Value, mothers))
             errors.push_back(table.Place(row, "MotherPlantUUID") + "the plant descends from itself");
     }
@@ -123,7 +124,7 @@ void CheckOwners(const ImportedTable<Record>& table, const MotherUUIDs& plants, 
 {
     for (const ImportedRow<Record>& row : table.Rows)
         if (!plants.contains(row.Value.PlantUUID))
-            errors.push_back(table.Place(row, "PlantUUID") + "there is no plant " +
+            errors.push_back(table.Place(row, "PlantUUID") + "no plant has the UUID " +
                              InQuotes(Printable(row.Value.PlantUUID)));
 }
 
@@ -135,8 +136,8 @@ void CheckEventLinks(const ImportedTable<Record>& table, const ImportedTable<Pla
         known.insert(row.Value.ID);
     for (const ImportedRow<Record>& row : table.Rows)
         if (!known.contains(row.Value.TimelineEventID))
-            errors.push_back(table.Place(row, "TimelineEventID") + "there is no event " +
-                             std::to_string(row.Value.TimelineEventID) + " in this import");
+            errors.push_back(table.Place(row, "TimelineEventID") + "no event of this import has the row ID " +
+                             std::to_string(row.Value.TimelineEventID));
 }
 
 // Checks a field that is unique in the journal. `taken` holds its values there.

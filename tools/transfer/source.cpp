@@ -34,7 +34,7 @@ void ReadCSVRows(const SourceFile& file, RawRowReceiver& receiver, Problems& pro
     try
     {
         if (lines.AtEnd())
-            throw BadValue("the line of headings is missing");
+            throw BadValue("the header line is missing");
         std::vector<CSVCell> headings;
         lines.ReadLine(headings);
         std::vector<CSVCell> cells;
@@ -66,7 +66,7 @@ void ReadCSVDirectory(const std::filesystem::path& path, RawRowReceiver& receive
             files.push_back(entry.path());
     std::sort(files.begin(), files.end());
     if (files.empty())
-        throw Refusal(path.string() + ": has no CSV file");
+        throw Refusal(path.string() + ": the directory contains no CSV file");
     for (const std::filesystem::path& name : files)
     {
         const SourcePointer file = ReadSourceFile(name);
