@@ -6,18 +6,18 @@
 #include <variant>
 #include <vector>
 
-// What a record is made of, said once: flags, tables, JSON, CSV and help are all made from this.
+// The fields of every kind of record. Flags, tables, JSON, CSV and help are generated from them.
 
-// What a field is for, as far as the command treats it differently.
+// How the command treats a field.
 enum class Use
 {
     RowID,  // shown, never set
     Link,   // the row ID of another record: never set
     UUID,   // set when the record is created, or not at all
     Owner,  // the plant's UUID, which every command takes as an argument
-    Mother, // a plant; a person names it as any plant
+    Mother, // the mother plant; a user names it like any plant
     Title,  // identifies the record, never empty: `add` takes it without its flag, too
-    Words,  // the record's text: likewise, but may be empty
+    Words,  // the text of the record: like Title, but may be empty
     Day,    // the date of the record; the default is today
     Date,
     Severity,

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-// Values as texts: what people write and read, and what CSV holds.
+// Conversion of values to and from texts, for users and for CSV.
 
-// Why a text is not a value.
+// The reason why a text is not a valid value.
 class BadValue : public std::runtime_error
 {
   public:
@@ -35,7 +35,7 @@ std::string RoundedTextOf(const ConstValueRef& value);
 void ParseValue(const std::string& text, const ValueRef& out);
 
 bool IsNumber(const ConstValueRef& value);
-// Whether it is an infinite number, which can be stored but not measured.
+// Whether the value is an infinite number. An import accepts it, a flag does not.
 bool IsInfinite(const ConstValueRef& value);
 // The names of an enumeration; empty for other types.
 std::vector<std::string> EnumerationNames(const ConstValueRef& value);

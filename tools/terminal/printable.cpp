@@ -24,7 +24,7 @@ std::vector<Letter> Letters(std::string_view text)
     {
         wchar_t letter = 0;
         const std::size_t length = std::mbrtowc(&letter, text.data(), text.size(), &state);
-        if (length == 0 || length > text.size()) // a zero byte, or none of UTF-8's
+        if (length == 0 || length > text.size()) // a zero byte, or not UTF-8
         {
             letters.push_back({Unprintable, 1});
             text.remove_prefix(1);

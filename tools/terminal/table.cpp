@@ -62,7 +62,7 @@ void PrintTable(std::ostream& out, const std::vector<Column>& columns, const std
         std::size_t total = gap * (widths.size() - 1);
         for (const std::size_t width : widths)
             total += width;
-        for (const std::size_t limit = TerminalWidth(); total > limit; --total) // the widest gives way
+        for (const std::size_t limit = TerminalWidth(); total > limit; --total) // cut the widest column
         {
             const auto widest = std::max_element(widths.begin(), widths.end());
             if (*widest <= narrowest)
