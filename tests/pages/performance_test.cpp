@@ -1,0 +1,78 @@
+// The figures on the page of the benchmarks are within the bars of the benchmarks.
+
+#include "bench/bars.h"
+#include "support/page.h"
+
+#include <algorithm>
+#include <iterator>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using namespace support;
+
+namespace
+{
+
+const std::string Page = "docs/performance.md";
+
+using Cells = std::vector<std::string>;
+
+double NumberOf(std::string cell)
+{
+    std::erase(cell, ',');
+    return std::stod(cell);
+}
+
+// Expects the figures in rows of an operation, its figure and its bar to be within these bars.
+template <std::size_t Count> void ExpectWithin(const bars::Bar (&bars)[Count], const std::vector<Cells>& rows)
+{
+    for (const bars::Bar& bar : bars)
+    {
+        SCOPED_TRACE(bar.Operation);
+        const auto row =
+            std::find_if(rows.begin(), rows.end(), [&](const Cells& cells) { return cells.at(0) == bar.Operation; });
+        if (row == rows.end())
+        {
+            ADD_FAILURE() << Page << " has no such row";
+            continue;
+        }
+        EXPECT_EQ(NumberOf(row->at(2)), bar.Most);
+        EXPECT_LE(NumberOf(row->at(1)), bar.Most);
+    }
+}
+
+TEST(PerformancePageTest, InstructionsAreWithinTheirBars)
+{
+    const std::vector<Cells> rows = TableRows(Page, "## Instructions");
+    ExpectWithin(bars::InstructionRatios, rows);
+    ExpectWithin(bars::Instructions, rows);
+    EXPECT_EQ(rows.size(), std::size(bars::InstructionRatios) + std::size(bars::Instructions));
+}
+
+TEST(PerformancePageTest, AllocationsAreWithinTheirBars)
+{
+    const std::vector<Cells> rows = TableRows(Page, "## Allocations");
+    ExpectWithin(bars::AllocationsPerRecord, rows);
+    EXPECT_EQ(std::count_if(rows.begin(), rows.end(), [](const Cells& cells) { return cells.at(2) != "–"; }),
+              std::size(bars::AllocationsPerRecord));
+}
+
+TEST(PerformancePageTest, CostsOfTheCommandAreWithinTheirBars)
+{
+    const std::vector<Cells> rows = TableRows(Page, "## The command");
+    ExpectWithin(bars::CommandGrowth, rows);
+    ExpectWithin(bars::ImportTimes, rows);
+    ExpectWithin(bars::ImportInstructions, rows);
+    EXPECT_EQ(rows.size(),
+              std::size(bars::CommandGrowth) + std::size(bars::ImportTimes) + std::size(bars::ImportInstructions));
+}
+
+TEST(PerformancePageTest, ThePageStatesTheCommitThatWasMeasured)
+{
+    EXPECT_TRUE(std::regex_search(PageText(Page), std::regex("at\\s+commit\\s+[0-9a-f]{12}[,.]")));
+}
+
+} // namespace
