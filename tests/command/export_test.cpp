@@ -47,6 +47,16 @@ TEST_F(ExportTest, AnExportHasEachRecordOfTheListsOnALineOfItsOwn)
         EXPECT_NE(text.find('\n' + event.dump()), std::string::npos);
 }
 
+TEST_F(ExportTest, AnExportIsInTheOrderOfTheRowIDs)
+{
+    Done({"plant", "add", "Basil", "--strain", "Genovese"});
+    Done({"plant", "add", "Mint"}); // comes first in the list
+    const JSON plants = JSON::parse(Exported()).at("Plants");
+    ASSERT_EQ(plants.size(), 2U);
+    EXPECT_EQ(plants.at(0).at("ID"), 1);
+    EXPECT_EQ(plants.at(1).at("ID"), 2);
+}
+
 TEST_F(ExportTest, AnExportAsCSVHasAFileForEachTable)
 {
     KeepEverything();

@@ -151,9 +151,10 @@ TEST_F(JournalKindTest, AMigrationKeepsEarlierBackups)
     WriteOldFile(Journal, OldFiles().front());
     const std::string name = "journal.db.before-update-" + PlantEventCurrentDate();
     Write("data/plantjournal/" + name, "the first");
+    std::filesystem::create_symlink("nowhere", Scratch.File("data/plantjournal/" + name + "-2"));
     Run({"plant", "list"});
     EXPECT_EQ(FileBytes(Scratch.File("data/plantjournal/" + name)), "the first");
-    Left.insert(Left.end(), {name, name + "-2"});
+    Left.insert(Left.end(), {name, name + "-2", name + "-3"});
     Sound = false;
 }
 
@@ -245,6 +246,14 @@ TEST_F(JournalKindTest, DamagedRowsAreReportedByTheCommandThatReadsThem)
             << reason;
     }
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "Damaged");
+    Sound = false;
+}
+
+TEST_F(JournalKindTest, AnEarlierSchemaWithDamagedRowsIsNotMigrated)
+{
+    WriteOldFile(Journal, OldFiles().front());
+    DamageRowsOf(Journal, "Plants");
+    EXPECT_NE(Refused({"plant", "list"}).find("journal.db: damaged ("), std::string::npos);
     Sound = false;
 }
 

@@ -90,11 +90,17 @@ TEST_F(ImportTest, AnImportAddsStrainsAndEventsAsTheCommandsDo)
 
 TEST_F(ImportTest, ANewPlantOrPhotoWithoutAUUIDGetsOne)
 {
-    Write("source.json", R"({"Plants":[{"Name":"Basil"},{"Name":"Mint"}]})");
+    Write("data/plantjournal/basil.jpg", "a picture");
+    Left = {"basil.jpg", "journal.db"};
+    Write("source.json", R"({"Plants":[{"Name":"Basil"},{"Name":"Mint"},{"UUID":"b1"}],"PlantPhotos":[
+        {"PlantUUID":"b1","FilePath":"basil.jpg"},{"PlantUUID":"b1","FilePath":"basil.jpg"}]})");
     Done({"import", "source.json"});
     const JSON plants = Parsed({"plant", "list"});
-    EXPECT_EQ(plants.at(0).at("UUID").get<std::string>().size(), 36U);
     EXPECT_NE(plants.at(0).at("UUID"), plants.at(1).at("UUID"));
+    const JSON photos = Parsed({"photo", "list", "b1"});
+    EXPECT_NE(photos.at(0).at("UUID"), photos.at(1).at("UUID"));
+    for (const JSON& uuid : {plants.at(1).at("UUID"), photos.at(0).at("UUID"), photos.at(1).at("UUID")})
+        EXPECT_EQ(uuid.get<std::string>().size(), 36U);
 }
 
 TEST_F(ImportTest, CSVOfOtherProgramsIsRead)
@@ -138,6 +144,40 @@ TEST_F(ImportTest, AStrainThatTheJournalHasIsNotAddedAgain)
                   "plantjournal: source.json: errors: 1; nothing was imported\n");
 }
 
+TEST_F(ImportTest, GivenStrainsAreTheOnlyOnesThatAnImportAdds)
+{
+    Write("source.json", R"({"Strains":[],"Plants":[{"Name":"Basil","Strain":"Genovese"}]})");
+    const ProgramResult import = Run({"import", "source.json", "--json"});
+    EXPECT_EQ(import.Status, 0);
+    EXPECT_EQ(JSON::parse(import.Out).at("Strains"), 0);
+    EXPECT_EQ(Parsed({"strain", "list"}), JSON::array());
+    Sound = false; // a plant whose strain is missing is a finding
+}
+
+TEST_F(ImportTest, NewRowIDsAreInTheOrderOfTheIDsInTheSource)
+{
+    KeepEverything(); // uses the row ID 1
+    const std::string basil = R"("PlantUUID":"0b0b0b0b-0000-4000-8000-000000000001")";
+    Write("source.json", R"({"PlantJournalEntries":[{"ID":9,"Details":"second",)" + basil +
+                             R"(},{"ID":1,"Details":"first",)" + basil + "}]}");
+    Done({"import", "source.json"});
+    for (const JSON& entry : Parsed({"note", "list", "Basil"}))
+        EXPECT_EQ(entry.at("ID"), entry.at("Details") == "first" ? 2 : 3);
+}
+
+TEST_F(ImportTest, CarriageReturnsInValuesAreKept)
+{
+    Write("csv/Plants.csv", "Name,UUID,Notes\nBasil\r,b1,\"leaves\r\"\n");
+    Done({"import", "csv"});
+    const JSON plant = Parsed({"plant", "show", "b1"});
+    EXPECT_EQ(plant.at("Name"), "Basil\r");
+    EXPECT_EQ(plant.at("Notes"), "leaves\r");
+    Done({"export", "--csv", "copy"});
+    std::filesystem::remove(Journal);
+    Done({"import", "copy"});
+    EXPECT_EQ(Parsed({"plant", "show", "b1"}), plant);
+}
+
 TEST_F(ImportTest, ADirectoryWithoutCSVFilesIsRefused)
 {
     std::filesystem::create_directory(Scratch.File("empty"));
@@ -175,6 +215,14 @@ TEST_F(ImportTest, AnImportKeepsTheFileThatOthersHaveOpen)
     Done({"import", "source.json"});
     EXPECT_EQ(other.Value("SELECT COUNT(*) FROM Plants;"), "3");
     EXPECT_EQ(other.Value("PRAGMA integrity_check;"), "ok");
+}
+
+TEST_F(ImportTest, AnImportIntoAnEmptyFileCreatesTheJournal)
+{
+    Write("data/plantjournal/journal.db", "");
+    Write("source.json", R"({"Plants":[{"Name":"Basil"}]})");
+    Done({"import", "source.json"});
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 1U);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "support/command.h"
 
+#include <filesystem>
+
 using namespace support;
 
 namespace
@@ -67,7 +69,18 @@ TEST_F(NamingTest, AnAmbiguousOrUnknownNameListsTheCandidates)
                                                        basil);
     EXPECT_EQ(Refused({"plant", "show", "Bas"}),
               "plantjournal: \"Bas\": no plant has this name or UUID; `plantjournal plant list` shows all plants\n");
-    Refused({"plant", "show", ""});
+}
+
+TEST_F(NamingTest, AnEmptyTextNamesNoPlantAlsoNotOneWithoutAName)
+{
+    Keep(
+        [](PlantRepository& repository)
+        {
+            Plant plant;
+            EXPECT_TRUE(repository.CreatePlant(plant));
+        });
+    EXPECT_EQ(Refused({"plant", "show", ""}),
+              "plantjournal: \"\": no plant has this name or UUID; `plantjournal plant list` shows all plants\n");
 }
 
 TEST_F(NamingTest, EveryCommandFindsPlantsTheSameWay)
@@ -96,6 +109,10 @@ TEST_F(NamingTest, AStrainIsFoundByItsExactName)
     EXPECT_EQ(Parsed({"strain", "show", "S"}).at("TotalPlants"), 6);
     EXPECT_EQ(Refused({"strain", "show", "s"}),
               "plantjournal: \"s\": no strain has this name; the strains are:\n  S\n");
+    std::filesystem::remove(Journal);
+    Done({"plant", "add", "Basil"});
+    EXPECT_EQ(Refused({"strain", "show", "S"}),
+              "plantjournal: \"S\": the journal has no strains; `plantjournal strain add NAME` adds one\n");
 }
 
 } // namespace

@@ -45,12 +45,16 @@ TEST_F(CompletionTest, CompletionOffersCommands)
     EXPECT_EQ(Offered({"plant", ""}), (Words{"add", "delete", "duplicate", "edit", "list", "show", "tree"}));
     EXPECT_EQ(Offered({"--json", "plant", "du"}), Words{"duplicate"});
     EXPECT_EQ(Offered({"--file", "plant", "plant", "du"}), Words{"duplicate"}); // the first `plant` is a file name
+    EXPECT_EQ(Offered({"--file", "plant", "ti"}), Words{"timeline"});
+    EXPECT_EQ(Offered({"plant", "--file", "list", "du"}), Words{"duplicate"}); // `list` is a file name
 }
 
 TEST_F(CompletionTest, CompletionOffersFlags)
 {
     EXPECT_EQ(Offered({"plant", "add", "--s"}), (Words{"--seed-date", "--sex", "--stage", "--strain"}));
     EXPECT_EQ(Offered({"feed", "Basil", "--amount-ml", "5", "--e"}), Words{"--ec"});
+    EXPECT_EQ(Offered({"plant", "list", "-"}), (Words{"--file", "--help", "--json", "--version"}));
+    EXPECT_EQ(Offered({"plant", "edit", "PLANT", "--te"}), Words{"--tent"}); // a plant named like the argument
     EXPECT_EQ(Offered({"plant", "edit", "Basil", "--mo"}), (Words{"--mother", "--mother-plant-uuid"}));
     EXPECT_EQ(Offered({"care", "list", "--"}), (Words{"--file", "--help", "--json", "--newest", "--version"}));
     EXPECT_EQ(Offered({"plant", "add", "--name", "--stage", "--te"}), Words{"--tent"}); // `--stage` is the plant's name
@@ -172,6 +176,17 @@ TEST_F(ManualTest, TheManualDescribesEveryCommandAndFlag)
     EXPECT_GT(flags, 100);
     for (const char* general : {R"(\-\-file)", R"(\-\-json)", R"(\-\-version)", R"(\-h,\-\-help)"})
         EXPECT_NE(Page.find("\\fB" + std::string(general) + "\\fR"), std::string::npos) << general;
+}
+
+TEST_F(ManualTest, TheManualDescribesArgumentsAndTypesOfValues)
+{
+    for (const char* section :
+         {".SS plant show\nShow every field of a plant.\n"
+          ".TP\n.I PLANT\nUUID, prefix of the UUID, or name; must match exactly one plant\n"
+          ".PP\n.nf\n  plantjournal plant show Basil\n",
+          ".SS plant add\nAdd a plant, and print its UUID.\n"
+          ".TP\n\\fB\\-\\-uuid\\fR \\fITEXT\\fR\npermanent identifier; generated if not given\n.TP\n"})
+        EXPECT_NE(Page.find(section), std::string::npos) << section;
 }
 
 TEST_F(ManualTest, TheManualHasExamplesAndNotes)

@@ -1,6 +1,7 @@
 // Plants and strains.
 
 #include "command/basil_test.h"
+#include "testing/plain_connection.h"
 
 #include <tuple>
 #include <utility>
@@ -152,6 +153,42 @@ TEST_F(BasilTest, TheLineageIsDrawnAsATree)
                                        "│   └── Süß Veg\n"
                                        "└── Cutting 2 (Genovese) Veg\n");
     EXPECT_EQ(Done({"plant", "tree", "c1"}), "Cutting 1 (Genovese) Clone\n└── Süß Veg\n");
+}
+
+TEST_F(BasilTest, TheClonesOfTheLastCloneAreDrawnWithoutALine)
+{
+    Done({"plant", "add", "Cutting", "--mother", "Basil"});
+    Done({"plant", "add", "Sprout", "--mother", "Cutting"});
+    EXPECT_EQ(Done({"plant", "tree"}), "Basil (Genovese) Veg\n"
+                                       "└── Cutting Veg\n"
+                                       "    └── Sprout Veg\n");
+}
+
+TEST_F(BasilTest, ATreeAndAListShowTheUUIDOfAPlantWithoutAName)
+{
+    Keep(
+        [](PlantRepository& repository)
+        {
+            Plant plant;
+            plant.UUID = "n1";
+            EXPECT_TRUE(repository.CreatePlant(plant));
+        });
+    Done({"note", "add", "n1", "leaves"});
+    EXPECT_EQ(Done({"plant", "tree"}), "n1 Veg\nBasil (Genovese) Veg\n");
+    EXPECT_NE(Done({"note", "list"}).find("\nn1     "), std::string::npos);
+}
+
+TEST_F(BasilTest, PlantsInACycleAreShownOnceWithTheirClones)
+{
+    Done({"plant", "add", "Cutting", "--mother", "Basil"});
+    PlainConnection(Journal).RunSQL("UPDATE Plants SET MotherPlantID=2 WHERE ID=1;");
+    EXPECT_EQ(Done({"plant", "tree"}), "Cutting Veg\n"
+                                       "└── Basil (Genovese) Veg\n"
+                                       "    └── Cutting Veg\n");
+    const JSON trees = Parsed({"plant", "tree"});
+    ASSERT_EQ(trees.size(), 1U);
+    EXPECT_EQ(trees.at(0).at("Clones").at(0).at("Clones").at(0).at("Clones"), JSON::array());
+    Sound = false; // a cycle is a finding
 }
 
 // ---- Strains

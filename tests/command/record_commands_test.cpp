@@ -236,6 +236,13 @@ TEST_F(BasilTest, AHarvestSetsStageAndDateOfItsPlant)
     ExpectFields(Basil(), {{"Stage", "Harvested"}, {"HarvestDate", "2026-07-01"}});
 }
 
+TEST_F(BasilTest, ARecordIsFoundByItsOwnRowID)
+{
+    const std::string older = DoneLine({"note", "add", "Basil", "older"});
+    Done({"note", "add", "Basil", "newer"});
+    EXPECT_EQ(Parsed({"note", "edit", "Basil", older, "--details", "first"}).at("ID"), std::stoi(older));
+}
+
 TEST_F(BasilTest, AListIsNewestFirstAndLimitedByNewest)
 {
     Done({"plant", "add", "Mint"});

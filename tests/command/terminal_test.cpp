@@ -138,12 +138,40 @@ TEST_F(CommandOnTerminalTest, TablesFitATerminal)
     EXPECT_NE(RunOnTerminal({"plant", "list"}).Out.find("…"), std::string::npos);
 }
 
+TEST_F(CommandOnTerminalTest, TheWidthOfTheTerminalLimitsATable)
+{
+    Keep(StoreWideTexts);
+    Around.Environment.emplace_back("NO_COLOR=1");
+    const auto list = [this](const std::string& columns)
+    {
+        Surroundings terminal = Around;
+        terminal.Columns = 80;
+        const Words line = {"sh", "-c", "stty cols " + columns + " && exec \"$0\" event list", PLANTJOURNAL_COMMAND};
+        return RunningProgram(line, terminal).End().Out;
+    };
+    EXPECT_EQ(list("0"), list("80")); // 0 stands for an unknown width
+    for (const std::string& line : Lines(list("60")))
+        EXPECT_LE(WidthOf(line), 60U) << line;
+    EXPECT_EQ(Lines(list("10")).at(0), "Plant  ID  Even…  Type  Deta…"); // a column keeps five letters
+}
+
+TEST_F(CommandOnTerminalTest, TheQuestionOfADeletionShowsTheRecord)
+{
+    Done({"plant", "add", "Basil"});
+    const std::string id = DoneLine({"feed", "Basil", "--care-date", "2026-05-02", "--amount-ml", "500"});
+    EXPECT_NE(RunOnTerminal({"care", "delete", "Basil", id}, "n\n")
+                  .Out.find("Delete the care entry of Basil: " + id + " 2026-05-02 Feed 500? [y/N] "),
+              std::string::npos);
+}
+
 TEST_F(CommandOnTerminalTest, ColourIsUsedOnATerminalWithoutNoColor)
 {
     KeepEverything();
     const std::string bold = "\x1B[1m";
     EXPECT_EQ(Done({"plant", "list"}).find('\x1B'), std::string::npos);
-    EXPECT_TRUE(RunOnTerminal({"plant", "list"}).Out.starts_with(bold + "UUID"));
+    const std::string list = RunOnTerminal({"plant", "list"}).Out;
+    EXPECT_TRUE(list.starts_with(bold + "UUID"));
+    EXPECT_EQ(list.find("\x1B[0m"), list.find('\n') + 1); // bold ends after the headings
     EXPECT_EQ(RunOnTerminal({"plant", "list", "--json"}).Out.find('\x1B'), std::string::npos);
     Around.Environment.emplace_back("NO_COLOR="); // means nothing while it is empty
     EXPECT_TRUE(RunOnTerminal({"plant", "list"}).Out.starts_with(bold));

@@ -48,4 +48,26 @@ TEST_F(BasilTest, TheTimelineListsRecordsWhoseEventWasDeleted)
     Sound = false; // an entry without its event is a finding
 }
 
+TEST_F(BasilTest, TheTimelineShowsNotesOfHealthAndHarvest)
+{
+    Done({"health", "add", "Basil", "thrips", "--severity", "3", "--treatment", "soap", "--notes", "few",
+          "--observation-date", "2026-05-05"});
+    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--cure-outcome", "good", "--notes", "dry"});
+    const std::string id = std::to_string(Parsed({"event", "list", "Basil"}).at(0).at("ID").get<int>());
+    Done({"event", "delete", "Basil", id, "--yes"});
+    EXPECT_EQ(Done({"timeline", "Basil"}), "Date        Kind     Details\n"
+                                           "2026-07-01  Harvest  good | dry\n"
+                                           "2026-05-05  Health   thrips (3 of 5) | soap | few\n");
+    Sound = false; // a harvest record without its event is a finding
+}
+
+TEST_F(BasilTest, AHarvestIsListedAtItsDateNotAtTheDateOfItsEvent)
+{
+    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01"});
+    const std::string id = std::to_string(Parsed({"event", "list", "Basil"}).at(0).at("ID").get<int>());
+    Done({"event", "edit", "Basil", id, "--event-date", "2026-01-01"});
+    EXPECT_NE(Done({"timeline", "Basil"}).find("2026-07-01  Harvest"), std::string::npos);
+    Sound = false; // an event with another date is a finding
+}
+
 } // namespace
