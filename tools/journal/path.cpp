@@ -22,7 +22,7 @@ std::string JournalPath(const std::optional<std::string>& file)
         return *file;
     if (std::string path = Environment("PLANTJOURNAL_FILE"); !path.empty())
         return path;
-    // The XDG base directory specification says to ignore a relative path.
+    // The XDG base directory rules say to ignore a relative path.
     std::filesystem::path data = Environment("XDG_DATA_HOME");
     if (data.is_relative())
     {
