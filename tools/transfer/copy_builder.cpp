@@ -121,7 +121,8 @@ class CopyBuilder
                 row.Value.UUID = CreatePlantUUID();
     }
 
-    // Rows keep their IDs if all have one and none is taken. Otherwise all get new ones, in the order of the source.
+    // Rows keep their IDs if all have one and none is taken. Otherwise all get new ones: in the order of their IDs if
+    // all have one, else in the order of the source.
     template <typename Record> RowID SortByIDs(std::vector<ImportedRow<Record>>& rows)
     {
         if (std::any_of(rows.begin(), rows.end(), [](const auto& row) { return row.Value.ID == 0; }))
