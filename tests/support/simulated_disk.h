@@ -73,8 +73,8 @@ class SimulatedDisk
     int LastCall = 0; // the call that loses the power; 0: none
 };
 
-// While in scope, SQLite keeps its files on this disk, in the same way as on Unix. There are no locks, so only one
-// connection may be open at a time. Temporary files are not on the disk. The random numbers of SQLite are fixed.
+// While in scope, SQLite keeps its files on this disk, in the same way as on Unix. The disk has no locks, so only
+// one connection may be open at a time. Temporary files are not on the disk. The random numbers of SQLite are fixed.
 class DiskInUse
 {
   public:
