@@ -5,7 +5,6 @@
 #include "terminal/interrupt.h"
 #include "terminal/printable.h"
 
-#include <clocale>
 #include <exception>
 #include <iostream>
 #include <iterator>
@@ -19,6 +18,7 @@ void AddCommands(CLI::App& program, Session& session)
 {
     AddFlag(program, {"--file", "journal file", "FILE"}, session.File);
     AddSwitch(program, "--json", "print JSON", session.AsJSON);
+    AddSwitch(program, "-q,--quiet", "after a change, print only row IDs and UUIDs", session.Quiet);
     AddPlantCommands(program, session);
     AddTimelineCommand(program, session);
     AddStrainCommands(program, session);
@@ -34,7 +34,6 @@ int main(int argc, char** argv)
 {
     try
     {
-        static_cast<void>(std::setlocale(LC_CTYPE, "C.UTF-8")); // for the width of letters; a journal is always UTF-8
         CatchInterrupts();
         Session session;
         return RunProgram({std::next(argv), std::next(argv, argc)},

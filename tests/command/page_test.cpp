@@ -53,10 +53,10 @@ TEST_F(CompletionTest, CompletionOffersFlags)
 {
     EXPECT_EQ(Offered({"plant", "add", "--s"}), (Words{"--seed-date", "--sex", "--stage", "--strain"}));
     EXPECT_EQ(Offered({"feed", "Basil", "--amount-ml", "5", "--e"}), Words{"--ec"});
-    EXPECT_EQ(Offered({"plant", "list", "-"}), (Words{"--file", "--help", "--json", "--version"}));
+    EXPECT_EQ(Offered({"plant", "list", "-"}), (Words{"--file", "--help", "--json", "--quiet", "--version"}));
     EXPECT_EQ(Offered({"plant", "edit", "PLANT", "--te"}), Words{"--tent"}); // a plant named like the argument
     EXPECT_EQ(Offered({"plant", "edit", "Basil", "--mo"}), (Words{"--mother", "--mother-plant-uuid"}));
-    EXPECT_EQ(Offered({"care", "list", "--"}), (Words{"--file", "--help", "--json", "--newest", "--version"}));
+    EXPECT_EQ(Offered({"care", "list", "--"}), (Words{"--file", "--help", "--json", "--newest", "--quiet", "--version"}));
     EXPECT_EQ(Offered({"plant", "add", "--name", "--stage", "--te"}), Words{"--tent"}); // `--stage` is the plant's name
 }
 

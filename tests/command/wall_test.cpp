@@ -46,6 +46,7 @@ TEST(WallTest, OnlyTheCommandLineIncludesCLI11)
 
 TEST(WallTest, OnlyTheJSONFilesIncludeTheJSONLibrary)
 {
+    EXPECT_EQ(FilesThatInclude("utf8proc"), (Names{"record/letters.cpp"}));
     EXPECT_EQ(FilesThatInclude("nlohmann/"), (Names{"record/json.cpp", "transfer/json_source.cpp"}));
 }
 

@@ -42,6 +42,12 @@ void AddArgument(CLI::App& command, const std::string& name, const std::string& 
             });
 }
 
+void AddArguments(CLI::App& command, const std::string& name, const std::string& help, std::vector<std::string>& values,
+                  Need need)
+{
+    command.add_option(name, values, help)->required(need == Need::Required)->type_name("");
+}
+
 void AddFlag(CLI::App& command, const Flag& flag, std::optional<std::string>& value)
 {
     CLI::Option& option = *command.add_option(flag.Names, value, flag.Help);

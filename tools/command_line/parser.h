@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace CLI
 {
@@ -30,6 +31,9 @@ enum class Need
 void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::string& value,
                  Need need = Need::Required);
 void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::int64_t& value);
+// Adds an argument that stands for any number of words.
+void AddArguments(CLI::App& command, const std::string& name, const std::string& help, std::vector<std::string>& values,
+                  Need need = Need::Required);
 
 // A flag with a value. `Objection` returns what is wrong with a text, or an empty text.
 struct Flag

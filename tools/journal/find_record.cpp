@@ -1,12 +1,27 @@
 #include "journal/find_record.h"
 
+#include "record/letters.h"
 #include "record/text.h"
 #include "refusal.h"
 #include "terminal/printable.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <utility>
+
+namespace
+{
+
+std::string Lines(const std::vector<Strain>& strains)
+{
+    std::string lines;
+    for (const Strain& strain : strains)
+        lines += "\n  " + Printable(strain.Name);
+    return lines;
+}
+
+} // namespace
 
 std::vector<Plant> AllPlants(Session& session)
 {
@@ -24,30 +39,29 @@ std::vector<Strain> AllStrains(Session& session)
 
 Plant FindPlant(Session& session, const std::string& named)
 {
-    const std::vector<Plant> plants = AllPlants(session);
-    const auto keep = [&](const auto& matches)
-    {
-        std::vector<Plant> found;
-        std::copy_if(plants.begin(), plants.end(), std::back_inserter(found), matches);
-        return found;
+    return FindPlant(AllPlants(session), named);
+}
+
+Plant FindPlant(const std::vector<Plant>& plants, const std::string& named)
+{
+    constexpr std::size_t shortestPrefix = 4;
+    const std::string nameWithoutCase = WithoutCase(named);
+    const std::function<bool(const Plant&)> steps[] = {
+        [&](const Plant& plant) { return plant.UUID == named; },
+        [&](const Plant& plant) { return plant.Name == named; },
+        [&](const Plant& plant) { return WithoutCase(plant.Name) == nameWithoutCase; },
+        [&](const Plant& plant) { return named.size() >= shortestPrefix && plant.UUID.starts_with(named); },
     };
-    std::vector<Plant> found = keep([&](const Plant& plant) { return plant.UUID == named; });
-    if (found.empty() && !named.empty())
-        found = keep([&](const Plant& plant) { return plant.Name == named || plant.UUID.starts_with(named); });
+    std::vector<Plant> found;
+    for (const auto& matches : steps)
+        if (found.empty() && !named.empty())
+            std::copy_if(plants.begin(), plants.end(), std::back_inserter(found), matches);
     if (found.size() == 1)
         return found.front();
-
-    const bool known = !found.empty();
-    std::string message = InQuotes(Printable(named)) + ": several plants match";
-    if (!known)
-    {
-        message = InQuotes(Printable(named)) + ": no plant has this name or UUID";
-        found = keep([&](const Plant& plant) { return !named.empty() && EqualIgnoringCase(plant.Name, named); });
-    }
     if (found.empty())
-        message += "; `plantjournal plant list` shows all plants";
-    else
-        message += known ? "; name one of these by its UUID:" : "; these names differ only in letter case:";
+        throw Refusal(InQuotes(Printable(named)) +
+                      ": no plant has this name or UUID; `plantjournal plant list` shows all plants");
+    std::string message = InQuotes(Printable(named)) + ": several plants match; name one of these by its UUID:";
     for (const Plant& plant : found)
         message += "\n  " + Printable(plant.UUID + "  " + DisplayName(plant) + "  " + plant.Strain);
     throw Refusal(message);
@@ -55,17 +69,23 @@ Plant FindPlant(Session& session, const std::string& named)
 
 Strain FindStrain(Session& session, const std::string& name)
 {
-    std::vector<Strain> strains = AllStrains(session);
-    for (Strain& strain : strains)
+    const std::vector<Strain> strains = AllStrains(session);
+    const std::string nameWithoutCase = WithoutCase(name);
+    std::vector<Strain> found;
+    for (const Strain& strain : strains)
         if (strain.Name == name)
-            return std::move(strain);
+            return strain;
+        else if (WithoutCase(strain.Name) == nameWithoutCase)
+            found.push_back(strain);
+    if (found.size() == 1)
+        return found.front();
+    if (found.size() > 1)
+        throw Refusal(InQuotes(Printable(name)) +
+                      ": several strains differ only in letter case; write one of them as it is:" + Lines(found));
     if (strains.empty())
         throw Refusal(InQuotes(Printable(name)) +
                       ": the journal has no strains; `plantjournal strain add NAME` adds one");
-    std::string message = InQuotes(Printable(name)) + ": no strain has this name; the strains are:";
-    for (const Strain& strain : strains)
-        message += "\n  " + Printable(strain.Name);
-    throw Refusal(message);
+    throw Refusal(InQuotes(Printable(name)) + ": no strain has this name; the strains are:" + Lines(strains));
 }
 
 std::string DisplayName(const Plant& plant)

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 // One run of the command on one journal.
 class Session
@@ -11,6 +12,7 @@ class Session
   public:
     std::optional<std::string> File; // --file
     bool AsJSON = false;             // --json
+    bool Quiet = false;              // --quiet
 
     Session();
 
@@ -25,6 +27,9 @@ class Session
     PlantRepository& Read();
     PlantRepository& Write();
 
+    // Adds a line that describes a change, in the words of the person who made it.
+    void AddSummary(const std::string& line) { Summaries.push_back(line); }
+
     sqlite3* Connection() const { return Database.NativeHandle(); }
 
     // Throws Refusal with the reason where an operation of the repository failed; `what` describes the failure. Call it
@@ -36,6 +41,7 @@ class Session
   private:
     void Open(bool create);
 
+    std::vector<std::string> Summaries;
     PlantDatabase Database;
     PlantRepository Repository{Database};
 };

@@ -4,7 +4,7 @@
 #include <string>
 
 // Returns the text on one line, safe for a terminal: line ends and tabs become blanks, what cannot be printed becomes
-// U+FFFD. Needs a UTF-8 locale.
+// U+FFFD.
 std::string Printable(const std::string& text);
 
 // How many columns of a terminal a text takes.

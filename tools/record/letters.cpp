@@ -1,0 +1,61 @@
+#include "record/letters.h"
+
+#include <cstdlib>
+#include <memory>
+
+#include <utf8proc.h>
+
+namespace
+{
+
+bool IsPrintable(utf8proc_int32_t codepoint)
+{
+    switch (utf8proc_category(codepoint))
+    {
+    case UTF8PROC_CATEGORY_CC: // control characters
+    case UTF8PROC_CATEGORY_CS: // halves of UTF-16 pairs
+    case UTF8PROC_CATEGORY_CN: // not assigned
+        return false;
+    default:
+        return true;
+    }
+}
+
+std::string Mapped(const std::string& text, unsigned options)
+{
+    utf8proc_uint8_t* mapped = nullptr;
+    const utf8proc_ssize_t size = utf8proc_map(
+        reinterpret_cast<const utf8proc_uint8_t*>(text.data()), static_cast<utf8proc_ssize_t>(text.size()), &mapped,
+        static_cast<utf8proc_option_t>(options | UTF8PROC_COMPOSE | UTF8PROC_STABLE | UTF8PROC_CASEFOLD));
+    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owned(mapped, &std::free);
+    return size < 0 ? text : std::string(reinterpret_cast<const char*>(mapped), static_cast<std::size_t>(size));
+}
+
+} // namespace
+
+std::vector<Letter> LettersOf(std::string_view text)
+{
+    std::vector<Letter> letters;
+    while (!text.empty())
+    {
+        utf8proc_int32_t codepoint = 0;
+        const utf8proc_ssize_t length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                                         static_cast<utf8proc_ssize_t>(text.size()), &codepoint);
+        const bool printable = length > 0 && IsPrintable(codepoint);
+        const std::size_t bytes = length > 0 ? static_cast<std::size_t>(length) : 1;
+        letters.push_back({text.substr(0, bytes),
+                           printable ? static_cast<std::size_t>(utf8proc_charwidth(codepoint)) : 1, printable});
+        text.remove_prefix(bytes);
+    }
+    return letters;
+}
+
+std::string WithoutCase(const std::string& text)
+{
+    return Mapped(text, 0);
+}
+
+std::string WithoutCaseAndAccents(const std::string& text)
+{
+    return Mapped(text, UTF8PROC_STRIPMARK);
+}

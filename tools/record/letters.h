@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The letters of a text in UTF-8, of any alphabet. Only letters.cpp includes utf8proc's header.
+
+// What a terminal shows as one character, or a part of it such as a combining mark.
+struct Letter
+{
+    std::string_view Bytes;
+    std::size_t Width; // in columns of a terminal: 0, 1 or 2
+    bool Printable;    // not a control character, and valid UTF-8
+};
+
+// Cuts a text into its letters, which refer to the text. A byte that is not UTF-8 is a letter that is not printable.
+std::vector<Letter> LettersOf(std::string_view text);
+
+// Returns a text that is equal for two texts if they differ only in the case of letters, or in how their accents are
+// encoded. A text that is not UTF-8 is returned unchanged.
+std::string WithoutCase(const std::string& text);
+
+// As WithoutCase(), and also without the accents of letters.
+std::string WithoutCaseAndAccents(const std::string& text);
