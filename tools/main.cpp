@@ -26,6 +26,7 @@ void AddCommands(CLI::App& program, Session& session)
     AddFileCommands(program, session);
     AddExportCommand(program, session);
     AddImportCommand(program, session);
+    AddUndoCommand(program, session);
 }
 
 } // namespace

@@ -63,7 +63,7 @@ TEST_F(CommandHelpTest, EveryCommandHasHelpWithItsExamples)
     for (const char* family : {"care", "event", "harvest", "photo", "health", "note"})
         for (const char* operation : {"list", "add", "edit", "delete"})
             expected.push_back(std::string(family) + ' ' + operation);
-    expected.insert(expected.end(), {"info", "check", "backup", "export", "import"});
+    expected.insert(expected.end(), {"info", "check", "backup", "export", "import", "undo"});
     EXPECT_EQ(names, expected);
 }
 

@@ -40,7 +40,7 @@ class CompletionTest : public CommandTest
 TEST_F(CompletionTest, CompletionOffersCommands)
 {
     EXPECT_EQ(Offered({""}), (Words{"backup", "care", "check", "event", "export", "feed", "harvest", "health", "import",
-                                    "info", "note", "photo", "plant", "strain", "timeline", "water"}));
+                                    "info", "note", "photo", "plant", "strain", "timeline", "undo", "water"}));
     EXPECT_EQ(Offered({"p"}), (Words{"photo", "plant"}));
     EXPECT_EQ(Offered({"plant", ""}), (Words{"add", "delete", "duplicate", "edit", "list", "show", "tree"}));
     EXPECT_EQ(Offered({"--json", "plant", "du"}), Words{"duplicate"});
@@ -56,7 +56,8 @@ TEST_F(CompletionTest, CompletionOffersFlags)
     EXPECT_EQ(Offered({"plant", "list", "-"}), (Words{"--file", "--help", "--json", "--quiet", "--version"}));
     EXPECT_EQ(Offered({"plant", "edit", "PLANT", "--te"}), Words{"--tent"}); // a plant named like the argument
     EXPECT_EQ(Offered({"plant", "edit", "Basil", "--mo"}), (Words{"--mother", "--mother-plant-uuid"}));
-    EXPECT_EQ(Offered({"care", "list", "--"}), (Words{"--file", "--help", "--json", "--newest", "--quiet", "--version"}));
+    EXPECT_EQ(Offered({"care", "list", "--"}),
+              (Words{"--file", "--help", "--json", "--newest", "--quiet", "--version"}));
     EXPECT_EQ(Offered({"plant", "add", "--name", "--stage", "--te"}), Words{"--tent"}); // `--stage` is the plant's name
 }
 

@@ -15,6 +15,7 @@ void AddRecordCommands(CLI::App& program, Session& session);
 void AddFileCommands(CLI::App& program, Session& session);
 void AddExportCommand(CLI::App& program, Session& session);
 void AddImportCommand(CLI::App& program, Session& session);
+void AddUndoCommand(CLI::App& program, Session& session);
 
 // Adds `tree` to the group of plant commands.
 void AddTreeCommand(CLI::App& plantGroup, Session& session);

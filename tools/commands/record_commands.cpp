@@ -76,14 +76,13 @@ template <typename Record> void PrintStored(const Session& session, const Record
 
 template <typename Record> void AddRecord(Session& session, const Request<Record>& request, Record record = {})
 {
-    PlantRepository& repository = session.Read(); // a missing journal has no plant, and so is not created
     Plant plant = FindPlant(session, request.Given.Plant);
     if (OnePerPlant<Record> && !RecordsOf<Record>(session, plant).empty())
         throw Refusal(DisplayName(plant) + ": the plant already has a " + NounOf<Record>() + "; `plantjournal " +
                       Describe<Record>().Command + " edit` changes it");
     record.PlantUUID = plant.UUID;
     request.Fields->Apply(session, FlagsFor::Add, record);
-    session.Require(CreateRecord(repository, plant, record), "the " + NounOf<Record>() + " could not be stored");
+    session.Require(CreateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be stored");
     PrintStored(session, record, true);
 }
 

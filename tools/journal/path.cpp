@@ -3,7 +3,6 @@
 #include "refusal.h"
 
 #include <cstdlib>
-#include <filesystem>
 
 namespace
 {
@@ -14,6 +13,16 @@ std::string Environment(const char* name)
     return value != nullptr ? value : "";
 }
 
+// A directory of the user: `variable`, else `fallback` in the home directory, else none.
+std::filesystem::path UserDirectory(const char* variable, const char* fallback)
+{
+    // The XDG base directory rules say to ignore a relative path.
+    if (std::filesystem::path directory = Environment(variable); directory.is_absolute())
+        return directory;
+    const std::string home = Environment("HOME");
+    return home.empty() ? std::filesystem::path() : std::filesystem::path(home) / ".local" / fallback;
+}
+
 } // namespace
 
 std::string JournalPath(const std::optional<std::string>& file)
@@ -22,14 +31,16 @@ std::string JournalPath(const std::optional<std::string>& file)
         return *file;
     if (std::string path = Environment("PLANTJOURNAL_FILE"); !path.empty())
         return path;
-    // The XDG base directory rules say to ignore a relative path.
-    std::filesystem::path data = Environment("XDG_DATA_HOME");
-    if (data.is_relative())
-    {
-        const std::string home = Environment("HOME");
-        if (home.empty())
-            throw Refusal("HOME is not set; pass --file to name the journal");
-        data = std::filesystem::path(home) / ".local" / "share";
-    }
+    const std::filesystem::path data = UserDirectory("XDG_DATA_HOME", "share");
+    if (data.empty())
+        throw Refusal("HOME is not set; pass --file to name the journal");
     return (data / "plantjournal" / "journal.db").string();
+}
+
+std::filesystem::path UndoPath()
+{
+    const std::filesystem::path state = UserDirectory("XDG_STATE_HOME", "state");
+    if (state.empty())
+        throw Refusal("HOME is not set; set it or XDG_STATE_HOME");
+    return state / "plantjournal" / "undo";
 }

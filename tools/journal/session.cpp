@@ -5,6 +5,7 @@
 #include "plant_file.h"
 #include "record/text.h"
 #include "refusal.h"
+#include "terminal/printable.h"
 
 #include <filesystem>
 #include <iostream>
@@ -44,9 +45,27 @@ void BackUpBeforeMigration(const std::string& path)
 
 } // namespace
 
+void PrintNoUndo(const std::string& reason)
+{
+    std::cerr << "notice: `undo` cannot roll back this change: " << Printable(reason) << '\n';
+}
+
 Session::Session()
 {
     RememberSQLErrors();
+}
+
+Session::~Session()
+{
+    try
+    {
+        if (Recording)
+            Recording->Save(Summaries);
+    }
+    catch (const std::exception& error)
+    {
+        PrintNoUndo(error.what());
+    }
 }
 
 std::string Session::Path() const
@@ -69,6 +88,8 @@ PlantRepository& Session::Read()
 PlantRepository& Session::Write()
 {
     Open(true);
+    if (!Recording)
+        Recording.emplace(Connection(), Path());
     return Repository;
 }
 
@@ -104,6 +125,19 @@ void Session::Open(bool create)
     std::string error;
     if (!Database.Open(path, &error))
         throw Refusal(path + ": opening: " + error);
+}
+
+void Session::SaveCopyForUndo(const std::string& copy) const
+{
+    try
+    {
+        if (Recording)
+            Recording->SaveCopy(Summaries, copy);
+    }
+    catch (const std::exception& error)
+    {
+        PrintNoUndo(error.what());
+    }
 }
 
 void Session::Require(bool done, const std::string& what) const

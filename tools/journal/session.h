@@ -1,5 +1,6 @@
 #pragma once
 
+#include "journal/undo.h"
 #include "plant_database.h"
 
 #include <optional>
@@ -15,6 +16,10 @@ class Session
     bool Quiet = false;              // --quiet
 
     Session();
+    // Stores what `undo` needs. A failure is reported as a notice on standard error.
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
 
     // The path of the journal. Throws Refusal where none can be determined.
     std::string Path() const;
@@ -23,11 +28,11 @@ class Session
     bool Exists() const;
 
     // Opens the journal. Write() creates a missing one, Read() throws Refusal instead. A journal with an earlier schema
-    // is backed up in its directory, then migrated.
+    // is backed up in its directory, then migrated. `undo` can roll back what changes after the first Write().
     PlantRepository& Read();
     PlantRepository& Write();
 
-    // Adds a line that describes a change, in the words of the person who made it.
+    // Adds a line that describes a change which the command has made. `undo` shows these lines.
     void AddSummary(const std::string& line) { Summaries.push_back(line); }
 
     sqlite3* Connection() const { return Database.NativeHandle(); }
@@ -38,10 +43,17 @@ class Session
     // Likewise after reading a list, also where reading ended early.
     void RequireList(bool done, const std::string& what) const;
 
+    // Stores what `undo` needs after an import: `copy` holds the journal from before. See UndoRecording::SaveCopy().
+    void SaveCopyForUndo(const std::string& copy) const;
+
   private:
     void Open(bool create);
 
-    std::vector<std::string> Summaries;
     PlantDatabase Database;
     PlantRepository Repository{Database};
+    std::vector<std::string> Summaries;
+    std::optional<UndoRecording> Recording;
 };
+
+// Prints a notice on standard error: why `undo` cannot roll back the change of this command.
+void PrintNoUndo(const std::string& reason);

@@ -26,11 +26,14 @@ bool IsError(int code)
 
 } // namespace
 
-SQL::SQL(sqlite3* connection, std::string context) : Connection(connection), Context(std::move(context)) {}
+SQL::SQL(sqlite3* connection, std::string context, std::string consequence)
+    : Connection(connection), Context(std::move(context)), Consequence(std::move(consequence))
+{
+}
 
 void SQL::Fail() const
 {
-    throw Refusal(Context + ": " + sqlite3_errmsg(Connection) + "; nothing was changed");
+    throw Refusal(Context + ": " + sqlite3_errmsg(Connection) + Consequence);
 }
 
 void SQL::Run(const std::string& statements) const
@@ -50,12 +53,53 @@ std::int64_t SQL::LastRowID() const
     return sqlite3_last_insert_rowid(Connection);
 }
 
+std::int64_t SQL::DataVersion() const
+{
+    return Number("PRAGMA data_version;");
+}
+
+std::string SQL::FileHeader() const
+{
+    // SQLite's own file is read: to close a second descriptor would release SQLite's locks.
+    sqlite3_file* file = nullptr;
+    std::string header(100, '\0');
+    if (sqlite3_file_control(Connection, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file)) != SQLITE_OK ||
+        file == nullptr || file->pMethods == nullptr ||
+        file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0) != SQLITE_OK)
+        throw Refusal(Context + ": the header of the file cannot be read" + Consequence);
+    return header;
+}
+
+void SQL::LockUntilClosed() const
+{
+    Run("PRAGMA locking_mode=EXCLUSIVE;");
+    Run("BEGIN EXCLUSIVE;");
+    Run("COMMIT;");
+}
+
 void SQL::CopyPagesFrom(sqlite3* source) const
 {
     sqlite3_backup* const copy = sqlite3_backup_init(Connection, "main", source, "main");
     const bool copied = copy != nullptr && sqlite3_backup_step(copy, -1) == SQLITE_DONE;
     if (sqlite3_backup_finish(copy) != SQLITE_OK || !copied) // finishing also stores the error in the connection
         Fail();
+}
+
+Transaction::Transaction(const SQL& connection) : Connection(connection)
+{
+    Connection.Run("BEGIN IMMEDIATE;");
+}
+
+Transaction::~Transaction()
+{
+    if (!Committed)
+        sqlite3_exec(Connection.Connection, "ROLLBACK;", nullptr, nullptr, nullptr);
+}
+
+void Transaction::Commit()
+{
+    Connection.Run("COMMIT;");
+    Committed = true;
 }
 
 Statement::Statement(const SQL& connection, const std::string& text) : Connection(connection)

@@ -6,14 +6,15 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-// All that the command asks of SQLite itself. Only sql.cpp includes SQLite's header.
+// All that the command asks of SQLite itself, except for change sets. Only sql.cpp and change_set.cpp include SQLite's
+// header.
 
 // A connection of a PlantDatabase, for statements of the command's own. Does not close it.
 class SQL
 {
   public:
-    // Messages of errors begin with `context`.
-    SQL(sqlite3* connection, std::string context);
+    // Messages of errors begin with `context` and end with `consequence`.
+    SQL(sqlite3* connection, std::string context, std::string consequence = "; nothing was changed");
 
     // Runs statements that return nothing. Throws Refusal.
     void Run(const std::string& statements) const;
@@ -21,15 +22,43 @@ class SQL
     std::int64_t Number(const std::string& statement) const;
     // The row ID of the last row inserted.
     std::int64_t LastRowID() const;
+    // A number that is larger after another connection has changed the file. Throws Refusal.
+    std::int64_t DataVersion() const;
+    // The first 100 bytes of the file. Every commit changes them: they hold a counter of the changes, the number of
+    // pages and a counter of the changes of the schema. Call it in a transaction, or with the file locked. Throws
+    // Refusal.
+    std::string FileHeader() const;
+    // Locks the file against all other programs until the connection is closed. Throws Refusal.
+    void LockUntilClosed() const;
     // Replaces everything in this connection's file with what `source` holds, in one transaction. Throws Refusal.
     void CopyPagesFrom(sqlite3* source) const;
 
   private:
     friend class Statement;
+    friend class Transaction;
     [[noreturn]] void Fail() const;
 
     sqlite3* Connection;
     std::string Context;
+    std::string Consequence;
+};
+
+// A transaction in which this connection may write, and no other. It is rolled back at the end of its scope unless it
+// was committed. Throws Refusal.
+class Transaction
+{
+  public:
+    // `connection` must live as long as the transaction.
+    explicit Transaction(const SQL& connection);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    void Commit();
+
+  private:
+    const SQL& Connection;
+    bool Committed = false;
 };
 
 // A prepared statement. Every operation throws Refusal.

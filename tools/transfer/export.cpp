@@ -1,5 +1,6 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
+#include "journal/file_descriptor.h"
 #include "journal/session.h"
 #include "journal/sql.h"
 #include "plant_file.h"
@@ -10,7 +11,6 @@
 #include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/progress.h"
-#include "transfer/file_descriptor.h"
 #include "transfer/tables.h"
 #include "transfer/temporary_name.h"
 

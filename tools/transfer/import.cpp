@@ -3,6 +3,7 @@
 #include "commands/print.h"
 #include "journal/session.h"
 #include "record/json.h"
+#include "record/text.h"
 #include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/progress.h"
@@ -65,6 +66,29 @@ void PrintCounts(const Session& session, const AddedCounts& added)
         PrintTable(std::cout, {{"Imported"}, {"Rows", true}}, rows);
 }
 
+// "1 care entry", "2 care entries".
+std::string Counted(std::int64_t count, std::string noun)
+{
+    if (count != 1 && noun.ends_with('y'))
+        noun.replace(noun.size() - 1, 1, "ies");
+    else if (count != 1)
+        noun += 's';
+    return std::to_string(count) + ' ' + noun;
+}
+
+// The line that `undo` shows, such as "Imported 2 plants, 1 care entry from journal.json".
+std::string Summary(const AddedCounts& added, const std::string& source)
+{
+    std::vector<std::string> counts;
+    ForEachTable(added,
+                 [&]<typename Record>(const AddedRows<Record>& table)
+                 {
+                     if (table.Count > 0)
+                         counts.push_back(Counted(table.Count, Describe<Record>().Noun));
+                 });
+    return "Imported " + (counts.empty() ? "nothing" : Joined(counts, ", ")) + " from " + source;
+}
+
 void Import(Session& session, const std::string& source)
 {
     ImportedTables tables = ReadChecked(session, source);
@@ -72,6 +96,7 @@ void Import(Session& session, const std::string& source)
     StagedCopy copy(session);
     const AddedCounts added = AddRowsWithProgress(copy, tables);
     const std::size_t findings = copy.CountNewFindings();
+    session.AddSummary(Summary(added, source));
     copy.WriteBack();
     if (findings > 0)
         std::cerr << "warning: new findings of `plantjournal check`: " << findings << "; run it to see them\n";

@@ -4,13 +4,12 @@
 #include "plant_file.h"
 #include "refusal.h"
 #include "terminal/interrupt.h"
+#include "transfer/undo_copy.h"
 
 #include <vector>
 
 namespace
 {
-
-constexpr const char* ReadDataVersion = "PRAGMA data_version;";
 
 std::size_t CountFindings(const std::string& path)
 {
@@ -26,7 +25,7 @@ std::size_t CountFindings(const std::string& path)
 } // namespace
 
 StagedCopy::StagedCopy(Session& session)
-    : Journal(session), DataVersion(SQL(session.Connection(), session.Path() + ": reading").Number(ReadDataVersion)),
+    : Journal(session), DataVersion(SQL(session.Connection(), session.Path() + ": reading").DataVersion()),
       Name(session.Path() + ".import-")
 {
     if (const PlantFileResult result = BackUpPlantDatabase(session.Path(), Path()); !result)
@@ -42,14 +41,12 @@ std::size_t StagedCopy::CountNewFindings() const
 
 void StagedCopy::WriteBack() const
 {
+    const UndoCopy before(Journal);
     const SQL journal(Journal.Connection(), Journal.Path() + ": writing");
-    // The exclusive lock is kept until the connection ends, so that no other program writes between the look at the
+    // The lock is kept until the connection ends, so that no other program writes between the look at the
     // data version and the copying: SQLite's backup needs a destination without an open transaction.
-    journal.Run("PRAGMA locking_mode=EXCLUSIVE;");
-    journal.Run("BEGIN EXCLUSIVE;");
-    const bool changed = journal.Number(ReadDataVersion) != DataVersion;
-    journal.Run("COMMIT;");
-    if (changed)
+    journal.LockUntilClosed();
+    if (journal.DataVersion() != DataVersion)
         throw Refusal(Journal.Path() + ": another program wrote to it meanwhile; nothing was changed; import again");
 
     PlantDatabase copy;
@@ -57,4 +54,5 @@ void StagedCopy::WriteBack() const
         throw Refusal(Path() + ": opening the copy: " + error + "; nothing was changed");
     StopIfInterrupted(); // for the last time: the next step cannot be interrupted
     journal.CopyPagesFrom(copy.NativeHandle());
+    before.Keep();
 }

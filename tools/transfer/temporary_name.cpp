@@ -1,7 +1,7 @@
 #include "transfer/temporary_name.h"
 
+#include "journal/file_descriptor.h"
 #include "refusal.h"
-#include "transfer/file_descriptor.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,0 +1,34 @@
+#include "transfer/undo_copy.h"
+
+#include "journal/change_set.h"
+#include "journal/undo_store.h"
+#include "plant_file.h"
+#include "refusal.h"
+
+#include <exception>
+#include <filesystem>
+
+UndoCopy::UndoCopy(const Session& session) : Journal(session)
+{
+    if (!CanRecordChanges())
+        return;
+    try
+    {
+        Name.emplace(UndoStore(session.Path()).TemporaryPrefix());
+        if (const PlantFileResult result = BackUpPlantDatabase(session.Path(), Name->Path()); !result)
+            throw Refusal(result.Error);
+        using std::filesystem::perms; // the copy has the journal's own permissions
+        std::filesystem::permissions(Name->Path(), perms::owner_read | perms::owner_write);
+    }
+    catch (const std::exception& reason)
+    {
+        PrintNoUndo(reason.what());
+        Name.reset();
+    }
+}
+
+void UndoCopy::Keep() const
+{
+    if (Name)
+        Journal.SaveCopyForUndo(Name->Path());
+}
