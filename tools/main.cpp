@@ -22,6 +22,7 @@ void AddCommands(CLI::App& program, Session& session)
     AddPlantCommands(program, session);
     AddTimelineCommand(program, session);
     AddStrainCommands(program, session);
+    AddFeedAndWater(program, session);
     AddRecordCommands(program, session);
     AddFileCommands(program, session);
     AddExportCommand(program, session);

@@ -147,6 +147,40 @@ TEST_F(FullDiskTest, AnExportIsWholeOrLeavesNothing)
     }
 }
 
+TEST_F(FullDiskTest, AFailureInTheMiddleListsWhatWasStored)
+{
+    const auto feedings = [](const std::string& exported)
+    { return JSON::parse(exported).at("PlantCareEntries").size(); };
+    const std::size_t before = feedings(Exported());
+    bool some = false;
+    for (const bool asJSON : {false, true})
+    {
+        Words words = {"feed", "Basil", "Cutting", "--notes", std::string(100000, 'x'), "--file", Disk + "/journal.db"};
+        if (asJSON)
+            words.emplace_back("--json");
+        OnGrowingDisks(words, 104, 60,
+                       [&](const ProgramResult& outcome, const SmallDisk&, const std::string& exported)
+                       {
+                           const std::size_t stored = feedings(exported) - before;
+                           const auto newlines = std::count(outcome.Out.begin(), outcome.Out.end(), '\n');
+                           const std::size_t lines = !asJSON               ? static_cast<std::size_t>(newlines)
+                                                     : outcome.Out.empty() ? 0
+                                                                           : JSON::parse(outcome.Out).size();
+                           EXPECT_EQ(lines, stored) << outcome.Out << outcome.Error;
+                           some = some || stored == 1;
+                           if (outcome.Status == 0)
+                               EXPECT_EQ(stored, 2U);
+                           else
+                               EXPECT_TRUE(stored == 0 ? outcome.Error.ends_with("\n  stored: nothing\n"
+                                                                                 "  not stored: Basil, Cutting\n")
+                                                       : outcome.Error.find("\n  stored: Basil (care ") <
+                                                             outcome.Error.find(")\n  not stored: Cutting\n"))
+                                   << outcome.Error;
+                       });
+    }
+    EXPECT_TRUE(some);
+}
+
 TEST_F(FullDiskTest, AFeedingIsStoredOrChangesNothing)
 {
     const std::string before = Exported();

@@ -213,9 +213,9 @@ INSTANTIATE_TEST_SUITE_P(Of, FamilyCommandTest, testing::ValuesIn(Families),
 
 TEST_F(BasilTest, FeedAndWaterStoreCareEntriesWithTheirEvents)
 {
-    const std::string feeding = DoneLine({"feed", "Basil", "--product", "Bloom A", "--amount-ml", "500", "--ec", "1.8",
-                                          "--ph", "6.2", "--care-date", "2026-05-02"});
-    const std::string watering = DoneLine({"water", "Basil", "--amount-ml", "750"});
+    const std::string feeding = DoneLine({"-q", "feed", "Basil", "--product", "Bloom A", "--amount-ml", "500", "--ec",
+                                          "1.8", "--ph", "6.2", "--care-date", "2026-05-02"});
+    const std::string watering = DoneLine({"-q", "water", "Basil", "--amount-ml", "750"});
     const JSON care = Parsed({"care", "list", "Basil"});
     ASSERT_EQ(care.size(), 2U);
     ExpectFields(care.at(0), {{"ID", std::stoi(watering)}, {"Action", "Water"}, {"CareDate", PlantEventCurrentDate()}});

@@ -19,7 +19,7 @@ mistake in the command line.
 
 Examples:
   plantjournal plant add Basil --strain Genovese --stage seed
-  plantjournal feed Basil --product "Bloom A" --amount-ml 500 --ph 6.2
+  plantjournal feed Basil --product "Bloom A" 500ml --ph 6.2
   plantjournal timeline Basil
   plantjournal backup /media/stick/journal.db
 )";

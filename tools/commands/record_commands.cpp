@@ -170,29 +170,10 @@ void AddFamily(CLI::App& program, Session& session, const std::string& purpose, 
     AddYes(remove, *toDelete);
 }
 
-void AddShortcut(CLI::App& program, Session& session, PlantCareAction action, const std::string& name,
-                 const std::string& purpose, const std::string& example)
-{
-    auto request = std::make_shared<Request<PlantCareEntry>>();
-    CLI::App& command = AddCommand(program, name, purpose, example,
-                                   [&session, request, action]
-                                   {
-                                       PlantCareEntry entry;
-                                       entry.Action = action;
-                                       AddRecord(session, *request, entry);
-                                   });
-    AddArguments<PlantCareEntry>(command, request->Given, false);
-    request->Fields.emplace(command, FlagsFor::Add, "Action");
-}
-
 } // namespace
 
 void AddRecordCommands(CLI::App& program, Session& session)
 {
-    AddShortcut(program, session, PlantCareAction::Feed, "feed", "Record a feeding",
-                "feed Basil --product \"Bloom A\" --amount-ml 500 --ec 1.8 --ph 6.2");
-    AddShortcut(program, session, PlantCareAction::Water, "water", "Record a watering",
-                "water Basil --amount-ml 750 --care-date yesterday");
     AddFamily<PlantCareEntry>(program, session, "Care entries: feedings and waterings", "--action feed --amount-ml 500",
                               "--amount-ml 450");
     AddFamily<PlantEvent>(program, session, "Timeline events", "\"into the big tent\" --type transplant",

@@ -9,10 +9,10 @@
 namespace
 {
 
-bool IsGrowing(const Plant& plant)
+bool IsGrowing(PlantStage stage)
 {
-    return plant.Stage == PlantStage::Seed || plant.Stage == PlantStage::Clone || plant.Stage == PlantStage::Veg ||
-           plant.Stage == PlantStage::Flower;
+    return stage == PlantStage::Seed || stage == PlantStage::Clone || stage == PlantStage::Veg ||
+           stage == PlantStage::Flower;
 }
 
 bool Fits(const std::optional<std::string>& wanted, const std::string& text)
@@ -26,7 +26,9 @@ std::string StageObjection(const std::string& text)
     {
         PlantStage stage{};
         ParseValue(text, &stage);
-        return {};
+        return IsGrowing(stage) ? ""
+                                : InQuotes(text) + " is not a stage of growing plants: Seed, Clone, Veg or Flower; "
+                                                   "name the plants instead";
     }
     catch (const BadValue& bad)
     {
@@ -46,9 +48,8 @@ void AddSelectors(CLI::App& command, Selection& selection)
             selection.Stage);
 }
 
-std::vector<Plant> SelectPlants(Session& session, const Selection& selection)
+std::vector<Plant> SelectPlants(const std::vector<Plant>& plants, const Selection& selection)
 {
-    const std::vector<Plant> plants = AllPlants(session);
     std::vector<Plant> selected;
     const auto select = [&](const Plant& plant)
     {
@@ -61,12 +62,12 @@ std::vector<Plant> SelectPlants(Session& session, const Selection& selection)
     if (!selection.HasSelectors())
     {
         if (selected.empty())
-            throw Refusal("no plant was named; name one, or select plants with --all, --strain, --tent or --stage");
+            RefuseUsage("no plant was named; name one, or select plants with --all, --strain, --tent or --stage");
         return selected;
     }
     bool any = false;
     for (const Plant& plant : plants)
-        if (IsGrowing(plant) && Fits(selection.Strain, plant.Strain) && Fits(selection.Tent, plant.Tent) &&
+        if (IsGrowing(plant.Stage) && Fits(selection.Strain, plant.Strain) && Fits(selection.Tent, plant.Tent) &&
             Fits(selection.Stage, PlantStageName(plant.Stage)))
         {
             any = true;
@@ -75,4 +76,10 @@ std::vector<Plant> SelectPlants(Session& session, const Selection& selection)
     if (!any)
         throw Refusal("no growing plant matches the options; `plantjournal plant list` shows the plants");
     return selected;
+}
+
+bool IsExactName(const std::vector<Plant>& plants, const std::string& text)
+{
+    return std::any_of(plants.begin(), plants.end(),
+                       [&](const Plant& plant) { return plant.Name == text || plant.UUID == text; });
 }

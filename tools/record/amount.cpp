@@ -1,0 +1,53 @@
+#include "record/amount.h"
+
+#include "record/text.h"
+
+#include <algorithm>
+
+namespace
+{
+
+struct AmountParts
+{
+    std::string Number;
+    std::string Unit;
+};
+
+AmountParts PartsOf(const std::string& text)
+{
+    const std::size_t end = std::min(text.find_first_not_of("0123456789.,"), text.size());
+    const std::size_t unit = std::min(text.find_first_not_of(' ', end), text.size());
+    return {text.substr(0, end), text.substr(unit)};
+}
+
+} // namespace
+
+bool IsAmountUnit(const std::string& text)
+{
+    return EqualIgnoringCase(text, "ml") || EqualIgnoringCase(text, "l");
+}
+
+bool LooksLikeAmount(const std::string& text)
+{
+    const AmountParts parts = PartsOf(text);
+    return !parts.Number.empty() && IsAmountUnit(parts.Unit);
+}
+
+double MillilitresFrom(const std::string& text)
+{
+    const AmountParts parts = PartsOf(text);
+    // A comma is a decimal point for some readers and separates thousands for others.
+    if (!LooksLikeAmount(text) || parts.Number.find(',') != std::string::npos)
+        throw BadValue(InQuotes(text) + " is not an amount; write it like 500ml or 0.5l");
+    double millilitres = 0;
+    try
+    {
+        // With the exponent, 1.005l is read as exactly the number that 1005ml is.
+        ParseValue(parts.Number + (EqualIgnoringCase(parts.Unit, "l") ? "e3" : ""), &millilitres);
+    }
+    catch (const BadValue&)
+    {
+        throw BadValue(InQuotes(text) + " is not an amount; write it like 500ml or 0.5l");
+    }
+    return millilitres;
+}

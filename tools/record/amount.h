@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+// Amounts of liquid as people write them: 500ml, "500 ml", 0.5l, 1.5L.
+
+// Whether the text is a unit of an amount.
+bool IsAmountUnit(const std::string& text);
+
+// Whether the text looks like an amount: digits, points and commas, then a unit.
+bool LooksLikeAmount(const std::string& text);
+
+// Returns the amount in millilitres. Throws BadValue.
+double MillilitresFrom(const std::string& text);
