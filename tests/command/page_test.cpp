@@ -74,9 +74,12 @@ TEST_F(CompletionTest, CompletionOffersNamesInAnyLetterCase)
     EXPECT_EQ(Offered({"event", "add", "Basil", "--type", "ls"}), Words{"LST\\ Trained"});
 }
 
-TEST_F(CompletionTest, CompletionOffersTodayAndYesterdayForDates)
+TEST_F(CompletionTest, CompletionOffersTheWordsForDates)
 {
-    EXPECT_EQ(Offered({"feed", "Basil", "--care-date", ""}), (Words{"today", "yesterday"}));
+    for (const char* flag : {"--care-date", "--date"})
+        EXPECT_EQ(Offered({"feed", "Basil", flag, ""}),
+                  (Words{"friday", "monday", "saturday", "sunday", "thursday", "today", "tomorrow", "tuesday",
+                         "wednesday", "yesterday"}));
     EXPECT_EQ(Offered({"feed", "Basil", "--care-date", "=", "y"}), Words{"yesterday"});
 }
 

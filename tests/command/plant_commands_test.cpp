@@ -41,7 +41,7 @@ TEST_F(BasilTest, APlantIsAddedWithEveryField)
                                        "--transplant-date",
                                        "2025-03-04",
                                        "--flip-date",
-                                       "2024-02-29",
+                                       "2025-05-06",
                                        "--harvest-date",
                                        "2025-12-31",
                                        "--notes",
@@ -62,7 +62,7 @@ TEST_F(BasilTest, APlantIsAddedWithEveryField)
                                                      {"FinalHeightCm", 100.0},
                                                      {"CloneDate", "2025-02"},
                                                      {"TransplantDate", "2025-03-04"},
-                                                     {"FlipDate", "2024-02-29"},
+                                                     {"FlipDate", "2025-05-06"},
                                                      {"HarvestDate", "2025-12-31"},
                                                      {"Notes", "two\nlines, \"quoted\""}}));
     EXPECT_EQ(Parsed({"strain", "list"}).size(), 2U); // the new strain is registered
@@ -94,9 +94,9 @@ TEST_F(BasilTest, AnEditChangesOnlyTheGivenFields)
              {"--medium", "Medium", "coco", "coco"},
              {"--seed-date", "SeedDate", "2026-01-31", "2026-01-31"},
              {"--flip-height-cm", "FlipHeightCm", "0.1", 0.1},
-             {"--final-height-cm", "FinalHeightCm", "-3", -3.0},
+             {"--final-height-cm", "FinalHeightCm", "31", 31.0},
              {"--clone-date", "CloneDate", "2026", "2026"},
-             {"--transplant-date", "TransplantDate", "2026-12", "2026-12"},
+             {"--transplant-date", "TransplantDate", "2026-02", "2026-02"},
              {"--flip-date", "FlipDate", "2026-02-28", "2026-02-28"},
              {"--harvest-date", "HarvestDate", "2026-07-01", "2026-07-01"},
              {"--notes", "Notes", "Süßkirsche", "Süßkirsche"}})

@@ -4,10 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <ctime>
-#include <iomanip>
 #include <iterator>
-#include <sstream>
 #include <tuple>
 
 using namespace support;
@@ -52,55 +49,6 @@ TEST_F(BasilTest, NamesAreAcceptedInAnyLetterCase)
                 << message;
         }
     }
-}
-
-std::string Yesterday()
-{
-    const std::time_t now = std::time(nullptr);
-    std::tm day = *std::localtime(&now);
-    day.tm_hour = 12;
-    --day.tm_mday;
-    EXPECT_NE(std::mktime(&day), -1);
-    std::ostringstream text;
-    text << std::put_time(&day, "%Y-%m-%d");
-    return text.str();
-}
-
-TEST_F(BasilTest, DatesAreCalendarDatesTodayOrYesterday)
-{
-    for (const auto& [text, date] : std::vector<std::pair<std::string, std::string>>{{"today", PlantEventCurrentDate()},
-                                                                                     {"yesterday", Yesterday()},
-                                                                                     {"2024-02-29", "2024-02-29"},
-                                                                                     {"0001-01-01", "0001-01-01"},
-                                                                                     {"2026-12", "2026-12"},
-                                                                                     {"1999", "1999"},
-                                                                                     {"", ""}})
-        EXPECT_EQ(Parsed({"plant", "edit", "b1", "--seed-date", text}).at("SeedDate"), date);
-
-    const std::vector<std::pair<Words, std::string>> commands = {
-        {{"plant", "edit", "b1"}, "--seed-date"},       {{"plant", "edit", "b1"}, "--clone-date"},
-        {{"plant", "edit", "b1"}, "--transplant-date"}, {{"plant", "edit", "b1"}, "--flip-date"},
-        {{"plant", "add", "x"}, "--harvest-date"},      {{"feed", "b1"}, "--care-date"},
-        {{"event", "add", "b1"}, "--event-date"},       {{"harvest", "add", "b1"}, "--harvest-date"},
-        {{"photo", "add", "b1", "x"}, "--photo-date"},  {{"health", "add", "b1", "x"}, "--observation-date"},
-        {{"note", "add", "b1"}, "--entry-date"}};
-    for (const auto& [words, flag] : commands)
-    {
-        Words line = words;
-        line.insert(line.end(), {flag, "2026-02-30"});
-        const std::string message = Mistaken(line);
-        EXPECT_EQ(
-            message.find(flag + ": \"2026-02-30\" is not a date; write today, yesterday, YYYY-MM-DD, YYYY-MM or YYYY"),
-            0U)
-            << message;
-    }
-    for (const char* text :
-         {"2025-02-29", "2026-13",    "2026-00", "2026-01-00", "2026-1-1",   "26",         "20260101",
-          "01.02.2026", "2026-04-31", "2026-",   "2026-04-",   "2026/04",    "tomorrow",   "Today",
-          " 2026",      "20265",      "-026",    "2026-0x",    "2026-04/01", "2026-01-1x", "٢٠٢٦"})
-        EXPECT_NE(Mistaken({"plant", "edit", "b1", "--seed-date=" + std::string(text)}).find("--seed-date: "),
-                  std::string::npos)
-            << text;
 }
 
 TEST_F(BasilTest, NumbersAreFiniteAndTakeTheWholeText)

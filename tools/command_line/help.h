@@ -9,8 +9,9 @@ The option --file names the journal file. Without it, the environment variable P
 that is not set either, the file is plantjournal/journal.db in the XDG data directory ($XDG_DATA_HOME, by default
 ~/.local/share). A journal with an earlier schema is backed up in its directory before it is migrated.
 
-PLANT is the UUID of a plant, a prefix of its UUID, or its name. It must match exactly one plant. DATE is today,
-yesterday, YYYY-MM-DD, YYYY-MM or YYYY; an empty text clears the date. The case of letters does not matter in values
+PLANT is the UUID of a plant, a prefix of its UUID, or its name. It must match exactly one plant. DATE is YYYY-MM-DD,
+YYYY-MM, YYYY, today, yesterday, tomorrow, a weekday such as monday or mon (the last one, today included), or 3d, 2w or
+1m (so many days, weeks or months ago); an empty text clears the date. The case of letters does not matter in values
 such as Flower in --stage Flower. --json prints records with their field names. A text that is not UTF-8 is printed as
 an object with its bytes in hexadecimal digits, {"Hex": "..."}.
 

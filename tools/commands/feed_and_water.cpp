@@ -141,6 +141,10 @@ void RecordCare(Session& session, const CareRequest& request, PlantCareAction ac
     SetAmount(lastWord, request, entry);
     CheckLastWord(plants, selection, lastWord || entry.AmountMl != 0);
     const std::vector<Plant> selected = SelectPlants(plants, selection);
+    Notices notices;
+    for (const Plant& plant : selected)
+        Append(notices, CheckValues(entry, plant));
+    PrintNotices(notices);
     Outcome outcome(session, selection.RecordsStored());
     StoreForEach(session, selected, entry, outcome);
 }
@@ -168,5 +172,5 @@ void AddFeedAndWater(CLI::App& program, Session& session)
                    "feed --tent Big --stage flower 0.5l --product \"Bloom A\"");
     AddCareCommand(program, session, PlantCareAction::Water, "water", "Record a watering of one or several plants",
                    "water Basil Chili 500ml\n"
-                   "water --all 0.75l --care-date yesterday");
+                   "water --all 0.75l --date yesterday");
 }

@@ -2,6 +2,7 @@
 
 #include "command_line/parser.h"
 #include "commands/arguments.h"
+#include "commands/check_values.h"
 #include "journal/find_record.h"
 #include "record/dates.h"
 #include "record/fields.h"
@@ -51,9 +52,8 @@ template <typename Record> class FieldFlags
                 continue;
             const bool positional = purpose == FlagsFor::Add && (use == Use::Title || use == Use::Words);
             AddFlag(command,
-                    {FlagName(field.Name) + (use == Use::Mother ? ",--mother" : "") +
-                         (positional ? std::string(",") + field.Name : ""),
-                     field.Help, FlagType(use, ValueIn(field, defaults)),
+                    {FlagName(field.Name) + Alias(use) + (positional ? std::string(",") + field.Name : ""), field.Help,
+                     FlagType(use, ValueIn(field, defaults)),
                      positional && use == Use::Title ? Need::Required : Need::Optional,
                      [&field](const std::string& text) { return Objection(text, field); }},
                     Given.emplace_back(GivenText{&field, {}}).Text);
@@ -63,6 +63,16 @@ template <typename Record> class FieldFlags
     bool Any() const
     {
         return std::any_of(Given.begin(), Given.end(), [](const GivenText& given) { return given.Text.has_value(); });
+    }
+
+    // The fields whose flags were given.
+    FieldNames Names() const
+    {
+        FieldNames names;
+        for (const GivenText& given : Given)
+            if (given.Text)
+                names.insert(given.Of->Name);
+        return names;
     }
 
     // Sets the fields whose flags were given. A new record also gets its default date.
@@ -83,6 +93,8 @@ template <typename Record> class FieldFlags
         const Field<Record>* Of;
         std::optional<std::string> Text;
     };
+
+    static const char* Alias(Use use) { return use == Use::Mother ? ",--mother" : use == Use::Day ? ",--date" : ""; }
 
     static std::string Objection(const std::string& text, const Field<Record>& field)
     {

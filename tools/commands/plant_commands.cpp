@@ -30,6 +30,7 @@ void AddPlant(Session& session, const Request<Plant>& request)
 {
     Plant plant;
     request.Fields->Apply(session, FlagsFor::Add, plant); // first: an unknown mother must not create a journal
+    PrintNotices(CheckValues(plant));
     session.Require(session.Write().CreatePlant(plant), "the plant could not be added" + MotherRule(plant));
     PrintStored(session, plant, true);
 }
@@ -39,6 +40,7 @@ void EditPlant(Session& session, const Request<Plant>& request)
     RequireAnyField(request);
     Plant plant = FindPlant(session, request.Given.Plant);
     request.Fields->Apply(session, FlagsFor::Edit, plant);
+    PrintNotices(CheckValues(plant, request.Fields->Names()));
     session.Require(session.Write().UpdatePlant(plant), "the plant could not be changed" + MotherRule(plant));
     PrintStored(session, plant, false);
 }

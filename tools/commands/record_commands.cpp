@@ -82,6 +82,7 @@ template <typename Record> void AddRecord(Session& session, const Request<Record
                       Describe<Record>().Command + " edit` changes it");
     record.PlantUUID = plant.UUID;
     request.Fields->Apply(session, FlagsFor::Add, record);
+    PrintNotices(CheckValues(record, plant));
     session.Require(CreateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be stored");
     PrintStored(session, record, true);
 }
@@ -92,6 +93,7 @@ template <typename Record> void EditRecord(Session& session, const Request<Recor
     Plant plant = FindPlant(session, request.Given.Plant);
     auto record = FindRecord<Record>(session, plant, request.Given.ID);
     request.Fields->Apply(session, FlagsFor::Edit, record);
+    PrintNotices(CheckValues(record, plant, request.Fields->Names()));
     session.Require(UpdateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be changed");
     PrintStored(session, record, false);
 }

@@ -32,10 +32,10 @@ void ShowStrain(Session& session, const std::string& name)
 
 void AddStrain(Session& session, const Request<Strain>& request)
 {
-    PlantRepository& repository = session.Write();
     Strain strain;
     request.Fields->Apply(session, FlagsFor::Add, strain);
-    session.Require(repository.CreateStrain(strain), "the strain could not be added");
+    PrintNotices(CheckValues(strain));
+    session.Require(session.Write().CreateStrain(strain), "the strain could not be added");
     PrintStored(session, strain);
 }
 
@@ -44,6 +44,7 @@ void EditStrain(Session& session, const Request<Strain>& request)
     RequireAnyField(request);
     Strain strain = FindStrain(session, request.Given.Name);
     request.Fields->Apply(session, FlagsFor::Edit, strain);
+    PrintNotices(CheckValues(strain, request.Fields->Names()));
     session.Require(session.Write().UpdateStrain(strain), "the strain could not be changed");
     PrintStored(session, strain);
 }

@@ -1,12 +1,17 @@
 #pragma once
 
+#include <array>
 #include <string>
 
-// Whether the text is a date of the calendar: `YYYY-MM-DD`, `YYYY-MM` or `YYYY`. Only these sort as dates.
-bool IsDate(const std::string& text);
+// What a person writes for a date. The forms that are stored are in plant_validation.h.
 
-// The words that stand for a date.
-inline constexpr const char* DateWords[] = {"today", "yesterday"};
+// The words that completion offers. `3d`, `2w` and `1m` stand for a date so many days, weeks or months ago.
+inline constexpr std::array DateWords = {"today",     "yesterday", "tomorrow", "monday",   "tuesday",
+                                         "wednesday", "thursday",  "friday",   "saturday", "sunday"};
 
-// Reads what a person writes for a date: one of these forms or words; an empty text stays empty. Throws BadValue.
+// Returns the date for one of the stored forms or words; an empty text stays empty. A weekday is the last one, `today`
+// included; it may be shortened to three letters. Throws BadValue.
+std::string DateFrom(const std::string& text, const std::string& today);
+
+// Likewise, with the present date as today.
 std::string DateFrom(const std::string& text);

@@ -1,6 +1,6 @@
 #include "transfer/imported.h"
 
-#include "record/dates.h"
+#include "plant_validation.h"
 #include "record/text.h"
 #include "terminal/printable.h"
 
@@ -84,7 +84,8 @@ class RecordReader : public RawRowReceiver
         {
             Messages.Errors.push_back(place() + Printable(bad.what()));
         }
-        if ((field.Used == Use::Date || field.Used == Use::Day) && !Text.empty() && !IsDate(Text))
+        PlantDate read;
+        if ((field.Used == Use::Date || field.Used == Use::Day) && !Text.empty() && !ReadPlantDate(Text, read))
             Messages.Warnings.push_back(place() + InQuotes(Printable(Text)) + " is not a date; it is imported as text");
     }
 

@@ -1,0 +1,138 @@
+// Values that cannot be are refused; values that are unlikely are stored with a notice.
+
+#include "command/basil_test.h"
+
+#include <filesystem>
+#include <tuple>
+
+using namespace support;
+
+namespace
+{
+
+class NoticeTest : public BasilTest
+{
+  protected:
+    // Runs a command that must succeed; returns what it prints on standard error.
+    std::string NoticesOf(const Words& words) const
+    {
+        const ProgramResult result = Run(words);
+        EXPECT_EQ(result.Status, 0) << result.Error;
+        return result.Error;
+    }
+};
+
+TEST_F(NoticeTest, AnImpossibleValueIsRefusedWithFieldAndReason)
+{
+    const std::vector<std::tuple<Words, std::string>> lines = {
+        {{"harvest", "add", "b1", "--dry-weight-g=-3"},
+         "harvest of Basil: --dry-weight-g \"-3\": the dry weight cannot be negative\n"},
+        {{"harvest", "add", "b1", "--wet-weight-g=-0.5"},
+         "harvest of Basil: --wet-weight-g \"-0.5\": the wet weight cannot be negative\n"},
+        {{"harvest", "add", "b1", "--wet-weight-g=1", "--quality-rating=10.5"},
+         "harvest of Basil: --quality-rating \"10.5\": the quality rating must be from 0 to 10\n"},
+        {{"harvest", "add", "b1", "--wet-weight-g=1", "--seed-yield=-1"},
+         "harvest of Basil: --seed-yield \"-1\": the number of seeds cannot be negative\n"},
+        {{"feed", "b1", "--ph=14.5"}, "care of Basil: --ph \"14.5\": the pH must be from 0 to 14\n"},
+        {{"water", "b1", "--amount-ml=-1"}, "care of Basil: --amount-ml \"-1\": the amount cannot be negative\n"},
+        {{"care", "add", "b1", "--runoff-ml=-1"}, "care of Basil: --runoff-ml \"-1\": the runoff cannot be negative\n"},
+        {{"plant", "edit", "b1", "--flip-height-cm=-1"},
+         "plant Basil: --flip-height-cm \"-1\": the height cannot be negative\n"},
+        {{"plant", "add", "Mint", "--final-height-cm=-1"},
+         "plant Mint: --final-height-cm \"-1\": the height cannot be negative\n"},
+        {{"strain", "add", "Roma", "--flowering-weeks=-1"},
+         "strain Roma: --flowering-weeks \"-1\": the flowering time cannot be negative\n"},
+        {{"strain", "edit", "Genovese", "--flowering-weeks=-1"},
+         "strain Genovese: --flowering-weeks \"-1\": the flowering time cannot be negative\n"}};
+    for (const auto& [words, message] : lines)
+        EXPECT_EQ(Mistaken(words).find(message), 0U) << Mistaken(words);
+    EXPECT_EQ(Mistaken({"health", "add", "b1", "mites", "--severity=6"}).find("--severity: \"6\" is not from 1 to 5"),
+              0U);
+}
+
+TEST_F(NoticeTest, AnUnlikelyValueIsStoredWithOneLineOfNotice)
+{
+    Done({"plant", "edit", "b1", "--seed-date", "2026-05-01"});
+    const std::vector<std::tuple<Words, std::string>> lines = {
+        {{"feed", "b1", "--ec", "1800"}, "care of Basil: --ec \"1800\": the EC is above 20; the journal expects mS/cm"},
+        {{"water", "b1", "--amount-ml", "100001"},
+         "care of Basil: --amount-ml \"100001\": the amount is above 100 l; the journal expects ml"},
+        {{"water", "b1", "--date", "2026-04-30"},
+         "care of Basil: --care-date \"2026-04-30\": the date is before the plant was sown (2026-05-01)"},
+        {{"harvest", "add", "b1", "--date", "2026-04-30", "--wet-weight-g", "1"},
+         "harvest of Basil: --harvest-date \"2026-04-30\": the date is before the plant was sown (2026-05-01)"},
+        {{"harvest", "edit", "b1", "--date", "2026-07-01", "--dry-weight-g", "2"},
+         "harvest of Basil: --dry-weight-g \"2\": the dry weight is above the wet weight"},
+        {{"note", "add", "b1", "--date", "9999"}, "note of Basil: --entry-date \"9999\": the date is in the future"},
+        {{"event", "add", "b1", "--date", "9999"}, "event of Basil: --event-date \"9999\": the date is in the future"},
+        {{"health", "add", "b1", "mites", "--date", "9999"},
+         "health of Basil: --observation-date \"9999\": the date is in the future"},
+        {{"plant", "edit", "b1", "--flip-date", "2026-04"},
+         "plant Basil: --flip-date \"2026-04\": the date is before the sowing (2026-05-01)"},
+        {{"plant", "add", "Mint", "--seed-date", "9999"},
+         "plant Mint: --seed-date \"9999\": the date is in the future"},
+        {{"strain", "add", "Roma", "--flowering-weeks", "60"},
+         "strain Roma: --flowering-weeks \"60\": the flowering time is above 52 weeks"}};
+    for (const auto& [words, notice] : lines)
+        EXPECT_EQ(NoticesOf(words), "notice: " + notice + '\n');
+    EXPECT_EQ(Parsed({"care", "list", "b1"}).size(), 3U);
+    EXPECT_EQ(Parsed({"harvest", "list", "b1"}).at(0).at("DryWeightG"), 2.0);
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
+}
+
+TEST_F(NoticeTest, AnEditMindsOnlyTheFieldsThatItSets)
+{
+    Keep(
+        [](PlantRepository& repository)
+        {
+            Plant plant;
+            EXPECT_TRUE(repository.GetPlant("b1", plant));
+            plant.FlipHeightCm = -5;
+            plant.SeedDate = "9999";
+            plant.FlipDate = "spring";
+            EXPECT_TRUE(repository.UpdatePlant(plant));
+            HarvestRecord record;
+            record.PlantUUID = "b1";
+            record.WetWeightG = 1;
+            record.DryWeightG = 2;
+            record.QualityRating = 11;
+            EXPECT_TRUE(repository.SaveHarvestRecord(plant, record));
+        });
+    EXPECT_EQ(NoticesOf({"plant", "edit", "b1", "--tent", "South"}), "");
+    EXPECT_EQ(NoticesOf({"harvest", "edit", "b1", "--notes", "late"}), "");
+    EXPECT_EQ(NoticesOf({"harvest", "edit", "b1", "--wet-weight-g", "1.5"}),
+              "notice: harvest of Basil: --dry-weight-g \"2\": the dry weight is above the wet weight\n");
+    EXPECT_EQ(NoticesOf({"harvest", "edit", "b1", "--wet-weight-g", "3"}), "");
+    EXPECT_EQ(Mistaken({"harvest", "edit", "b1", "--quality-rating", "12"})
+                  .find("harvest of Basil: --quality-rating \"12\": the quality rating must be from 0 to 10\n"),
+              0U);
+    EXPECT_EQ(Parsed({"harvest", "list", "b1"}).at(0).at("QualityRating"), 11.0);
+}
+
+TEST_F(NoticeTest, ANoticeAboutSeveralPlantsIsPrintedOnce)
+{
+    Done({"plant", "add", "Chili", "--uuid", "c1", "--seed-date", "2026-05-01"});
+    Done({"plant", "add", "Dill", "--uuid", "d1", "--seed-date", "2026-06-01"});
+    EXPECT_EQ(NoticesOf({"feed", "Basil", "Chili", "Dill", "--ec", "1800", "--date", "2026-05-15"}),
+              "notice: care of Basil and 2 more: --ec \"1800\": the EC is above 20; the journal expects mS/cm\n"
+              "notice: care of Dill: --care-date \"2026-05-15\": the date is before the plant was sown (2026-06-01)\n");
+}
+
+TEST_F(NoticeTest, ARefusalDoesNotCreateAJournal)
+{
+    Around.Environment.push_back("PLANTJOURNAL_FILE=" + Scratch.File("other.db"));
+    EXPECT_EQ(Run({"plant", "add", "Mint", "--flip-height-cm=-1"}).Status, 2);
+    EXPECT_EQ(Run({"strain", "add", "Roma", "--flowering-weeks=-1"}).Status, 2);
+    EXPECT_FALSE(std::filesystem::exists(Scratch.File("other.db")));
+}
+
+TEST_F(NoticeTest, ANoticeIsSafeForATerminal)
+{
+    EXPECT_EQ(NoticesOf({"plant", "add", "A\x1B[31m\nB", "--seed-date", "9999"}),
+              "notice: plant A\uFFFD[31m B: --seed-date \"9999\": the date is in the future\n");
+    EXPECT_EQ(Mistaken({"plant", "add", "A\x1B[31m\nB", "--flip-height-cm=-1"})
+                  .find("plant A\uFFFD[31m B: --flip-height-cm \"-1\": the height cannot be negative\n"),
+              0U);
+}
+
+} // namespace

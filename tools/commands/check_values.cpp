@@ -1,0 +1,89 @@
+#include "commands/check_values.h"
+
+#include "command_line/parser.h"
+#include "commands/field_flags.h"
+#include "journal/find_record.h"
+#include "plant_validation.h"
+#include "record/fields.h"
+#include "record/text.h"
+#include "terminal/printable.h"
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+
+namespace
+{
+
+// The flag and the value, as in `--ph "15"`.
+template <typename Record> std::string FlagAndValue(const std::string& name, const Record& record)
+{
+    const std::vector<Field<Record>>& fields = Describe<Record>().Fields;
+    const auto field =
+        std::find_if(fields.begin(), fields.end(), [&](const Field<Record>& known) { return known.Name == name; });
+    return FlagName(name) + ' ' + InQuotes(TextOf(*field, record));
+}
+
+template <typename Record>
+Notices Check(const std::vector<PlantProblem>& problems, const Record& record, const std::string& what,
+              const std::optional<FieldNames>& sets)
+{
+    Notices notices;
+    for (const PlantProblem& problem : problems)
+    {
+        if (sets && !sets->contains(problem.Field) && !sets->contains(problem.OtherField))
+            continue;
+        const std::string text = Printable(FlagAndValue(problem.Field, record) + ": " + problem.Description);
+        if (problem.Kind == PlantProblemKind::Impossible)
+            RefuseUsage(Printable(what) + ": " + text);
+        notices.push_back({Printable(what), text});
+    }
+    return notices;
+}
+
+} // namespace
+
+template <typename Record>
+Notices CheckValues(const Record& record, const Plant& plant, const std::optional<FieldNames>& sets)
+{
+    return Check(Validate(record, plant, PlantEventCurrentDate()), record,
+                 std::string(Describe<Record>().Command) + " of " + DisplayName(plant), sets);
+}
+
+template Notices CheckValues(const PlantEvent&, const Plant&, const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantCareEntry&, const Plant&, const std::optional<FieldNames>&);
+template Notices CheckValues(const HarvestRecord&, const Plant&, const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantPhoto&, const Plant&, const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantHealthObservation&, const Plant&, const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantJournalEntry&, const Plant&, const std::optional<FieldNames>&);
+
+Notices CheckValues(const Plant& plant, const std::optional<FieldNames>& sets)
+{
+    return Check(Validate(plant, PlantEventCurrentDate()), plant, "plant " + DisplayName(plant), sets);
+}
+
+Notices CheckValues(const Strain& strain, const std::optional<FieldNames>& sets)
+{
+    return Check(Validate(strain), strain, "strain " + strain.Name, sets);
+}
+
+void Append(Notices& notices, const Notices& more)
+{
+    notices.insert(notices.end(), more.begin(), more.end());
+}
+
+void PrintNotices(const Notices& notices)
+{
+    std::set<std::string> printed;
+    for (const Notice& notice : notices)
+    {
+        if (!printed.insert(notice.Problem).second)
+            continue;
+        const auto count = std::count_if(notices.begin(), notices.end(),
+                                         [&](const Notice& other) { return other.Problem == notice.Problem; });
+        std::cerr << "notice: " << notice.What;
+        if (count > 1)
+            std::cerr << " and " << count - 1 << " more";
+        std::cerr << ": " << notice.Problem << '\n';
+    }
+}
