@@ -21,13 +21,16 @@ enum class Use
     Day,    // the date of the record; the default is today
     Date,
     Severity,
+    Count,  // a number that people read even where it is 0; elsewhere 0 means that none was entered
+    Remark, // free text that can be long
     Value
 };
 
 enum class Display
 {
     Always,
-    InFull // where one record is shown, not in tables
+    InFull, // where one record is shown, not in tables
+    OnlyInJSON
 };
 
 // A member of a record, of any of the types that the records have.
@@ -42,7 +45,9 @@ template <typename Record> struct Field
     AnyMember<Record> Member;
     Use Used;
     Display Displayed;
+    const char* Label; // what people read instead of the name
     const char* Help;
+    const char* Unit = "";
     const char* Column = Name; // as in the file
 };
 
@@ -51,6 +56,7 @@ template <typename Record> struct Description
     const char* Table;   // in the file, in JSON and as the name of the CSV file
     const char* Command; // its group of commands
     const char* Noun;
+    const char* Plural; // of the noun
     std::vector<Field<Record>> Fields;
 };
 

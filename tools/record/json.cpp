@@ -148,15 +148,33 @@ template <typename Record> JSON RecordJSON(const Record& record)
     return object;
 }
 
+template <typename Record> JSON RecordJSON(const Record& record, const Plant& plant)
+{
+    JSON object = JSON::Object();
+    for (const Field<Record>& field : Describe<Record>().Fields)
+    {
+        object.Add(field.Name, JSONOf(ValueIn(field, record)));
+        if (field.Used == Use::Owner)
+            object.Add("Plant", JSONOf(plant.Name));
+    }
+    return object;
+}
+
 template JSON RecordJSON(const Strain& record);
 template JSON RecordJSON(const StrainSummary& record);
 template JSON RecordJSON(const Plant& record);
 template JSON RecordJSON(const PlantEvent& record);
+template JSON RecordJSON(const PlantEvent& record, const Plant& plant);
 template JSON RecordJSON(const PlantCareEntry& record);
+template JSON RecordJSON(const PlantCareEntry& record, const Plant& plant);
 template JSON RecordJSON(const HarvestRecord& record);
+template JSON RecordJSON(const HarvestRecord& record, const Plant& plant);
 template JSON RecordJSON(const PlantPhoto& record);
+template JSON RecordJSON(const PlantPhoto& record, const Plant& plant);
 template JSON RecordJSON(const PlantHealthObservation& record);
+template JSON RecordJSON(const PlantHealthObservation& record, const Plant& plant);
 template JSON RecordJSON(const PlantJournalEntry& record);
+template JSON RecordJSON(const PlantJournalEntry& record, const Plant& plant);
 
 std::string BytesFromHex(const std::string& hex)
 {

@@ -47,7 +47,10 @@ JSON JSONOf(const std::vector<std::string>& texts);
 
 // An object of the record's fields. Defined for every kind of record.
 template <typename Record> JSON RecordJSON(const Record& record);
+// Likewise for a record of a plant, with the plant's name in the field `Plant`, after its UUID.
+template <typename Record> JSON RecordJSON(const Record& record, const Plant& plant);
 
+// An array of strains or plants.
 template <typename Record> JSON RecordsJSON(const std::vector<Record>& records)
 {
     JSON array = JSON::Array();

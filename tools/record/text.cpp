@@ -138,6 +138,22 @@ std::string RoundedTextOf(const ConstValueRef& value)
     return TextOf(&rounded);
 }
 
+std::string ShownText(const ConstValueRef& value, Use used, const std::string& unit)
+{
+    const bool entered = std::visit(
+        [&](const auto* of)
+        {
+            using Type = std::decay_t<decltype(*of)>;
+            if constexpr (std::is_arithmetic_v<Type>)
+                return *of != 0 || used == Use::Count;
+            else if constexpr (std::is_same_v<Type, PlantSex>)
+                return *of != PlantSex::Unknown;
+            return true;
+        },
+        value);
+    return entered ? Joined({RoundedTextOf(value), unit}, " ") : "";
+}
+
 void ParseValue(const std::string& text, const ValueRef& out)
 {
     std::visit([&](auto* value) { ParseInto(text, *value); }, out);

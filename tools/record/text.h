@@ -30,6 +30,8 @@ std::string Joined(const std::vector<std::string>& texts, const std::string& sep
 std::string TextOf(const ConstValueRef& value);
 // Likewise, with a number rounded to hundredths for people, unless it would be rounded to zero.
 std::string RoundedTextOf(const ConstValueRef& value);
+// What people read: the rounded value with its unit. Empty where no value was entered.
+std::string ShownText(const ConstValueRef& value, Use used, const std::string& unit);
 
 // Sets the value to what the whole text stands for; names may be in any letter case. Throws BadValue.
 void ParseValue(const std::string& text, const ValueRef& out);
@@ -43,6 +45,11 @@ std::vector<std::string> EnumerationNames(const ConstValueRef& value);
 template <typename Record> std::string TextOf(const Field<Record>& field, const Record& record)
 {
     return TextOf(ValueIn(field, record));
+}
+
+template <typename Record> std::string ShownText(const Field<Record>& field, const Record& record)
+{
+    return ShownText(ValueIn(field, record), field.Used, field.Unit);
 }
 
 // Sets the record's field to what the text stands for. Throws BadValue, also where the field's use forbids the value.
