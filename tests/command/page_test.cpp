@@ -188,7 +188,7 @@ TEST_F(ManualTest, TheManualDescribesArgumentsAndTypesOfValues)
          {".SS plant show\nShow every field of a plant.\n"
           ".TP\n.I PLANT\nUUID, prefix of the UUID, or name; must match exactly one plant\n"
           ".PP\n.nf\n  plantjournal plant show Basil\n",
-          ".SS plant add\nAdd a plant, and print its UUID.\n"
+          ".SS plant add\nAdd a plant.\n"
           ".TP\n\\fB\\-\\-uuid\\fR \\fITEXT\\fR\npermanent identifier; generated if not given\n.TP\n"})
         EXPECT_NE(Page.find(section), std::string::npos) << section;
 }

@@ -13,39 +13,39 @@ namespace
 
 TEST_F(BasilTest, APlantIsAddedWithEveryField)
 {
-    const std::string uuid = DoneLine({"plant",
-                                       "add",
-                                       "Cutting",
-                                       "--strain",
-                                       "Roma",
-                                       "--mother-plant-uuid",
-                                       "Basil",
-                                       "--stage",
-                                       "flower",
-                                       "--sex",
-                                       "FEMALE",
-                                       "--tent",
-                                       "South",
-                                       "--pot-size",
-                                       "11 l",
-                                       "--medium",
-                                       "peat",
-                                       "--seed-date",
-                                       "2025",
-                                       "--flip-height-cm",
-                                       "40.5",
-                                       "--final-height-cm",
-                                       "1e2",
-                                       "--clone-date",
-                                       "2025-02",
-                                       "--transplant-date",
-                                       "2025-03-04",
-                                       "--flip-date",
-                                       "2025-05-06",
-                                       "--harvest-date",
-                                       "2025-12-31",
-                                       "--notes",
-                                       "two\nlines, \"quoted\""});
+    const std::string uuid = Stored({"plant",
+                                     "add",
+                                     "Cutting",
+                                     "--strain",
+                                     "Roma",
+                                     "--mother-plant-uuid",
+                                     "Basil",
+                                     "--stage",
+                                     "flower",
+                                     "--sex",
+                                     "FEMALE",
+                                     "--tent",
+                                     "South",
+                                     "--pot-size",
+                                     "11 l",
+                                     "--medium",
+                                     "peat",
+                                     "--seed-date",
+                                     "2025",
+                                     "--flip-height-cm",
+                                     "40.5",
+                                     "--final-height-cm",
+                                     "1e2",
+                                     "--clone-date",
+                                     "2025-02",
+                                     "--transplant-date",
+                                     "2025-03-04",
+                                     "--flip-date",
+                                     "2025-05-06",
+                                     "--harvest-date",
+                                     "2025-12-31",
+                                     "--notes",
+                                     "two\nlines, \"quoted\""});
     EXPECT_EQ(uuid.size(), 36U);
     EXPECT_EQ(Parsed({"plant", "show", uuid}), JSON({{"ID", 2},
                                                      {"UUID", uuid},
@@ -103,7 +103,7 @@ TEST_F(BasilTest, AnEditChangesOnlyTheGivenFields)
     {
         JSON expected = Basil();
         expected[field] = value;
-        EXPECT_EQ(Done({"plant", "edit", "b1", flag, text}), "");
+        EXPECT_EQ(Stored({"plant", "edit", "b1", flag, text}), "b1");
         EXPECT_EQ(Basil(), expected) << flag;
         EXPECT_NE(before.at(field), value); // otherwise the edit changes nothing
     }
@@ -125,7 +125,7 @@ TEST_F(BasilTest, DeletingAPlantDeletesItsRecordsAndKeepsItsClones)
     Done({"plant", "add", "Cutting", "--mother", "Basil"});
     Done({"feed", "Basil"});
     Done({"note", "add", "Basil", "leaves"});
-    EXPECT_EQ(Done({"plant", "delete", "Basil", "--yes"}), "");
+    EXPECT_EQ(Done({"plant", "delete", "Basil", "--yes"}), "Deleted Basil and all its records\n");
     const JSON tables = Parsed({"info"}).at("Tables");
     ExpectFields(tables, {{"Plants", 1}, {"PlantCareEntries", 0}, {"PlantEvents", 0}, {"PlantJournalEntries", 0}});
     EXPECT_EQ(Parsed({"plant", "show", "Cutting"}).at("MotherPlantUUID"), "");
@@ -135,7 +135,7 @@ TEST_F(BasilTest, ADuplicateCopiesAllButIdentityAndMother)
 {
     Done({"plant", "add", "Cutting", "--mother", "Basil", "--tent", "South"});
     JSON expected = Parsed({"plant", "show", "Cutting"});
-    const std::string uuid = DoneLine({"plant", "duplicate", "Cutting"});
+    const std::string uuid = Stored({"plant", "duplicate", "Cutting"});
     expected.update({{"ID", 3}, {"UUID", uuid}, {"Name", "Cutting copy"}, {"MotherPlantUUID", ""}});
     EXPECT_EQ(Parsed({"plant", "show", "Cutting copy"}), expected);
 }
@@ -202,14 +202,14 @@ TEST_F(BasilTest, AStrainIsAddedListedChangedAndDeleted)
                                         "Roma      who                   9  red\n");
     EXPECT_EQ(Done({"strain", "edit", "Genovese", "--name", "Gigante", "--breeder", "x", "--flowering-weeks", "8",
                     "--notes", "y"}),
-              "");
+              "Changed strain Genovese: name Gigante, breeder x, flowering time 8 weeks, notes y\n");
     EXPECT_EQ(Basil().at("Strain"), "Gigante"); // its plants get the new name
     EXPECT_EQ(Parsed({"strain", "list"}).at(0),
               JSON({{"ID", 1}, {"Name", "Gigante"}, {"Breeder", "x"}, {"FloweringWeeks", 8}, {"Notes", "y"}}));
     EXPECT_NE(Refused({"strain", "edit", "Gigante", "--name", "Roma"}).find("that name or UUID is already in use"),
               std::string::npos);
     EXPECT_NE(Refused({"strain", "delete", "Gigante", "--yes"}).find("it still has plants"), std::string::npos);
-    EXPECT_EQ(Done({"strain", "delete", "Roma", "--yes"}), "");
+    EXPECT_EQ(Done({"strain", "delete", "Roma", "--yes"}), "Deleted strain Roma\n");
     EXPECT_EQ(Parsed({"strain", "list"}).size(), 1U);
 }
 

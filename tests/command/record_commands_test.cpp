@@ -131,19 +131,19 @@ class FamilyCommandTest : public BasilTest, public testing::WithParamInterface<F
 
 TEST_P(FamilyCommandTest, ARecordIsAddedChangedAndDeletedWithEveryField)
 {
-    const std::string id = DoneLine(Of("add", GetParam().Add));
+    const std::string id = Stored(Of("add", GetParam().Add));
     const JSON added = Only();
     ExpectFields(added, GetParam().Added);
     EXPECT_EQ(added.at("PlantUUID"), "b1");
     EXPECT_EQ(std::to_string(added.at("ID").get<int>()), id);
 
-    EXPECT_EQ(Done(OfIt("edit", GetParam().Edit)), "");
+    EXPECT_EQ(Stored(OfIt("edit", GetParam().Edit)), id);
     JSON expected = added;
     expected.update(GetParam().Edited);
     EXPECT_EQ(Only(), expected);
 
     EXPECT_NE(Refused(OfIt("delete")).find("--yes"), std::string::npos);
-    EXPECT_EQ(Done(OfIt("delete", {"--yes"})), "");
+    EXPECT_EQ(Done(OfIt("delete", {"--yes", "--quiet"})), "");
     EXPECT_EQ(Parsed(Of("list")), JSON::array());
     EXPECT_EQ(Parsed({"info"}).at("Tables").at(GetParam().Table), 0);
     EXPECT_EQ(Parsed({"info"}).at("Tables").at("PlantEvents"), 0); // its event is deleted, too
@@ -213,9 +213,9 @@ INSTANTIATE_TEST_SUITE_P(Of, FamilyCommandTest, testing::ValuesIn(Families),
 
 TEST_F(BasilTest, FeedAndWaterStoreCareEntriesWithTheirEvents)
 {
-    const std::string feeding = DoneLine({"-q", "feed", "Basil", "--product", "Bloom A", "--amount-ml", "500", "--ec",
-                                          "1.8", "--ph", "6.2", "--care-date", "2026-05-02"});
-    const std::string watering = DoneLine({"-q", "water", "Basil", "--amount-ml", "750"});
+    const std::string feeding = Stored({"feed", "Basil", "--product", "Bloom A", "--amount-ml", "500", "--ec", "1.8",
+                                        "--ph", "6.2", "--care-date", "2026-05-02"});
+    const std::string watering = Stored({"water", "Basil", "--amount-ml", "750"});
     const JSON care = Parsed({"care", "list", "Basil"});
     ASSERT_EQ(care.size(), 2U);
     ExpectFields(care.at(0), {{"ID", std::stoi(watering)}, {"Action", "Water"}, {"CareDate", PlantEventCurrentDate()}});
@@ -238,7 +238,7 @@ TEST_F(BasilTest, AHarvestSetsStageAndDateOfItsPlant)
 
 TEST_F(BasilTest, ARecordIsFoundByItsOwnRowID)
 {
-    const std::string older = DoneLine({"note", "add", "Basil", "older"});
+    const std::string older = Stored({"note", "add", "Basil", "older"});
     Done({"note", "add", "Basil", "newer"});
     EXPECT_EQ(Parsed({"note", "edit", "Basil", older, "--details", "first"}).at("ID"), std::stoi(older));
 }

@@ -158,9 +158,9 @@ TEST_F(CommandOnTerminalTest, TheWidthOfTheTerminalLimitsATable)
 TEST_F(CommandOnTerminalTest, TheQuestionOfADeletionShowsTheRecord)
 {
     Done({"plant", "add", "Basil"});
-    const std::string id = DoneLine({"-q", "feed", "Basil", "--care-date", "2026-05-02", "--amount-ml", "500"});
+    const std::string id = Stored({"feed", "Basil", "--care-date", "2026-05-02", "--amount-ml", "500"});
     EXPECT_NE(RunOnTerminal({"care", "delete", "Basil", id}, "n\n")
-                  .Out.find("Delete the care entry of Basil: " + id + " 2026-05-02 Feed 500? [y/N] "),
+                  .Out.find("Delete care entry " + id + " of Basil on 2026-05-02: Feed, 500 ml? [y/N] "),
               std::string::npos);
 }
 

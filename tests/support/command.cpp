@@ -76,6 +76,12 @@ std::string CommandTest::DoneLine(const Words& words) const
     return line;
 }
 
+std::string CommandTest::Stored(Words words) const
+{
+    words.emplace_back("--quiet");
+    return DoneLine(words);
+}
+
 JSON CommandTest::Parsed(Words words) const
 {
     words.emplace_back("--json");

@@ -15,6 +15,9 @@ YYYY-MM, YYYY, today, yesterday, tomorrow, a weekday such as monday or mon (the 
 such as Flower in --stage Flower. --json prints records with their field names. A text that is not UTF-8 is printed as
 an object with its bytes in hexadecimal digits, {"Hex": "..."}.
 
+A change is reported in one line. With --quiet, only the identifier of what was stored is printed: the UUID of a plant,
+the name of a strain, or the row ID of another record. A deletion then prints nothing.
+
 Output to a terminal has colours unless NO_COLOR is set. The exit status is 0 on success, 1 on failure, and 2 for a
 mistake in the command line.
 

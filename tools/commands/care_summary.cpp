@@ -34,11 +34,16 @@ std::string OnDate(const std::string& date)
     return date.empty() || date == PlantEventCurrentDate() ? "" : " on " + date;
 }
 
+std::string CareInWords(const PlantCareEntry& entry)
+{
+    return Joined({entry.Product, Millilitres("", entry.AmountMl), Measured("EC", entry.EC), Measured("pH", entry.PH),
+                   Millilitres("runoff ", entry.RunoffMl)},
+                  ", ");
+}
+
 std::string CareSummary(const Plant& plant, const PlantCareEntry& entry)
 {
-    const std::string values = Joined({entry.Product, Millilitres("", entry.AmountMl), Measured("EC", entry.EC),
-                                       Measured("pH", entry.PH), Millilitres("runoff ", entry.RunoffMl)},
-                                      ", ");
+    const std::string values = CareInWords(entry);
     return (entry.Action == PlantCareAction::Feed ? "Fed " : "Watered ") + DisplayName(plant) + OnDate(entry.CareDate) +
            (values.empty() ? "" : ": " + values) + " (care " + std::to_string(entry.ID) + ")";
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "plant.h"
+#include "record/fields.h"
 
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -24,9 +23,6 @@ struct Notice
 };
 
 using Notices = std::vector<Notice>;
-
-// The names of the fields that a command sets.
-using FieldNames = std::set<std::string>;
 
 // Returns the unlikely values of a record of `plant`. Throws a mistake in the command line (exit status 2) for an
 // impossible value. An edit passes the fields that it `sets`: only problems in which one of them takes part count.

@@ -3,22 +3,15 @@
 #include "commands/commands.h"
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
+#include "commands/outcome.h"
 #include "commands/print.h"
+#include "commands/summary.h"
 #include "journal/find_record.h"
 
 #include <memory>
 
 namespace
 {
-
-// Prints the whole plant with --json, else only the UUID of a new one.
-void PrintStored(const Session& session, const Plant& plant, bool isNew)
-{
-    if (session.AsJSON)
-        PrintJSON(RecordJSON(plant));
-    else if (isNew)
-        std::cout << plant.UUID << '\n';
-}
 
 // The repository does not report that a mother is refused.
 std::string MotherRule(const Plant& plant)
@@ -32,24 +25,36 @@ void AddPlant(Session& session, const Request<Plant>& request)
     request.Fields->Apply(session, FlagsFor::Add, plant); // first: an unknown mother must not create a journal
     PrintNotices(CheckValues(plant));
     session.Require(session.Write().CreatePlant(plant), "the plant could not be added" + MotherRule(plant));
-    PrintStored(session, plant, true);
+    ReportStored(session, SummaryOfNew(plant), plant.UUID, RecordJSON(plant));
+}
+
+// The fields that were set. A mother is named as the user knows it.
+std::string SummaryOfEdit(Session& session, const Plant& before, Plant plant, const FieldNames& fields)
+{
+    if (!plant.MotherPlantUUID.empty())
+        plant.MotherPlantUUID = DisplayName(FindPlant(session, plant.MotherPlantUUID));
+    return SummaryOfChanged(before, plant, fields);
 }
 
 void EditPlant(Session& session, const Request<Plant>& request)
 {
     RequireAnyField(request);
-    Plant plant = FindPlant(session, request.Given.Plant);
+    const Plant before = FindPlant(session, request.Given.Plant);
+    Plant plant = before;
     request.Fields->Apply(session, FlagsFor::Edit, plant);
     PrintNotices(CheckValues(plant, request.Fields->Names()));
     session.Require(session.Write().UpdatePlant(plant), "the plant could not be changed" + MotherRule(plant));
-    PrintStored(session, plant, false);
+    ReportStored(session, SummaryOfEdit(session, before, plant, request.Fields->Names()), plant.UUID,
+                 RecordJSON(plant));
 }
 
 void DuplicatePlant(Session& session, const Arguments& given)
 {
-    Plant plant = FindPlant(session, given.Plant);
-    session.Require(session.Write().DuplicatePlant(plant, plant), "the plant could not be copied" + MotherRule(plant));
-    PrintStored(session, plant, true);
+    const Plant original = FindPlant(session, given.Plant);
+    Plant copy;
+    session.Require(session.Write().DuplicatePlant(original, copy),
+                    "the plant could not be copied" + MotherRule(original));
+    ReportStored(session, SummaryOfNew(copy), copy.UUID, RecordJSON(copy));
 }
 
 void DeletePlant(Session& session, const Arguments& given)
@@ -57,6 +62,7 @@ void DeletePlant(Session& session, const Arguments& given)
     const Plant plant = FindPlant(session, given.Plant);
     ConfirmDeletion("the plant " + DisplayName(plant) + " and all its records", given);
     session.Require(session.Write().DeletePlant(plant.UUID), "the plant could not be deleted");
+    ReportChange(session, "Deleted " + DisplayName(plant) + " and all its records");
 }
 
 void AddReadingCommands(CLI::App& group, Session& session)
@@ -74,7 +80,7 @@ void AddReadingCommands(CLI::App& group, Session& session)
 void AddWritingCommands(CLI::App& group, Session& session)
 {
     auto toAdd = std::make_shared<Request<Plant>>();
-    toAdd->Fields.emplace(AddCommand(group, "add", "Add a plant, and print its UUID",
+    toAdd->Fields.emplace(AddCommand(group, "add", "Add a plant",
                                      "plant add Basil --strain Genovese --stage seed --seed-date today\n"
                                      "plant add \"Basil 2\" --mother Basil --stage clone --clone-date today",
                                      [&session, toAdd] { AddPlant(session, *toAdd); }),
@@ -96,8 +102,8 @@ void AddWritingCommands(CLI::App& group, Session& session)
     AddYes(remove, *toDelete);
 
     auto toCopy = std::make_shared<Arguments>();
-    AddPlantArgument(AddCommand(group, "duplicate", "Add a copy of a plant, and print its UUID",
-                                "plant duplicate Basil", [&session, toCopy] { DuplicatePlant(session, *toCopy); }),
+    AddPlantArgument(AddCommand(group, "duplicate", "Add a copy of a plant", "plant duplicate Basil",
+                                [&session, toCopy] { DuplicatePlant(session, *toCopy); }),
                      *toCopy);
 }
 

@@ -3,7 +3,9 @@
 #include "commands/commands.h"
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
+#include "commands/outcome.h"
 #include "commands/print.h"
+#include "commands/summary.h"
 #include "journal/find_record.h"
 #include "record/operations.h"
 #include "refusal.h"
@@ -65,15 +67,6 @@ template <typename Record> Record FindRecord(Session& session, const Plant& plan
                   "; `plantjournal " + Describe<Record>().Command + " list` shows the existing ones");
 }
 
-// Prints the whole record with --json, else only the row ID of a new one.
-template <typename Record> void PrintStored(const Session& session, const Record& record, bool isNew)
-{
-    if (session.AsJSON)
-        PrintJSON(RecordJSON(record));
-    else if (isNew)
-        std::cout << record.ID << '\n';
-}
-
 template <typename Record> void AddRecord(Session& session, const Request<Record>& request, Record record = {})
 {
     Plant plant = FindPlant(session, request.Given.Plant);
@@ -84,7 +77,7 @@ template <typename Record> void AddRecord(Session& session, const Request<Record
     request.Fields->Apply(session, FlagsFor::Add, record);
     PrintNotices(CheckValues(record, plant));
     session.Require(CreateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be stored");
-    PrintStored(session, record, true);
+    ReportStored(session, SummaryOfNew(plant, record), std::to_string(record.ID), RecordJSON(record));
 }
 
 template <typename Record> void EditRecord(Session& session, const Request<Record>& request)
@@ -95,18 +88,18 @@ template <typename Record> void EditRecord(Session& session, const Request<Recor
     request.Fields->Apply(session, FlagsFor::Edit, record);
     PrintNotices(CheckValues(record, plant, request.Fields->Names()));
     session.Require(UpdateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be changed");
-    PrintStored(session, record, false);
+    ReportStored(session, SummaryOfChanged(plant, record, request.Fields->Names()), std::to_string(record.ID),
+                 RecordJSON(record));
 }
 
 template <typename Record> void DeleteChosenRecord(Session& session, const Arguments& given)
 {
     const Plant plant = FindPlant(session, given.Plant);
     const auto record = FindRecord<Record>(session, plant, given.ID);
-    std::string words;
-    for (const std::string& text : RowOf(record))
-        words += text.empty() || text == "0" ? "" : " " + text;
-    ConfirmDeletion("the " + NounOf<Record>() + " of " + DisplayName(plant) + ":" + words, given);
+    const std::string what = RecordInWords(plant, record);
+    ConfirmDeletion(what, given);
     session.Require(DeleteRecord(session.Write(), record), "the " + NounOf<Record>() + " could not be deleted");
+    ReportChange(session, "Deleted " + what);
 }
 
 template <typename Record> void AddArguments(CLI::App& command, Arguments& given, bool chosen)

@@ -3,7 +3,9 @@
 #include "commands/commands.h"
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
+#include "commands/outcome.h"
 #include "commands/print.h"
+#include "commands/summary.h"
 #include "journal/find_record.h"
 
 #include <memory>
@@ -14,12 +16,6 @@ namespace
 void AddNameArgument(CLI::App& command, Arguments& arguments)
 {
     AddArgument(command, "NAME", "name of the strain", arguments.Name);
-}
-
-void PrintStored(const Session& session, const Strain& strain)
-{
-    if (session.AsJSON)
-        PrintJSON(RecordJSON(strain));
 }
 
 void ShowStrain(Session& session, const std::string& name)
@@ -36,17 +32,18 @@ void AddStrain(Session& session, const Request<Strain>& request)
     request.Fields->Apply(session, FlagsFor::Add, strain);
     PrintNotices(CheckValues(strain));
     session.Require(session.Write().CreateStrain(strain), "the strain could not be added");
-    PrintStored(session, strain);
+    ReportStored(session, SummaryOfNew(strain), strain.Name, RecordJSON(strain));
 }
 
 void EditStrain(Session& session, const Request<Strain>& request)
 {
     RequireAnyField(request);
-    Strain strain = FindStrain(session, request.Given.Name);
+    const Strain before = FindStrain(session, request.Given.Name);
+    Strain strain = before;
     request.Fields->Apply(session, FlagsFor::Edit, strain);
     PrintNotices(CheckValues(strain, request.Fields->Names()));
     session.Require(session.Write().UpdateStrain(strain), "the strain could not be changed");
-    PrintStored(session, strain);
+    ReportStored(session, SummaryOfChanged(before, strain, request.Fields->Names()), strain.Name, RecordJSON(strain));
 }
 
 void DeleteStrain(Session& session, const Arguments& given)
@@ -54,6 +51,7 @@ void DeleteStrain(Session& session, const Arguments& given)
     const Strain strain = FindStrain(session, given.Name);
     ConfirmDeletion("the strain " + strain.Name, given);
     session.Require(session.Write().DeleteStrain(strain.ID), "the strain could not be deleted; it still has plants");
+    ReportChange(session, "Deleted strain " + strain.Name);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "plant_database.h"
 
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -70,6 +71,9 @@ template <> const Description<PlantPhoto>& Describe();
 template <> const Description<PlantHealthObservation>& Describe();
 template <> const Description<PlantJournalEntry>& Describe();
 template <> const Description<StrainSummary>& Describe();
+
+// The names of some fields of a record.
+using FieldNames = std::set<std::string>;
 
 // A field's value in some record, to be set or to be read. Valid as long as the record.
 using ValueRef = std::variant<std::int64_t*, int*, double*, std::string*, PlantStage*, PlantSex*, PlantEventType*,
