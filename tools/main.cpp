@@ -2,6 +2,7 @@
 #include "command_line/program.h"
 #include "commands/commands.h"
 #include "journal/session.h"
+#include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/printable.h"
 
@@ -10,6 +11,7 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -30,6 +32,13 @@ void AddCommands(CLI::App& program, Session& session)
     AddUndoCommand(program, session);
 }
 
+// The session ends before the output is flushed: if no process reads it, that can end the process.
+int RunCommand(const std::vector<std::string>& arguments)
+{
+    Session session;
+    return RunProgram(arguments, [&](CLI::App& program) { AddCommands(program, session); });
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -37,9 +46,10 @@ int main(int argc, char** argv)
     try
     {
         CatchInterrupts();
-        Session session;
-        return RunProgram({std::next(argv), std::next(argv, argc)},
-                          [&](CLI::App& program) { AddCommands(program, session); });
+        const int status = RunCommand({std::next(argv), std::next(argv, argc)});
+        if (!std::cout.flush())
+            throw Refusal("the output cannot be written");
+        return status;
     }
     catch (const std::exception& error)
     {

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/mman.h>
+#include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -58,7 +59,8 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
     const int program = open(arguments[0], O_RDONLY | O_CLOEXEC);
     const bool isUser =
         !around.AsUser || geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
-    if (isUser && chdir(around.Directory.c_str()) == 0)
+    const bool isTraced = !around.Traced || ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0;
+    if (isUser && isTraced && chdir(around.Directory.c_str()) == 0)
     {
         if (program >= 0)
             fexecve(program, arguments.data(), environment.data());

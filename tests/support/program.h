@@ -29,6 +29,7 @@ struct Surroundings
     std::vector<std::string> Environment; // all of it, NAME=value
     int Columns = 0;                      // of the terminal; 0 for none: input and outputs are files
     bool AsUser = false;                  // as a user other than root
+    bool Traced = false;                  // stopped once it is loaded, for FileChanges
 };
 
 // A program that runs at the same time as the test. SIGALRM ends it after a minute, so no wait is endless.

@@ -3,7 +3,6 @@
 #include "command_line/completion.h"
 #include "command_line/help.h"
 #include "command_line/manual_page.h"
-#include "refusal.h"
 
 #include <algorithm>
 #include <iostream>
@@ -78,7 +77,5 @@ int RunProgram(const std::vector<std::string>& arguments, const std::function<vo
             if (program.exit(mistake) != 0)
                 return 2;
         }
-    if (!std::cout.flush())
-        throw Refusal("the output cannot be written");
     return 0;
 }

@@ -33,6 +33,7 @@ void UndoLastChange(Session& session, bool confirmed)
     const std::optional<UndoRecord> record = store.Load();
     if (!record)
         throw Refusal(path + ": nothing to undo; only the last change that this command made can be undone");
+    RequireUnchangedSince(session.Connection(), path, *record); // before the question, and again after it
     if (!confirmed)
         ConfirmUndo(*record);
     Undo(session.Connection(), path, store, *record);
@@ -42,7 +43,7 @@ void UndoLastChange(Session& session, bool confirmed)
         object.Add("Undone", JSONOf(record->Summaries));
         return PrintJSON(object);
     }
-    for (const std::string& summary : record->Summaries)
+    for (const std::string& summary : session.Quiet ? std::vector<std::string>() : record->Summaries)
         std::cout << "Undone: " << Printable(summary) << '\n';
 }
 

@@ -146,6 +146,13 @@ void UndoRecording::SaveCopy(const std::vector<std::string>& summaries, const st
                copy);
 }
 
+void RequireUnchangedSince(sqlite3* connection, const std::string& path, const UndoRecord& record)
+{
+    const SQL journal(connection, path + ": undo");
+    const Transaction transaction(journal);
+    RequireUnchanged(journal, path, record);
+}
+
 void Undo(sqlite3* connection, const std::string& path, const UndoStore& store, const UndoRecord& record)
 {
     const SQL journal(connection, path + ": undo");

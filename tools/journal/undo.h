@@ -27,6 +27,9 @@ class UndoRecording
     ChangeRecorder Recorder;
 };
 
+// Throws Refusal if the journal at `path` has changed since the command of the record.
+void RequireUnchangedSince(sqlite3* connection, const std::string& path, const UndoRecord& record);
+
 // Changes the journal at `path` back to before the command of the record, and removes the record. Throws Refusal,
 // without a change, if the journal has changed since that command. For a copy, the connection must then be closed.
 void Undo(sqlite3* connection, const std::string& path, const UndoStore& store, const UndoRecord& record);

@@ -41,6 +41,8 @@ class Reader
         return text;
     }
 
+    bool IsAtEnd() const { return Rest.empty(); }
+
   private:
     std::string_view Rest;
 };
@@ -60,6 +62,8 @@ std::optional<UndoRecord> RecordIn(std::string_view texts)
         record.Kept = UndoRecord::Kind::Copy;
     while (const std::optional<std::string> summary = reader.Next())
         record.Summaries.push_back(*summary);
+    if (record.Summaries.empty() || !reader.IsAtEnd())
+        return std::nullopt;
     return record;
 }
 
