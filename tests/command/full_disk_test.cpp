@@ -181,6 +181,29 @@ TEST_F(FullDiskTest, AFailureInTheMiddleListsWhatWasStored)
     EXPECT_TRUE(some);
 }
 
+TEST_F(FullDiskTest, UndoRollsBackWhatAFailedCommandStored)
+{
+    const std::string before = Exported();
+    bool some = false;
+    OnGrowingDisks({"feed", "Basil", "Cutting", "--notes", std::string(100000, 'x'), "--file", Disk + "/journal.db"},
+                   104, 60,
+                   [&](const ProgramResult& outcome, const SmallDisk& disk, const std::string& exported)
+                   {
+                       disk.Run({"mount", "-o", "remount,size=20m", Disk}); // undo needs room, too
+                       const ProgramResult undo = disk.Run(Line({"undo", "--yes", "--file", Disk + "/journal.db"}));
+                       const std::string restored = disk.Run(Line({"export", "-", "--file", Disk + "/journal.db"})).Out;
+                       EXPECT_EQ(undo.Status == 0, exported != before) << undo.Error;
+                       EXPECT_EQ(restored, before);
+                       EXPECT_EQ(outcome.Error.find("notice:"), std::string::npos) << outcome.Error;
+                       if (exported != before && outcome.Status != 0)
+                       {
+                           EXPECT_TRUE(undo.Out.starts_with("Undone: Fed Basil")) << undo.Out;
+                           some = true;
+                       }
+                   });
+    EXPECT_TRUE(some);
+}
+
 TEST_F(FullDiskTest, AFeedingIsStoredOrChangesNothing)
 {
     const std::string before = Exported();

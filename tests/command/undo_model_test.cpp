@@ -47,7 +47,7 @@ class UndoModelTest : public TransferTest
     Words PlantCommand()
     {
         const std::string plant = PlantUUID();
-        switch (Below(6))
+        switch (PlantCommands++ % 6)
         {
         case 0:
             return {"plant",
@@ -68,7 +68,7 @@ class UndoModelTest : public TransferTest
         case 3:
             return {"plant", "edit", plant, "--name", "Plant " + Number(1000), "--notes", Text()};
         case 4:
-            return {"plant", "duplicate", plant, "Plant " + Number(1000)};
+            return {"plant", "duplicate", plant};
         default:
             return {"plant", "delete", plant, "--yes"};
         }
@@ -144,7 +144,9 @@ class UndoModelTest : public TransferTest
         case 4:
             return Import();
         case 5:
-            return {OneOf({"feed", "water"}), PlantUUID(), "--amount-ml", Number(500), "--notes", Text()};
+            return {OneOf({"feed", "water"}), PlantUUID(), PlantUUID(), Number(500) + "ml", "--notes", Text()};
+        case 6:
+            return {OneOf({"feed", "water"}), "--all", "--amount", "0.5l"};
         default:
             return RecordCommand();
         }
@@ -153,6 +155,7 @@ class UndoModelTest : public TransferTest
     std::string Checked() const { return Run({"check"}).Out; }
 
     std::mt19937_64 Random{Seed()};
+    int PlantCommands = 0; // so far; each kind has its turn
 };
 
 TEST_F(UndoModelTest, UndoRestoresTheExportFromBeforeAnyCommand)
