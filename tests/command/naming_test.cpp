@@ -21,7 +21,7 @@ class NamingTest : public CommandTest
                  {"cccc0004-0000-4000-8000-000000000000", "aaaa0001"},
                  {"dddd0005-0000-4000-8000-000000000000", "eeee0006-0000-4000-8000-000000000000"},
                  {"eeee0006-0000-4000-8000-000000000000", "Süßkirsche by the wall"}})
-            Done({"plant", "add", name, "--uuid", uuid, "--strain", "S"});
+            NoticesOf({"plant", "add", name, "--uuid", uuid, "--strain", "S"}); // two have the same name
     }
 
     // The first digits of the UUID of the plant that a text names.
@@ -70,7 +70,7 @@ TEST_F(NamingTest, ANameIsFoundRegardlessOfCaseInAnyAlphabet)
 TEST_F(NamingTest, TheFirstStepThatAnyPlantMatchesDecides)
 {
     EXPECT_EQ(Found("aaaa0001"), "cccc0004"); // a name, and a prefix of another plant's UUID
-    Done({"plant", "add", "BASIL", "--uuid", "gggg0008"});
+    NoticesOf({"plant", "add", "BASIL", "--uuid", "gggg0008"});
     EXPECT_EQ(Found("BASIL"), "gggg0008");
     EXPECT_EQ(Found("Basil"), "aaaa0001");
     EXPECT_NE(Refused({"plant", "show", "basil"}).find("several plants match"), std::string::npos);
@@ -131,7 +131,7 @@ TEST_F(NamingTest, AStrainIsFoundByItsExactNameElseRegardlessOfCase)
     EXPECT_EQ(Parsed({"strain", "show", "s"}).at("StrainName"), "S");
     Done({"strain", "add", "é"});
     EXPECT_EQ(Parsed({"strain", "show", "É"}).at("StrainName"), "é");
-    Done({"strain", "add", "É"});
+    NoticesOf({"strain", "add", "É"});
     EXPECT_EQ(Parsed({"strain", "show", "É"}).at("StrainName"), "É");
     EXPECT_EQ(Refused({"strain", "show", "E\u0301E"}),
               "plantjournal: \"E\u0301E\": no strain has this name; the strains are:\n  S\n  É\n  é\n");

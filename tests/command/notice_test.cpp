@@ -10,17 +10,7 @@ using namespace support;
 namespace
 {
 
-class NoticeTest : public BasilTest
-{
-  protected:
-    // Runs a command that must succeed; returns what it prints on standard error.
-    std::string NoticesOf(const Words& words) const
-    {
-        const ProgramResult result = Run(words);
-        EXPECT_EQ(result.Status, 0) << result.Error;
-        return result.Error;
-    }
-};
+using NoticeTest = BasilTest;
 
 TEST_F(NoticeTest, AnImpossibleValueIsRefusedWithFieldAndReason)
 {

@@ -76,6 +76,13 @@ std::string CommandTest::DoneLine(const Words& words) const
     return line;
 }
 
+std::string CommandTest::NoticesOf(const Words& words) const
+{
+    const ProgramResult outcome = Run(words);
+    EXPECT_EQ(outcome.Status, 0) << outcome.Error;
+    return outcome.Error;
+}
+
 std::string CommandTest::Stored(Words words) const
 {
     words.emplace_back("--quiet");

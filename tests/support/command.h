@@ -35,6 +35,8 @@ class CommandTest : public testing::Test
     std::string Done(const Words& words, const std::string& input = {}) const;
     // As Done(), for an output of one line; returns it without the line end.
     std::string DoneLine(const Words& words) const;
+    // Runs a command that must succeed; returns what it prints on standard error.
+    std::string NoticesOf(const Words& words) const;
     // As Done() for a command that stores one record; returns its row ID or UUID, which --quiet prints.
     std::string Stored(Words words) const;
     // Returns the output of a command with --json.

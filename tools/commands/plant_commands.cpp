@@ -3,6 +3,7 @@
 #include "commands/commands.h"
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
+#include "commands/name_notices.h"
 #include "commands/outcome.h"
 #include "commands/print.h"
 #include "commands/summary.h"
@@ -24,8 +25,11 @@ void AddPlant(Session& session, const Request<Plant>& request)
     Plant plant;
     request.Fields->Apply(session, FlagsFor::Add, plant); // first: an unknown mother must not create a journal
     PrintNotices(CheckValues(plant));
-    session.Require(session.Write().CreatePlant(plant), "the plant could not be added" + MotherRule(plant));
+    PlantRepository& repository = session.Write();
+    const NameNotices names(session);
+    session.Require(repository.CreatePlant(plant), "the plant could not be added" + MotherRule(plant));
     ReportStored(session, SummaryOfNew(plant), plant.UUID, RecordJSON(plant));
+    names.Print(plant);
 }
 
 // The fields that were set. A mother is named as the user knows it.
@@ -43,18 +47,23 @@ void EditPlant(Session& session, const Request<Plant>& request)
     Plant plant = before;
     request.Fields->Apply(session, FlagsFor::Edit, plant);
     PrintNotices(CheckValues(plant, request.Fields->Names()));
-    session.Require(session.Write().UpdatePlant(plant), "the plant could not be changed" + MotherRule(plant));
+    PlantRepository& repository = session.Write();
+    const NameNotices names(session);
+    session.Require(repository.UpdatePlant(plant), "the plant could not be changed" + MotherRule(plant));
     ReportStored(session, SummaryOfEdit(session, before, plant, request.Fields->Names()), plant.UUID,
                  RecordJSON(plant));
+    names.Print(plant);
 }
 
 void DuplicatePlant(Session& session, const Arguments& given)
 {
     const Plant original = FindPlant(session, given.Plant);
+    PlantRepository& repository = session.Write();
+    const NameNotices names(session);
     Plant copy;
-    session.Require(session.Write().DuplicatePlant(original, copy),
-                    "the plant could not be copied" + MotherRule(original));
+    session.Require(repository.DuplicatePlant(original, copy), "the plant could not be copied" + MotherRule(original));
     ReportStored(session, SummaryOfNew(copy), copy.UUID, RecordJSON(copy));
+    names.Print(copy);
 }
 
 void DeletePlant(Session& session, const Arguments& given)

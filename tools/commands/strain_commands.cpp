@@ -3,6 +3,7 @@
 #include "commands/commands.h"
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
+#include "commands/name_notices.h"
 #include "commands/outcome.h"
 #include "commands/print.h"
 #include "commands/summary.h"
@@ -31,8 +32,11 @@ void AddStrain(Session& session, const Request<Strain>& request)
     Strain strain;
     request.Fields->Apply(session, FlagsFor::Add, strain);
     PrintNotices(CheckValues(strain));
-    session.Require(session.Write().CreateStrain(strain), "the strain could not be added");
+    PlantRepository& repository = session.Write();
+    const NameNotices names(session);
+    session.Require(repository.CreateStrain(strain), "the strain could not be added");
     ReportStored(session, SummaryOfNew(strain), strain.Name, RecordJSON(strain));
+    names.Print(strain);
 }
 
 void EditStrain(Session& session, const Request<Strain>& request)
@@ -42,8 +46,11 @@ void EditStrain(Session& session, const Request<Strain>& request)
     Strain strain = before;
     request.Fields->Apply(session, FlagsFor::Edit, strain);
     PrintNotices(CheckValues(strain, request.Fields->Names()));
-    session.Require(session.Write().UpdateStrain(strain), "the strain could not be changed");
+    PlantRepository& repository = session.Write();
+    const NameNotices names(session);
+    session.Require(repository.UpdateStrain(strain), "the strain could not be changed");
     ReportStored(session, SummaryOfChanged(before, strain, request.Fields->Names()), strain.Name, RecordJSON(strain));
+    names.Print(strain);
 }
 
 void DeleteStrain(Session& session, const Arguments& given)
