@@ -3,7 +3,9 @@
 #include "command/basil_test.h"
 #include "testing/plain_connection.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <memory>
 
 using namespace support;
 
@@ -59,6 +61,248 @@ TEST_F(UndoTest, UndoRefusesAJournalThatHasChangedSince)
     const std::string refusal = Refused({"undo", "--yes"});
     EXPECT_NE(refusal.find("the journal has changed since"), std::string::npos) << refusal;
     EXPECT_NE(refusal.find("nothing was changed"), std::string::npos) << refusal;
+}
+
+TEST_F(UndoTest, ASecondUndoHasNothingToUndo)
+{
+    const std::string before = Exported();
+    Done({"feed", "Basil"});
+    Done({"water", "Basil"});
+    Done({"undo", "--yes"});
+    EXPECT_NE(Refused({"undo", "--yes"}).find("nothing to undo"), std::string::npos);
+    EXPECT_NE(Exported(), before);
+}
+
+TEST_F(UndoTest, UndoPrintsWhatItHasUndone)
+{
+    Done({"plant", "add", "Chili"});
+    const std::string line = DoneLine({"feed", "Basil", "500ml"});
+    EXPECT_EQ(DoneLine({"undo", "--yes"}), "Undone: " + line);
+    const std::string lines = Done({"feed", "Basil", "Chili", "500ml"});
+    EXPECT_EQ(Done({"undo", "--yes"}),
+              "Undone: " + lines.substr(0, lines.find('\n') + 1) + "Undone: " + lines.substr(lines.find('\n') + 1));
+    Done({"feed", "Basil"});
+    EXPECT_EQ(Done({"undo", "--yes", "--quiet"}), "");
+}
+
+TEST_F(UndoTest, UndoPrintsWhatItHasUndoneAsJSON)
+{
+    const std::string line = DoneLine({"feed", "Basil", "500ml"});
+    EXPECT_EQ(Parsed({"undo", "--yes"}), (JSON{{"Undone", {line}}}));
+}
+
+TEST_F(UndoTest, UndoRestoresWhatACommandStoredForAllPlants)
+{
+    Done({"plant", "add", "Chili"});
+    ExpectUndone({"feed", "--all", "500ml"});
+}
+
+TEST_F(UndoTest, WithoutATerminalUndoNeedsYes)
+{
+    const std::string line = DoneLine({"feed", "Basil", "500ml"});
+    const std::string message = Refused({"undo"});
+    EXPECT_TRUE(message.starts_with(line + '\n')) << message;
+    EXPECT_NE(message.find("pass --yes"), std::string::npos) << message;
+    Done({"undo", "-y"});
+}
+
+TEST_F(UndoTest, AnImportIsUndone)
+{
+    Write("source.json", R"({"Plants":[{"Name":"Mint","Strain":"Spearmint"}],"PlantJournalEntries":[
+        {"PlantUUID":"b1","Details":"a"},{"PlantUUID":"b1","Details":"b"}]})");
+    const std::string before = Exported();
+    Done({"import", "source.json"});
+    EXPECT_EQ(Done({"undo", "--yes"}), "Undone: Imported 1 strain, 1 plant, 2 journal entries from source.json\n");
+    EXPECT_EQ(Exported(), before);
+    EXPECT_TRUE(std::filesystem::is_empty(Only(State())));
+}
+
+TEST_F(UndoTest, TheCopyOfAnImportIsRemovedByTheNextChange)
+{
+    Write("source.json", R"({"Plants":[{"Name":"Mint"}]})");
+    Done({"import", "source.json"});
+    EXPECT_TRUE(std::filesystem::exists(Only(State()) / "copy.db"));
+    Done({"feed", "Basil"});
+    EXPECT_FALSE(std::filesystem::exists(Only(State()) / "copy.db"));
+    Done({"undo", "--yes"});
+}
+
+TEST_F(UndoTest, AnImportIsNotUndoneWithADamagedCopy)
+{
+    Write("source.json", R"({"Plants":[{"Name":"Mint"}]})");
+    Done({"import", "source.json"});
+    const std::filesystem::path copy = Only(State()) / "copy.db";
+    const std::string bytes = FileBytes(copy);
+    const auto refusedWith = [&](const std::string& damaged)
+    {
+        Write(copy.lexically_relative(Scratch.File("")).string(), damaged);
+        return Refused({"undo", "--yes"});
+    };
+    EXPECT_NE(refusedWith(bytes.substr(0, bytes.size() / 2)).find("copy.db"), std::string::npos);
+    EXPECT_NE(refusedWith(FileBytes(Journal)).find("not the journal from before"), std::string::npos);
+    std::filesystem::remove(copy);
+    EXPECT_NE(Refused({"undo", "--yes"}).find("copy.db: no such file"), std::string::npos);
+}
+
+TEST_F(UndoTest, TheCreationOfTheJournalIsNotUndone)
+{
+    const std::string created = Scratch.File("created.db");
+    Done({"plant", "add", "Mint", "--file", created});
+    Done({"undo", "--yes", "--file", created});
+    EXPECT_EQ(Parsed({"plant", "list", "--file", created}), JSON::array());
+}
+
+TEST_F(UndoTest, EachJournalHasItsOwnUndo)
+{
+    const std::string other = Scratch.File("other.db");
+    Done({"feed", "Basil"});
+    Done({"plant", "add", "Mint", "--file", other});
+    EXPECT_TRUE(Done({"undo", "--yes"}).starts_with("Undone: Fed Basil"));
+    EXPECT_TRUE(Done({"undo", "--yes", "--file", other}).starts_with("Undone: Added Mint"));
+}
+
+TEST_F(UndoTest, AJournalIsTheSameUnderAnotherName)
+{
+    std::filesystem::create_symlink(Journal, Scratch.File("link.db"));
+    Done({"feed", "Basil"});
+    Done({"undo", "--yes", "--file", "link.db"});
+}
+
+TEST_F(UndoTest, WhatAFailedCommandStoredIsUndone)
+{
+    const std::string before = Exported();
+    EXPECT_EQ(Run({"plant", "add", "Mint", "--uuid", "b1", "--strain", "Spearmint"}).Status, 1);
+    EXPECT_NE(Exported(), before); // the strain was stored
+    EXPECT_EQ(DoneLine({"undo", "--yes"}), "Undone: The stored part of a command that failed");
+    EXPECT_EQ(Exported(), before);
+}
+
+TEST_F(UndoTest, OnlyTheOwnerCanReadWhatUndoNeeds)
+{
+    using std::filesystem::perms;
+    Write("source.json", R"({"Plants":[{"Name":"Mint"}]})");
+    Done({"import", "source.json"});
+    const std::filesystem::path directory = Only(State());
+    for (const std::filesystem::path& file : {directory / "last-change", directory / "copy.db"})
+        EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write) << file;
+    for (const std::filesystem::path& created : {directory, State(), State().parent_path()})
+        EXPECT_EQ(std::filesystem::status(created).permissions(), perms::owner_all) << created;
+}
+
+TEST_F(UndoTest, TheStateDirectoryCanBeSet)
+{
+    Around.Environment.push_back("XDG_STATE_HOME=" + Scratch.File("state"));
+    Done({"feed", "Basil"});
+    EXPECT_TRUE(std::filesystem::exists(Only(Scratch.File("state/plantjournal/undo")) / "last-change"));
+    Around.Environment.back() = "XDG_STATE_HOME=state"; // a relative path counts as none
+    EXPECT_NE(Refused({"undo", "--yes"}).find("changed since \"Added Basil"), std::string::npos);
+}
+
+TEST_F(UndoTest, AChangeIsStoredEvenIfItCannotBeUndone)
+{
+    const auto expectNotice = [this](const Words& words, const std::string& reason)
+    {
+        const std::string before = Exported();
+        const ProgramResult outcome = Run(words);
+        EXPECT_EQ(outcome.Status, 0);
+        EXPECT_TRUE(outcome.Error.starts_with("notice: `undo` cannot roll back this change: ")) << outcome.Error;
+        EXPECT_EQ(std::count(outcome.Error.begin(), outcome.Error.end(), '\n'), 1) << outcome.Error;
+        EXPECT_NE(outcome.Error.find(reason), std::string::npos) << outcome.Error;
+        EXPECT_NE(Exported(), before);
+    };
+    Write("file", "");
+    Write("source.json", R"({"Plants":[{"Name":"Mint"}]})");
+    Around.Environment.push_back("XDG_STATE_HOME=" + Scratch.File("file"));
+    expectNotice({"feed", "Basil"}, "file: creating the directory: Not a directory");
+    expectNotice({"import", "source.json"}, "file: creating the directory: Not a directory");
+    Around.Environment.pop_back();
+    EXPECT_NE(Refused({"undo", "--yes"}).find("the journal has changed since"), std::string::npos);
+    std::erase_if(Around.Environment, [](const std::string& variable) { return variable.starts_with("HOME="); });
+    expectNotice({"feed", "Basil"}, "HOME is not set");
+}
+
+TEST_F(UndoTest, AClosedPipeDoesNotPreventUndo)
+{
+    const std::string before = Exported();
+    Words line = Line({"feed", "Basil"});
+    line.insert(line.begin(), {"sh", "-c", R"("$0" "$@" | true; sleep 0.1)"});
+    RunningProgram(line, Around).End();
+    EXPECT_TRUE(Await([&] { return Exported() != before; }));
+    EXPECT_TRUE(Await([&] { return Run({"undo", "--yes"}).Status == 0; }));
+    EXPECT_EQ(Exported(), before);
+}
+
+TEST_F(UndoTest, CommandsAtTheSameTimeDoNotMixTheirRecords)
+{
+    for (int round = 0; round < 5; ++round)
+    {
+        {
+            std::vector<std::unique_ptr<RunningProgram>> programs;
+            for (int i = 0; i < 6; ++i)
+                programs.push_back(std::make_unique<RunningProgram>(Line({"feed", "Basil"}), Around));
+            for (const auto& program : programs)
+                program->End();
+        }
+        JSON before = Parsed({"care", "list", "Basil"});
+        const ProgramResult undo = Run({"undo", "--yes"});
+        if (undo.Status == 0)
+        {
+            const std::string id = undo.Out.substr(undo.Out.find("(care ") + 6);
+            std::erase_if(before.get_ref<JSON::array_t&>(),
+                          [&](const JSON& entry) { return entry["ID"] == std::stoi(id); });
+        }
+        EXPECT_EQ(Parsed({"care", "list", "Basil"}), before) << undo.Out;
+    }
+}
+
+TEST_F(UndoTest, ABrokenReferenceFromBeforeDoesNotPreventUndo)
+{
+    Sound = false;
+    Done({"feed", "Basil"});
+    PlainConnection(Journal).RunSQL("PRAGMA foreign_keys=OFF; UPDATE PlantCareEntries SET TimelineEventID=99;");
+    ExpectUndone({"plant", "edit", "Basil", "--tent", "South"});
+}
+
+class UndoTerminalTest : public UndoTest
+{
+  protected:
+    void SetUp() override { SkipWithoutTerminal(); }
+};
+
+TEST_F(UndoTerminalTest, UndoShowsTheChangesAndAsks)
+{
+    Done({"plant", "add", "Chili"});
+    const std::string before = Exported();
+    Done({"feed", "Basil", "500ml"});
+    const std::string after = Exported();
+    ProgramResult result = RunOnTerminal({"undo"}, "\n");
+    EXPECT_NE(result.Out.find("Fed Basil: 500 ml (care 1)\nUndo this change? [y/N]"), std::string::npos) << result.Out;
+    EXPECT_NE(result.Out.find("nothing was undone"), std::string::npos) << result.Out;
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_EQ(Exported(), after);
+    EXPECT_EQ(RunOnTerminal({"undo"}, "y\n").Status, 0);
+    EXPECT_EQ(Exported(), before);
+    Done({"feed", "Basil", "Chili"});
+    result = RunOnTerminal({"undo"}, "y\n");
+    EXPECT_NE(result.Out.find("Undo these 2 changes? [y/N]"), std::string::npos) << result.Out;
+    EXPECT_EQ(Exported(), before);
+}
+
+TEST_F(UndoTerminalTest, AChangeDuringTheQuestionIsKept)
+{
+    Done({"feed", "Basil"});
+    Surroundings terminal = Around;
+    terminal.Columns = 80;
+    RunningProgram undo(Line({"undo"}), terminal);
+    EXPECT_TRUE(undo.Await("[y/N]"));
+    Done({"water", "Basil"});
+    const std::string after = Exported();
+    undo.Type("y\n");
+    const ProgramResult result = undo.End();
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_NE(result.Out.find("the journal has changed since"), std::string::npos) << result.Out;
+    EXPECT_EQ(Exported(), after);
+    Done({"undo", "--yes"}); // of the watering
 }
 
 TEST_F(UndoTest, WithoutSessionsCommandsWorkAndUndoRefuses)

@@ -127,7 +127,8 @@ void UndoStore::CreateDirectory() const
         created /= name;
         const int error = mkdir(created.c_str(), 0700) == 0 ? 0 : errno;
         if (std::error_code ignored; error != 0 && !std::filesystem::is_directory(created, ignored))
-            throw Refusal(created.string() + ": creating the directory: " + std::strerror(error));
+            throw Refusal(created.string() +
+                          ": creating the directory: " + std::strerror(error == EEXIST ? ENOTDIR : error));
     }
 }
 
