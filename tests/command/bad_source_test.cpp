@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {"a: MotherPlantUUID: no plant has the UUID \"none\"", "b: ID: 1 occurs twice",
                    "c: PlantUUID: no plant has the UUID \"y\"", "d: PlantUUID: no plant has the UUID \"z\"",
                    "e: TimelineEventID: no event of this import has the row ID 7",
-                   "f: PlantUUID: no plant has the UUID \"\""}},
+                   "f: PlantUUID: is empty; give the UUID of a plant, or its name in Plant"}},
         BadSource{"Twice",
                   R"({"Strains":[{"Name":^a""},{"Name":"s"},{"Name":^b"s"}],
 "Plants":[{"UUID":^c"0b0b0b0b-0000-4000-8000-000000000001"},{"UUID":"x"},{"UUID":^d"x"}],

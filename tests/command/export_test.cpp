@@ -75,7 +75,7 @@ TEST_F(ExportTest, AnExportAsCSVHasAFileForEachTable)
     }
     EXPECT_EQ(FileBytes(Scratch.File("csv/Strains.csv")),
               "ID,Name,Breeder,FloweringWeeks,Notes\n1,Genovese,Riviera,9,large leaves\n");
-    EXPECT_NE(FileBytes(Scratch.File("csv/Plants.csv")).find(",\"peat, \"\"fine\"\"\",2026-02,40.5,0.1,"),
+    EXPECT_NE(FileBytes(Scratch.File("csv/Plants.csv")).find(",\"peat, \"\"fine\"\"\",2026-02,0.1,40.5,"),
               std::string::npos);
     EXPECT_NE(FileBytes(Scratch.File("csv/Plants.csv")).find(",\"two\nlines\"\n"), std::string::npos);
 }

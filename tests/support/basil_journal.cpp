@@ -30,8 +30,8 @@ Plant Basil()
     basil.PotSize = "11 l";
     basil.Medium = "peat, \"fine\"";
     basil.SeedDate = "2026-02";
-    basil.FlipHeightCm = 40.5;
-    basil.FinalHeightCm = 0.1;
+    basil.FlipHeightCm = 0.1;
+    basil.FinalHeightCm = 40.5;
     basil.TransplantDate = "2026-03-12";
     basil.FlipDate = "2026-04-20";
     basil.Notes = "two\nlines";

@@ -9,8 +9,6 @@
 #include <unordered_map>
 #include <variant>
 
-std::string CreatePlantUUID(); // of the library, whose headers do not declare it
-
 namespace
 {
 
@@ -93,8 +91,6 @@ class CopyBuilder
         // The copy is discarded after a failure, so that it needs neither a rollback journal nor syncing.
         Copy.Run("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA cache_size=-65536;");
         Copy.Run("BEGIN;");
-        CreateMissingUUIDs(TableOf<Plant>(Tables));
-        CreateMissingUUIDs(TableOf<PlantPhoto>(Tables));
         const bool hasEvents = TableOf<PlantEvent>(Tables).Given;
         ForEachTable(Tables,
                      [&]<typename Record>(ImportedTable<Record>& table)
@@ -114,13 +110,6 @@ class CopyBuilder
     }
 
   private:
-    template <typename Record> void CreateMissingUUIDs(ImportedTable<Record>& table)
-    {
-        for (ImportedRow<Record>& row : table.Rows)
-            if (row.Value.UUID.empty())
-                row.Value.UUID = CreatePlantUUID();
-    }
-
     // Rows keep their IDs if all have one and none is taken. Otherwise all get new ones: in the order of their IDs if
     // all have one, else in the order of the source.
     template <typename Record> RowID SortByIDs(std::vector<ImportedRow<Record>>& rows)

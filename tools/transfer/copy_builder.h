@@ -12,8 +12,8 @@ template <typename Record> struct AddedRows
 };
 using AddedCounts = Tables<AddedRows>;
 
-// Adds the imported rows to the journal at `path`, a copy that is discarded after a failure. Creates missing UUIDs, the
-// strains of the plants if the source has no table of strains, and the events of care entries and harvest records if it
-// has no table of events. Calls `onRow` before each row.
+// Adds the imported rows to the journal at `path`, a copy that is discarded after a failure. Creates the
+// strains of the plants if the source has no table of strains, and the events of care entries and harvest records if
+// it has no table of events. Calls `onRow` before each row.
 // Returns how many rows each table gained. Throws Refusal.
 AddedCounts AddRows(const std::string& path, ImportedTables& tables, const std::function<void()>& onRow);

@@ -26,9 +26,11 @@ ImportedTables ReadChecked(Session& session, const std::string& source)
     ImportMessages messages;
     ImportedTables tables = ReadImportedTables(source, messages);
     if (messages.Readable)
-        CheckRules(tables, session, messages.Errors);
-    for (const std::string& warning : messages.Warnings)
+        CheckRules(tables, session, messages);
+    for (const std::string& warning : messages.Warnings.Texts())
         std::cerr << "warning: " << warning << '\n';
+    if (messages.Warnings.More() > 0)
+        std::cerr << "warning: more warnings, not shown: " << messages.Warnings.More() << '\n';
     for (const std::string& error : messages.Errors)
         std::cerr << error << '\n';
     if (!messages.Errors.empty())

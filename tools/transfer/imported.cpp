@@ -1,6 +1,5 @@
 #include "transfer/imported.h"
 
-#include "plant_validation.h"
 #include "record/text.h"
 #include "terminal/printable.h"
 
@@ -54,7 +53,9 @@ class RecordReader : public RawRowReceiver
             const auto field = std::find_if(fields.begin(), fields.end(),
                                             [&](const Field<Record>& known) { return cell.Field == known.Name; });
             const auto index = static_cast<std::size_t>(field - fields.begin());
-            if (field == fields.end())
+            if (field == fields.end() && BelongsToPlant<Record> && cell.Field == "Plant")
+                AddPlantName(cell, table);
+            else if (field == fields.end())
                 addError(cell, std::string(Describe<Record>().Table) + " has no field " +
                                    InQuotes(Printable(std::string(cell.Field))));
             else if (imported.FieldOffsets[index] != NotGiven)
@@ -65,6 +66,16 @@ class RecordReader : public RawRowReceiver
                 SetField(*field, cell, *table.File, imported.Value);
             }
         }
+    }
+
+    // Keeps the name of the last row's plant.
+    template <typename Record> void AddPlantName(const RawCell& cell, ImportedTable<Record>& table)
+    {
+        const std::size_t row = table.Rows.size() - 1;
+        if (!table.PlantNames.empty() && table.PlantNames.back().Row == row)
+            Messages.Errors.push_back(table.File->Place(cell.Offset) + ": Plant occurs twice");
+        else if (!cell.Text.empty())
+            table.PlantNames.push_back({row, std::string(cell.Text), cell.Offset});
     }
 
     template <typename Record>
@@ -84,9 +95,6 @@ class RecordReader : public RawRowReceiver
         {
             Messages.Errors.push_back(place() + Printable(bad.what()));
         }
-        PlantDate read;
-        if ((field.Used == Use::Date || field.Used == Use::Day) && !Text.empty() && !ReadPlantDate(Text, read))
-            Messages.Warnings.push_back(place() + InQuotes(Printable(Text)) + " is not a date; it is imported as text");
     }
 
     ImportedTables& Tables;

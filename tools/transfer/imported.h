@@ -2,6 +2,7 @@
 
 #include "transfer/source.h"
 #include "transfer/tables.h"
+#include "transfer/warnings.h"
 
 #include <cstddef>
 #include <string>
@@ -16,6 +17,14 @@ template <typename Record> struct ImportedRow
     std::vector<std::size_t> FieldOffsets; // in the order of the description's fields; NotGiven where there is none
 };
 
+// What a row has in the column `Plant`.
+struct PlantName
+{
+    std::size_t Row = 0; // its index among the rows of the table
+    std::string Name;
+    std::size_t Offset = 0;
+};
+
 constexpr auto NotGiven = static_cast<std::size_t>(-1);
 
 template <typename Record> struct ImportedTable
@@ -23,6 +32,7 @@ template <typename Record> struct ImportedTable
     bool Given = false; // also where it has no rows
     SourcePointer File;
     std::vector<ImportedRow<Record>> Rows;
+    std::vector<PlantName> PlantNames; // of the rows that have one
 
     // The beginning of a message about a row, or about one of its fields.
     std::string Place(const ImportedRow<Record>& row) const { return File->Place(row.Offset) + ": "; }
@@ -47,7 +57,7 @@ template <typename Record> ImportedTable<Record>& TableOf(ImportedTables& tables
 struct ImportMessages
 {
     Problems Errors;
-    Problems Warnings;
+    ImportWarnings Warnings;
     bool Readable = false; // all rows were read, so that a row that seems to be missing is missing
 };
 

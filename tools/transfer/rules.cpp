@@ -3,12 +3,16 @@
 #include "record/operations.h"
 #include "record/text.h"
 #include "terminal/printable.h"
+#include "transfer/known_plants.h"
+#include "transfer/value_warnings.h"
 
 #include <map>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
+
+std::string CreatePlantUUID(); // of the library, whose headers do not declare it
 
 namespace
 {
@@ -46,6 +50,13 @@ JournalContent ReadJournal(Session& session)
         content.Plants.emplace(plant.UUID, plant);
     }
     return content;
+}
+
+template <typename Record> void CreateMissingUUIDs(ImportedTable<Record>& table)
+{
+    for (ImportedRow<Record>& row : table.Rows)
+        if (row.Value.UUID.empty())
+            row.Value.UUID = CreatePlantUUID();
 }
 
 template <typename Record> void CheckIDs(const ImportedTable<Record>& table, Problems& errors)
@@ -120,15 +131,6 @@ void CheckMothers(const ImportedTable<Plant>& table, const MotherUUIDs& mothers,
 }
 
 template <typename Record>
-void CheckOwners(const ImportedTable<Record>& table, const MotherUUIDs& plants, Problems& errors)
-{
-    for (const ImportedRow<Record>& row : table.Rows)
-        if (!plants.contains(row.Value.PlantUUID))
-            errors.push_back(table.Place(row, "PlantUUID") + "no plant has the UUID " +
-                             InQuotes(Printable(row.Value.PlantUUID)));
-}
-
-template <typename Record>
 void CheckEventLinks(const ImportedTable<Record>& table, const ImportedTable<PlantEvent>& events, Problems& errors)
 {
     std::unordered_set<std::int64_t> known = {0};
@@ -152,18 +154,25 @@ void CheckUnique(const ImportedTable<Record>& table, std::string Record::*member
 
 } // namespace
 
-void CheckRules(ImportedTables& tables, Session& session, Problems& errors)
+void CheckRules(ImportedTables& tables, Session& session, ImportMessages& messages)
 {
     const JournalContent journal = ReadJournal(session);
+    Problems& errors = messages.Errors;
+    CreateMissingUUIDs(TableOf<Plant>(tables));
+    CreateMissingUUIDs(TableOf<PlantPhoto>(tables));
     CheckStrains(TableOf<Strain>(tables), journal, errors);
-    const MotherUUIDs plants = CheckUUIDs(TableOf<Plant>(tables), journal, errors);
-    CheckMothers(TableOf<Plant>(tables), plants, errors);
+    CheckMothers(TableOf<Plant>(tables), CheckUUIDs(TableOf<Plant>(tables), journal, errors), errors);
+    KnownPlants plants;
+    for (const auto& [uuid, plant] : journal.Plants)
+        plants.Add(plant);
+    for (const ImportedRow<Plant>& row : TableOf<Plant>(tables).Rows)
+        plants.Add(row.Value);
     ForEachTable(tables,
-                 [&]<typename Record>(const ImportedTable<Record>& table)
+                 [&]<typename Record>(ImportedTable<Record>& table)
                  {
                      CheckIDs(table, errors);
-                     if constexpr (!std::is_same_v<Record, Strain> && !std::is_same_v<Record, Plant>)
-                         CheckOwners(table, plants, errors);
+                     if constexpr (BelongsToPlant<Record>)
+                         LinkOwners(table, plants, messages);
                      if constexpr (OwnsEvent<Record>)
                          CheckEventLinks(table, TableOf<PlantEvent>(tables), errors);
                  });
@@ -171,4 +180,6 @@ void CheckRules(ImportedTables& tables, Session& session, Problems& errors)
                 "the plant already has a harvest record", errors);
     CheckUnique(TableOf<PlantPhoto>(tables), &PlantPhoto::UUID, "UUID", journal.PhotoUUIDs,
                 "that UUID is already in use", errors);
+    if (errors.empty()) // a value that could not be read is not the one of the source
+        WarnOfValues(tables, plants, messages.Warnings);
 }

@@ -21,5 +21,11 @@ concept OwnsEvent = requires(Record record)
     record.TimelineEventID;
 };
 
+template <typename Record>
+concept BelongsToPlant = requires(Record record)
+{
+    record.PlantUUID;
+};
+
 // The version of the JSON format of an export.
 constexpr int ExportFormat = 1;
