@@ -41,7 +41,12 @@ TEST_F(ExportTest, AnExportHasEachRecordOfTheListsOnALineOfItsOwn)
                                                           {"PlantPhotos", "photo"},
                                                           {"PlantHealthObservations", "health"},
                                                           {"PlantJournalEntries", "note"}})
-        EXPECT_EQ(all.at(table), Parsed({family, "list"}));
+    {
+        JSON listed = Parsed({family, "list"});
+        for (JSON& record : listed)
+            record.erase("Plant"); // which an import does not read
+        EXPECT_EQ(all.at(table), listed);
+    }
     EXPECT_EQ(all.at("PlantEvents").size(), 3U);
     for (const JSON& event : all.at("PlantEvents"))
         EXPECT_NE(text.find('\n' + event.dump()), std::string::npos);

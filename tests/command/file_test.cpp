@@ -334,7 +334,7 @@ TEST_F(JournalKindTest, AReadOnlyFileIsReadAndNotWritten)
     std::filesystem::permissions(Journal, std::filesystem::perms(0444));
     Around.AsUser = true;
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
-    EXPECT_EQ(Done({"check"}), "");
+    EXPECT_EQ(Done({"check"}), "No problems found.\n");
     Done({"timeline", "Basil"});
     Done({"export", "copy.json"});
     Done({"backup", "copy.db"});

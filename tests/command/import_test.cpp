@@ -21,9 +21,10 @@ TEST_F(ImportTest, AnImportPrintsHowManyRowsEachTableGained)
         "PlantPhotos":0,"PlantHealthObservations":0,"PlantJournalEntries":0})"));
     Write("second.json", R"({"Plants":[{"Name":"Mint"},{"Name":"Thyme"}]})");
     EXPECT_TRUE(Done({"import", "second.json"})
-                    .starts_with("Imported                 Rows\n"
-                                 "Strains                     0\n"
-                                 "Plants                      2\n"));
+                    .starts_with("Imported             Number\n"
+                                 "Strains                   0\n"
+                                 "Plants                    2\n"
+                                 "Timeline events           0\n"));
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 3U);
 }
 
@@ -78,7 +79,7 @@ TEST_F(ImportTest, AnImportAddsStrainsAndEventsAsTheCommandsDo)
     Write("csv/HarvestRecords.csv", "ID,PlantUUID,HarvestDate,DryWeightG\n7,b1,2026-07-01,96.5\n");
     Done({"import", "csv"});
     const std::string imported = Exported();
-    EXPECT_EQ(Done({"check"}), "");
+    EXPECT_EQ(Done({"check"}), "No problems found.\n");
     std::filesystem::remove(Journal);
     Done({"plant", "add", "Basil", "--uuid", "b1", "--strain", "Genovese", "--stage", "flower"});
     Done({"plant", "add", "Mint", "--uuid", "b2"});

@@ -64,20 +64,28 @@ template <typename Value> const Value& JSONValue(const Value& value)
     return value;
 }
 
-JSON ObjectOf(const Record auto& record, const Words& names)
+// A record of a plant has the plant's name after its UUID.
+JSON ObjectOf(const Record auto& record, const Words& names, const std::string& plant = {})
 {
     JSON object = JSON::object();
     auto name = names.begin();
-    std::apply([&](const auto&... values) { ((object[*name++] = JSONValue(values)), ...); }, Fields(record));
+    const auto add = [&](const auto& value)
+    {
+        object[*name] = JSONValue(value);
+        if (*name++ == "PlantUUID")
+            object["Plant"] = plant;
+    };
+    std::apply([&](const auto&... values) { (add(values), ...); }, Fields(record));
     EXPECT_EQ(name, names.end());
     return object;
 }
 
-template <typename Type> JSON ArrayOf(const std::vector<Type>& records, const Words& names)
+template <typename Type>
+JSON ArrayOf(const std::vector<Type>& records, const Words& names, const std::string& plant = {})
 {
     JSON array = JSON::array();
     for (const Type& record : records)
-        array.push_back(ObjectOf(record, names));
+        array.push_back(ObjectOf(record, names, plant));
     return array;
 }
 
@@ -122,14 +130,14 @@ TEST_F(RecordJSONTest, JSONHoldsEveryRecordUnderItsFieldNames)
     EXPECT_EQ(Parsed({"strain", "list"}), ArrayOf(Strains, StrainFields));
     EXPECT_EQ(Parsed({"strain", "show", "Genovese"}), ObjectOf(Summary, SummaryFields));
     EXPECT_EQ(Events.size(), 3U);
-    EXPECT_EQ(Parsed({"event", "list", "Basil"}), ArrayOf(Events, EventFields));
-    EXPECT_EQ(Parsed({"care", "list", "Basil"}), ArrayOf(Care, CareFields));
-    EXPECT_EQ(Parsed({"harvest", "list", "Basil"}), ArrayOf(std::vector{Harvest}, HarvestFields));
-    EXPECT_EQ(Parsed({"photo", "list", "Basil"}), ArrayOf(Photos, PhotoFields));
-    EXPECT_EQ(Parsed({"health", "list", "Basil"}), ArrayOf(Observations, HealthFields));
-    EXPECT_EQ(Parsed({"note", "list", "Cutting"}), ArrayOf(Notes, NoteFields));
+    EXPECT_EQ(Parsed({"event", "list", "Basil"}), ArrayOf(Events, EventFields, "Basil"));
+    EXPECT_EQ(Parsed({"care", "list", "Basil"}), ArrayOf(Care, CareFields, "Basil"));
+    EXPECT_EQ(Parsed({"harvest", "list", "Basil"}), ArrayOf(std::vector{Harvest}, HarvestFields, "Basil"));
+    EXPECT_EQ(Parsed({"photo", "list", "Basil"}), ArrayOf(Photos, PhotoFields, "Basil"));
+    EXPECT_EQ(Parsed({"health", "list", "Basil"}), ArrayOf(Observations, HealthFields, "Basil"));
+    EXPECT_EQ(Parsed({"note", "list", "Cutting"}), ArrayOf(Notes, NoteFields, "Cutting"));
     EXPECT_EQ(Parsed({"note", "list", "Basil"}), JSON::array());
-    EXPECT_EQ(Parsed({"note", "list"}), ArrayOf(Notes, NoteFields)); // of all Plants
+    EXPECT_EQ(Parsed({"note", "list"}), ArrayOf(Notes, NoteFields, "Cutting")); // of all Plants
 }
 
 TEST_F(RecordJSONTest, JSONOfATreeHoldsTheClones)
@@ -148,12 +156,18 @@ TEST_F(RecordJSONTest, JSONOfATimelineHoldsTheTables)
         item.update(object);
         return item;
     };
-    EXPECT_EQ(Parsed({"timeline", "Basil"}),
-              JSON::array({of("HarvestRecords", ObjectOf(Harvest, HarvestFields)),
-                           of("PlantHealthObservations", ObjectOf(Observations.at(0), HealthFields)),
-                           of("PlantPhotos", ObjectOf(Photos.at(0), PhotoFields)),
-                           of("PlantCareEntries", ObjectOf(Care.at(0), CareFields)),
-                           of("PlantEvents", ObjectOf(Events.at(2), EventFields))}));
+    const auto ownDate = [this](const char* field, const char* date) -> JSON {
+        return {
+            {"Table", "Plants"}, {"PlantUUID", Plants[0].UUID}, {"Plant", "Basil"}, {"Field", field}, {"Date", date}};
+    };
+    EXPECT_EQ(
+        Parsed({"timeline", "Basil"}),
+        JSON::array({of("HarvestRecords", ObjectOf(Harvest, HarvestFields, "Basil")),
+                     of("PlantHealthObservations", ObjectOf(Observations.at(0), HealthFields, "Basil")),
+                     of("PlantPhotos", ObjectOf(Photos.at(0), PhotoFields, "Basil")),
+                     of("PlantCareEntries", ObjectOf(Care.at(0), CareFields, "Basil")),
+                     of("PlantEvents", ObjectOf(Events.at(2), EventFields, "Basil")), ownDate("FlipDate", "2026-04-20"),
+                     ownDate("TransplantDate", "2026-03-12"), ownDate("SeedDate", "2026-02")}));
 }
 
 TEST_F(RecordJSONTest, JSONOfAnInspectionHoldsItsFields)

@@ -53,7 +53,7 @@ TEST_F(CompletionTest, CompletionOffersFlags)
 {
     EXPECT_EQ(Offered({"plant", "add", "--s"}), (Words{"--seed-date", "--sex", "--stage", "--strain"}));
     EXPECT_EQ(Offered({"feed", "Basil", "--amount-ml", "5", "--e"}), Words{"--ec"});
-    EXPECT_EQ(Offered({"plant", "list", "-"}), (Words{"--file", "--help", "--json", "--quiet", "--version"}));
+    EXPECT_EQ(Offered({"strain", "list", "-"}), (Words{"--file", "--help", "--json", "--quiet", "--version"}));
     EXPECT_EQ(Offered({"plant", "edit", "PLANT", "--te"}), Words{"--tent"}); // a plant named like the argument
     EXPECT_EQ(Offered({"plant", "edit", "Basil", "--mo"}), (Words{"--mother", "--mother-plant-uuid"}));
     EXPECT_EQ(Offered({"care", "list", "--"}),
@@ -185,7 +185,7 @@ TEST_F(ManualTest, TheManualDescribesEveryCommandAndFlag)
 TEST_F(ManualTest, TheManualDescribesArgumentsAndTypesOfValues)
 {
     for (const char* section :
-         {".SS plant show\nShow every field of a plant.\n"
+         {".SS plant show\nShow every field of a plant that was entered.\n"
           ".TP\n.I PLANT\nUUID, prefix of the UUID, or name; must match exactly one plant\n"
           ".PP\n.nf\n  plantjournal plant show Basil\n",
           ".SS plant add\nAdd a plant.\n"

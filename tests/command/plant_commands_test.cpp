@@ -197,9 +197,9 @@ TEST_F(BasilTest, AStrainIsAddedListedChangedAndDeleted)
 {
     ExpectFields(Parsed({"strain", "add", "Roma", "--breeder", "who", "--flowering-weeks", "9", "--notes", "red"}),
                  {{"Name", "Roma"}, {"Breeder", "who"}, {"FloweringWeeks", 9}, {"Notes", "red"}});
-    EXPECT_EQ(Done({"strain", "list"}), "Name      Breeder  FloweringWeeks  Notes\n"
-                                        "Genovese                        0\n"
-                                        "Roma      who                   9  red\n");
+    EXPECT_EQ(Done({"strain", "list"}), "Name      Breeder  Flowering time  Notes\n"
+                                        "Genovese\n"
+                                        "Roma      who             9 weeks  red\n");
     EXPECT_EQ(Done({"strain", "edit", "Genovese", "--name", "Gigante", "--breeder", "x", "--flowering-weeks", "8",
                     "--notes", "y"}),
               "Changed strain Genovese: name Gigante, breeder x, flowering time 8 weeks, notes y\n");
@@ -218,21 +218,12 @@ TEST_F(BasilTest, AStrainIsSummarised)
     Done({"plant", "add", "Other", "--strain", "Genovese", "--stage", "dry"});
     Done({"harvest", "add", "Basil", "--dry-weight-g", "50", "--quality-rating", "7"});
     Done({"harvest", "add", "Other", "--dry-weight-g", "100"});
-    EXPECT_EQ(Done({"strain", "show", "Genovese"}), "Field              Value\n"
-                                                    "StrainID           1\n"
-                                                    "StrainName         Genovese\n"
-                                                    "TotalPlants        2\n"
-                                                    "Seed               0\n"
-                                                    "Clone              0\n"
-                                                    "Veg                0\n"
-                                                    "Flower             0\n"
-                                                    "Dry                0\n"
-                                                    "Cure               0\n"
-                                                    "Harvested          2\n"
-                                                    "Archived           0\n"
-                                                    "HarvestCount       2\n"
-                                                    "AverageDryWeightG  75\n"
-                                                    "AverageQuality     7\n");
+    EXPECT_EQ(Done({"strain", "show", "Genovese"}), "Strain               Genovese\n"
+                                                    "Plants               2\n"
+                                                    "Plants in Harvested  2\n"
+                                                    "Harvests             2\n"
+                                                    "Mean dry weight      75 g\n"
+                                                    "Mean quality         7 of 10\n");
 }
 
 } // namespace

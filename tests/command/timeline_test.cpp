@@ -70,4 +70,44 @@ TEST_F(BasilTest, AHarvestIsListedAtItsDateNotAtTheDateOfItsEvent)
     Sound = false; // an event with another date is a finding
 }
 
+TEST_F(BasilTest, TheTimelineHoldsThePlantsOwnDates)
+{
+    Done({"plant", "edit", "Basil", "--seed-date", "2026-02", "--clone-date", "2026-02-10", "--transplant-date",
+          "2026-03-12", "--flip-date", "2026-04-20", "--harvest-date", "2026-07-01"});
+    EXPECT_EQ(Done({"timeline", "Basil"}), "Date        Kind\n"
+                                           "2026-07-01  Harvest\n"
+                                           "2026-04-20  Flip\n"
+                                           "2026-03-12  Transplant\n"
+                                           "2026-02-10  Clone\n"
+                                           "2026-02     Sown\n");
+    Done({"note", "add", "Basil", "six leaves", "--entry-date", "2026-03-12"});
+    EXPECT_NE(Done({"timeline", "Basil"})
+                  .find("2026-03-12  Observation  six leaves\n"
+                        "2026-03-12  Transplant\n"),
+              std::string::npos);
+}
+
+TEST_F(BasilTest, ADateOfThePlantThatAnEventHasIsListedOnce)
+{
+    Done({"plant", "edit", "Basil", "--clone-date", "2026-02-10", "--transplant-date", "2026-03-12", "--flip-date",
+          "2026-04-20"});
+    for (const auto& [type, date] :
+         {std::pair("clone", "2026-02-10"), {"transplant", "2026-03-12"}, {"flip", "2026-04-21"}})
+        Done({"event", "add", "Basil", "seen", "--type", type, "--event-date", date});
+    Done({"harvest", "add", "Basil", "--dry-weight-g", "9", "--harvest-date", "2026-07-01"});
+    EXPECT_EQ(Done({"timeline", "Basil"}), "Date        Kind        Details\n"
+                                           "2026-07-01  Harvest     Wet 0.0 g | Dry 9.0 g\n"
+                                           "2026-04-21  Flip        seen\n"
+                                           "2026-04-20  Flip\n" // another day
+                                           "2026-03-12  Transplant  seen\n"
+                                           "2026-02-10  Clone       seen\n");
+}
+
+TEST_F(BasilTest, AnEmptyTimelineSaysSo)
+{
+    EXPECT_EQ(Done({"timeline", "basil"}), "Basil: no records yet; `plantjournal note add PLANT TEXT` adds one, and so "
+                                           "do `feed` and `water`.\n");
+    EXPECT_EQ(Parsed({"timeline", "Basil"}), JSON::array());
+}
+
 } // namespace

@@ -65,7 +65,7 @@ TEST_F(BasilTest, NumbersAreFiniteAndTakeTheWholeText)
             << text;
     EXPECT_EQ(Parsed({"feed", "b1", "--ec", ".5"}).at("EC"), 0.5);
     EXPECT_EQ(Parsed({"feed", "b1", "--ec", "0.1"}).at("EC"), 0.1);
-    EXPECT_NE(Done({"care", "list", "b1", "--newest", "1"}).find(" 0.1 "), std::string::npos); // the shortest digits
+    EXPECT_NE(Done({"care", "list", "b1", "--newest", "1"}).find(" 0.1\n"), std::string::npos); // the shortest digits
 }
 
 TEST_F(BasilTest, TextsAreStoredByteForByte)

@@ -69,7 +69,7 @@ TEST_F(WheatTrialTest, EveryCultivarHasThePlotsAndTheMeanYieldOfTheTable)
     }
     EXPECT_EQ(plots, 242);
     EXPECT_EQ(Parsed({"strain", "list"}).size(), 56U);
-    EXPECT_EQ(Parsed({"plant", "list"}).size(), 242U);
+    EXPECT_EQ(Parsed({"plant", "list", "--all"}).size(), 242U);
 }
 
 TEST_F(WheatTrialTest, AHarvestIsInTheTimelineOfItsPlot)

@@ -36,7 +36,7 @@ void CommandTest::TearDown()
     {
         const ProgramResult check = Run({"check", "--file", Journal});
         EXPECT_EQ(check.Status, 0) << check.Error;
-        EXPECT_EQ(check.Out, "");
+        EXPECT_EQ(check.Out, "No problems found.\n");
     }
     EXPECT_EQ(Beside(), Left);
 }
@@ -53,10 +53,10 @@ ProgramResult CommandTest::Run(const Words& words, const std::string& input) con
     return RunningProgram(Line(words), Around, input).End();
 }
 
-ProgramResult CommandTest::RunOnTerminal(const Words& words, const std::string& typed) const
+ProgramResult CommandTest::RunOnTerminal(const Words& words, const std::string& typed, int columns) const
 {
     Surroundings terminal = Around;
-    terminal.Columns = 80;
+    terminal.Columns = columns;
     return RunningProgram(Line(words), terminal, typed).End();
 }
 

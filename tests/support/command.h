@@ -27,7 +27,7 @@ class CommandTest : public testing::Test
 
     // The words follow the command's name.
     ProgramResult Run(const Words& words, const std::string& input = {}) const;
-    ProgramResult RunOnTerminal(const Words& words, const std::string& typed = {}) const;
+    ProgramResult RunOnTerminal(const Words& words, const std::string& typed = {}, int columns = 80) const;
     // The words of the whole command line.
     static Words Line(const Words& words);
 

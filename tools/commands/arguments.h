@@ -3,7 +3,6 @@
 #include "command_line/parser.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 // The arguments of a command, apart from the flags of fields. Must live as long as the command, since the parser keeps
@@ -13,7 +12,6 @@ struct Arguments
     std::string Plant;
     std::string Name;
     std::int64_t ID = 0;
-    std::optional<std::string> Newest; // only this many of the newest records of each plant
     bool Yes = false;
 };
 

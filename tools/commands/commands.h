@@ -18,5 +18,7 @@ void AddExportCommand(CLI::App& program, Session& session);
 void AddImportCommand(CLI::App& program, Session& session);
 void AddUndoCommand(CLI::App& program, Session& session);
 
-// Adds `tree` to the group of plant commands.
+// Each adds a command to the group of plant commands.
+void AddPlantListCommand(CLI::App& plantGroup, Session& session);
+void AddPlantShowCommand(CLI::App& plantGroup, Session& session);
 void AddTreeCommand(CLI::App& plantGroup, Session& session);

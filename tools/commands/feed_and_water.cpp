@@ -125,7 +125,7 @@ void StoreForEach(Session& session, const std::vector<Plant>& plants, const Plan
         }
         const std::string id = std::to_string(entry.ID);
         stored.push_back(DisplayName(plant) + " (care " + id + ")");
-        outcome.Add(CareSummary(plant, entry), id, RecordJSON(entry));
+        outcome.Add(CareSummary(plant, entry), id, RecordJSON(entry, plant));
     }
     outcome.Finish();
 }

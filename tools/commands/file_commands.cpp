@@ -29,20 +29,47 @@ void PrintInspectionJSON(const std::string& path, const PlantFileInspection& fil
     PrintJSON(object);
 }
 
-void PrintInspectionTable(const std::string& path, const PlantFileInspection& file)
+const char* KindInWords(PlantFileKind kind)
 {
-    std::vector<Row> rows = {{"File", path},
-                             {"Kind", PlantFileKindName(file.Kind)},
-                             {"Bytes", std::to_string(file.Bytes)},
-                             {"FirstDate", file.FirstDate},
-                             {"LastDate", file.LastDate}};
+    switch (kind)
+    {
+    case PlantFileKind::Missing:
+        return "no such file yet";
+    case PlantFileKind::Empty:
+        return "empty file";
+    case PlantFileKind::Current:
+        return "journal, current schema";
+    case PlantFileKind::Older:
+        return "journal, earlier schema";
+    case PlantFileKind::Interrupted:
+        return "journal with an interrupted write";
+    case PlantFileKind::Foreign:
+        return "not a plantjournal file";
+    case PlantFileKind::NotADatabase:
+        return "not an SQLite database";
+    case PlantFileKind::Damaged:
+        return "damaged file";
+    case PlantFileKind::Locked:
+        return "file that another program is writing to";
+    }
+    return "";
+}
+
+void DescribeInspection(const std::string& path, const PlantFileInspection& file)
+{
+    std::vector<Property> properties = {{"File", path},
+                                        {"Kind", KindInWords(file.Kind)},
+                                        {"Size", std::to_string(file.Bytes) + " bytes"},
+                                        {"First date", file.FirstDate},
+                                        {"Last date", file.LastDate}};
     for (const std::string& step : file.Steps)
-        rows.push_back({"Steps", step});
+        properties.push_back({"Migration step", step});
     for (const std::string& reason : file.Reasons)
-        rows.push_back({"Reasons", reason});
+        properties.push_back({"Reason", reason});
     for (const PlantFileTable& table : file.Tables)
-        rows.push_back({table.Name, std::to_string(table.Rows)});
-    PrintTable(std::cout, {{"Field"}, {"Value"}}, rows);
+        if (const std::string label = TableLabel(table.Name); !label.empty())
+            properties.push_back({label, std::to_string(table.Rows)});
+    PrintDescription(std::cout, properties);
 }
 
 void ShowInspection(const Session& session)
@@ -54,7 +81,7 @@ void ShowInspection(const Session& session)
     if (session.AsJSON)
         PrintInspectionJSON(path, file);
     else
-        PrintInspectionTable(path, file);
+        DescribeInspection(path, file);
 }
 
 void ShowFindings(const Session& session)
@@ -77,8 +104,11 @@ void ShowFindings(const Session& session)
     }
     if (session.AsJSON)
         PrintJSON(array);
-    else if (!rows.empty())
-        PrintTable(std::cout, {{"Kind"}, {"Table"}, {"RowID", true}, {"Description"}}, rows);
+    else if (rows.empty())
+        std::cout << "No problems found.\n";
+    else
+        PrintTable(std::cout,
+                   {{"Kind"}, {"Table"}, {"Row ID", WhenNarrow::Keep, true}, {"Description", WhenNarrow::Cut}}, rows);
     if (!findings.empty())
         throw Refusal(session.Path() + ": findings: " + std::to_string(findings.size()) + "; nothing was changed");
 }

@@ -74,18 +74,6 @@ void DeletePlant(Session& session, const Arguments& given)
     ReportChange(session, "Deleted " + DisplayName(plant) + " and all its records");
 }
 
-void AddReadingCommands(CLI::App& group, Session& session)
-{
-    AddCommand(group, "list", "List all plants", "plant list\nplant list --json",
-               [&session] { PrintRecords(session, AllPlants(session)); });
-
-    auto toShow = std::make_shared<Arguments>();
-    AddPlantArgument(AddCommand(group, "show", "Show every field of a plant",
-                                "plant show Basil\nplant show 3f2a --json",
-                                [&session, toShow] { PrintInFull(session, FindPlant(session, toShow->Plant)); }),
-                     *toShow);
-}
-
 void AddWritingCommands(CLI::App& group, Session& session)
 {
     auto toAdd = std::make_shared<Request<Plant>>();
@@ -121,7 +109,8 @@ void AddWritingCommands(CLI::App& group, Session& session)
 void AddPlantCommands(CLI::App& program, Session& session)
 {
     CLI::App& group = AddGroup(program, "plant", "Plants and their lineage");
-    AddReadingCommands(group, session);
+    AddPlantListCommand(group, session);
+    AddPlantShowCommand(group, session);
     AddWritingCommands(group, session);
     AddTreeCommand(group, session);
 }

@@ -4,17 +4,34 @@
 #include "record/fields.h"
 #include "record/json.h"
 #include "record/text.h"
+#include "terminal/description.h"
 #include "terminal/table.h"
 
-#include <algorithm>
 #include <iostream>
 #include <vector>
 
-// How the commands print records: as JSON with --json, else as a table.
+// How the commands print records: as JSON with --json, else in words.
 
 inline void PrintJSON(const JSON& json)
 {
     std::cout << json.Indented() << '\n';
+}
+
+inline WhenNarrow NarrowingOf(Use used)
+{
+    switch (used)
+    {
+    case Use::RowID:
+    case Use::Title:
+    case Use::Day:
+        return WhenNarrow::Keep;
+    case Use::Words:
+        return WhenNarrow::Cut;
+    case Use::Remark:
+        return WhenNarrow::CutOrDrop;
+    default:
+        return WhenNarrow::Drop;
+    }
 }
 
 // The columns of a table of records, and one of its rows.
@@ -24,7 +41,7 @@ template <typename Record> std::vector<Column> ColumnsOf()
     std::vector<Column> columns;
     for (const Field<Record>& field : Describe<Record>().Fields)
         if (field.Displayed == Display::Always)
-            columns.push_back({field.Name, IsNumber(ValueIn(field, defaults))});
+            columns.push_back({field.Label, NarrowingOf(field.Used), IsNumber(ValueIn(field, defaults))});
     return columns;
 }
 
@@ -33,26 +50,16 @@ template <typename Record> Row RowOf(const Record& record)
     Row row;
     for (const Field<Record>& field : Describe<Record>().Fields)
         if (field.Displayed == Display::Always)
-            row.push_back(RoundedTextOf(ValueIn(field, record)));
+            row.push_back(ShownText(field, record));
     return row;
 }
 
-template <typename Record> void PrintRecords(const Session& session, const std::vector<Record>& records)
+// The properties of a record that were entered.
+template <typename Record> std::vector<Property> PropertiesOf(const Record& record)
 {
-    if (session.AsJSON)
-        return PrintJSON(RecordsJSON(records));
-    std::vector<Row> rows(records.size());
-    std::transform(records.begin(), records.end(), rows.begin(), RowOf<Record>);
-    PrintTable(std::cout, ColumnsOf<Record>(), rows);
-}
-
-// Prints every field of one record.
-template <typename Record> void PrintInFull(const Session& session, const Record& record)
-{
-    if (session.AsJSON)
-        return PrintJSON(RecordJSON(record));
-    std::vector<Row> lines;
+    std::vector<Property> properties;
     for (const Field<Record>& field : Describe<Record>().Fields)
-        lines.push_back({field.Name, RoundedTextOf(ValueIn(field, record))});
-    PrintTable(std::cout, {{"Field"}, {"Value"}}, lines);
+        if (field.Displayed != Display::OnlyInJSON)
+            properties.push_back({field.Label, ShownText(field, record)});
+    return properties;
 }

@@ -4,10 +4,8 @@
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
 #include "commands/outcome.h"
-#include "commands/print.h"
+#include "commands/record_lists.h"
 #include "commands/summary.h"
-#include "journal/find_record.h"
-#include "record/operations.h"
 #include "refusal.h"
 
 #include <algorithm>
@@ -25,35 +23,6 @@ template <typename Record> constexpr bool OnePerPlant = std::is_same_v<Record, H
 template <typename Record> std::string NounOf()
 {
     return Describe<Record>().Noun;
-}
-
-template <typename Record>
-std::vector<Record> RecordsOf(Session& session, const Plant& plant, std::size_t newest = SIZE_MAX)
-{
-    std::vector<Record> records;
-    session.RequireList(ListRecords(session.Read(), plant.UUID, records),
-                        std::string(Describe<Record>().Table) + " cannot be listed");
-    records.resize(std::min(records.size(), newest));
-    return records;
-}
-
-// Prints the records of every plant, in a table with the plant.
-template <typename Record> void PrintRecordsOfAllPlants(Session& session, std::size_t newest)
-{
-    std::vector<Record> all;
-    std::vector<Row> rows;
-    for (const Plant& plant : AllPlants(session))
-        for (Record& record : RecordsOf<Record>(session, plant, newest))
-        {
-            rows.push_back(RowOf(record));
-            rows.back().insert(rows.back().begin(), DisplayName(plant));
-            all.push_back(std::move(record));
-        }
-    if (session.AsJSON)
-        return PrintJSON(RecordsJSON(all));
-    std::vector<Column> columns = ColumnsOf<Record>();
-    columns.insert(columns.begin(), {"Plant"});
-    PrintTable(std::cout, columns, rows);
 }
 
 // Finds the record that `edit` or `delete` changes.
@@ -77,7 +46,7 @@ template <typename Record> void AddRecord(Session& session, const Request<Record
     request.Fields->Apply(session, FlagsFor::Add, record);
     PrintNotices(CheckValues(record, plant));
     session.Require(CreateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be stored");
-    ReportStored(session, SummaryOfNew(plant, record), std::to_string(record.ID), RecordJSON(record));
+    ReportStored(session, SummaryOfNew(plant, record), std::to_string(record.ID), RecordJSON(record, plant));
 }
 
 template <typename Record> void EditRecord(Session& session, const Request<Record>& request)
@@ -89,7 +58,7 @@ template <typename Record> void EditRecord(Session& session, const Request<Recor
     PrintNotices(CheckValues(record, plant, request.Fields->Names()));
     session.Require(UpdateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be changed");
     ReportStored(session, SummaryOfChanged(plant, record, request.Fields->Names()), std::to_string(record.ID),
-                 RecordJSON(record));
+                 RecordJSON(record, plant));
 }
 
 template <typename Record> void DeleteChosenRecord(Session& session, const Arguments& given)
@@ -109,14 +78,6 @@ template <typename Record> void AddArguments(CLI::App& command, Arguments& given
         AddArgument(command, "ID", "row ID, as `list` shows it", given.ID);
 }
 
-std::size_t LimitFrom(const std::optional<std::string>& text)
-{
-    std::int64_t number = INT64_MAX;
-    if (text)
-        ParseValue(*text, &number);
-    return number < 0 ? 0 : static_cast<std::size_t>(number);
-}
-
 // `words` and `change` are examples of the arguments of `add` and `edit`.
 template <typename Record>
 void AddFamily(CLI::App& program, Session& session, const std::string& purpose, const std::string& words,
@@ -127,24 +88,7 @@ void AddFamily(CLI::App& program, Session& session, const std::string& purpose, 
     const std::string id = OnePerPlant<Record> ? "" : " 17";
     CLI::App& group = AddGroup(program, name, purpose);
 
-    auto of = std::make_shared<Arguments>();
-    CLI::App& list =
-        AddCommand(group, "list", "List the records of one plant, or of all plants",
-                   name + " list Basil\n" + name + " list --newest 5 --json",
-                   [&session, of]
-                   {
-                       const std::size_t newest = LimitFrom(of->Newest);
-                       if (of->Plant.empty())
-                           PrintRecordsOfAllPlants<Record>(session, newest);
-                       else
-                           PrintRecords(session, RecordsOf<Record>(session, FindPlant(session, of->Plant), newest));
-                   });
-    AddPlantArgument(list, *of, Need::Optional);
-    AddFlag(list,
-            {"--newest", "list only this many of the newest records of each plant", "NUMBER", Need::Optional,
-             [](const std::string& text)
-             { return IsDigits(text) ? "" : InQuotes(text) + " is not a number of records; write a whole number"; }},
-            of->Newest);
+    AddListCommand<Record>(group, session);
 
     auto toAdd = std::make_shared<Request<Record>>();
     CLI::App& add = AddCommand(group, "add", "Add a " + noun, name + " add Basil " + words,

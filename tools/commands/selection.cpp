@@ -15,11 +15,6 @@ bool IsGrowing(PlantStage stage)
            stage == PlantStage::Flower;
 }
 
-bool Fits(const std::optional<std::string>& wanted, const std::string& text)
-{
-    return !wanted || WithoutCase(*wanted) == WithoutCase(text);
-}
-
 std::string StageObjection(const std::string& text)
 {
     try
@@ -37,6 +32,11 @@ std::string StageObjection(const std::string& text)
 }
 
 } // namespace
+
+bool Fits(const std::optional<std::string>& wanted, const std::string& text)
+{
+    return !wanted || WithoutCase(*wanted) == WithoutCase(text);
+}
 
 void AddSelectors(CLI::App& command, Selection& selection)
 {

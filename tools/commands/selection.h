@@ -34,3 +34,6 @@ std::vector<Plant> SelectPlants(const std::vector<Plant>& plants, const Selectio
 
 // Whether a plant has exactly this name or UUID.
 bool IsExactName(const std::vector<Plant>& plants, const std::string& text);
+
+// Whether a field of a plant has the value that an option wants, regardless of case; true without the option.
+bool Fits(const std::optional<std::string>& wanted, const std::string& text);

@@ -24,7 +24,24 @@ void ShowStrain(Session& session, const std::string& name)
     StrainSummary summary;
     session.Require(session.Read().GetStrainSummary(FindStrain(session, name).ID, summary),
                     "the strain cannot be summarised");
-    PrintInFull(session, summary);
+    if (session.AsJSON)
+        PrintJSON(RecordJSON(summary));
+    else
+        PrintDescription(std::cout, PropertiesOf(summary));
+}
+
+void ListStrains(Session& session)
+{
+    const std::vector<Strain> strains = AllStrains(session);
+    std::vector<Row> rows;
+    for (const Strain& strain : strains)
+        rows.push_back(RowOf(strain));
+    if (session.AsJSON)
+        PrintJSON(RecordsJSON(strains));
+    else if (rows.empty())
+        std::cout << "No strains yet; `plantjournal strain add NAME` adds one.\n";
+    else
+        PrintTable(std::cout, ColumnsOf<Strain>(), rows);
 }
 
 void AddStrain(Session& session, const Request<Strain>& request)
@@ -68,7 +85,7 @@ void AddStrainCommands(CLI::App& program, Session& session)
     CLI::App& group = AddGroup(program, "strain", "Strains");
 
     AddCommand(group, "list", "List all strains", "strain list\nstrain list --json",
-               [&session] { PrintRecords(session, AllStrains(session)); });
+               [&session] { ListStrains(session); });
 
     auto toShow = std::make_shared<Arguments>();
     AddNameArgument(AddCommand(group, "show", "Summarise the plants and harvests of a strain", "strain show Genovese",

@@ -3,106 +3,51 @@
 #include "commands/commands.h"
 #include "commands/print.h"
 #include "journal/find_record.h"
-#include "record/operations.h"
+#include "journal/timeline.h"
+#include "terminal/printable.h"
 
-#include <algorithm>
 #include <memory>
-#include <set>
-#include <utility>
 
 namespace
 {
 
-// One line of the timeline.
-struct TimelineItem
+template <typename Record> JSON ItemJSON(const Record& record, const Plant& plant)
 {
-    std::string Date;
-    std::string Kind;
-    std::string Details;
-    JSON Record;
-};
+    JSON object = JSON::Object();
+    object.Add("Table", JSONOf(std::string(Describe<Record>().Table)));
+    object.AddFieldsOf(RecordJSON(record, plant));
+    return object;
+}
 
-// All records of a plant. A care entry or harvest record is shown instead of its timeline event.
-class Timeline
+JSON ItemJSON(const OwnDate& date, const Plant& plant)
 {
-  public:
-    Timeline(Session& session, std::string plantUUID) : Journal(session), PlantUUID(std::move(plantUUID))
-    {
-        const std::vector<HarvestRecord> harvests = Records<HarvestRecord>();
-        AddCareAndEvents(harvests);
-        for (const HarvestRecord& harvest : harvests)
-            if (harvest.TimelineEventID == 0)
-                AddItem(harvest.HarvestDate, "Harvest", Joined({harvest.CureOutcome, harvest.Notes}, " | "), harvest);
-        for (const PlantPhoto& photo : Records<PlantPhoto>())
-            AddItem(photo.PhotoDate, "Photo", Joined({photo.FilePath, photo.Caption}, " | "), photo);
-        for (const PlantHealthObservation& seen : Records<PlantHealthObservation>())
-            AddItem(seen.ObservationDate, "Health",
-                    Joined({seen.Issue + " (" + std::to_string(seen.Severity) + " of 5)", seen.Treatment, seen.Notes},
-                           " | "),
-                    seen);
-        for (const PlantJournalEntry& entry : Records<PlantJournalEntry>())
-            AddItem(entry.EntryDate, PlantJournalTypeName(entry.Type), entry.Details, entry);
-        std::stable_sort(Items.begin(), Items.end(),
-                         [](const TimelineItem& left, const TimelineItem& right) { return left.Date > right.Date; });
-    }
-
-    std::vector<TimelineItem> Items; // the newest first
-
-  private:
-    void AddCareAndEvents(const std::vector<HarvestRecord>& harvests)
-    {
-        std::set<std::int64_t> mirrors;
-        for (const PlantCareEntry& care : Records<PlantCareEntry>())
-        {
-            mirrors.insert(care.TimelineEventID);
-            AddItem(care.CareDate, PlantCareActionName(care.Action), Journal.Read().CareTimelineDetails(care), care);
-        }
-        for (const PlantEvent& event : Records<PlantEvent>())
-        {
-            const auto harvest =
-                std::find_if(harvests.begin(), harvests.end(),
-                             [&](const HarvestRecord& record) { return record.TimelineEventID == event.ID; });
-            if (harvest != harvests.end())
-                AddItem(harvest->HarvestDate, "Harvest", event.Details, *harvest);
-            else if (!mirrors.contains(event.ID))
-                AddItem(event.EventDate, PlantEventTypeName(event.Type), event.Details, event);
-        }
-    }
-
-    template <typename Record> std::vector<Record> Records()
-    {
-        std::vector<Record> records;
-        Journal.RequireList(ListRecords(Journal.Read(), PlantUUID, records), "the timeline cannot be listed");
-        return records;
-    }
-
-    template <typename Record>
-    void AddItem(const std::string& date, const std::string& kind, const std::string& details, const Record& record)
-    {
-        JSON object = JSON::Object();
-        object.Add("Table", JSONOf(std::string(Describe<Record>().Table)));
-        object.AddFieldsOf(RecordJSON(record));
-        Items.push_back({date, kind, details, std::move(object)});
-    }
-
-    Session& Journal;
-    std::string PlantUUID;
-};
+    JSON object = JSON::Object();
+    object.Add("Table", JSONOf(std::string(Describe<Plant>().Table)));
+    object.Add("PlantUUID", JSONOf(plant.UUID));
+    object.Add("Plant", JSONOf(plant.Name));
+    object.Add("Field", JSONOf(date.Field));
+    object.Add("Date", JSONOf(date.Date));
+    return object;
+}
 
 void ShowTimeline(Session& session, const std::string& named)
 {
-    Timeline timeline(session, FindPlant(session, named).UUID);
+    const Plant plant = FindPlant(session, named);
     JSON array = JSON::Array();
     std::vector<Row> rows;
-    for (TimelineItem& item : timeline.Items)
+    for (const TimelineItem& item : TimelineOf(session, plant))
     {
-        array.Add(std::move(item.Record));
+        array.Add(std::visit([&](const auto& record) { return ItemJSON(record, plant); }, item.Record));
         rows.push_back({item.Date, item.Kind, item.Details});
     }
     if (session.AsJSON)
         PrintJSON(array);
+    else if (rows.empty())
+        std::cout << Printable(DisplayName(plant))
+                  << ": no records yet; `plantjournal note add PLANT TEXT` adds one, and so do `feed` and `water`.\n";
     else
-        PrintTable(std::cout, {{"Date"}, {"Kind"}, {"Details"}}, rows);
+        PrintTable(std::cout, {{"Date", WhenNarrow::Keep}, {"Kind", WhenNarrow::Keep}, {"Details", WhenNarrow::Cut}},
+                   rows);
 }
 
 } // namespace
@@ -110,7 +55,7 @@ void ShowTimeline(Session& session, const std::string& named)
 void AddTimelineCommand(CLI::App& program, Session& session)
 {
     auto of = std::make_shared<Arguments>();
-    AddPlantArgument(AddCommand(program, "timeline", "List all records of a plant by date",
+    AddPlantArgument(AddCommand(program, "timeline", "List everything dated of a plant, the newest first",
                                 "timeline Basil\ntimeline Basil --json",
                                 [&session, of] { ShowTimeline(session, of->Plant); }),
                      *of);

@@ -56,6 +56,8 @@ JSON TreeJSON(const Plant& plant, const Children& children, std::set<std::string
 void ShowTree(Session& session, const std::string& named)
 {
     const std::vector<Plant> plants = AllPlants(session);
+    if (plants.empty() && named.empty() && !session.AsJSON)
+        std::cout << "No plants yet; `plantjournal plant add NAME` adds one.\n";
     std::set<std::string> known;
     Children children;
     for (const Plant& plant : plants)

@@ -1,5 +1,18 @@
 #include "record/fields.h"
 
+#include <cctype>
+#include <map>
+
+namespace
+{
+
+template <typename... Records> std::map<std::string, std::string> PluralsOfTables()
+{
+    return {{Describe<Records>().Table, Describe<Records>().Plural}...};
+}
+
+} // namespace
+
 template <> const Description<Strain>& Describe()
 {
     using enum Use;
@@ -214,4 +227,16 @@ template <> const Description<StrainSummary>& Describe()
             {"AverageQuality", &StrainSummary::AverageQuality, Value, Always, "Mean quality", "mean quality", "of 10"},
         }};
     return description;
+}
+
+std::string TableLabel(const std::string& table)
+{
+    static const std::map<std::string, std::string> plurals =
+        PluralsOfTables<Strain, Plant, PlantEvent, PlantCareEntry, HarvestRecord, PlantPhoto, PlantHealthObservation,
+                        PlantJournalEntry>();
+    const auto known = plurals.find(table);
+    std::string label = known != plurals.end() ? known->second : "";
+    if (!label.empty())
+        label.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(label.front())));
+    return label;
 }

@@ -72,6 +72,10 @@ template <> const Description<PlantHealthObservation>& Describe();
 template <> const Description<PlantJournalEntry>& Describe();
 template <> const Description<StrainSummary>& Describe();
 
+// What people read instead of the name of a table, such as "Care entries" for PlantCareEntries; empty for a
+// table without records.
+std::string TableLabel(const std::string& table);
+
 // The names of some fields of a record.
 using FieldNames = std::set<std::string>;
 

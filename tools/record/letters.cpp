@@ -8,6 +8,9 @@
 namespace
 {
 
+constexpr utf8proc_int32_t zeroWidthNonJoiner = 0x200C;
+constexpr utf8proc_int32_t zeroWidthJoiner = 0x200D;
+
 bool IsPrintable(utf8proc_int32_t codepoint)
 {
     switch (utf8proc_category(codepoint))
@@ -15,7 +18,11 @@ bool IsPrintable(utf8proc_int32_t codepoint)
     case UTF8PROC_CATEGORY_CC: // control characters
     case UTF8PROC_CATEGORY_CS: // halves of UTF-16 pairs
     case UTF8PROC_CATEGORY_CN: // not assigned
+    case UTF8PROC_CATEGORY_ZL: // line separators
+    case UTF8PROC_CATEGORY_ZP: // paragraph separators
         return false;
+    case UTF8PROC_CATEGORY_CF: // invisible, and some of them reorder the line; scripts and emoji need the two joiners
+        return codepoint == zeroWidthJoiner || codepoint == zeroWidthNonJoiner || utf8proc_charwidth(codepoint) > 0;
     default:
         return true;
     }

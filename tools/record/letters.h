@@ -12,7 +12,7 @@ struct Letter
 {
     std::string_view Bytes;
     std::size_t Width; // in columns of a terminal: 0, 1 or 2
-    bool Printable;    // not a control character, and valid UTF-8
+    bool Printable;    // valid UTF-8, and nothing that controls the terminal or the order of letters
 };
 
 // Cuts a text into its letters, which refer to the text. A byte that is not UTF-8 is a letter that is not printable.

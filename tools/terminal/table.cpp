@@ -1,28 +1,86 @@
 #include "terminal/table.h"
 
 #include "terminal/printable.h"
+#include "terminal/screen.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <numeric>
 #include <ostream>
-
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace
 {
 
-std::size_t TerminalWidth()
+constexpr std::size_t gap = 2;
+
+// The columns of a table that are printed, and their widths.
+struct PrintedColumn
 {
-    winsize size{};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
-}
+    std::size_t Index;
+    std::size_t Width;
+    WhenNarrow Narrow;
+};
 
 bool Coloured()
 {
     const char* const noColour = std::getenv("NO_COLOR"); // https://no-color.org
-    return isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == '\0');
+    return OutputIsTerminal() && (noColour == nullptr || *noColour == '\0');
+}
+
+std::size_t LineWidth(const std::vector<PrintedColumn>& columns)
+{
+    return std::accumulate(columns.begin(), columns.end(), gap * (columns.size() - 1),
+                           [](std::size_t sum, const PrintedColumn& column) { return sum + column.Width; });
+}
+
+bool CanBeCut(const PrintedColumn& column)
+{
+    return column.Narrow == WhenNarrow::Cut || column.Narrow == WhenNarrow::CutOrDrop;
+}
+
+bool CanBeDropped(const PrintedColumn& column)
+{
+    return column.Narrow == WhenNarrow::Drop || column.Narrow == WhenNarrow::CutOrDrop;
+}
+
+// Narrows the columns that are chosen, the widest first, but none to less than `least`. Returns whether a line fits.
+bool Narrowed(std::vector<PrintedColumn>& columns, std::size_t limit, std::size_t least,
+              bool (*chosen)(const PrintedColumn&))
+{
+    for (std::size_t total = LineWidth(columns); total > limit; --total)
+    {
+        PrintedColumn* widest = nullptr;
+        for (PrintedColumn& column : columns)
+            if (chosen(column) && column.Width > least && (widest == nullptr || column.Width > widest->Width))
+                widest = &column;
+        if (widest == nullptr)
+            return false;
+        --widest->Width;
+    }
+    return true;
+}
+
+void FitToWidth(std::vector<PrintedColumn>& columns, std::size_t limit)
+{
+    constexpr std::size_t worthReading = 16;
+    constexpr std::size_t narrowest = 8;
+    for (;;)
+    {
+        std::vector<PrintedColumn> narrowed = columns;
+        if (Narrowed(narrowed, limit, worthReading, CanBeCut))
+        {
+            columns = narrowed;
+            return;
+        }
+        const auto last = std::find_if(columns.rbegin(), columns.rend(), CanBeDropped);
+        if (last == columns.rend())
+            break;
+        columns.erase(std::next(last).base());
+    }
+    // Whole texts that are still too wide overflow their column, so that the other lines fit.
+    if (!Narrowed(columns, limit, narrowest, CanBeCut))
+        Narrowed(columns, limit, narrowest, [](const PrintedColumn&) { return true; });
 }
 
 std::string Padded(const std::string& text, std::size_t width, bool right)
@@ -31,53 +89,43 @@ std::string Padded(const std::string& text, std::size_t width, bool right)
     return right ? blanks + text : text + blanks;
 }
 
-void PrintRow(std::ostream& out, const Row& row, const std::vector<Column>& columns,
-              const std::vector<std::size_t>& widths)
+std::string Line(const Row& row, const std::vector<Column>& columns, const std::vector<PrintedColumn>& printed)
 {
     std::string line;
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        line += (i > 0 ? "  " : "") + Padded(CutToWidth(row[i], widths[i]), widths[i], columns[i].Right);
-    line.erase(line.find_last_not_of(' ') + 1);
-    out << line << '\n';
+    for (const PrintedColumn& column : printed)
+    {
+        const std::string& whole = row[column.Index];
+        const std::string text = CanBeCut(column) ? CutToWidth(whole, column.Width) : whole;
+        line += &column == &printed.front() ? "" : std::string(gap, ' ');
+        line += Padded(text, column.Width, columns[column.Index].Right);
+    }
+    return line.erase(line.find_last_not_of(' ') + 1);
 }
 
 } // namespace
 
 void PrintTable(std::ostream& out, const std::vector<Column>& columns, const std::vector<Row>& rows)
 {
-    constexpr std::size_t gap = 2;
-    constexpr std::size_t narrowest = 5;
-    std::vector<Row> printable = {{}};
-    for (const Column& column : columns)
-        printable.front().push_back(column.Heading);
-    for (const Row& row : rows)
-        std::transform(row.begin(), row.end(), std::back_inserter(printable.emplace_back()), Printable);
+    std::vector<Row> printable(rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        std::transform(rows[i].begin(), rows[i].end(), std::back_inserter(printable[i]), Printable);
 
-    std::vector<std::size_t> widths(columns.size());
-    for (const Row& row : printable)
-        for (std::size_t i = 0; i < widths.size(); ++i)
-            widths[i] = std::max(widths[i], Width(row[i]));
-    if (isatty(STDOUT_FILENO) == 1)
+    Row headings;
+    std::vector<PrintedColumn> printed;
+    for (std::size_t i = 0; i < columns.size(); ++i)
     {
-        std::size_t total = gap * (widths.size() - 1);
-        for (const std::size_t width : widths)
-            total += width;
-        for (const std::size_t limit = TerminalWidth(); total > limit; --total) // cut the widest column
-        {
-            const auto widest = std::max_element(widths.begin(), widths.end());
-            if (*widest <= narrowest)
-                break;
-            --*widest;
-        }
+        headings.push_back(columns[i].Heading);
+        std::size_t width = 0;
+        for (const Row& row : printable)
+            width = std::max(width, Width(row[i]));
+        if (width > 0)
+            printed.push_back({i, std::max(width, Width(headings[i])), columns[i].Narrow});
     }
+    if (OutputIsTerminal())
+        FitToWidth(printed, TerminalWidth());
 
     const bool coloured = Coloured();
-    for (std::size_t i = 0; i < printable.size(); ++i)
-    {
-        if (i == 0 && coloured)
-            out << "\x1B[1m";
-        PrintRow(out, printable[i], columns, widths);
-        if (i == 0 && coloured)
-            out << "\x1B[0m" << std::flush;
-    }
+    out << (coloured ? "\x1B[1m" : "") << Line(headings, columns, printed) << '\n' << (coloured ? "\x1B[0m" : "");
+    for (const Row& row : printable)
+        out << Line(row, columns, printed) << '\n';
 }

@@ -60,12 +60,12 @@ void PrintCounts(const Session& session, const AddedCounts& added)
                  [&]<typename Record>(const AddedRows<Record>& table)
                  {
                      object.Add(Describe<Record>().Table, JSONOf(table.Count));
-                     rows.push_back({Describe<Record>().Table, std::to_string(table.Count)});
+                     rows.push_back({TableLabel(Describe<Record>().Table), std::to_string(table.Count)});
                  });
     if (session.AsJSON)
         PrintJSON(object);
     else
-        PrintTable(std::cout, {{"Imported"}, {"Rows", true}}, rows);
+        PrintTable(std::cout, {{"Imported", WhenNarrow::Keep}, {"Number", WhenNarrow::Keep, true}}, rows);
 }
 
 // "1 care entry", "2 care entries".
