@@ -1,4 +1,4 @@
-// The list of plants: its columns, its options, and what it says of plants that it does not show.
+// The list of plants: its columns, its options, and the line about plants that it does not show.
 
 #include "command/basil_test.h"
 #include "support/page.h"
@@ -137,7 +137,7 @@ TEST_F(PlantListTest, ArchivedPlantsAreListedOnlyOnRequest)
     EXPECT_EQ(Listed({"--stage", "archived"}), (Words{"Anise", "Chili"}));
 }
 
-TEST_F(PlantListTest, OnATerminalTheListSaysHowManyPlantsItLeftOut)
+TEST_F(PlantListTest, OnATerminalTheListCountsArchivedPlants)
 {
     AddPlant({"Anise", "--stage", "archived", "--tent", "South"});
     AddPlant({"Basil", "--tent", "South"});
@@ -149,7 +149,7 @@ TEST_F(PlantListTest, OnATerminalTheListSaysHowManyPlantsItLeftOut)
     EXPECT_TRUE(Lines(Done({"plant", "list"})).back().starts_with("Basil  ")); // in a pipe, a table alone
 }
 
-TEST_F(PlantListTest, AListWithoutPlantsSaysWhy)
+TEST_F(PlantListTest, AListWithoutPlantsPrintsTheReason)
 {
     AddPlant({"Basil", "--uuid", "b1"});
     EXPECT_EQ(Done({"plant", "list", "--tent", "x"}),

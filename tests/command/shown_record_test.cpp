@@ -160,7 +160,7 @@ TEST_F(ShownRecordTest, AnInspectionIsShownInWords)
 
 // ---- Lists without records
 
-TEST_F(ShownRecordTest, AnEmptyListSaysSoInOneSentence)
+TEST_F(ShownRecordTest, AnEmptyListPrintsOneSentence)
 {
     const std::pair<std::string, std::string> plurals[] = {
         {"care", "care entries"}, {"event", "timeline events"},      {"harvest", "harvest records"},
@@ -182,7 +182,7 @@ TEST_F(ShownRecordTest, AnEmptyListSaysSoInOneSentence)
                   std::string::npos);
 }
 
-TEST_F(ShownRecordTest, ACheckWithoutFindingsSaysSo)
+TEST_F(ShownRecordTest, ACheckWithoutFindingsPrintsOneSentence)
 {
     EXPECT_EQ(Done({"check"}), "No problems found.\n");
     EXPECT_EQ(Parsed({"check"}), JSON::array());

@@ -103,7 +103,7 @@ TEST_F(BasilTest, ADateOfThePlantThatAnEventHasIsListedOnce)
                                            "2026-02-10  Clone       seen\n");
 }
 
-TEST_F(BasilTest, AnEmptyTimelineSaysSo)
+TEST_F(BasilTest, AnEmptyTimelinePrintsOneSentence)
 {
     EXPECT_EQ(Done({"timeline", "basil"}), "Basil: no records yet; `plantjournal note add PLANT TEXT` adds one, and so "
                                            "do `feed` and `water`.\n");
