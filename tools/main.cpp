@@ -25,6 +25,8 @@ void AddCommands(CLI::App& program, Session& session)
     AddTimelineCommand(program, session);
     AddStrainCommands(program, session);
     AddFeedAndWater(program, session);
+    AddCloneCommand(program, session);
+    AddStepCommands(program, session);
     AddRecordCommands(program, session);
     AddFileCommands(program, session);
     AddExportCommand(program, session);

@@ -57,9 +57,10 @@ TEST_F(CommandHelpTest, EveryCommandHasHelpWithItsExamples)
             names.push_back(name.substr(name.find(' ') + 1));
         });
     std::vector<std::string> expected = {
-        "plant list",      "plant show",  "plant add",     "plant edit",  "plant delete",
-        "plant duplicate", "plant tree",  "timeline",      "strain list", "strain show",
-        "strain add",      "strain edit", "strain delete", "feed",        "water"};
+        "plant list",    "plant show", "plant add",   "plant edit",  "plant delete", "plant duplicate",
+        "plant tree",    "timeline",   "strain list", "strain show", "strain add",   "strain edit",
+        "strain delete", "feed",       "water",       "clone",       "stage",        "transplant",
+        "top",           "train",      "defoliate",   "archive"};
     for (const char* family : {"care", "event", "harvest", "photo", "health", "note"})
         for (const char* operation : {"list", "add", "edit", "delete"})
             expected.push_back(std::string(family) + ' ' + operation);

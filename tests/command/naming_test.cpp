@@ -106,11 +106,14 @@ TEST_F(NamingTest, AnEmptyTextNamesNoPlantAlsoNotOneWithoutAName)
 
 TEST_F(NamingTest, EveryCommandFindsPlantsTheSameWay)
 {
-    const std::vector<Words> commands = {
-        {"plant", "show"}, {"plant", "tree"},  {"plant", "duplicate"}, {"timeline"},
-        {"feed"},          {"water"},          {"care", "list"},       {"care", "add"},
-        {"event", "list"}, {"event", "add"},   {"harvest", "add"},     {"harvest", "list"},
-        {"photo", "list"}, {"health", "list"}, {"note", "list"},       {"note", "add"}};
+    const std::vector<Words> commands = {{"plant", "show"}, {"plant", "tree"},  {"plant", "duplicate"},
+                                         {"timeline"},      {"feed"},           {"water"},
+                                         {"care", "list"},  {"care", "add"},    {"event", "list"},
+                                         {"event", "add"},  {"harvest", "add"}, {"harvest", "list"},
+                                         {"photo", "list"}, {"health", "list"}, {"note", "list"},
+                                         {"note", "add"},   {"clone"},          {"transplant"},
+                                         {"top"},           {"train"},          {"defoliate"},
+                                         {"archive"}};
     for (Words words : commands)
     {
         words.emplace_back("Mint");
@@ -118,6 +121,8 @@ TEST_F(NamingTest, EveryCommandFindsPlantsTheSameWay)
         words.back() = "bbbb";
         EXPECT_EQ(Run(words).Status, 0) << words.front();
     }
+    EXPECT_NE(Refused({"stage", "Mint", "flower"}).find("several"), std::string::npos);
+    EXPECT_NE(Refused({"note", "Mint", "text"}).find("several"), std::string::npos);
     EXPECT_NE(Refused({"plant", "edit", "Mint", "--tent", "x"}).find("several"), std::string::npos);
     EXPECT_NE(Refused({"plant", "delete", "Mint", "--yes"}).find("several"), std::string::npos);
     EXPECT_NE(Refused({"plant", "add", "Clone", "--mother", "Mint"}).find("several"), std::string::npos);

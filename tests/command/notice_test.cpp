@@ -48,15 +48,15 @@ TEST_F(NoticeTest, AnUnlikelyValueIsStoredWithOneLineOfNotice)
         {{"water", "b1", "--amount-ml", "100001"},
          "care of Basil: --amount-ml \"100001\": the amount is above 100 l; the journal expects ml"},
         {{"water", "b1", "--date", "2026-04-30"},
-         "care of Basil: --care-date \"2026-04-30\": the date is before the plant was sown (2026-05-01)"},
+         "care of Basil: --date \"2026-04-30\": the date is before the plant was sown (2026-05-01)"},
         {{"harvest", "add", "b1", "--date", "2026-04-30", "--wet-weight-g", "1"},
-         "harvest of Basil: --harvest-date \"2026-04-30\": the date is before the plant was sown (2026-05-01)"},
+         "harvest of Basil: --date \"2026-04-30\": the date is before the plant was sown (2026-05-01)"},
         {{"harvest", "edit", "b1", "--date", "2026-07-01", "--dry-weight-g", "2"},
          "harvest of Basil: --dry-weight-g \"2\": the dry weight is above the wet weight"},
-        {{"note", "add", "b1", "--date", "9999"}, "note of Basil: --entry-date \"9999\": the date is in the future"},
-        {{"event", "add", "b1", "--date", "9999"}, "event of Basil: --event-date \"9999\": the date is in the future"},
+        {{"note", "add", "b1", "--date", "9999"}, "note of Basil: --date \"9999\": the date is in the future"},
+        {{"event", "add", "b1", "--date", "9999"}, "event of Basil: --date \"9999\": the date is in the future"},
         {{"health", "add", "b1", "mites", "--date", "9999"},
-         "health of Basil: --observation-date \"9999\": the date is in the future"},
+         "health of Basil: --date \"9999\": the date is in the future"},
         {{"plant", "edit", "b1", "--flip-date", "2026-04"},
          "plant Basil: --flip-date \"2026-04\": the date is before the sowing (2026-05-01)"},
         {{"plant", "add", "Mint", "--seed-date", "9999"},
@@ -105,7 +105,7 @@ TEST_F(NoticeTest, ANoticeAboutSeveralPlantsIsPrintedOnce)
     Done({"plant", "add", "Dill", "--uuid", "d1", "--seed-date", "2026-06-01"});
     EXPECT_EQ(NoticesOf({"feed", "Basil", "Chili", "Dill", "--ec", "1800", "--date", "2026-05-15"}),
               "notice: care of Basil and 2 more: --ec \"1800\": the EC is above 20; the journal expects mS/cm\n"
-              "notice: care of Dill: --care-date \"2026-05-15\": the date is before the plant was sown (2026-06-01)\n");
+              "notice: care of Dill: --date \"2026-05-15\": the date is before the plant was sown (2026-06-01)\n");
 }
 
 TEST_F(NoticeTest, ARefusalDoesNotCreateAJournal)

@@ -39,8 +39,10 @@ class CompletionTest : public CommandTest
 
 TEST_F(CompletionTest, CompletionOffersCommands)
 {
-    EXPECT_EQ(Offered({""}), (Words{"backup", "care", "check", "event", "export", "feed", "harvest", "health", "import",
-                                    "info", "note", "photo", "plant", "strain", "timeline", "undo", "water"}));
+    EXPECT_EQ(Offered({""}),
+              (Words{"archive", "backup",  "care",     "check",  "clone", "defoliate",  "event", "export",
+                     "feed",    "harvest", "health",   "import", "info",  "note",       "photo", "plant",
+                     "stage",   "strain",  "timeline", "top",    "train", "transplant", "undo",  "water"}));
     EXPECT_EQ(Offered({"p"}), (Words{"photo", "plant"}));
     EXPECT_EQ(Offered({"plant", ""}), (Words{"add", "delete", "duplicate", "edit", "list", "show", "tree"}));
     EXPECT_EQ(Offered({"--json", "plant", "du"}), Words{"duplicate"});

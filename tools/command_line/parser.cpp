@@ -12,17 +12,51 @@ CLI::App& AddGroup(CLI::App& program, const std::string& name, const std::string
     return group;
 }
 
-CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string& purpose, const std::string& examples,
-                     std::function<void()> act)
+namespace
+{
+
+std::string ExamplesFooter(const std::string& examples)
 {
     std::string footer = "\nExamples:\n";
     std::istringstream lines(examples);
     for (std::string line; std::getline(lines, line);)
         footer += "  plantjournal " + line + '\n';
+    return footer + "\nEvery command accepts --file FILE and --json; see plantjournal --help";
+}
+
+} // namespace
+
+CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string& purpose, const std::string& examples,
+                     std::function<void()> act)
+{
     CLI::App& command = *group.add_subcommand(name, purpose);
-    command.footer(footer + "\nEvery command accepts --file FILE and --json; see plantjournal --help");
+    command.footer(ExamplesFooter(examples));
     command.callback(std::move(act));
     return command;
+}
+
+void RunWithoutCommand(CLI::App& group, const std::string& examples, std::function<void()> act)
+{
+    group.require_subcommand(0, 1);
+    group.footer(ExamplesFooter(examples));
+    // Runs before any command does. The parser passes words that a command does not know on to its group.
+    group.parse_complete_callback(
+        [&group]
+        {
+            if (group.get_subcommands().empty())
+                return;
+            const std::string command = group.get_name() + ' ' + group.get_subcommands().front()->get_name();
+            for (const CLI::Option* option : group.get_options())
+                if (option->count() > 0)
+                    RefuseUsage("unknown argument of `" + command +
+                                "`: " + (option->get_positional() ? option->results().back() : option->get_name()));
+        });
+    group.callback(
+        [&group, act = std::move(act)]
+        {
+            if (group.get_subcommands().empty())
+                act();
+        });
 }
 
 void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::string& value, Need need)

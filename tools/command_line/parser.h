@@ -21,6 +21,10 @@ CLI::App& AddGroup(CLI::App& program, const std::string& name, const std::string
 CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string& purpose, const std::string& examples,
                      std::function<void()> act);
 
+// Lets a group run `act` where the command line names none of its commands. The arguments and flags for that are added
+// to the group itself; with one of its commands they are an error.
+void RunWithoutCommand(CLI::App& group, const std::string& examples, std::function<void()> act);
+
 enum class Need
 {
     Required,

@@ -15,4 +15,9 @@ struct Arguments
     bool Yes = false;
 };
 
+// Adds --date, which cannot be empty. `date` must live as long as the command.
+void AddDate(CLI::App& command, const std::string& what, std::optional<std::string>& date);
+// The date that was given, or today.
+std::string DateOrToday(const std::optional<std::string>& date);
+
 void AddPlantArgument(CLI::App& command, Arguments& arguments, Need need = Need::Required);

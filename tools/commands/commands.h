@@ -12,6 +12,8 @@ void AddPlantCommands(CLI::App& program, Session& session);
 void AddTimelineCommand(CLI::App& program, Session& session);
 void AddStrainCommands(CLI::App& program, Session& session);
 void AddFeedAndWater(CLI::App& program, Session& session);
+void AddCloneCommand(CLI::App& program, Session& session);
+void AddStepCommands(CLI::App& program, Session& session);
 void AddRecordCommands(CLI::App& program, Session& session);
 void AddFileCommands(CLI::App& program, Session& session);
 void AddExportCommand(CLI::App& program, Session& session);

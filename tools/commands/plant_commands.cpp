@@ -5,6 +5,7 @@
 #include "commands/field_flags.h"
 #include "commands/name_notices.h"
 #include "commands/outcome.h"
+#include "commands/plant_step.h"
 #include "commands/print.h"
 #include "commands/summary.h"
 #include "journal/find_record.h"
@@ -47,9 +48,10 @@ void EditPlant(Session& session, const Request<Plant>& request)
     Plant plant = before;
     request.Fields->Apply(session, FlagsFor::Edit, plant);
     PrintNotices(CheckValues(plant, request.Fields->Names()));
-    PlantRepository& repository = session.Write();
+    session.Write();
     const NameNotices names(session);
-    session.Require(repository.UpdatePlant(plant), "the plant could not be changed" + MotherRule(plant));
+    StoreEditedPlant(session, before, plant, request.Fields->Names(),
+                     "the plant could not be changed" + MotherRule(plant));
     ReportStored(session, SummaryOfEdit(session, before, plant, request.Fields->Names()), plant.UUID,
                  RecordJSON(plant));
     names.Print(plant);

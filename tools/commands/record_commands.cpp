@@ -3,6 +3,7 @@
 #include "commands/commands.h"
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
+#include "commands/note_shortcut.h"
 #include "commands/outcome.h"
 #include "commands/record_lists.h"
 #include "commands/summary.h"
@@ -80,8 +81,8 @@ template <typename Record> void AddArguments(CLI::App& command, Arguments& given
 
 // `words` and `change` are examples of the arguments of `add` and `edit`.
 template <typename Record>
-void AddFamily(CLI::App& program, Session& session, const std::string& purpose, const std::string& words,
-               const std::string& change)
+CLI::App& AddFamily(CLI::App& program, Session& session, const std::string& purpose, const std::string& words,
+                    const std::string& change)
 {
     const std::string name = Describe<Record>().Command;
     const std::string noun = NounOf<Record>();
@@ -107,6 +108,7 @@ void AddFamily(CLI::App& program, Session& session, const std::string& purpose, 
                                   [&session, toDelete] { DeleteChosenRecord<Record>(session, *toDelete); });
     AddArguments<Record>(remove, *toDelete, true);
     AddYes(remove, *toDelete);
+    return group;
 }
 
 } // namespace
@@ -123,6 +125,7 @@ void AddRecordCommands(CLI::App& program, Session& session)
                           "photos/basil.jpg --caption \"first flower\"", "--caption \"second flower\"");
     AddFamily<PlantHealthObservation>(program, session, "Health observations", "\"Spider mites\" --severity 2",
                                       "--treatment \"predatory mites\"");
-    AddFamily<PlantJournalEntry>(program, session, "Journal entries", "\"Four new pairs of leaves\" --type observation",
-                                 "--type milestone");
+    AddNoteShortcut(AddFamily<PlantJournalEntry>(program, session, "Journal entries",
+                                                 "\"Four new pairs of leaves\" --type observation", "--type milestone"),
+                    session);
 }

@@ -150,13 +150,7 @@ void Session::Require(bool done, const std::string& what) const
         message += ": " + error.Message;
     if (error.NotUnique)
         message += "; that name or UUID is already in use";
-    if (error.Busy)
-        message += "; another program is writing to the journal, try again when it has finished";
-    if (error.ReadOnly)
-        message += "; make the file writable, or copy it";
-    if (error.Damaged)
-        message += "; the file is damaged, restore a backup";
-    throw Refusal(message);
+    throw Refusal(message + AdviceAfter(error));
 }
 
 void Session::RequireList(bool done, const std::string& what) const

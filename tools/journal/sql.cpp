@@ -33,7 +33,8 @@ SQL::SQL(sqlite3* connection, std::string context, std::string consequence)
 
 void SQL::Fail() const
 {
-    throw Refusal(Context + ": " + sqlite3_errmsg(Connection) + Consequence);
+    const std::string message = sqlite3_errmsg(Connection);
+    throw Refusal(Context + ": " + message + AdviceAfter(LastSQLError(Connection)) + Consequence);
 }
 
 void SQL::Run(const std::string& statements) const
@@ -185,6 +186,14 @@ SQLError LastSQLError(sqlite3* connection)
     error.Damaged = (code & 0xFF) == SQLITE_CORRUPT;
     error.Message = message;
     return error;
+}
+
+std::string AdviceAfter(const SQLError& error)
+{
+    return error.Busy       ? "; another program is writing to the journal, try again when it has finished"
+           : error.ReadOnly ? "; make the file writable, or copy it"
+           : error.Damaged  ? "; the file is damaged, restore a backup"
+                            : "";
 }
 
 bool ReadingFailed(sqlite3* connection)

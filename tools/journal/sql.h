@@ -110,5 +110,8 @@ void RememberSQLErrors();
 // The error of the operation that failed last. Call it before anything else runs on the connection.
 SQLError LastSQLError(sqlite3* connection);
 
+// What to do after this error, to be appended to its message; empty where that is not known.
+std::string AdviceAfter(const SQLError& error);
+
 // Whether the last statement on the connection failed; a list of the repository then ends early.
 bool ReadingFailed(sqlite3* connection);
