@@ -71,6 +71,24 @@ class KilledUndoTest : public TransferTest
 
     static void Kill(RunningProgram& program) { kill(program.Process(), SIGKILL); }
 
+    // Moves a plant to the tent East, as another program does, unless the command has locked the journal.
+    std::function<void(RunningProgram&)> WriteFromOutside(const std::string& plant)
+    {
+        return [this, plant](RunningProgram&)
+        {
+            Written = false;
+            try
+            {
+                PlainConnection(Journal).RunSQL("UPDATE Plants SET Tent='East' WHERE Name='" + plant + "';");
+                Written = true;
+            }
+            catch (const std::runtime_error& error)
+            {
+                EXPECT_NE(std::string(error.what()).find("locked"), std::string::npos) << error.what();
+            }
+        };
+    }
+
     // Kills a command that changes Edited to `changed`. `undo` then has to undo the change before it if the command has
     // changed nothing, else the command itself or nothing.
     void ExpectUndoneOrRefused(const Words& words, const std::string& changed)
@@ -114,6 +132,7 @@ class KilledUndoTest : public TransferTest
         EXPECT_GT(restored, 0);
     }
 
+    bool Written = false; // whether WriteFromOutside() wrote
     const std::string State = Scratch.File("home/.local/state/plantjournal/undo");
     std::string SavedJournal;
     std::string Start;
@@ -156,36 +175,36 @@ TEST_F(KilledUndoTest, AKilledUndoOfAnImportCanBeRepeated)
 TEST_F(KilledUndoTest, UndoKeepsWhatAnotherProgramWroteAtAnyMoment)
 {
     const Words words = {"feed", "Basil", "--amount-ml", "500", "--care-date", "2026-05-03"};
-    bool written = false;
-    const auto write = [&](RunningProgram&)
-    {
-        written = false;
-        try
-        {
-            PlainConnection(Journal).RunSQL("UPDATE Plants SET Tent='East' WHERE Name='Cutting';");
-            written = true;
-        }
-        catch (const std::runtime_error&)
-        {
-            // The command has locked the journal.
-        }
-    };
     int undone = 0;
     int refused = 0;
-    AtEveryChange(words, write,
+    AtEveryChange(words, WriteFromOutside("Cutting"),
                   [&]
                   {
                       const std::string before = Exported();
-                      EXPECT_EQ(before.find("East") != std::string::npos, written);
+                      EXPECT_EQ(before.find("East") != std::string::npos, Written);
                       const bool isDone = Run({"undo", "--yes"}).Status == 0;
                       std::string expected = Edited;
-                      if (written)
+                      if (Written)
                           expected.replace(expected.rfind("\"Tent\":\"\""), 9, "\"Tent\":\"East\"");
                       EXPECT_EQ(Exported(), isDone ? expected : before);
                       ++(isDone ? undone : refused);
                   });
     EXPECT_GT(undone, 0);
     EXPECT_GT(refused, 0);
+}
+
+TEST_F(KilledUndoTest, UndoKeepsWhatAnotherProgramWroteToTheSameRow)
+{
+    int kept = 0;
+    AtEveryChange({"plant", "edit", "Basil", "--notes", "three"}, WriteFromOutside("Basil"),
+                  [&]
+                  {
+                      const bool isThere = Exported().find("East") != std::string::npos;
+                      Run({"undo", "--yes"});
+                      EXPECT_EQ(Exported().find("East") != std::string::npos, isThere);
+                      kept += isThere ? 1 : 0;
+                  });
+    EXPECT_GT(kept, 0);
 }
 
 } // namespace

@@ -115,6 +115,14 @@ TEST_F(UndoRecordTest, ARecordThatCannotBeReadIsRefused)
     EXPECT_NE(Refused({"undo", "--yes"}).find("symbolic links"), std::string::npos);
 }
 
+TEST_F(UndoRecordTest, AChangeOfAnUnknownTableIsRefused)
+{
+    std::string other = Bytes;
+    other.replace(other.rfind("PlantCareEntries"), 16, "PlantCareEntriez");
+    const std::string message = RefusedWith(Signed(other));
+    EXPECT_NE(message.find("the tables are not those of the change"), std::string::npos) << message;
+}
+
 // The record of an earlier change, with the journal's present header.
 TEST_F(UndoRecordTest, AChangeOfOtherRowsIsRefusedAsAWhole)
 {
