@@ -61,6 +61,7 @@ TEST_F(UndoTest, UndoRefusesAJournalThatHasChangedSince)
     const std::string refusal = Refused({"undo", "--yes"});
     EXPECT_NE(refusal.find("the journal has changed since"), std::string::npos) << refusal;
     EXPECT_NE(refusal.find("nothing was changed"), std::string::npos) << refusal;
+    EXPECT_EQ(Refused({"undo"}), refusal); // without a question
 }
 
 TEST_F(UndoTest, ASecondUndoHasNothingToUndo)
