@@ -64,6 +64,12 @@ TEST_F(UndoTest, UndoRefusesAJournalThatHasChangedSince)
     EXPECT_EQ(Refused({"undo"}), refusal); // without a question
 }
 
+TEST_F(UndoTest, WhatAKilledCommandLeftDoesNotPreventUndo)
+{
+    Write(Record().lexically_relative(Scratch.File("")).string() + ".part", std::string(10000, 'x'));
+    ExpectUndone({"feed", "Basil"});
+}
+
 TEST_F(UndoTest, ASecondUndoHasNothingToUndo)
 {
     const std::string before = Exported();

@@ -67,29 +67,27 @@ bool CanRecordChanges()
 
 ChangeRecorder::ChangeRecorder(sqlite3* connection)
 {
-    Require(sqlite3session_create(connection, "main", &Session), "recording the change");
-    if (const int result = sqlite3session_attach(Session, nullptr); result != SQLITE_OK)
-    {
-        sqlite3session_delete(Session);
-        Require(result, "recording the change");
-    }
+    sqlite3_session* session = nullptr;
+    Require(sqlite3session_create(connection, "main", &session), "recording the change");
+    Session.reset(session);
+    Require(sqlite3session_attach(session, nullptr), "recording the change");
 }
 
-ChangeRecorder::~ChangeRecorder()
+void ChangeRecorder::Delete::operator()(sqlite3_session* session) const
 {
-    sqlite3session_delete(Session);
+    sqlite3session_delete(session);
 }
 
 bool ChangeRecorder::IsEmpty() const
 {
-    return sqlite3session_isempty(Session) != 0;
+    return sqlite3session_isempty(Session.get()) != 0;
 }
 
 std::string ChangeRecorder::ChangeSet() const
 {
     int size = 0;
     void* changes = nullptr;
-    Require(sqlite3session_changeset(Session, &size, &changes), "recording the change");
+    Require(sqlite3session_changeset(Session.get(), &size, &changes), "recording the change");
     const std::unique_ptr<void, FreeSQLiteMemory> owner(changes);
     return size == 0 ? std::string() : std::string(static_cast<const char*>(changes), static_cast<std::size_t>(size));
 }
@@ -114,7 +112,7 @@ bool CanRecordChanges()
 
 ChangeRecorder::ChangeRecorder(sqlite3*) {}
 
-ChangeRecorder::~ChangeRecorder() = default;
+void ChangeRecorder::Delete::operator()(sqlite3_session*) const {}
 
 bool ChangeRecorder::IsEmpty() const
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 struct sqlite3;
@@ -17,9 +18,6 @@ class ChangeRecorder
   public:
     // Begins to record. `connection` must live longer than the recorder. Throws Refusal.
     explicit ChangeRecorder(sqlite3* connection);
-    ~ChangeRecorder();
-    ChangeRecorder(const ChangeRecorder&) = delete;
-    ChangeRecorder& operator=(const ChangeRecorder&) = delete;
 
     // Whether no row was touched so far.
     bool IsEmpty() const;
@@ -27,7 +25,11 @@ class ChangeRecorder
     std::string ChangeSet() const;
 
   private:
-    [[maybe_unused]] sqlite3_session* Session = nullptr; // not used without the extension
+    struct Delete
+    {
+        void operator()(sqlite3_session* session) const;
+    };
+    std::unique_ptr<sqlite3_session, Delete> Session; // none without the extension
 };
 
 // Changes every row of the change set back. Throws Refusal where a row is not as the change set left it; the caller
