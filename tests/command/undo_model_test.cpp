@@ -147,8 +147,29 @@ class UndoModelTest : public TransferTest
             return {OneOf({"feed", "water"}), PlantUUID(), PlantUUID(), Number(500) + "ml", "--notes", Text()};
         case 6:
             return {OneOf({"feed", "water"}), "--all", "--amount", "0.5l"};
+        case 7:
+            return SeveralPlants();
         default:
             return RecordCommand();
+        }
+    }
+
+    // A command that updates plants and writes events in one transaction.
+    Words SeveralPlants()
+    {
+        const std::string plant = PlantUUID();
+        switch (Below(5))
+        {
+        case 0:
+            return {"clone", plant, "--count", std::to_string(1 + Below(3))};
+        case 1:
+            return {"stage", plant, PlantUUID(), OneOf({"veg", "flower", "dry", "cure"})};
+        case 2:
+            return {"transplant", "--all", "--pot", "11 l", "--medium", Text()};
+        case 3:
+            return {"archive", plant};
+        default:
+            return {OneOf({"top", "train", "defoliate"}), plant};
         }
     }
 
