@@ -204,6 +204,22 @@ TEST_F(FullDiskTest, UndoRollsBackWhatAFailedCommandStored)
     EXPECT_TRUE(some);
 }
 
+TEST_F(FullDiskTest, StepsOfPlantsAreStoredTogetherOrChangeNothing)
+{
+    const std::string before = Exported();
+    const std::string text(60000, 'x');
+    for (const Words& words : std::vector<Words>{{"transplant", "Basil", "Cutting", "--details", text},
+                                                 {"clone", "Basil", text, "--count", "2"},
+                                                 {"note", "Basil", "Cutting", text}})
+    {
+        Words line = words;
+        line.insert(line.end(), {"--file", Disk + "/journal.db"});
+        OnGrowingDisks(line, 104, 60,
+                       [&](const ProgramResult& outcome, const SmallDisk&, const std::string& exported)
+                       { EXPECT_EQ(exported == before, outcome.Status != 0) << words.front() << outcome.Error; });
+    }
+}
+
 TEST_F(FullDiskTest, AFeedingIsStoredOrChangesNothing)
 {
     const std::string before = Exported();
