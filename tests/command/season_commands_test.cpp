@@ -155,6 +155,9 @@ TEST_F(SeasonCommandsTest, ThePlantsHaveTheFieldsThatTheStepsSet)
     EXPECT_EQ(clone.at("MotherPlantUUID"), basil.at("UUID"));
     EXPECT_EQ(clone.at("CloneDate"), "2025-04-05");
     EXPECT_EQ(clone.at("Stage"), "Clone");
+    EXPECT_EQ(clone.at("Strain"), "Genovese");
+    EXPECT_EQ(clone.at("Medium"), "soil");
+    EXPECT_EQ(clone.at("Tent"), "Big");
 }
 
 TEST_F(SeasonCommandsTest, TheStrainsAreComparedByTheirHarvests)
