@@ -106,13 +106,27 @@ TEST_F(NamingTest, AnEmptyTextNamesNoPlantAlsoNotOneWithoutAName)
 
 TEST_F(NamingTest, EveryCommandFindsPlantsTheSameWay)
 {
-    const std::vector<Words> commands = {{"plant", "show"}, {"plant", "tree"},  {"plant", "duplicate"},
-                                         {"timeline"},      {"feed"},           {"water"},
-                                         {"care", "list"},  {"care", "add"},    {"event", "list"},
-                                         {"event", "add"},  {"harvest", "add"}, {"harvest", "list"},
-                                         {"photo", "list"}, {"health", "list"}, {"note", "list"},
-                                         {"note", "add"},   {"clone"},          {"transplant"},
-                                         {"top"},           {"train"},          {"defoliate"},
+    const std::vector<Words> commands = {{"plant", "show"},
+                                         {"plant", "tree"},
+                                         {"plant", "duplicate"},
+                                         {"timeline"},
+                                         {"feed"},
+                                         {"water"},
+                                         {"care", "list"},
+                                         {"care", "add"},
+                                         {"event", "list"},
+                                         {"event", "add"},
+                                         {"harvest", "add", "--unweighed"},
+                                         {"harvest", "list"},
+                                         {"photo", "list"},
+                                         {"health", "list"},
+                                         {"note", "list"},
+                                         {"note", "add"},
+                                         {"clone"},
+                                         {"transplant"},
+                                         {"top"},
+                                         {"train"},
+                                         {"defoliate"},
                                          {"archive"}};
     for (Words words : commands)
     {

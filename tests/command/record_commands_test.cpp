@@ -177,6 +177,8 @@ TEST_P(FamilyCommandTest, ANewRecordHasTodaysDateAndBelongsToItsPlant)
     Words shortest = {};
     if (GetParam().Name == "photo" || GetParam().Name == "health")
         shortest.push_back(GetParam().Add.front());
+    if (GetParam().Name == "harvest")
+        shortest.emplace_back("--unweighed");
     Done(Of("add", shortest));
     EXPECT_EQ(Only().at(GetParam().Added.contains("CareDate")          ? "CareDate"
                         : GetParam().Added.contains("EventDate")       ? "EventDate"
@@ -229,7 +231,7 @@ TEST_F(BasilTest, FeedAndWaterStoreCareEntriesWithTheirEvents)
 
 TEST_F(BasilTest, AHarvestSetsStageAndDateOfItsPlant)
 {
-    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01"});
+    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--unweighed"});
     ExpectFields(Basil(), {{"Stage", "Harvested"}, {"HarvestDate", "2026-07-01"}});
     EXPECT_NE(Refused({"harvest", "add", "Basil"}).find("already has a harvest record"), std::string::npos);
     Done({"harvest", "delete", "Basil", "--yes"});

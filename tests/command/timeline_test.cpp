@@ -1,11 +1,15 @@
 // The timeline of a plant.
 
 #include "command/basil_test.h"
+#include "testing/plain_connection.h"
 
 using namespace support;
 
 namespace
 {
+
+// The command refuses to delete events that belong to other records.
+constexpr const char* DeleteEvents = "PRAGMA foreign_keys=ON; DELETE FROM PlantEvents;";
 
 TEST_F(BasilTest, TheTimelineListsEachRecordOfAPlantOnce)
 {
@@ -38,10 +42,8 @@ TEST_F(BasilTest, TheTimelineListsEachRecordOfAPlantOnce)
 TEST_F(BasilTest, TheTimelineListsRecordsWhoseEventWasDeleted)
 {
     Done({"feed", "Basil", "--amount-ml", "500", "--care-date", "2026-05-03"});
-    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--cure-outcome", "good"});
-    for (int i = 0; i < 2; ++i)
-        Done({"event", "delete", "Basil", std::to_string(Parsed({"event", "list", "Basil"}).at(0).at("ID").get<int>()),
-              "--yes"});
+    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--cure-outcome", "good", "--unweighed"});
+    PlainConnection(Journal).RunSQL(DeleteEvents);
     EXPECT_EQ(Done({"timeline", "Basil"}), "Date        Kind     Details\n"
                                            "2026-07-01  Harvest  good\n"
                                            "2026-05-03  Feed     500 ml\n");
@@ -52,9 +54,9 @@ TEST_F(BasilTest, TheTimelineShowsNotesOfHealthAndHarvest)
 {
     Done({"health", "add", "Basil", "thrips", "--severity", "3", "--treatment", "soap", "--notes", "few",
           "--observation-date", "2026-05-05"});
-    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--cure-outcome", "good", "--notes", "dry"});
-    const std::string id = std::to_string(Parsed({"event", "list", "Basil"}).at(0).at("ID").get<int>());
-    Done({"event", "delete", "Basil", id, "--yes"});
+    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--cure-outcome", "good", "--notes", "dry",
+          "--unweighed"});
+    PlainConnection(Journal).RunSQL(DeleteEvents);
     EXPECT_EQ(Done({"timeline", "Basil"}), "Date        Kind     Details\n"
                                            "2026-07-01  Harvest  good | dry\n"
                                            "2026-05-05  Health   thrips (3 of 5) | soap | few\n");
@@ -63,9 +65,8 @@ TEST_F(BasilTest, TheTimelineShowsNotesOfHealthAndHarvest)
 
 TEST_F(BasilTest, AHarvestIsListedAtItsDateNotAtTheDateOfItsEvent)
 {
-    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01"});
-    const std::string id = std::to_string(Parsed({"event", "list", "Basil"}).at(0).at("ID").get<int>());
-    Done({"event", "edit", "Basil", id, "--event-date", "2026-01-01"});
+    Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--unweighed"});
+    PlainConnection(Journal).RunSQL("UPDATE PlantEvents SET EventDate='2026-01-01';");
     EXPECT_NE(Done({"timeline", "Basil"}).find("2026-07-01  Harvest"), std::string::npos);
     Sound = false; // an event with another date is a finding
 }

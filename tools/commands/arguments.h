@@ -12,6 +12,8 @@ struct Arguments
     std::string Plant;
     std::string Name;
     std::int64_t ID = 0;
+    std::optional<std::string> Stage; // of the plant after the deletion of its harvest record
+    bool Unweighed = false;
     bool Yes = false;
 };
 

@@ -3,8 +3,10 @@
 #include "commands/commands.h"
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
+#include "commands/harvest_rules.h"
 #include "commands/note_shortcut.h"
 #include "commands/outcome.h"
+#include "commands/owned_event.h"
 #include "commands/record_lists.h"
 #include "commands/summary.h"
 #include "refusal.h"
@@ -45,6 +47,8 @@ template <typename Record> void AddRecord(Session& session, const Request<Record
                       Describe<Record>().Command + " edit` changes it");
     record.PlantUUID = plant.UUID;
     request.Fields->Apply(session, FlagsFor::Add, record);
+    if constexpr (OnePerPlant<Record>)
+        RequireWeights(request.Given, request.Fields->Names(), record);
     PrintNotices(CheckValues(record, plant));
     session.Require(CreateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be stored");
     ReportStored(session, SummaryOfNew(plant, record), std::to_string(record.ID), RecordJSON(record, plant));
@@ -55,6 +59,8 @@ template <typename Record> void EditRecord(Session& session, const Request<Recor
     RequireAnyField(request);
     Plant plant = FindPlant(session, request.Given.Plant);
     auto record = FindRecord<Record>(session, plant, request.Given.ID);
+    if constexpr (std::is_same_v<Record, PlantEvent>)
+        RefuseOwnedEvent(session, request.Given.Plant, record, "edit");
     request.Fields->Apply(session, FlagsFor::Edit, record);
     PrintNotices(CheckValues(record, plant, request.Fields->Names()));
     session.Require(UpdateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be changed");
@@ -66,6 +72,10 @@ template <typename Record> void DeleteChosenRecord(Session& session, const Argum
 {
     const Plant plant = FindPlant(session, given.Plant);
     const auto record = FindRecord<Record>(session, plant, given.ID);
+    if constexpr (OnePerPlant<Record>)
+        return DeleteHarvest(session, given, plant, record);
+    if constexpr (std::is_same_v<Record, PlantEvent>)
+        RefuseOwnedEvent(session, given.Plant, record, "delete");
     const std::string what = RecordInWords(plant, record);
     ConfirmDeletion(what, given);
     session.Require(DeleteRecord(session.Write(), record), "the " + NounOf<Record>() + " could not be deleted");
@@ -96,6 +106,8 @@ CLI::App& AddFamily(CLI::App& program, Session& session, const std::string& purp
                                [&session, toAdd] { AddRecord(session, *toAdd); });
     AddArguments<Record>(add, toAdd->Given, false);
     toAdd->Fields.emplace(add, FlagsFor::Add);
+    if constexpr (OnePerPlant<Record>)
+        AddUnweighed(add, toAdd->Given);
 
     auto toEdit = std::make_shared<Request<Record>>();
     CLI::App& edit = AddCommand(group, "edit", "Change a " + noun, name + " edit Basil" + id + " " + change,
@@ -107,6 +119,8 @@ CLI::App& AddFamily(CLI::App& program, Session& session, const std::string& purp
     CLI::App& remove = AddCommand(group, "delete", "Delete a " + noun, name + " delete Basil" + id + " --yes",
                                   [&session, toDelete] { DeleteChosenRecord<Record>(session, *toDelete); });
     AddArguments<Record>(remove, *toDelete, true);
+    if constexpr (OnePerPlant<Record>)
+        AddStageAfterDeletion(remove, *toDelete);
     AddYes(remove, *toDelete);
     return group;
 }
