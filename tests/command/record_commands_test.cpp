@@ -103,6 +103,7 @@ class FamilyCommandTest : public BasilTest, public testing::WithParamInterface<F
         Write("data/plantjournal/basil.jpg", "a picture");
         Write("data/plantjournal/mint.jpg", "another");
         Left = {"basil.jpg", "journal.db", "mint.jpg"};
+        Around.Directory = Scratch.File("data/plantjournal"); // where the photos are
     }
 
     // A command of the family for Basil.

@@ -25,7 +25,8 @@ class ShownRecordTest : public BasilTest
               "--amount-ml", "500", "--ec", "1.8", "--ph", "6.25", "--runoff-ml", "20", "--notes", "slow"});
         Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--wet-weight-g", "4100", "--dry-weight-g",
               "920.3", "--quality-rating", "8.5", "--seed-yield", "12", "--cure-outcome", "good", "--notes", "dry"});
-        Done({"photo", "add", "Basil", "basil.jpg", "--photo-date", "2026-05-03", "--caption", "low"});
+        Done(
+            {"photo", "add", "Basil", "data/plantjournal/basil.jpg", "--photo-date", "2026-05-03", "--caption", "low"});
         Done({"health", "add", "Basil", "thrips", "--observation-date", "2026-05-04", "--severity", "3", "--treatment",
               "soap", "--notes", "few"});
         Done({"note", "add", "Basil", "six leaves", "--entry-date", "2026-05-05"});
@@ -198,7 +199,7 @@ TEST_F(ShownRecordTest, JSONOfARecordHasTheNameOfItsPlant)
     const std::vector<Words> additions = {{"care"},
                                           {"event", "tied down"},
                                           {"harvest", "--dry-weight-g", "9"},
-                                          {"photo", "basil.jpg"},
+                                          {"photo", "data/plantjournal/basil.jpg"},
                                           {"health", "thrips"},
                                           {"note", "six leaves"}};
     for (const Words& addition : additions)

@@ -20,7 +20,7 @@ TEST_F(BasilTest, TheTimelineListsEachRecordOfAPlantOnce)
     Done({"note", "add", "Basil", "six leaves", "--entry-date", "2026-05-06"});
     Done({"health", "add", "Basil", "thrips", "--severity", "3", "--treatment", "soap", "--observation-date",
           "2026-05-05"});
-    Done({"photo", "add", "Basil", "basil.jpg", "--caption", "low", "--photo-date", "2026-05-04"});
+    Done({"photo", "add", "Basil", "data/plantjournal/basil.jpg", "--caption", "low", "--photo-date", "2026-05-04"});
     Done({"event", "add", "Basil", "tied down", "--type", "lst trained", "--event-date", "2026-05-02"});
     Done({"harvest", "add", "Basil", "--dry-weight-g", "96.5", "--harvest-date", "2026-07-01"});
     Done({"feed", "Basil", "--amount-ml", "500", "--care-date", "2026-05-03"});

@@ -50,6 +50,11 @@ TEST(WallTest, OnlyTheJSONFilesIncludeTheJSONLibrary)
     EXPECT_EQ(FilesThatInclude("nlohmann/"), (Names{"record/json.cpp", "transfer/json_source.cpp"}));
 }
 
+TEST(WallTest, OnlyOneFileIncludesLibexif)
+{
+    EXPECT_EQ(FilesThatInclude("libexif/"), Names{"record/photo_file.cpp"});
+}
+
 TEST(WallTest, OnlyTwoFilesIncludeSQLite)
 {
     EXPECT_EQ(FilesThatInclude("sqlite3.h"), (Names{"journal/change_set.cpp", "journal/sql.cpp"}));

@@ -7,6 +7,7 @@
 #include "commands/note_shortcut.h"
 #include "commands/outcome.h"
 #include "commands/owned_event.h"
+#include "commands/photo_values.h"
 #include "commands/record_lists.h"
 #include "commands/summary.h"
 #include "refusal.h"
@@ -26,6 +27,17 @@ template <typename Record> constexpr bool OnePerPlant = std::is_same_v<Record, H
 template <typename Record> std::string NounOf()
 {
     return Describe<Record>().Noun;
+}
+
+// Prints what is unlikely in a record that is about to be stored. Throws for an impossible value.
+template <typename Record>
+void CheckBeforeWriting(const Session& session, const Plant& plant, Record& record, const FieldNames& given)
+{
+    Notices notices;
+    if constexpr (std::is_same_v<Record, PlantPhoto>)
+        notices = TakeValuesFromFile(record, plant, session.Path(), given);
+    Append(notices, record.ID == 0 ? CheckValues(record, plant) : CheckValues(record, plant, given));
+    PrintNotices(notices);
 }
 
 // Finds the record that `edit` or `delete` changes.
@@ -49,7 +61,7 @@ template <typename Record> void AddRecord(Session& session, const Request<Record
     request.Fields->Apply(session, FlagsFor::Add, record);
     if constexpr (OnePerPlant<Record>)
         RequireWeights(request.Given, request.Fields->Names(), record);
-    PrintNotices(CheckValues(record, plant));
+    CheckBeforeWriting(session, plant, record, request.Fields->Names());
     session.Require(CreateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be stored");
     ReportStored(session, SummaryOfNew(plant, record), std::to_string(record.ID), RecordJSON(record, plant));
 }
@@ -62,7 +74,7 @@ template <typename Record> void EditRecord(Session& session, const Request<Recor
     if constexpr (std::is_same_v<Record, PlantEvent>)
         RefuseOwnedEvent(session, request.Given.Plant, record, "edit");
     request.Fields->Apply(session, FlagsFor::Edit, record);
-    PrintNotices(CheckValues(record, plant, request.Fields->Names()));
+    CheckBeforeWriting(session, plant, record, request.Fields->Names());
     session.Require(UpdateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be changed");
     ReportStored(session, SummaryOfChanged(plant, record, request.Fields->Names()), std::to_string(record.ID),
                  RecordJSON(record, plant));
