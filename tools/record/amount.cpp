@@ -36,9 +36,9 @@ bool LooksLikeAmount(const std::string& text)
 double MillilitresFrom(const std::string& text)
 {
     const AmountParts parts = PartsOf(text);
-    // A comma is a decimal point for some readers and separates thousands for others.
-    if (!LooksLikeAmount(text) || parts.Number.find(',') != std::string::npos)
-        throw BadValue(InQuotes(text) + " is not an amount; write it like 500ml or 0.5l");
+    const BadValue bad(InQuotes(text) + " is not an amount; write it like 500ml or 0.5l");
+    if (!LooksLikeAmount(text))
+        throw bad;
     double millilitres = 0;
     try
     {
@@ -47,7 +47,7 @@ double MillilitresFrom(const std::string& text)
     }
     catch (const BadValue&)
     {
-        throw BadValue(InQuotes(text) + " is not an amount; write it like 500ml or 0.5l");
+        throw bad;
     }
     return millilitres;
 }
