@@ -20,6 +20,9 @@ void AddExportCommand(CLI::App& program, Session& session);
 void AddImportCommand(CLI::App& program, Session& session);
 void AddUndoCommand(CLI::App& program, Session& session);
 
+// Adds `check`.
+void AddCheckCommand(CLI::App& program, Session& session);
+
 // Each adds a command to the group of plant commands.
 void AddPlantListCommand(CLI::App& plantGroup, Session& session);
 void AddPlantShowCommand(CLI::App& plantGroup, Session& session);

@@ -84,35 +84,6 @@ void ShowInspection(const Session& session)
         DescribeInspection(path, file);
 }
 
-void ShowFindings(const Session& session)
-{
-    std::vector<PlantFileFinding> findings;
-    if (const PlantFileResult result = CheckPlantDatabase(session.Path(), findings); !result)
-        throw Refusal(result.Error);
-    JSON array = JSON::Array();
-    std::vector<Row> rows;
-    for (const PlantFileFinding& finding : findings)
-    {
-        const std::string kind = PlantFindingKindName(finding.Kind);
-        JSON object = JSON::Object();
-        object.Add("Kind", JSONOf(kind));
-        object.Add("Table", JSONOf(finding.Table));
-        object.Add("RowID", JSONOf(finding.RowID));
-        object.Add("Description", JSONOf(finding.Description));
-        array.Add(std::move(object));
-        rows.push_back({kind, finding.Table, std::to_string(finding.RowID), finding.Description});
-    }
-    if (session.AsJSON)
-        PrintJSON(array);
-    else if (rows.empty())
-        std::cout << "No problems found.\n";
-    else
-        PrintTable(std::cout,
-                   {{"Kind"}, {"Table"}, {"Row ID", WhenNarrow::Keep, true}, {"Description", WhenNarrow::Cut}}, rows);
-    if (!findings.empty())
-        throw Refusal(session.Path() + ": findings: " + std::to_string(findings.size()) + "; nothing was changed");
-}
-
 void BackUp(const std::string& source, const std::string& destination, bool overwrite)
 {
     Progress bar("Backing up");
@@ -134,9 +105,7 @@ void AddFileCommands(CLI::App& program, Session& session)
 {
     AddCommand(program, "info", "Describe the journal file without changing it", "info\ninfo --file old.db --json",
                [&session] { ShowInspection(session); });
-    AddCommand(program, "check",
-               "Check the journal for errors without changing it; the exit status is 1 if it finds any",
-               "check\ncheck --json", [&session] { ShowFindings(session); });
+    AddCheckCommand(program, session);
 
     struct BackUpArguments
     {

@@ -1,5 +1,6 @@
 #include "journal/session.h"
 
+#include "journal/backup_name.h"
 #include "journal/path.h"
 #include "journal/sql.h"
 #include "plant_file.h"
@@ -7,21 +8,10 @@
 #include "refusal.h"
 #include "terminal/printable.h"
 
-#include <filesystem>
 #include <iostream>
 
 namespace
 {
-
-// Returns a name in the journal's directory that no file has.
-std::string BackUpName(const std::string& path)
-{
-    const std::string name = path + ".before-update-" + PlantEventCurrentDate();
-    std::string free = name;
-    for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(free)); ++number)
-        free = name + "-" + std::to_string(number);
-    return free;
-}
 
 // Reads every row only where the rows decide whether the journal can be used.
 PlantFileInspection InspectForOpening(const std::string& path)
@@ -37,7 +27,7 @@ PlantFileInspection InspectForOpening(const std::string& path)
 
 void BackUpBeforeMigration(const std::string& path)
 {
-    const std::string backUp = BackUpName(path);
+    const std::string backUp = BackUpName(path, "update");
     if (const PlantFileResult result = BackUpPlantDatabase(path, backUp); !result)
         throw Refusal(result.Error + "; a journal is not migrated without a backup");
     std::cerr << path << ": earlier schema; backed up as " << backUp << ", now migrating\n";

@@ -147,6 +147,11 @@ std::int64_t Statement::Number(int column) const
     return sqlite3_column_int64(Handle, column);
 }
 
+double Statement::Real(int column) const
+{
+    return sqlite3_column_double(Handle, column);
+}
+
 std::string Statement::Text(int column) const
 {
     const unsigned char* const text = sqlite3_column_text(Handle, column);

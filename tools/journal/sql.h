@@ -80,6 +80,7 @@ class Statement
     bool Step();
     // Columns count from 0.
     std::int64_t Number(int column) const;
+    double Real(int column) const;
     std::string Text(int column) const;
 
     // Makes the statement ready to be run again, with no parameter bound.
