@@ -36,9 +36,9 @@ bool LooksLikeAmount(const std::string& text)
 double MillilitresFrom(const std::string& text)
 {
     const AmountParts parts = PartsOf(text);
-    const BadValue bad(InQuotes(text) + " is not an amount; write it like 500ml or 0.5l");
+    const std::string reason = InQuotes(text) + " is not an amount; write it like 500ml or 0.5l";
     if (!LooksLikeAmount(text))
-        throw bad;
+        throw BadValue(reason);
     double millilitres = 0;
     try
     {
@@ -47,7 +47,7 @@ double MillilitresFrom(const std::string& text)
     }
     catch (const BadValue&)
     {
-        throw bad;
+        throw BadValue(reason);
     }
     return millilitres;
 }
