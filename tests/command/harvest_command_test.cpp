@@ -68,6 +68,16 @@ TEST_F(HarvestCommandTest, ADeletionThatCannotSetTheStageDeletesNothing)
               std::string::npos);
 }
 
+TEST_F(HarvestCommandTest, AnEditThatMovesThePlantReportsItsStage)
+{
+    Done({"harvest", "add", "Basil", "--wet-weight-g", "410"});
+    EXPECT_EQ(Done({"harvest", "edit", "Basil", "--dry-weight-g", "96.5"}),
+              "Changed the harvest record of Basil: dry weight 96.5 g\n");
+    Done({"plant", "edit", "Basil", "--stage", "cure"});
+    EXPECT_EQ(Done({"harvest", "edit", "Basil", "--quality-rating", "8"}),
+              "Changed the harvest record of Basil: quality 8 of 10; stage Harvested\n");
+}
+
 TEST_F(HarvestCommandTest, UndoRestoresTheRecordTheStageAndTheDate)
 {
     Done({"harvest", "add", "Basil", "--harvest-date", "2026-07-01", "--wet-weight-g", "410"});

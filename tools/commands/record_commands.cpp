@@ -75,9 +75,12 @@ template <typename Record> void EditRecord(Session& session, const Request<Recor
         RefuseOwnedEvent(session, request.Given.Plant, record, "edit");
     request.Fields->Apply(session, FlagsFor::Edit, record);
     CheckBeforeWriting(session, plant, record, request.Fields->Names());
+    const PlantStage stage = plant.Stage;
     session.Require(UpdateRecord(session.Write(), plant, record), "the " + NounOf<Record>() + " could not be changed");
-    ReportStored(session, SummaryOfChanged(plant, record, request.Fields->Names()), std::to_string(record.ID),
-                 RecordJSON(record, plant));
+    std::string summary = SummaryOfChanged(plant, record, request.Fields->Names());
+    if (plant.Stage != stage) // a harvest record moves its plant
+        summary += std::string("; stage ") + PlantStageName(plant.Stage);
+    ReportStored(session, summary, std::to_string(record.ID), RecordJSON(record, plant));
 }
 
 template <typename Record> void DeleteChosenRecord(Session& session, const Arguments& given)
