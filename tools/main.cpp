@@ -2,6 +2,7 @@
 #include "command_line/program.h"
 #include "commands/commands.h"
 #include "journal/session.h"
+#include "journal/stored_names.h"
 #include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/printable.h"
@@ -38,7 +39,8 @@ void AddCommands(CLI::App& program, Session& session)
 int RunCommand(const std::vector<std::string>& arguments)
 {
     Session session;
-    return RunProgram(arguments, [&](CLI::App& program) { AddCommands(program, session); });
+    return RunProgram(
+        arguments, [&](CLI::App& program) { AddCommands(program, session); }, StoredNamesOf);
 }
 
 } // namespace

@@ -136,9 +136,9 @@ TEST_F(DateTest, EveryDateTakesTheForms)
         Words line = words;
         line.insert(line.end(), {flag, "2026-02-30"});
         const std::string message = Mistaken(line);
-        EXPECT_EQ(message.find(flag + ": \"2026-02-30\" is not a date; write today, yesterday, tomorrow, a weekday, "
+        EXPECT_NE(message.find(flag + ": \"2026-02-30\" is not a date; write today, yesterday, tomorrow, a weekday, "
                                       "3d, 2w or 1m (so long ago), YYYY-MM-DD, YYYY-MM or YYYY"),
-                  0U)
+                  std::string::npos)
             << message;
     }
 }

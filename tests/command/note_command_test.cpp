@@ -54,12 +54,12 @@ TEST_F(NoteCommandTest, ATextIsRequired)
 TEST_F(NoteCommandTest, AnArgumentOfNoteIsNotOneOfItsCommands)
 {
     for (const auto& [words, unknown] : std::vector<std::pair<Words, std::string>>{
-             {{"note", "add", "Basil", "text", "more"}, "`note add`: more"},
-             {{"note", "add", "Basil", "text", "--all"}, "`note add`: --all"},
-             {{"note", "list", "--tent", "Big"}, "`note list`: --tent"},
-             {{"note", "Basil", "add", "text"}, "`note add`: Basil"},
-             {{"note", "--type", "milestone", "add", "Basil", "text"}, "`note add`: --type"}})
-        EXPECT_NE(Mistaken(words).find("unknown argument of " + unknown), std::string::npos) << unknown;
+             {{"note", "add", "Basil", "text", "more"}, "note add: unexpected argument \"more\""},
+             {{"note", "add", "Basil", "text", "--all"}, "note add: unexpected option \"--all\""},
+             {{"note", "list", "--tent", "Big"}, "note list: unexpected option \"--tent\""},
+             {{"note", "Basil", "add", "text"}, "note add: unexpected argument \"Basil\""},
+             {{"note", "--type", "milestone", "add", "Basil", "text"}, "note add: unexpected option \"--type\""}})
+        EXPECT_NE(Mistaken(words).find(unknown + "; "), std::string::npos) << unknown;
 }
 
 } // namespace

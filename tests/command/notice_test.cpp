@@ -35,9 +35,12 @@ TEST_F(NoticeTest, AnImpossibleValueIsRefusedWithFieldAndReason)
         {{"strain", "edit", "Genovese", "--flowering-weeks=-1"},
          "strain Genovese: --flowering-weeks \"-1\": the flowering time cannot be negative\n"}};
     for (const auto& [words, message] : lines)
-        EXPECT_EQ(Mistaken(words).find(message), 0U) << Mistaken(words);
-    EXPECT_EQ(Mistaken({"health", "add", "b1", "mites", "--severity=6"}).find("--severity: \"6\" is not from 1 to 5"),
-              0U);
+    {
+        const std::string reason = message.substr(0, message.find('\n'));
+        EXPECT_NE(Mistaken(words).find(reason + "; `plantjournal help "), std::string::npos) << Mistaken(words);
+    }
+    EXPECT_NE(Mistaken({"health", "add", "b1", "mites", "--severity=6"}).find("--severity: \"6\" is not from 1 to 5"),
+              std::string::npos);
 }
 
 TEST_F(NoticeTest, AnUnlikelyValueIsStoredWithOneLineOfNotice)
@@ -93,9 +96,9 @@ TEST_F(NoticeTest, AnEditMindsOnlyTheFieldsThatItSets)
     EXPECT_EQ(NoticesOf({"harvest", "edit", "b1", "--wet-weight-g", "1.5"}),
               "notice: harvest of Basil: --dry-weight-g \"2\": the dry weight is above the wet weight\n");
     EXPECT_EQ(NoticesOf({"harvest", "edit", "b1", "--wet-weight-g", "3"}), "");
-    EXPECT_EQ(Mistaken({"harvest", "edit", "b1", "--quality-rating", "12"})
-                  .find("harvest of Basil: --quality-rating \"12\": the quality rating must be from 0 to 10\n"),
-              0U);
+    EXPECT_NE(Mistaken({"harvest", "edit", "b1", "--quality-rating", "12"})
+                  .find("harvest of Basil: --quality-rating \"12\": the quality rating must be from 0 to 10; "),
+              std::string::npos);
     EXPECT_EQ(Parsed({"harvest", "list", "b1"}).at(0).at("QualityRating"), 11.0);
 }
 
@@ -120,9 +123,9 @@ TEST_F(NoticeTest, ANoticeIsSafeForATerminal)
 {
     EXPECT_EQ(NoticesOf({"plant", "add", "A\x1B[31m\nB", "--seed-date", "9999"}),
               "notice: plant A\uFFFD[31m B: --seed-date \"9999\": the date is in the future\n");
-    EXPECT_EQ(Mistaken({"plant", "add", "A\x1B[31m\nB", "--flip-height-cm=-1"})
-                  .find("plant A\uFFFD[31m B: --flip-height-cm \"-1\": the height cannot be negative\n"),
-              0U);
+    EXPECT_NE(Mistaken({"plant", "add", "A\x1B[31m\nB", "--flip-height-cm=-1"})
+                  .find("plant A\uFFFD[31m B: --flip-height-cm \"-1\": the height cannot be negative; "),
+              std::string::npos);
 }
 
 } // namespace

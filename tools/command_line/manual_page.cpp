@@ -1,5 +1,7 @@
 #include "command_line/manual_page.h"
 
+#include "command_line/help.h"
+#include "command_line/help_texts.h"
 #include "command_line/structure.h"
 
 #include <sstream>
@@ -17,8 +19,6 @@ std::string Escaped(const std::string& text)
             escaped += "\\e";
         else if (letter == '-')
             escaped += "\\-";
-        else if (letter == '|')
-            escaped += "|\\:"; // a line may break here
         else if ((letter == '.' || letter == '\'') && (escaped.empty() || escaped.back() == '\n'))
             escaped += std::string("\\&") + letter;
         else
@@ -27,41 +27,54 @@ std::string Escaped(const std::string& text)
     return escaped;
 }
 
-void WriteOptions(std::ostream& page, const CLI::App& app, bool withHelp)
+void WriteArguments(std::ostream& page, const CLI::App& command)
 {
-    for (const CLI::Option* option : OptionsOf(app))
+    for (const CLI::Option* argument : ArgumentsOf(command))
+        page << ".TP\n.I " << Escaped(ArgumentName(*argument)) << '\n' << Escaped(DescriptionOf(*argument)) << '\n';
+}
+
+void WriteFlags(std::ostream& page, const OptionList& flags)
+{
+    for (const CLI::Option* flag : flags)
     {
-        if (option->get_positional() ? option->get_lnames().empty() : false)
-            page << ".TP\n.I " << Escaped(option->get_name()) << '\n';
-        else if (!withHelp && option->check_lname("help"))
-            continue;
-        else
-        {
-            page << ".TP\n\\fB" << Escaped(option->get_name(false, true)) << "\\fR";
-            if (option->get_expected_max() > 0)
-                page << " \\fI" << Escaped(option->get_type_name()) << "\\fR";
-            page << '\n';
-        }
-        page << Escaped(option->get_description()) << '\n';
+        page << ".TP\n\\fB" << Escaped(flag->get_name(false, true)) << "\\fR";
+        if (flag->get_expected_max() > 0)
+            page << " \\fI" << Escaped(ValueName(*flag)) << "\\fR";
+        page << '\n' << Escaped(DescriptionOf(*flag)) << '\n';
     }
 }
 
 // NOLINTNEXTLINE(misc-no-recursion): commands have groups, and groups commands
-void WriteCommand(std::ostream& page, const CLI::App& command, const std::string& name)
+void WriteCommand(std::ostream& page, const CLI::App& command, const std::set<const CLI::App*>& underHeadings)
 {
-    const CommandList commands = CommandsOf(command);
-    for (const CLI::App* below : commands)
-        WriteCommand(page, *below, name + ' ' + below->get_name());
-    if (!commands.empty())
-        return;
-    page << ".SS " << Escaped(name) << '\n' << Escaped(command.get_description()) << ".\n";
-    WriteOptions(page, command, false);
-    page << ".PP\n.nf\n";
-    std::istringstream footer(command.get_footer());
-    for (std::string line; std::getline(footer, line);)
-        if (line.starts_with("  "))
-            page << Escaped(line) << '\n';
-    page << ".fi\n";
+    if (!IsGroup(command))
+    {
+        const std::string usage = UsageLine(command);
+        page << ".SS " << Escaped(PathOf(command)) << "\n.B " << Escaped(CommandLineOf(command)) << "\n"
+             << Escaped(usage.substr(usage.find(CommandLineOf(command)) + CommandLineOf(command).size() + 1))
+             << "\n.PP\n"
+             << Escaped(command.get_description()) << ".\n";
+        WriteArguments(page, command);
+        WriteFlags(page, FlagsOf(command));
+        page << ".PP\n.nf\n";
+        std::istringstream examples(ExamplesOf(command));
+        for (std::string line; std::getline(examples, line);)
+            page << "  plantjournal " << Escaped(line) << '\n';
+        page << ".fi\n";
+    }
+    for (const CLI::App* below : CommandsOf(command))
+        if (!underHeadings.contains(below))
+            WriteCommand(page, *below, underHeadings);
+}
+
+void WriteSection(std::ostream& page, const ManualSection& section)
+{
+    page << ".SH " << section.Title << '\n';
+    std::istringstream lines(section.Text);
+    std::string line;
+    std::getline(lines, line); // the text begins on the next line
+    while (std::getline(lines, line))
+        page << (line.empty() ? ".PP" : Escaped(line)) << '\n';
 }
 
 } // namespace
@@ -72,12 +85,22 @@ std::string ManualPage(const CLI::App& program)
     page << ".TH PLANTJOURNAL 1 \"\" \"plantjournal " PLANTJOURNAL_VERSION "\"\n"
          << ".ad l\n" // justified lines of long names would have wide gaps
          << ".SH NAME\nplantjournal \\- " << Escaped(program.get_description()) << '\n'
-         << ".SH SYNOPSIS\n.B plantjournal\n[\\fIOPTION\\fR...] \\fICOMMAND\\fR [\\fIARGUMENT\\fR...]\n"
-         << ".SH OPTIONS\n";
-    WriteOptions(page, program, true);
-    page << ".SH COMMANDS\n";
-    for (const CLI::App* command : CommandsOf(program))
-        WriteCommand(page, *command, command->get_name());
-    page << ".SH NOTES\n" << Escaped(program.get_footer()) << '\n';
+         << ".SH SYNOPSIS\n.B plantjournal\n\\fICOMMAND\\fR [\\fIARGUMENT\\fR...] [\\fIOPTION\\fR...]\n.br\n"
+         << ".B plantjournal help\n[\\fICOMMAND\\fR]\n";
+    for (const ManualSection& section : SectionsBeforeCommands)
+        WriteSection(page, section);
+    page << ".SH OPTIONS OF EVERY COMMAND\n";
+    WriteFlags(page, FlagsOf(program));
+    page << ".TP\n\\fB\\-h,\\-\\-help\\fR\ndescribe the command\n";
+    const auto headings = CommandsUnderHeadings(program);
+    const std::set<const CLI::App*> underHeadings = Listed(headings);
+    for (const auto& [title, commands] : headings)
+    {
+        page << ".SH " << UpperCase(title) << '\n';
+        for (const CLI::App* command : commands)
+            WriteCommand(page, *command, underHeadings);
+    }
+    for (const ManualSection& section : SectionsAfterCommands)
+        WriteSection(page, section);
     return page.str();
 }

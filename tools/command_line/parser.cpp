@@ -1,6 +1,7 @@
 #include "command_line/parser.h"
 
-#include <sstream>
+#include "record/text.h"
+
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -12,25 +13,11 @@ CLI::App& AddGroup(CLI::App& program, const std::string& name, const std::string
     return group;
 }
 
-namespace
-{
-
-std::string ExamplesFooter(const std::string& examples)
-{
-    std::string footer = "\nExamples:\n";
-    std::istringstream lines(examples);
-    for (std::string line; std::getline(lines, line);)
-        footer += "  plantjournal " + line + '\n';
-    return footer + "\nEvery command accepts --file FILE and --json; see plantjournal --help";
-}
-
-} // namespace
-
 CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string& purpose, const std::string& examples,
                      std::function<void()> act)
 {
     CLI::App& command = *group.add_subcommand(name, purpose);
-    command.footer(ExamplesFooter(examples));
+    command.footer(examples);
     command.callback(std::move(act));
     return command;
 }
@@ -38,18 +25,17 @@ CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string
 void RunWithoutCommand(CLI::App& group, const std::string& examples, std::function<void()> act)
 {
     group.require_subcommand(0, 1);
-    group.footer(ExamplesFooter(examples));
+    group.footer(examples);
     // Runs before any command does. The parser passes words that a command does not know on to its group.
     group.parse_complete_callback(
         [&group]
         {
             if (group.get_subcommands().empty())
                 return;
-            const std::string command = group.get_name() + ' ' + group.get_subcommands().front()->get_name();
             for (const CLI::Option* option : group.get_options())
                 if (option->count() > 0)
-                    RefuseUsage("unknown argument of `" + command +
-                                "`: " + (option->get_positional() ? option->results().back() : option->get_name()));
+                    RefuseUsage(option->get_positional() ? "unexpected argument " + InQuotes(option->results().back())
+                                                         : "unexpected option " + InQuotes(option->get_name()));
         });
     group.callback(
         [&group, act = std::move(act)]
@@ -80,6 +66,11 @@ void AddArguments(CLI::App& command, const std::string& name, const std::string&
                   Need need)
 {
     command.add_option(name, values, help)->required(need == Need::Required)->type_name("");
+}
+
+void OfferWords(CLI::App& command, const std::string& argument, const std::vector<std::string>& words)
+{
+    command.get_option(argument)->type_name(argument + '|' + Joined(words, "|"));
 }
 
 void AddFlag(CLI::App& command, const Flag& flag, std::optional<std::string>& value)

@@ -39,6 +39,9 @@ void AddArgument(CLI::App& command, const std::string& name, const std::string& 
 void AddArguments(CLI::App& command, const std::string& name, const std::string& help, std::vector<std::string>& values,
                   Need need = Need::Required);
 
+// Makes completion offer these words, too, for an argument of the command.
+void OfferWords(CLI::App& command, const std::string& argument, const std::vector<std::string>& words);
+
 // A flag with a value. `Objection` returns what is wrong with a text, or an empty text.
 struct Flag
 {

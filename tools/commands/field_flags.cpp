@@ -16,8 +16,12 @@ std::string FlagName(const std::string& field)
     return flag;
 }
 
-std::string FlagType(Use use, const ConstValueRef& value)
+std::string FlagType(const std::string& field, Use use, const ConstValueRef& value)
 {
+    if (field == "Strain" || field == "Tent")
+        return field == "Strain" ? "STRAIN" : "TENT";
+    if (field == "FilePath")
+        return "FILE";
     if (use == Use::Date || use == Use::Day)
         return "DATE";
     if (use == Use::Mother)

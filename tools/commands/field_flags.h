@@ -19,7 +19,7 @@
 std::string FlagName(const std::string& field);
 
 // How help and completion describe a field's value.
-std::string FlagType(Use use, const ConstValueRef& value);
+std::string FlagType(const std::string& field, Use use, const ConstValueRef& value);
 
 // Sets a field to what its flag says. Throws BadValue.
 template <typename Record> void ParseFlag(const std::string& text, const Field<Record>& field, Record& record)
@@ -53,7 +53,7 @@ template <typename Record> class FieldFlags
             const bool positional = purpose == FlagsFor::Add && (use == Use::Title || use == Use::Words);
             AddFlag(command,
                     {FlagName(field.Name) + Alias(use) + (positional ? std::string(",") + field.Name : ""), field.Help,
-                     FlagType(use, ValueIn(field, defaults)),
+                     FlagType(field.Name, use, ValueIn(field, defaults)),
                      positional && use == Use::Title ? Need::Required : Need::Optional,
                      [&field](const std::string& text) { return Objection(text, field); }},
                     Given.emplace_back(GivenText{&field, {}}).Text);

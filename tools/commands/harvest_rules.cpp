@@ -100,7 +100,7 @@ void AddStageAfterDeletion(CLI::App& command, Arguments& given)
     const PlantStage any{};
     AddFlag(command,
             {"--stage", "stage of the plant, whose harvest date is cleared; without it, both stay",
-             FlagType(Use::Value, &any), Need::Optional, StageObjection},
+             FlagType("Stage", Use::Value, &any), Need::Optional, StageObjection},
             given.Stage);
 }
 

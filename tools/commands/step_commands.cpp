@@ -152,10 +152,13 @@ void AddEventCommand(CLI::App& program, Session& session, const StepWords& words
 
 void AddStepCommands(CLI::App& program, Session& session)
 {
-    AddStepCommand(program, session,
-                   {"stage", "Move one or several plants to another stage",
-                    "stage Basil Chili veg\nstage --tent Big flower --date yesterday", "plants, then the new stage"},
-                   ChangeStages);
+    const auto stage = AddStepCommand(program, session,
+                                      {"stage", "Move one or several plants to another stage",
+                                       "stage Basil Chili veg\nstage --tent Big flower --date yesterday",
+                                       "plants, then the new stage"},
+                                      ChangeStages);
+    const PlantStage anyStage{};
+    OfferWords(stage.first, "PLANT", EnumerationNames(&anyStage));
     const auto transplant =
         AddStepCommand(program, session,
                        {"transplant", "Transplant one or several plants",

@@ -16,7 +16,7 @@ namespace
 
 void AddNameArgument(CLI::App& command, Arguments& arguments)
 {
-    AddArgument(command, "NAME", "name of the strain", arguments.Name);
+    AddArgument(command, "STRAIN", "name of the strain", arguments.Name);
 }
 
 void ShowStrain(Session& session, const std::string& name)

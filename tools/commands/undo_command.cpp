@@ -53,8 +53,8 @@ void AddUndoCommand(CLI::App& program, Session& session)
 {
     auto confirmed = std::make_shared<bool>(false);
     CLI::App& command = AddCommand(program, "undo",
-                                   "Undo the last change that this command made, if nothing has changed the journal "
-                                   "since",
+                                   "Undo the last change that this command made; refused if something has changed the "
+                                   "journal since",
                                    "undo\nundo --yes", [&session, confirmed] { UndoLastChange(session, *confirmed); });
     AddSwitch(command, "-y,--yes", "undo without asking", *confirmed);
 }

@@ -1,6 +1,7 @@
 #include "journal/find_record.h"
 
 #include "record/letters.h"
+#include "record/nearest.h"
 #include "record/text.h"
 #include "refusal.h"
 #include "terminal/printable.h"
@@ -19,6 +20,19 @@ std::string Lines(const std::vector<Strain>& strains)
     for (const Strain& strain : strains)
         lines += "\n  " + Printable(strain.Name);
     return lines;
+}
+
+// "did you mean "Basil"?" where the name of a record is near, else `otherwise`.
+template <typename Record>
+std::string Suggestion(const std::string& named, const std::vector<Record>& records, const std::string& otherwise)
+{
+    std::vector<std::string> names;
+    for (const Record& record : records)
+        names.push_back(record.Name);
+    std::vector<std::string> nearest = Nearest(named, names);
+    for (std::string& name : nearest)
+        name = InQuotes(Printable(name));
+    return nearest.empty() ? otherwise : DidYouMean(nearest);
 }
 
 } // namespace
@@ -59,8 +73,8 @@ Plant FindPlant(const std::vector<Plant>& plants, const std::string& named)
     if (found.size() == 1)
         return found.front();
     if (found.empty())
-        throw Refusal(InQuotes(Printable(named)) +
-                      ": no plant has this name or UUID; `plantjournal plant list` shows all plants");
+        throw Refusal(InQuotes(Printable(named)) + ": no plant has this name or UUID; " +
+                      Suggestion(named, plants, "`plantjournal plant list` shows all plants"));
     std::string message = InQuotes(Printable(named)) + ": several plants match; name one of these by its UUID:";
     for (const Plant& plant : found)
         message += "\n  " + Printable(plant.UUID + "  " + DisplayName(plant) + "  " + plant.Strain);
@@ -85,7 +99,8 @@ Strain FindStrain(Session& session, const std::string& name)
     if (strains.empty())
         throw Refusal(InQuotes(Printable(name)) +
                       ": the journal has no strains; `plantjournal strain add NAME` adds one");
-    throw Refusal(InQuotes(Printable(name)) + ": no strain has this name; the strains are:" + Lines(strains));
+    throw Refusal(InQuotes(Printable(name)) + ": no strain has this name; " +
+                  Suggestion(name, strains, "`plantjournal strain list` shows all strains"));
 }
 
 std::string DisplayName(const Plant& plant)

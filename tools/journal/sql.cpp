@@ -2,6 +2,8 @@
 
 #include "refusal.h"
 
+#include <filesystem>
+#include <memory>
 #include <utility>
 
 #include <sqlite3.h>
@@ -204,4 +206,31 @@ std::string AdviceAfter(const SQLError& error)
 bool ReadingFailed(sqlite3* connection)
 {
     return IsError(sqlite3_errcode(connection));
+}
+
+std::vector<std::string> TextsInUnlockedFile(const std::string& path, const std::string& statement)
+{
+    std::string uri = "file:";
+    for (const char letter : std::filesystem::absolute(path).string())
+        uri += letter == '?' ? "%3F" : letter == '#' ? "%23" : letter == '%' ? "%25" : std::string(1, letter);
+    sqlite3* opened = nullptr;
+    // https://www.sqlite.org/uri.html#uriimmutable: no locks, and no files next to it
+    const int result =
+        sqlite3_open_v2((uri + "?immutable=1").c_str(), &opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
+    const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> file(opened, &sqlite3_close);
+    std::vector<std::string> texts;
+    if (result != SQLITE_OK)
+        return texts;
+    try
+    {
+        const SQL connection(opened, path);
+        Statement rows(connection, statement);
+        while (rows.Step())
+            texts.push_back(rows.Text(0));
+    }
+    catch (const Refusal&)
+    {
+        texts.clear();
+    }
+    return texts;
 }

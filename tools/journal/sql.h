@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -116,3 +117,7 @@ std::string AdviceAfter(const SQLError& error);
 
 // Whether the last statement on the connection failed; a list of the repository then ends early.
 bool ReadingFailed(sqlite3* connection);
+
+// Returns the first column of the rows that a statement reads from the file. Takes no lock, does not wait and creates
+// no file, so what it returns can be wrong while another program writes. Empty after an error.
+std::vector<std::string> TextsInUnlockedFile(const std::string& path, const std::string& statement);

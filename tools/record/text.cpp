@@ -1,5 +1,7 @@
 #include "record/text.h"
 
+#include "record/nearest.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -74,7 +76,8 @@ template <Enumeration Type> void ParseInto(const std::string& text, Type& out)
     const auto name = std::find_if(names.begin(), names.end(),
                                    [&](const std::string& known) { return EqualIgnoringCase(known, text); });
     if (name == names.end())
-        throw BadValue(InQuotes(text) + " is not one of " + Joined(names, ", "));
+        throw BadValue(
+            Joined({InQuotes(text) + " is not one of " + Joined(names, ", "), DidYouMean(Nearest(text, names))}, "; "));
     out = static_cast<Type>(std::distance(names.begin(), name));
 }
 

@@ -197,7 +197,7 @@ void Export(Session& session, const std::string& destination, bool asCSV)
 {
     const bool toStandardOutput = destination == "-";
     if (asCSV && toStandardOutput)
-        RefuseUsage("a directory of CSV files cannot be written to standard output");
+        RefuseUsage("a directory of CSV files cannot be written to standard output; name a directory");
     const AllRecords all = ReadAllRecords(session);
     if (asCSV)
         WriteAtomically(destination,

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// The texts of `plantjournal help` and of the manual page that do not belong to one command.
+
+constexpr const char* Purpose = "keep a plant journal: plants, care, harvests, photos, health and notes";
+
+constexpr const char* ProgramExamples = R"(plant add Basil --strain Genovese
+feed Basil --product "Bloom A" 500ml --ph 6.2)";
+
+// A heading of the help, and the commands under it in their order. A command of a group is named with its group.
+struct HelpHeading
+{
+    std::string Title;
+    std::vector<std::string> Commands;
+};
+
+inline const std::vector<HelpHeading>& HelpHeadings()
+{
+    static const std::vector<HelpHeading> headings = {
+        {"Keep the journal",
+         {"plant", "feed", "water", "note", "stage", "transplant", "top", "train", "defoliate", "clone", "harvest",
+          "photo", "health", "archive", "undo"}},
+        {"Look", {"timeline", "plant list", "plant show", "plant tree"}},
+        {"Correct and complete", {"strain", "care", "event"}},
+        {"Look after the file", {"info", "check", "backup", "export", "import"}},
+    };
+    return headings;
+}
+
+// A section of the manual page.
+struct ManualSection
+{
+    const char* Title;
+    const char* Text; // empty lines separate paragraphs
+};
+
+constexpr ManualSection SectionsBeforeCommands[] = {
+    {"DESCRIPTION", R"(
+plantjournal keeps the journal of a grower in one SQLite file: plants and their strains, feedings and waterings, events
+of the timeline, harvests, photos, health observations and notes. The first command that adds something creates the
+file.
+
+`plantjournal help` lists the commands. `plantjournal help COMMAND`, `plantjournal COMMAND help` and
+`plantjournal COMMAND --help` describe one. The word help is a plant's or a strain's name where the journal has one of
+this name; `plantjournal COMMAND --help` always prints the help.
+)"},
+    {"PLANTS", R"(
+A command finds a plant by the first of these that any plant matches: its whole UUID; its exact name; its name
+regardless of the case of letters; a prefix of its UUID of at least four characters. If several plants match, the
+command lists them and does nothing.
+
+The options --all, --strain, --tent and --stage of a command that changes plants select plants in the stages Seed,
+Clone, Veg and Flower.
+)"},
+    {"VALUES", R"(
+A date is YYYY-MM-DD, YYYY-MM, YYYY, today, yesterday, tomorrow, a weekday such as monday or mon (the last one, today
+included), or 3d, 2w or 1m (so many days, weeks or months ago). An empty text clears a date. --date stands for the date
+of any record.
+
+The case of letters does not matter in values such as Flower in --stage Flower. The word -- ends the options: what
+follows it is an argument, even if it begins with a dash.
+)"},
+    {"OUTPUT", R"(
+A change is reported in one line. With --quiet, only the identifier of what was stored is printed: the UUID of a plant,
+the name of a strain, or the row ID of another record. A deletion then prints nothing.
+
+--json prints records with the names of their fields. A text that is not UTF-8 is printed as an object with its bytes
+in hexadecimal digits, {"Hex": "..."}. Output to a terminal has colours unless NO_COLOR is set.
+)"},
+};
+
+constexpr ManualSection SectionsAfterCommands[] = {
+    {"FILES", R"(
+The option --file names the journal file. Without it, the environment variable PLANTJOURNAL_FILE names the file. If
+that is not set either, the file is plantjournal/journal.db in the XDG data directory ($XDG_DATA_HOME, by default
+~/.local/share). A journal with an earlier schema is backed up in its directory before it is migrated.
+)"},
+    {"ENVIRONMENT", R"(
+PLANTJOURNAL_FILE names the journal file. XDG_DATA_HOME and HOME name the directory of the journal where no file is
+named. NO_COLOR turns colours off.
+)"},
+    {"UNDO", R"(
+`plantjournal undo` rolls back the last change that the command made, if nothing has changed the journal since. It
+describes the change and asks first. There is one level.
+)"},
+    {"EXIT STATUS", R"(
+0 on success, 1 on failure, 2 for a mistake in the command line. A message on standard error states the reason and what
+to do next. A line that begins with "notice:" reports something unlikely; the command has done its work.
+)"},
+};
