@@ -74,8 +74,9 @@ TEST_F(RepairTest, ALinkToAnEventThatDoesNotExistIsReplaced)
 TEST_F(RepairTest, ANewEventIsNotTakenForTheEventOfAnotherRecord)
 {
     const JSON before = Events();
-    // The new event of care entry 1 gets the row ID 2, to which care entry 2 refers.
-    RunSQL("DELETE FROM PlantEvents WHERE ID>1; UPDATE PlantCareEntries SET TimelineEventID=4-ID;");
+    // The new event of care entry 1 gets the row ID 2, to which the other records refer.
+    RunSQL("DELETE FROM PlantEvents WHERE ID>1; UPDATE PlantCareEntries SET TimelineEventID=4-ID; "
+           "UPDATE HarvestRecords SET TimelineEventID=2;");
     EXPECT_NE(Repaired().find("Restored events: 3\n"), std::string::npos);
     EXPECT_EQ(Events(), before);
 }
