@@ -65,7 +65,8 @@ TEST_F(ConcurrentImportTest, AJournalThatAnotherProgramKeepsLockedIsUnchanged)
         const OtherProgram other(Journal, "BEGIN IMMEDIATE;");
         const ProgramResult import = Run({"import", "source.json"});
         EXPECT_EQ(import.Status, 1);
-        EXPECT_NE(import.Error.find("database is locked; another program is writing to the journal"), std::string::npos) << import.Error;
+        EXPECT_NE(import.Error.find("database is locked; another program is writing to the journal"), std::string::npos)
+            << import.Error;
     }
     EXPECT_EQ(Exported(), before);
 }

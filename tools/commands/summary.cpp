@@ -58,9 +58,9 @@ template <typename Record> std::string ValuesInWords(const Record& record)
     return Joined(values, ", ");
 }
 
-template <> std::string ValuesInWords(const PlantCareEntry& entry)
+template <> std::string ValuesInWords(const PlantCareEntry& record)
 {
-    return Joined({PlantCareActionName(entry.Action), CareInWords(entry)}, ", ");
+    return Joined({PlantCareActionName(record.Action), CareInWords(record)}, ", ");
 }
 
 template <typename Record> std::string OnDay(const Record& record)
@@ -107,9 +107,9 @@ template <typename Record> std::string NameOf(const Plant& plant, const Record& 
 
 } // namespace
 
-template <> std::string SummaryOfNew(const Plant& plant, const PlantCareEntry& entry)
+template <> std::string SummaryOfNew(const Plant& plant, const PlantCareEntry& record)
 {
-    return CareSummary(plant, entry);
+    return CareSummary(plant, record);
 }
 
 template <typename Record> std::string SummaryOfNew(const Plant& plant, const Record& record)
