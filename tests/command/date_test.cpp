@@ -53,6 +53,7 @@ TEST(DateWordTest, WordsStandForADateSoLongAgo)
     EXPECT_EQ(DateFrom("1m", "2026-03-31"), "2026-02-28");
     EXPECT_EQ(DateFrom("1m", "2024-03-31"), "2024-02-29");
     EXPECT_EQ(DateFrom("yesterday", "2026-01-01"), "2025-12-31");
+    EXPECT_EQ(DateFrom("sunday", "0001-01-03"), "0000-12-31");
     EXPECT_EQ(DateFrom("tomorrow", "2024-02-28"), "2024-02-29");
 }
 
