@@ -123,11 +123,10 @@ TEST_F(ImportTest, DatesThatDoNotSortAreImportedWithAWarning)
           "Name,UUID,SeedDate,FlipDate,HarvestDate\nBasil,b1,spring,2026-05-01,\nMint,b2,2026,2026-02-30,2026-05\n");
     const ProgramResult import = Run({"import", "csv"});
     EXPECT_EQ(import.Status, 0);
-    EXPECT_EQ(import.Error,
-              "warning: csv/Plants.csv:2:10: SeedDate: \"spring\": the text is not a date; "
-              "write YYYY-MM-DD, YYYY-MM or YYYY\n"
-              "warning: csv/Plants.csv:3:14: FlipDate: \"2026-02-30\": the text is not a date; "
-              "write YYYY-MM-DD, YYYY-MM or YYYY\n");
+    EXPECT_EQ(import.Error, "warning: csv/Plants.csv:2:10: SeedDate: \"spring\": the text is not a date; "
+                            "write YYYY-MM-DD, YYYY-MM or YYYY\n"
+                            "warning: csv/Plants.csv:3:14: FlipDate: \"2026-02-30\": the text is not a date; "
+                            "write YYYY-MM-DD, YYYY-MM or YYYY\n");
     EXPECT_EQ(Parsed({"plant", "show", "b1"}).at("SeedDate"), "spring");
 }
 
