@@ -83,9 +83,10 @@ bool IsGroup(const CLI::App& app)
 
 std::string PathOf(const CLI::App& app)
 {
-    if (app.get_parent() == nullptr)
-        return {};
-    return Joined({PathOf(*app.get_parent()), app.get_name()}, " "); // NOLINT(misc-no-recursion)
+    std::string path;
+    for (const CLI::App* part = &app; part->get_parent() != nullptr; part = part->get_parent())
+        path = Joined({part->get_name(), path}, " ");
+    return path;
 }
 
 std::string CommandLineOf(const CLI::App& app)

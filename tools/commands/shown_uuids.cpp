@@ -8,7 +8,7 @@
 namespace
 {
 
-constexpr std::size_t shortest = 4; // as FindPlant() requires
+constexpr std::size_t ShortestPrefix = 4; // as FindPlant() requires
 
 // Whether another UUID than this one, among these, begins with the prefix.
 bool IsShared(const std::string& prefix, const std::string& uuid, const std::set<std::string>& uuids)
@@ -39,7 +39,7 @@ UUIDTexts ShownUUIDs(const std::vector<Plant>& plants)
         {
             text += letter.Bytes;
             // A command finds a plant with such a name first.
-            if (OutputIsTerminal() && ++count >= shortest && !IsShared(text, uuid, uuids) &&
+            if (OutputIsTerminal() && ++count >= ShortestPrefix && !IsShared(text, uuid, uuids) &&
                 !names.contains(WithoutCase(text)))
                 break;
         }

@@ -9,6 +9,7 @@
 #include "commands/summary.h"
 #include "journal/find_record.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace
@@ -33,9 +34,8 @@ void ShowStrain(Session& session, const std::string& name)
 void ListStrains(Session& session)
 {
     const std::vector<Strain> strains = AllStrains(session);
-    std::vector<Row> rows;
-    for (const Strain& strain : strains)
-        rows.push_back(RowOf(strain));
+    std::vector<Row> rows(strains.size());
+    std::transform(strains.begin(), strains.end(), rows.begin(), RowOf<Strain>);
     if (session.AsJSON)
         PrintJSON(RecordsJSON(strains));
     else if (rows.empty())

@@ -8,7 +8,7 @@
 namespace
 {
 
-constexpr std::int64_t daysOfWeek = 7;
+constexpr std::int64_t DaysOfWeek = 7;
 
 // The number of days from one date to the other. Negative, too, where one of them is not a day of the calendar.
 std::int64_t DaysBetween(const std::string& from, const std::string& until)
@@ -25,10 +25,10 @@ std::string AgeText(const std::string& from, const std::string& until)
     const std::int64_t days = DaysBetween(from, until);
     if (days < 0)
         return {};
-    if (days < 2 * daysOfWeek)
+    if (days < 2 * DaysOfWeek)
         return std::to_string(days) + " d";
-    const std::int64_t rest = days % daysOfWeek;
-    return Joined({std::to_string(days / daysOfWeek) + " w", rest > 0 ? std::to_string(rest) + " d" : ""}, " ");
+    const std::int64_t rest = days % DaysOfWeek;
+    return Joined({std::to_string(days / DaysOfWeek) + " w", rest > 0 ? std::to_string(rest) + " d" : ""}, " ");
 }
 
 std::string AgoText(const std::string& date, const std::string& today)

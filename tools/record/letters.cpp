@@ -8,8 +8,8 @@
 namespace
 {
 
-constexpr utf8proc_int32_t zeroWidthNonJoiner = 0x200C;
-constexpr utf8proc_int32_t zeroWidthJoiner = 0x200D;
+constexpr utf8proc_int32_t ZeroWidthNonJoiner = 0x200C;
+constexpr utf8proc_int32_t ZeroWidthJoiner = 0x200D;
 
 bool IsPrintable(utf8proc_int32_t codepoint)
 {
@@ -22,7 +22,7 @@ bool IsPrintable(utf8proc_int32_t codepoint)
     case UTF8PROC_CATEGORY_ZP: // paragraph separators
         return false;
     case UTF8PROC_CATEGORY_CF: // invisible, and some of them reorder the line; scripts and emoji need the two joiners
-        return codepoint == zeroWidthJoiner || codepoint == zeroWidthNonJoiner || utf8proc_charwidth(codepoint) > 0;
+        return codepoint == ZeroWidthJoiner || codepoint == ZeroWidthNonJoiner || utf8proc_charwidth(codepoint) > 0;
     default:
         return true;
     }

@@ -12,7 +12,7 @@
 namespace
 {
 
-constexpr std::size_t gap = 2;
+constexpr std::size_t Gap = 2;
 
 // The columns of a table that are printed, and their widths.
 struct PrintedColumn
@@ -30,7 +30,7 @@ bool Coloured()
 
 std::size_t LineWidth(const std::vector<PrintedColumn>& columns)
 {
-    return std::accumulate(columns.begin(), columns.end(), gap * (columns.size() - 1),
+    return std::accumulate(columns.begin(), columns.end(), Gap * (columns.size() - 1),
                            [](std::size_t sum, const PrintedColumn& column) { return sum + column.Width; });
 }
 
@@ -96,7 +96,7 @@ std::string Line(const Row& row, const std::vector<Column>& columns, const std::
     {
         const std::string& whole = row[column.Index];
         const std::string text = CanBeCut(column) ? CutToWidth(whole, column.Width) : whole;
-        line += &column == &printed.front() ? "" : std::string(gap, ' ');
+        line += &column == &printed.front() ? "" : std::string(Gap, ' ');
         line += Padded(text, column.Width, columns[column.Index].Right);
     }
     return line.erase(line.find_last_not_of(' ') + 1);
