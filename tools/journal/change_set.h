@@ -29,7 +29,7 @@ class ChangeRecorder
     {
         void operator()(sqlite3_session* session) const;
     };
-    std::unique_ptr<sqlite3_session, Delete> Session; // none without the extension
+    std::unique_ptr<sqlite3_session, Delete> Session; // null without the extension
 };
 
 // Changes every row of the change set back. Throws Refusal where a row is not as the change set left it; the caller

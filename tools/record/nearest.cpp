@@ -1,34 +1,12 @@
 #include "record/nearest.h"
 
+#include "record/edit_distance.h"
 #include "record/letters.h"
 
 #include <algorithm>
 
 namespace
 {
-
-// Optimal string alignment: like the Levenshtein distance, with swaps of adjacent letters.
-std::size_t Distance(const std::string& left, const std::string& right)
-{
-    const std::vector<Letter> a = LettersOf(left);
-    const std::vector<Letter> b = LettersOf(right);
-    std::vector<std::vector<std::size_t>> cost(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
-    for (std::size_t i = 0; i <= a.size(); ++i)
-        for (std::size_t j = 0; j <= b.size(); ++j)
-        {
-            if (i == 0 || j == 0)
-            {
-                cost[i][j] = i + j;
-                continue;
-            }
-            const bool equal = a[i - 1].Bytes == b[j - 1].Bytes;
-            cost[i][j] =
-                std::min({cost[i - 1][j] + 1, cost[i][j - 1] + 1, cost[i - 1][j - 1] + (equal ? std::size_t{0} : 1)});
-            if (i > 1 && j > 1 && a[i - 1].Bytes == b[j - 2].Bytes && a[i - 2].Bytes == b[j - 1].Bytes)
-                cost[i][j] = std::min(cost[i][j], cost[i - 2][j - 2] + 1);
-        }
-    return cost[a.size()][b.size()];
-}
 
 // What is compared: without case and accents, and without the dashes of a flag.
 std::string Compared(const std::string& text)
@@ -65,7 +43,7 @@ std::vector<std::string> Nearest(const std::string& word, const std::vector<std:
         if (candidate.empty())
             continue;
         const std::string other = Compared(candidate);
-        std::size_t distance = Distance(compared, other);
+        std::size_t distance = EditDistance(compared, other);
         if (BeginsOrIsAWordOf(compared, other))
             distance = std::min<std::size_t>(distance, 1);
         else if (distance > std::max(LettersOf(compared).size(), LettersOf(other).size()) / lettersPerMistake)

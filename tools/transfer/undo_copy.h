@@ -17,5 +17,5 @@ class UndoCopy
 
   private:
     const Session& Journal;
-    std::optional<TemporaryName> Name; // none where there is no copy
+    std::optional<TemporaryName> Name; // empty if no copy was made
 };
