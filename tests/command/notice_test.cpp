@@ -73,6 +73,20 @@ TEST_F(NoticeTest, AnUnlikelyValueIsStoredWithOneLineOfNotice)
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
 }
 
+TEST_F(NoticeTest, ALargeNumberIsWrittenWithoutAnExponent)
+{
+    Done({"plant", "add", "Mint"});
+    const ProgramResult care = Run({"water", "Mint", "200l", "--date", "today"});
+    EXPECT_EQ(care.Error,
+              "notice: care of Mint: --amount-ml \"200000\": the amount is above 100 l; the journal expects ml\n");
+    EXPECT_EQ(care.Out, "Watered Mint: 200000 ml (care 1)\n");
+    EXPECT_NE(Done({"care", "list", "Mint"}).find("200000 ml"), std::string::npos);
+    EXPECT_NE(Done({"timeline", "Mint"}).find("200000 ml"), std::string::npos);
+    EXPECT_NE(NoticesOf({"water", "Mint", "--amount-ml", "1e12"}).find("\"1000000000000\""), std::string::npos);
+    EXPECT_EQ(Run({"water", "Mint", "--amount-ml", "3e15"}).Out, "Watered Mint: 3e+15 ml (care 3)\n");
+    EXPECT_EQ(Done({"water", "Mint", "--amount-ml", "0.00002"}), "Watered Mint: 0.00002 ml (care 4)\n");
+}
+
 TEST_F(NoticeTest, AnEditMindsOnlyTheFieldsThatItSets)
 {
     Keep(

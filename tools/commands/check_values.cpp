@@ -21,7 +21,7 @@ template <typename Record> std::string FlagAndValue(const std::string& name, con
     const std::vector<Field<Record>>& fields = Describe<Record>().Fields;
     const auto field =
         std::find_if(fields.begin(), fields.end(), [&](const Field<Record>& known) { return known.Name == name; });
-    return (field->Used == Use::Day ? "--date" : FlagName(name)) + ' ' + InQuotes(TextOf(*field, record));
+    return (field->Used == Use::Day ? "--date" : FlagName(name)) + ' ' + InQuotes(TextWithoutExponent(*field, record));
 }
 
 template <typename Record>

@@ -132,13 +132,23 @@ std::string TextOf(const ConstValueRef& value)
     return std::visit([](const auto* of) { return PlainText(*of); }, value);
 }
 
+std::string TextWithoutExponent(const ConstValueRef& value)
+{
+    const double* const* const number = std::get_if<const double*>(&value);
+    if (number == nullptr || std::fabs(**number) < 1e-6 || std::fabs(**number) >= 1e15)
+        return TextOf(value);
+    std::array<char, 32> text{};
+    const std::to_chars_result result = std::to_chars(text.begin(), text.end(), **number, std::chars_format::fixed);
+    return {text.begin(), result.ptr};
+}
+
 std::string RoundedTextOf(const ConstValueRef& value)
 {
     const double* const* const number = std::get_if<const double*>(&value);
     if (number == nullptr || std::fabs(**number) < 0.01 || std::fabs(**number) > 1e9)
-        return TextOf(value);
+        return TextWithoutExponent(value);
     const double rounded = std::round(**number * 100) / 100;
-    return TextOf(&rounded);
+    return TextWithoutExponent(&rounded);
 }
 
 std::string ShownText(const ConstValueRef& value, Use used, const std::string& unit)

@@ -28,7 +28,9 @@ std::string Joined(const std::vector<std::string>& texts, const std::string& sep
 
 // Returns the shortest text that reads back as the same number, or the stored name of an enumeration's value.
 std::string TextOf(const ConstValueRef& value);
-// Likewise, with a number rounded to hundredths for people, unless it would be rounded to zero.
+// Likewise, without an exponent: 200000, not 2e+05. Numbers from 1e15 on, and below 1e-6, keep theirs.
+std::string TextWithoutExponent(const ConstValueRef& value);
+// As TextWithoutExponent(), with a number rounded to hundredths for people, unless it would be rounded to zero.
 std::string RoundedTextOf(const ConstValueRef& value);
 // What people read: the rounded value with its unit. Empty where no value was entered.
 std::string ShownText(const ConstValueRef& value, Use used, const std::string& unit);
@@ -45,6 +47,11 @@ std::vector<std::string> EnumerationNames(const ConstValueRef& value);
 template <typename Record> std::string TextOf(const Field<Record>& field, const Record& record)
 {
     return TextOf(ValueIn(field, record));
+}
+
+template <typename Record> std::string TextWithoutExponent(const Field<Record>& field, const Record& record)
+{
+    return TextWithoutExponent(ValueIn(field, record));
 }
 
 template <typename Record> std::string ShownText(const Field<Record>& field, const Record& record)

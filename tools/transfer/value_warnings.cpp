@@ -15,7 +15,7 @@ std::string WarningText(const ImportedTable<Record>& table, const ImportedRow<Re
     const std::vector<Field<Record>>& fields = Describe<Record>().Fields;
     const auto field = std::find_if(fields.begin(), fields.end(),
                                     [&](const Field<Record>& known) { return known.Name == problem.Field; });
-    return table.Place(row, problem.Field) + InQuotes(Printable(TextOf(*field, row.Value))) + ": " +
+    return table.Place(row, problem.Field) + InQuotes(Printable(TextWithoutExponent(*field, row.Value))) + ": " +
            Printable(problem.Description);
 }
 
