@@ -135,17 +135,29 @@ void WriteExamples(std::ostream& out, const CLI::App& app)
         out << "  plantjournal " << line << '\n';
 }
 
+// The sentence about the options of the program to which the command belongs.
+std::string OptionsOfEveryCommand(const CLI::App& app)
+{
+    const CLI::App* program = &app;
+    while (program->get_parent() != nullptr)
+        program = program->get_parent();
+    std::string options;
+    for (const CLI::Option* flag : FlagsOf(*program))
+        if (!flag->check_lname("version"))
+            options += "--" + flag->get_lnames().front() + ", ";
+    return "Every command also takes " + options + "and --help.";
+}
+
 std::string ProgramHelp(const CLI::App& program, std::size_t width)
 {
     std::ostringstream out;
     out << WrappedUsage(program, width) << '\n';
     WriteCommandsUnderHeadings(out, program, width);
-    Entries options = FlagEntries(program);
-    options.emplace_back("-h, --help", "describe the command");
-    WriteEntries(out, "Options of every command", options, width);
-    WriteExamples(out, program);
     out << '\n'
-        << Wrapped("`plantjournal help COMMAND` describes a command, `man plantjournal` everything.", 0, 0, width)
+        << Wrapped(OptionsOfEveryCommand(program), 0, 0, width) << '\n'
+        << Wrapped("`plantjournal plant add NAME` adds the first plant. `plantjournal help COMMAND` describes a "
+                   "command, `man plantjournal` everything.",
+                   0, 0, width)
         << '\n';
     return out.str();
 }
@@ -183,13 +195,6 @@ std::string HelpText(const CLI::App& app, std::size_t width)
     WriteEntries(out, "Commands", CommandEntries(app), width);
     WriteEntries(out, "Options", FlagEntries(app), width);
     WriteExamples(out, app);
-    std::string general;
-    const CLI::App* program = &app;
-    while (program->get_parent() != nullptr)
-        program = program->get_parent();
-    for (const CLI::Option* flag : FlagsOf(*program))
-        if (!flag->check_lname("version"))
-            general += "--" + flag->get_lnames().front() + ", ";
-    out << '\n' << Wrapped("Every command also takes " + general + "and --help.", 0, 0, width) << '\n';
+    out << '\n' << Wrapped(OptionsOfEveryCommand(app), 0, 0, width) << '\n';
     return out.str();
 }

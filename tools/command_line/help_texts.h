@@ -7,9 +7,6 @@
 
 constexpr const char* Purpose = "keep a plant journal: plants, care, harvests, photos, health and notes";
 
-constexpr const char* ProgramExamples = R"(plant add Basil --strain Genovese
-feed Basil --product "Bloom A" 500ml --ph 6.2)";
-
 // A heading of the help, and the commands under it in their order. A command of a group is named with its group.
 struct HelpHeading
 {

@@ -103,7 +103,6 @@ int RunProgram(const std::vector<std::string>& arguments, const std::function<vo
     program.set_help_flag("-h,--help", "describe the command");
     program.require_subcommand(1);
     program.fallthrough();
-    program.footer(ProgramExamples);
     addCommands(program);
     try
     {
