@@ -13,6 +13,14 @@ using namespace support;
 namespace
 {
 
+// The kind of the file in the output of `info`.
+std::string KindIn(const std::string& info)
+{
+    const std::size_t label = info.find("\nKind ");
+    const std::size_t begin = info.find_first_not_of(' ', label + 5);
+    return label == std::string::npos ? "" : info.substr(begin, info.find('\n', begin) - begin);
+}
+
 using JournalPlaceTest = CommandTest;
 
 TEST_F(JournalPlaceTest, TheDefaultPlaceIsTheXDGDataDirectory)
@@ -70,6 +78,7 @@ TEST_F(JournalPlaceTest, ReadingCreatesNoJournal)
                                {"check"}})
         Refused(words);
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "Missing");
+    EXPECT_EQ(KindIn(Done({"info"})), "no such file yet");
     EXPECT_FALSE(std::filesystem::exists(Journal));
 }
 
@@ -82,6 +91,7 @@ TEST_F(JournalPlaceTest, ARefusedWriteCreatesNoJournal)
 TEST_F(JournalPlaceTest, AnEmptyFileBecomesAJournal)
 {
     Write("data/plantjournal/journal.db", "");
+    EXPECT_EQ(KindIn(Done({"info"})), "empty file");
     EXPECT_NE(Refused({"plant", "list"}).find("no such journal"), std::string::npos);
     Done({"plant", "add", "Basil"});
 }
@@ -104,6 +114,8 @@ TEST_P(OlderJournalTest, AnEarlierSchemaIsBackedUpAndMigratedOnce)
     const std::string before = Content();
     const JSON info = Parsed({"info"});
     EXPECT_EQ(info.at("Kind"), HasCurrentSchema(GetParam()) ? "Current" : "Older");
+    EXPECT_EQ(KindIn(Done({"info"})),
+              HasCurrentSchema(GetParam()) ? "journal, current schema" : "journal, earlier schema");
     EXPECT_EQ(info.at("Steps").empty(), HasCurrentSchema(GetParam()));
     Run({"check"});
     EXPECT_EQ(Content(), before); // neither changes the file
@@ -123,6 +135,7 @@ TEST_P(OlderJournalTest, AnEarlierSchemaIsBackedUpAndMigratedOnce)
     EXPECT_EQ(::Content(PlainConnection(backUp).NativeHandle()), before);
     EXPECT_EQ(Done({"plant", "list", "--json"}), first.Out);
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "Current");
+    EXPECT_EQ(KindIn(Done({"info"})), "journal, current schema");
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, OlderJournalTest, testing::ValuesIn(OldFiles()),
@@ -177,6 +190,7 @@ TEST_F(JournalKindTest, AnotherProgramsDatabaseIsNotChanged)
     EXPECT_NE(reason.find("not a plantjournal file, or one of a newer version"), std::string::npos) << reason;
     EXPECT_EQ(reason.find('\x1B'), std::string::npos);
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "Foreign");
+    EXPECT_EQ(KindIn(Done({"info"})), "not a plantjournal file");
     Sound = false;
 }
 
@@ -193,6 +207,7 @@ TEST_F(JournalKindTest, AFileThatIsNotADatabaseIsNotChanged)
     Write("data/plantjournal/journal.db", "dear diary, " + std::string(5000, 'x'));
     EXPECT_NE(RefusedToUse().find("not an SQLite database; it was not changed"), std::string::npos);
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "NotADatabase");
+    EXPECT_EQ(KindIn(Done({"info"})), "not an SQLite database");
     EXPECT_NE(Refused({"check"}).find("journal.db"), std::string::npos);
     EXPECT_NE(Refused({"backup", "copy.db"}).find("journal.db"), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists(Scratch.File("copy.db")));
@@ -246,6 +261,7 @@ TEST_F(JournalKindTest, DamagedRowsAreReportedByTheCommandThatReadsThem)
             << reason;
     }
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "Damaged");
+    EXPECT_EQ(KindIn(Done({"info"})), "damaged file");
     Sound = false;
 }
 
@@ -289,6 +305,7 @@ TEST_F(JournalKindTest, AnInterruptedWriteIsRolledBack)
     child.End();
     ASSERT_TRUE(std::filesystem::exists(Journal + "-journal"));
     EXPECT_EQ(Parsed({"info"}).at("Kind"), "Interrupted");
+    EXPECT_EQ(KindIn(Done({"info"})), "journal with an interrupted write");
     EXPECT_NE(Refused({"check"}).find("journal.db"), std::string::npos);
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
     EXPECT_EQ(Content(), before);
@@ -300,6 +317,7 @@ TEST_F(JournalKindTest, ALockedJournalIsRefusedAfterAWait)
 {
     KeepEverything();
     const OtherProgram other(Journal, "BEGIN EXCLUSIVE;");
+    EXPECT_EQ(KindIn(Done({"info"})), "file that another program is writing to");
     EXPECT_NE(Refused({"plant", "list"}).find("another program is writing to it; try again when it has finished"),
               std::string::npos);
 }
