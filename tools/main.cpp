@@ -52,7 +52,7 @@ int main(int argc, char** argv)
         CatchInterrupts();
         const int status = RunCommand({std::next(argv), std::next(argv, argc)});
         if (!std::cout.flush())
-            throw Refusal("the output cannot be written");
+            throw Refusal("the output cannot be written; write it to another place");
         return status;
     }
     catch (const std::exception& error)

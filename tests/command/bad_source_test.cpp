@@ -51,8 +51,8 @@ TEST_P(BadJSONTest, IsReportedWithItsPlacesAndNotImported)
     std::string expected;
     for (const std::string& message : GetParam().Messages)
         expected += "source.json:" + places.at(message.at(0)) + message.substr(1) + '\n';
-    expected +=
-        "plantjournal: source.json: errors: " + std::to_string(GetParam().Messages.size()) + "; nothing was imported\n";
+    expected += "plantjournal: source.json: errors: " + std::to_string(GetParam().Messages.size()) +
+                "; nothing was imported; correct them and import again\n";
     EXPECT_EQ(RefusedText(text), expected);
 }
 
@@ -87,10 +87,11 @@ INSTANTIATE_TEST_SUITE_P(
         BadSource{"ZeroByte",
                   R"({"Plants":[{"Name":^a"x\u0000b"},{"Name":^b{"Hex":"00"}}]})",
                   {"a: Name: contains a zero byte", "b: Name: contains a zero byte"}},
-        BadSource{
-            "FieldsAndTables",
-            R"(^c{"Plants":[{"Nme":^a"x"},{"Name":"x","Name":^b"y"}],"Animals":[{"Name":"dog"}]})",
-            {"a: Plants has no field \"Nme\"", "b: Name occurs twice", "c: \"Animals\" is not a table of the journal"}},
+        BadSource{"FieldsAndTables",
+                  R"(^c{"Plants":[{"Nme":^a"x"},{"Name":"x","Name":^b"y"}],"Animals":[{"Name":"dog"}]})",
+                  {"a: Plants has no field \"Nme\"", "b: Name occurs twice",
+                   "c: \"Animals\" is not a table of the journal; the tables are Strains, Plants, PlantEvents, "
+                   "PlantCareEntries, HarvestRecords, PlantPhotos, PlantHealthObservations, PlantJournalEntries"}},
         BadSource{"TwoTables", R"({"Plants":[],"Plants":^a[]})", {"a: the table \"Plants\" occurs twice"}},
         BadSource{"Relations",
                   R"({"Plants":[{"UUID":"x","Name":"x","MotherPlantUUID":^a"none"}],
@@ -153,11 +154,12 @@ TEST_F(BadCSVTest, EveryBadValueIsReportedWithItsPlace)
         "csv/PlantPhotos.csv:1:1: the header line is missing\n"
         "csv/Plants.csv:5:1: 2 values for 3 columns\n"
         "csv/Plants.csv:6:1: 4 values for 3 columns\n"
-        "csv/Animals.csv:1:1: \"Animals\" is not a table of the journal\n"
+        "csv/Animals.csv:1:1: \"Animals\" is not a table of the journal; the tables are Strains, Plants, PlantEvents, "
+        "PlantCareEntries, HarvestRecords, PlantPhotos, PlantHealthObservations, PlantJournalEntries\n"
         "csv/Plants.csv:2:3: Stage: \"bad\" is not one of Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived\n"
         "csv/Plants.csv:3:7: FlipHeightCm: \"x y\" is not a number\n"
         "csv/Strains.csv:2:3: Strains has no field \"Weeks\"\n"
-        "plantjournal: csv: errors: 9; nothing was imported\n");
+        "plantjournal: csv: errors: 9; nothing was imported; correct them and import again\n");
 }
 
 } // namespace

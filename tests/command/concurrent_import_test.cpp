@@ -65,7 +65,9 @@ TEST_F(ConcurrentImportTest, AJournalThatAnotherProgramKeepsLockedIsUnchanged)
         const OtherProgram other(Journal, "BEGIN IMMEDIATE;");
         const ProgramResult import = Run({"import", "source.json"});
         EXPECT_EQ(import.Status, 1);
-        EXPECT_NE(import.Error.find("database is locked; another program is writing to the journal"), std::string::npos)
+        EXPECT_NE(
+            import.Error.find("database is locked; nothing was changed; another program is writing to the journal"),
+            std::string::npos)
             << import.Error;
     }
     EXPECT_EQ(Exported(), before);
@@ -81,7 +83,7 @@ TEST_F(ConcurrentImportTest, CtrlCWhileWaitingForALockChangesNothing)
     other.Finish();
     const ProgramResult outcome = import.End();
     EXPECT_EQ(outcome.Status, 1);
-    EXPECT_EQ(outcome.Error, "plantjournal: interrupted; nothing was changed\n");
+    EXPECT_EQ(outcome.Error, "plantjournal: interrupted; nothing was changed; run the command again\n");
     EXPECT_EQ(Exported(), before);
 }
 
@@ -115,7 +117,7 @@ TEST_F(ConcurrentImportTest, CtrlCAtAnyMomentLeavesNothingOrAllOfAnImport)
         const bool done = outcome.Status == 0;
         interrupted += done ? 0 : 1;
         EXPECT_EQ(outcome.Status, done ? 0 : 1);
-        EXPECT_EQ(outcome.Error, done ? "" : "plantjournal: interrupted; nothing was changed\n");
+        EXPECT_EQ(outcome.Error, done ? "" : "plantjournal: interrupted; nothing was changed; run the command again\n");
         EXPECT_EQ(outcome.Out.empty(), !done);
         EXPECT_TRUE(Exported() == (done ? after : before)) << "at moment " << moment;
         EXPECT_EQ(Beside(), Left);

@@ -83,7 +83,7 @@ TEST_F(CommandConventionTest, OutputThatCannotBeWrittenIsAnError)
             shell.push_back(word);
         const ProgramResult outcome = RunningProgram(shell, Around).End();
         EXPECT_EQ(outcome.Status, 1) << words.front();
-        EXPECT_EQ(outcome.Error, "plantjournal: the output cannot be written\n");
+        EXPECT_EQ(outcome.Error, "plantjournal: the output cannot be written; write it to another place\n");
     }
 }
 

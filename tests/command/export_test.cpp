@@ -173,7 +173,7 @@ TEST_F(ExportTest, CtrlCDuringAnExportLeavesNothing)
     other.Finish();
     const ProgramResult outcome = program.End();
     EXPECT_EQ(outcome.Status, 1);
-    EXPECT_EQ(outcome.Error, "plantjournal: interrupted; nothing was changed\n");
+    EXPECT_EQ(outcome.Error, "plantjournal: interrupted; nothing was changed; run the command again\n");
     EXPECT_TRUE(std::filesystem::is_empty(Scratch.File("out")));
 }
 

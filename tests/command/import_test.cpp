@@ -64,10 +64,11 @@ TEST_F(ImportTest, ARecordThatCannotBeStoredIsRefusedWithItsPlace)
     Write("care/PlantCareEntries.csv", "PlantUUID,CareDate\n,2026-05-01\n");
     Write("harvests/HarvestRecords.csv", "Notes\nnone\n");
     EXPECT_EQ(Refused({"import", "care"}),
-              "plantjournal: care/PlantCareEntries.csv:2:1: the journal cannot store this row; nothing was changed\n");
-    EXPECT_EQ(
-        Refused({"import", "harvests"}),
-        "plantjournal: harvests/HarvestRecords.csv:2:1: the journal cannot store this row; nothing was changed\n");
+              "plantjournal: care/PlantCareEntries.csv:2:1: the journal cannot store this row; nothing was "
+              "changed; correct it and import again\n");
+    EXPECT_EQ(Refused({"import", "harvests"}),
+              "plantjournal: harvests/HarvestRecords.csv:2:1: the journal cannot store this row; nothing was "
+              "changed; correct it and import again\n");
 }
 
 TEST_F(ImportTest, AnImportAddsStrainsAndEventsAsTheCommandsDo)
@@ -143,7 +144,7 @@ TEST_F(ImportTest, AStrainThatTheJournalHasIsNotAddedAgain)
                                R"("Breeder":"Riviera","FloweringWeeks":9,"Notes":"small leaves")"})
         EXPECT_EQ(RefusedText(R"({"Strains":[{"Name":"Genovese",)" + std::string(others) + "}]}"),
                   "source.json:1:21: Name: the journal already has \"Genovese\" with other values\n"
-                  "plantjournal: source.json: errors: 1; nothing was imported\n");
+                  "plantjournal: source.json: errors: 1; nothing was imported; correct them and import again\n");
 }
 
 TEST_F(ImportTest, GivenStrainsAreTheOnlyOnesThatAnImportAdds)

@@ -248,8 +248,7 @@ TEST_F(PlantStepTest, AnotherProgramsLockChangesNothing)
 {
     const OtherProgram other(Journal, "BEGIN IMMEDIATE;");
     for (const Words& words : {Steps[0], Steps[6], Steps[7], Steps[8]})
-        EXPECT_NE(Refused(words).find("database is locked; another program is writing to the journal, try again when"),
-                  std::string::npos)
+        EXPECT_NE(Refused(words).find("another program is writing to the journal, try again when"), std::string::npos)
             << words.front();
 }
 

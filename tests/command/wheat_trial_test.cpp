@@ -89,7 +89,8 @@ TEST_F(WheatTrialTest, ASecondImportIsRefusedForEachPlot)
     const std::string message = Refused({"import", "wheat"});
     EXPECT_NE(message.find("wheat/Plants.csv:2:1: UUID: "), std::string::npos);
     EXPECT_NE(message.find("is already in the journal"), std::string::npos);
-    EXPECT_NE(message.find("plantjournal: wheat: errors: 466; nothing was imported\n"), std::string::npos)
+    EXPECT_NE(message.find("plantjournal: wheat: errors: 466; nothing was imported; correct them and import again\n"),
+              std::string::npos)
         << message; // 242 plots and 224 harvests
 }
 

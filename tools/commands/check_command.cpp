@@ -3,6 +3,7 @@
 #include "commands/outcome.h"
 #include "commands/print.h"
 #include "journal/backup_name.h"
+#include "journal/file_result.h"
 #include "journal/repair.h"
 #include "plant_file.h"
 #include "refusal.h"
@@ -20,8 +21,7 @@ using Findings = std::vector<PlantFileFinding>;
 Findings FindingsIn(const std::string& path)
 {
     Findings findings;
-    if (const PlantFileResult result = CheckPlantDatabase(path, findings); !result)
-        throw Refusal(result.Error);
+    RequireRead(CheckPlantDatabase(path, findings), path);
     return findings;
 }
 
@@ -49,7 +49,7 @@ void PrintFindings(const Session& session, const Findings& findings)
                    {{"Kind"}, {"Table"}, {"Row ID", WhenNarrow::Keep, true}, {"Description", WhenNarrow::Cut}}, rows);
 }
 
-// Prints the findings. Throws Refusal where there are any; the message ends with what was done about them.
+// Prints the findings. Throws Refusal where there are any; the message ends with what was done, and what to do next.
 void Report(const Session& session, const Findings& findings, const std::string& done)
 {
     PrintFindings(session, findings);
@@ -57,11 +57,26 @@ void Report(const Session& session, const Findings& findings, const std::string&
         throw Refusal(session.Path() + ": findings: " + std::to_string(findings.size()) + "; " + done);
 }
 
+constexpr const char* ByHand = "; edit the records, or restore a backup";
+
+bool CanRepairAny(const Findings& findings)
+{
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const PlantFileFinding& finding) { return finding.Kind == PlantFindingKind::MissingEvent; });
+}
+
+void Check(const Session& session)
+{
+    const Findings findings = FindingsIn(session.Path());
+    Report(session, findings,
+           "nothing was changed" +
+               std::string(CanRepairAny(findings) ? "; --repair restores the missing events" : ByHand));
+}
+
 void BackUpBeforeRepair(const std::string& path)
 {
     const std::string backUp = BackUpName(path, "repair");
-    if (const PlantFileResult result = BackUpPlantDatabase(path, backUp); !result)
-        throw Refusal(result.Error + "; a journal is not repaired without a backup");
+    RequireBackUp(BackUpPlantDatabase(path, backUp), path, "a journal is not repaired without a backup");
     std::cerr << Printable(path) << ": backed up as " << Printable(backUp) << ", now repairing\n";
 }
 
@@ -69,16 +84,15 @@ void Repair(Session& session)
 {
     const std::string path = session.Path();
     const Findings findings = FindingsIn(path);
-    if (std::none_of(findings.begin(), findings.end(),
-                     [](const PlantFileFinding& finding) { return finding.Kind == PlantFindingKind::MissingEvent; }))
-        return Report(session, findings, "none of them can be repaired; nothing was changed");
+    if (!CanRepairAny(findings))
+        return Report(session, findings, std::string("none of them can be repaired; nothing was changed") + ByHand);
     BackUpBeforeRepair(path);
     const std::vector<std::string> restored = RestoreMissingEvents(session);
     for (const std::string& line : restored)
         ReportChange(session, line);
     if (!session.AsJSON && !session.Quiet)
         std::cout << "Restored events: " << restored.size() << '\n';
-    Report(session, FindingsIn(path), "they cannot be repaired");
+    Report(session, FindingsIn(path), std::string("they cannot be repaired") + ByHand);
 }
 
 } // namespace
@@ -93,7 +107,7 @@ void AddCheckCommand(CLI::App& program, Session& session)
                                      if (*repair)
                                          Repair(session);
                                      else
-                                         Report(session, FindingsIn(session.Path()), "nothing was changed");
+                                         Check(session);
                                  });
     AddSwitch(check, "--repair",
               "back up the journal, then restore missing events of care entries and harvest records; without it, "

@@ -12,5 +12,5 @@ void AddYes(CLI::App& command, Arguments& arguments)
 void ConfirmDeletion(const std::string& what, const Arguments& arguments)
 {
     if (!arguments.Yes && !Confirm("Delete " + Printable(what) + "?", "--yes"))
-        throw Refusal("nothing was deleted");
+        throw Refusal("nothing was deleted; answer y, or pass --yes");
 }

@@ -97,7 +97,8 @@ std::string StoredAndNot(const std::vector<std::string>& stored, const std::vect
     std::vector<std::string> missing;
     for (std::size_t i = stored.size(); i < plants.size(); ++i)
         missing.push_back(DisplayName(plants[i]));
-    return "\n  stored: " + (stored.empty() ? "nothing" : Joined(stored, ", ")) +
+    return std::string(stored.empty() ? "" : "; `plantjournal undo` rolls back what was stored") +
+           "\n  stored: " + (stored.empty() ? "nothing" : Joined(stored, ", ")) +
            "\n  not stored: " + Joined(missing, ", ");
 }
 

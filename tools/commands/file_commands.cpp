@@ -1,12 +1,15 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
 #include "commands/print.h"
+#include "journal/file_result.h"
 #include "plant_file.h"
 #include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/progress.h"
 
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 namespace
@@ -76,12 +79,36 @@ void ShowInspection(const Session& session)
 {
     const std::string path = session.Path();
     PlantFileInspection file;
-    if (const PlantFileResult result = InspectPlantDatabase(path, file); !result)
-        throw Refusal(result.Error);
+    RequireRead(InspectPlantDatabase(path, file), path);
     if (session.AsJSON)
         PrintInspectionJSON(path, file);
     else
         DescribeInspection(path, file);
+}
+
+bool Exists(const std::string& path)
+{
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored);
+}
+
+// Whether --overwrite is what a backup of `source` to `destination` lacks.
+bool CanReplace(const std::string& source, const std::string& destination)
+{
+    PlantFileInspection file;
+    std::error_code ignored;
+    return InspectPlantSchema(source, file) &&
+           (file.Kind == PlantFileKind::Current || file.Kind == PlantFileKind::Older) &&
+           std::filesystem::is_regular_file(destination, ignored) &&
+           !std::filesystem::equivalent(source, destination, ignored);
+}
+
+// What to do about a destination that the backup refused.
+std::string AdviceForDestination(const std::string& destination)
+{
+    if (Exists(destination + "-journal") || Exists(destination + "-wal")) // the error says to remove it
+        return "or name another destination";
+    return Exists(destination) ? "name another destination" : "";
 }
 
 void BackUp(const std::string& source, const std::string& destination, bool overwrite)
@@ -95,8 +122,9 @@ void BackUp(const std::string& source, const std::string& destination, bool over
             return !Interrupted();
         },
         overwrite ? PlantBackUpMode::Overwrite : PlantBackUpMode::Keep);
-    if (!result)
-        throw Refusal(result.Error);
+    if (!result && !overwrite && CanReplace(source, destination))
+        throw Refusal(destination + " exists; --overwrite replaces it");
+    RequireBackUp(result, source, {}, AdviceForDestination(destination));
 }
 
 } // namespace

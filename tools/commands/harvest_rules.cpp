@@ -50,7 +50,7 @@ void AskForWeight(const std::string& what, double& weight)
     {
         const std::optional<std::string> answer = Ask(what + " in g, empty if not weighed:");
         if (!answer)
-            throw Refusal("nothing was stored");
+            throw Refusal("nothing was stored; give --wet-weight-g, --dry-weight-g or --unweighed");
         if (answer->empty() || ParseWeight(*answer, weight))
             return;
         std::cerr << InQuotes(Printable(*answer)) << " is not a weight; write a number such as 96.5\n";

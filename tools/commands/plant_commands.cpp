@@ -15,10 +15,12 @@
 namespace
 {
 
-// The repository does not report that a mother is refused.
+// The repository does not report that it refuses a mother.
 std::string MotherRule(const Plant& plant)
 {
-    return plant.MotherPlantUUID.empty() ? "" : "; the mother must not be the plant itself or one of its descendants";
+    return plant.MotherPlantUUID.empty()
+               ? ""
+               : "the mother must not be the plant itself or one of its descendants; name another plant";
 }
 
 void AddPlant(Session& session, const Request<Plant>& request)
@@ -28,7 +30,7 @@ void AddPlant(Session& session, const Request<Plant>& request)
     PrintNotices(CheckValues(plant));
     PlantRepository& repository = session.Write();
     const NameNotices names(session);
-    session.Require(repository.CreatePlant(plant), "the plant could not be added" + MotherRule(plant));
+    session.Require(repository.CreatePlant(plant), "the plant could not be added", MotherRule(plant));
     ReportStored(session, SummaryOfNew(plant), plant.UUID, RecordJSON(plant));
     names.Print(plant);
 }
@@ -50,8 +52,7 @@ void EditPlant(Session& session, const Request<Plant>& request)
     PrintNotices(CheckValues(plant, request.Fields->Names()));
     session.Write();
     const NameNotices names(session);
-    StoreEditedPlant(session, before, plant, request.Fields->Names(),
-                     "the plant could not be changed" + MotherRule(plant));
+    StoreEditedPlant(session, before, plant, request.Fields->Names(), MotherRule(plant));
     ReportStored(session, SummaryOfEdit(session, before, plant, request.Fields->Names()), plant.UUID,
                  RecordJSON(plant));
     names.Print(plant);
@@ -63,7 +64,7 @@ void DuplicatePlant(Session& session, const Arguments& given)
     PlantRepository& repository = session.Write();
     const NameNotices names(session);
     Plant copy;
-    session.Require(repository.DuplicatePlant(original, copy), "the plant could not be copied" + MotherRule(original));
+    session.Require(repository.DuplicatePlant(original, copy), "the plant could not be copied", MotherRule(original));
     ReportStored(session, SummaryOfNew(copy), copy.UUID, RecordJSON(copy));
     names.Print(copy);
 }

@@ -45,11 +45,12 @@ void StoreSteps(Session& session, std::vector<PlantStep>& steps)
 }
 
 void StoreEditedPlant(Session& session, const Plant& before, Plant& plant, const FieldNames& fields,
-                      const std::string& failure)
+                      const std::string& advice)
 {
+    constexpr const char* failure = "the plant could not be changed";
     PlantRepository& repository = session.Write();
     if (plant.Stage == before.Stage)
-        return session.Require(repository.UpdatePlant(plant), failure);
+        return session.Require(repository.UpdatePlant(plant), failure, advice);
     const bool flipDateGiven =
         plant.Stage == PlantStage::Flower && fields.contains("FlipDate") && !plant.FlipDate.empty();
     PlantStep step = MoveToStage(plant, plant.Stage, flipDateGiven ? plant.FlipDate : PlantEventCurrentDate());
@@ -57,7 +58,7 @@ void StoreEditedPlant(Session& session, const Plant& before, Plant& plant, const
         step.Of.FlipDate = plant.FlipDate;
     const SQL journal(session.Connection(), session.Path() + ": " + failure);
     Transaction transaction(journal);
-    session.Require(repository.UpdatePlant(step.Of), failure);
+    session.Require(repository.UpdatePlant(step.Of), failure, advice);
     session.Require(repository.CreatePlantEvent(step.Event), failure);
     transaction.Commit();
     plant = step.Of;

@@ -29,10 +29,10 @@ PlantStep MoveToStage(const Plant& plant, PlantStage stage, const std::string& d
 void StoreSteps(Session& session, std::vector<PlantStep>& steps);
 
 // Stores a plant that the user has edited. If its stage has changed, the event of the move is stored with it, both or
-// neither. Without a flip date among the `fields` that were set, a move to Flower sets it. Throws Refusal; the message
-// contains `failure`.
+// neither. Without a flip date among the `fields` that were set, a move to Flower sets it. Throws Refusal with
+// `advice` where SQLite's error does not decide what to do.
 void StoreEditedPlant(Session& session, const Plant& before, Plant& plant, const FieldNames& fields,
-                      const std::string& failure);
+                      const std::string& advice);
 
 // As StoreSteps(); then reports the events. Without steps, nothing is written.
 void StoreAndReportSteps(Session& session, std::vector<PlantStep>& steps, Records records);

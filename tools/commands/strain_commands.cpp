@@ -74,7 +74,8 @@ void DeleteStrain(Session& session, const Arguments& given)
 {
     const Strain strain = FindStrain(session, given.Name);
     ConfirmDeletion("the strain " + strain.Name, given);
-    session.Require(session.Write().DeleteStrain(strain.ID), "the strain could not be deleted; it still has plants");
+    session.Require(session.Write().DeleteStrain(strain.ID), "the strain could not be deleted",
+                    "it still has plants; `plantjournal plant edit PLANT --strain NAME` gives them another");
     ReportChange(session, "Deleted strain " + strain.Name);
 }
 

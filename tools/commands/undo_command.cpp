@@ -19,14 +19,14 @@ void ConfirmUndo(const UndoRecord& record)
         std::cerr << Printable(summary) << '\n';
     const std::size_t count = record.Summaries.size();
     if (!Confirm(count == 1 ? "Undo this change?" : "Undo these " + std::to_string(count) + " changes?", "--yes"))
-        throw Refusal("nothing was undone");
+        throw Refusal("nothing was undone; answer y, or pass --yes");
 }
 
 void UndoLastChange(Session& session, bool confirmed)
 {
     if (!CanRecordChanges())
         throw Refusal("undo: this command uses an SQLite library without the session extension, so it records no "
-                      "changes; nothing was changed");
+                      "changes; nothing was changed; edit or delete the records instead");
     session.Read();
     const std::string path = session.Path();
     const UndoStore store(path);

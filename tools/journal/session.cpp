@@ -1,6 +1,7 @@
 #include "journal/session.h"
 
 #include "journal/backup_name.h"
+#include "journal/file_result.h"
 #include "journal/path.h"
 #include "journal/sql.h"
 #include "plant_file.h"
@@ -20,16 +21,14 @@ PlantFileInspection InspectForOpening(const std::string& path)
     PlantFileResult result = InspectPlantSchema(path, file);
     if (result && (file.Kind == PlantFileKind::Older || file.EventTypesUnchecked))
         result = InspectPlantDatabase(path, file);
-    if (!result)
-        throw Refusal(result.Error);
+    RequireRead(result, path);
     return file;
 }
 
 void BackUpBeforeMigration(const std::string& path)
 {
     const std::string backUp = BackUpName(path, "update");
-    if (const PlantFileResult result = BackUpPlantDatabase(path, backUp); !result)
-        throw Refusal(result.Error + "; a journal is not migrated without a backup");
+    RequireBackUp(BackUpPlantDatabase(path, backUp), path, "a journal is not migrated without a backup");
     std::cerr << path << ": earlier schema; backed up as " << backUp << ", now migrating\n";
 }
 
@@ -101,9 +100,9 @@ void Session::Open(bool create)
         break;
     case PlantFileKind::Foreign:
         throw Refusal(path + ": not a plantjournal file, or one of a newer version (" + Joined(file.Reasons, "; ") +
-                      "); it was not changed");
+                      "); it was not changed; --file names another file");
     case PlantFileKind::NotADatabase:
-        throw Refusal(path + ": not an SQLite database; it was not changed");
+        throw Refusal(path + ": not an SQLite database; it was not changed; --file names another file");
     case PlantFileKind::Damaged:
         throw Refusal(path + ": damaged (" + Joined(file.Reasons, "; ") + "); restore a backup");
     case PlantFileKind::Locked:
@@ -114,7 +113,7 @@ void Session::Open(bool create)
     }
     std::string error;
     if (!Database.Open(path, &error))
-        throw Refusal(path + ": opening: " + error);
+        throw Refusal(path + ": opening: " + error + "; `plantjournal info` describes the file");
 }
 
 void Session::SaveCopyForUndo(const std::string& copy) const
@@ -130,7 +129,7 @@ void Session::SaveCopyForUndo(const std::string& copy) const
     }
 }
 
-void Session::Require(bool done, const std::string& what) const
+void Session::Require(bool done, const std::string& what, const std::string& advice) const
 {
     if (done)
         return;
@@ -138,9 +137,7 @@ void Session::Require(bool done, const std::string& what) const
     std::string message = Path() + ": " + what;
     if (error.Known)
         message += ": " + error.Message;
-    if (error.NotUnique)
-        message += "; that name or UUID is already in use";
-    throw Refusal(message + AdviceAfter(error));
+    throw Refusal(Joined({message, AdviceAfter(error, advice)}, "; "));
 }
 
 void Session::RequireList(bool done, const std::string& what) const

@@ -37,9 +37,10 @@ class Session
 
     sqlite3* Connection() const { return Database.NativeHandle(); }
 
-    // Throws Refusal with the reason where an operation of the repository failed; `what` describes the failure. Call it
-    // before anything else runs on the connection.
-    void Require(bool done, const std::string& what) const;
+    // Throws Refusal with the reason where an operation of the repository failed; `what` describes the failure.
+    // `advice` is what to do where SQLite's error does not decide it. Call it before anything else runs on the
+    // connection.
+    void Require(bool done, const std::string& what, const std::string& advice = {}) const;
     // Likewise after reading a list, also where reading ended early.
     void RequireList(bool done, const std::string& what) const;
 

@@ -36,7 +36,7 @@ SQL::SQL(sqlite3* connection, std::string context, std::string consequence)
 void SQL::Fail() const
 {
     const std::string message = sqlite3_errmsg(Connection);
-    throw Refusal(Context + ": " + message + AdviceAfter(LastSQLError(Connection)) + Consequence);
+    throw Refusal(Context + ": " + message + Consequence + "; " + AdviceAfter(LastSQLError(Connection)));
 }
 
 void SQL::Run(const std::string& statements) const
@@ -69,7 +69,8 @@ std::string SQL::FileHeader() const
     if (sqlite3_file_control(Connection, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file)) != SQLITE_OK ||
         file == nullptr || file->pMethods == nullptr ||
         file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0) != SQLITE_OK)
-        throw Refusal(Context + ": the header of the file cannot be read" + Consequence);
+        throw Refusal(Context + ": the header of the file cannot be read" + Consequence +
+                      "; `plantjournal check` examines the journal");
     return header;
 }
 
@@ -191,16 +192,24 @@ SQLError LastSQLError(sqlite3* connection)
     error.Busy = (code & 0xFF) == SQLITE_BUSY;
     error.ReadOnly = (code & 0xFF) == SQLITE_READONLY;
     error.Damaged = (code & 0xFF) == SQLITE_CORRUPT;
+    error.Full = (code & 0xFF) == SQLITE_FULL;
     error.Message = message;
     return error;
 }
 
-std::string AdviceAfter(const SQLError& error)
+std::string AdviceAfter(const SQLError& error, const std::string& otherwise)
 {
-    return error.Busy       ? "; another program is writing to the journal, try again when it has finished"
-           : error.ReadOnly ? "; make the file writable, or copy it"
-           : error.Damaged  ? "; the file is damaged, restore a backup"
-                            : "";
+    if (error.Busy)
+        return "another program is writing to the journal, try again when it has finished";
+    if (error.ReadOnly)
+        return "make the file writable, or copy it";
+    if (error.Damaged)
+        return "the file is damaged, restore a backup";
+    if (error.Full)
+        return "free space on the disk and try again";
+    if (error.NotUnique)
+        return "that name or UUID is already in use; choose another";
+    return error.Known || otherwise.empty() ? "`plantjournal check` examines the journal" : otherwise;
 }
 
 bool ReadingFailed(sqlite3* connection)

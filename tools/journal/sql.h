@@ -102,6 +102,7 @@ struct SQLError
     bool Busy = false;
     bool ReadOnly = false;
     bool Damaged = false;
+    bool Full = false; // the disk
     std::string Message;
 };
 
@@ -112,8 +113,8 @@ void RememberSQLErrors();
 // The error of the operation that failed last. Call it before anything else runs on the connection.
 SQLError LastSQLError(sqlite3* connection);
 
-// What to do after this error, to be appended to its message; empty where that is not known.
-std::string AdviceAfter(const SQLError& error);
+// What to do after this error. `otherwise` is returned where the error does not decide it.
+std::string AdviceAfter(const SQLError& error, const std::string& otherwise = {});
 
 // Whether the last statement on the connection failed; a list of the repository then ends early.
 bool ReadingFailed(sqlite3* connection);

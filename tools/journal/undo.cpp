@@ -14,6 +14,8 @@
 namespace
 {
 
+constexpr const char* NothingChanged = "; nothing was changed; edit or delete the records instead";
+
 using Rows = std::multiset<std::string>;
 
 // Foreign keys are off while this object lives. Create it outside a transaction.
@@ -56,7 +58,7 @@ void RequireUnchanged(const SQL& journal, const std::string& path, const UndoRec
     const std::string more =
         record.Summaries.size() > 1 ? " and " + std::to_string(record.Summaries.size() - 1) + " more" : "";
     throw Refusal(path + ": undo: the journal has changed since " + InQuotes(record.Summaries.front()) + more +
-                  "; nothing was changed; edit or delete the records instead");
+                  NothingChanged);
 }
 
 void ChangeRowsBack(sqlite3* connection, const SQL& journal, const std::string& path, const UndoRecord& record)
@@ -71,11 +73,11 @@ void ChangeRowsBack(sqlite3* connection, const SQL& journal, const std::string& 
     }
     catch (const Refusal& reason)
     {
-        throw Refusal(path + ": undo: " + reason.what() + "; nothing was changed");
+        throw Refusal(path + ": undo: " + reason.what() + NothingChanged);
     }
     const Rows after = BrokenReferences(journal);
     if (!std::includes(before.begin(), before.end(), after.begin(), after.end()))
-        throw Refusal(path + ": undo: it would leave records without their plant; nothing was changed");
+        throw Refusal(path + ": undo: it would leave records without their plant" + NothingChanged);
     transaction.Commit();
 }
 
@@ -84,16 +86,16 @@ void CopyBack(const SQL& journal, const std::string& path, const UndoStore& stor
     const std::string copyPath = store.CopyPath();
     std::vector<PlantFileFinding> findings;
     if (const PlantFileResult result = CheckPlantDatabase(copyPath, findings); !result)
-        throw Refusal(result.Error + "; nothing was changed");
+        throw Refusal(result.Error + NothingChanged);
     for (const PlantFileFinding& finding : findings)
         if (finding.Kind == PlantFindingKind::Damage)
-            throw Refusal(copyPath + ": checking: " + finding.Description + "; nothing was changed");
+            throw Refusal(copyPath + ": checking: " + finding.Description + NothingChanged);
     PlantDatabase copy;
     if (std::string error; !copy.Open(copyPath, &error))
-        throw Refusal(copyPath + ": opening: " + error + "; nothing was changed");
+        throw Refusal(copyPath + ": opening: " + error + NothingChanged);
     if (SQL(copy.NativeHandle(), copyPath + ": reading").FileHeader() != record.Content)
         throw Refusal(copyPath + ": not the journal from before " + InQuotes(record.Summaries.front()) +
-                      "; nothing was changed");
+                      NothingChanged);
     journal.LockUntilClosed();
     RequireUnchanged(journal, path, record);
     journal.CopyPagesFrom(copy.NativeHandle());

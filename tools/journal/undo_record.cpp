@@ -95,7 +95,8 @@ UndoRecord Decoded(std::string_view bytes, const std::string& path)
             if (const std::optional<UndoRecord> record = RecordIn(hashed.substr(begin)))
                 return *record;
     }
-    throw Refusal(path + ": the stored undo step is damaged; nothing was changed; it cannot be undone");
+    throw Refusal(path +
+                  ": the stored undo step is damaged, so nothing was changed; edit or delete the records instead");
 }
 
 std::string StableHash(std::string_view bytes)

@@ -21,7 +21,8 @@ namespace
 
 [[noreturn]] void Fail(const std::string& path, const std::string& step)
 {
-    throw Refusal(path + ": " + step + ": " + std::strerror(errno));
+    throw Refusal(path + ": " + step + ": " + std::strerror(errno) +
+                  "; check the permissions and the free space of the disk");
 }
 
 std::string CanonicalPath(const std::string& journal)
@@ -29,7 +30,7 @@ std::string CanonicalPath(const std::string& journal)
     std::error_code error;
     const std::filesystem::path path = std::filesystem::canonical(journal, error);
     if (error)
-        throw Refusal(journal + ": " + error.message());
+        throw Refusal(journal + ": " + error.message() + "; check the path");
     return path.string();
 }
 
@@ -96,7 +97,7 @@ std::optional<UndoRecord> UndoStore::Load() const
     UndoRecord record = Decoded(*bytes, RecordPath());
     if (record.Journal != CanonicalJournal)
         throw Refusal(RecordPath() + ": the stored undo step belongs to the journal " + record.Journal +
-                      "; nothing was changed");
+                      "; nothing was changed; name that journal with --file");
     return record;
 }
 
@@ -127,8 +128,8 @@ void UndoStore::CreateDirectory() const
         created /= name;
         const int error = mkdir(created.c_str(), 0700) == 0 ? 0 : errno;
         if (std::error_code ignored; error != 0 && !std::filesystem::is_directory(created, ignored))
-            throw Refusal(created.string() +
-                          ": creating the directory: " + std::strerror(error == EEXIST ? ENOTDIR : error));
+            throw Refusal(created.string() + ": creating the directory: " +
+                          std::strerror(error == EEXIST ? ENOTDIR : error) + "; check the permissions");
     }
 }
 

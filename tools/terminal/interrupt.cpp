@@ -29,5 +29,5 @@ bool Interrupted()
 void StopIfInterrupted()
 {
     if (Interrupted())
-        throw Refusal("interrupted; nothing was changed");
+        throw Refusal("interrupted; nothing was changed; run the command again");
 }

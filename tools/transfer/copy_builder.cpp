@@ -216,7 +216,8 @@ class CopyBuilder
     template <typename Record>
     [[noreturn]] static void Refuse(const ImportedTable<Record>& table, const ImportedRow<Record>& row)
     {
-        throw Refusal(table.Place(row) + "the journal cannot store this row; nothing was changed");
+        throw Refusal(table.Place(row) +
+                      "the journal cannot store this row; nothing was changed; correct it and import again");
     }
 
     template <typename Record> std::int64_t& Count() { return std::get<AddedRows<Record>>(Added).Count; }
@@ -235,6 +236,7 @@ AddedCounts AddRows(const std::string& path, ImportedTables& tables, const std::
 {
     PlantDatabase copy;
     if (std::string error; !copy.Open(path, &error))
-        throw Refusal(path + ": opening the copy: " + error + "; nothing was changed");
+        throw Refusal(path + ": opening the copy: " + error +
+                      "; nothing was changed; `plantjournal check` examines the journal");
     return CopyBuilder(copy, tables, onRow).Build();
 }

@@ -1,6 +1,7 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
 #include "journal/file_descriptor.h"
+#include "journal/file_result.h"
 #include "journal/session.h"
 #include "journal/sql.h"
 #include "plant_file.h"
@@ -65,8 +66,7 @@ class ReadTransaction
 void RequireAllRows(const Session& session, const AllRecords& all)
 {
     PlantFileInspection file;
-    if (const PlantFileResult result = InspectPlantDatabase(session.Path(), file); !result)
-        throw Refusal(result.Error);
+    RequireRead(InspectPlantDatabase(session.Path(), file), session.Path());
     ForEachTable(all,
                  [&]<typename Record>(const RecordList<Record>& records)
                  {
@@ -150,7 +150,8 @@ template <typename Record> std::string CSVText(const RecordList<Record>& records
 
 [[noreturn]] void FailToWrite(const std::filesystem::path& path, const std::string& step)
 {
-    throw Refusal(path.string() + ": " + step + ": " + std::strerror(errno) + "; nothing was written");
+    throw Refusal(path.string() + ": " + step + ": " + std::strerror(errno) +
+                  "; nothing was written; check the destination, or name another");
 }
 
 // Writes a new file and syncs it.
@@ -184,8 +185,9 @@ void WriteCSVDirectory(const std::filesystem::path& directory, const AllRecords&
 // Calls `write` with a temporary name, and then renames what it made to `destination`, where nothing may be.
 void WriteAtomically(const std::string& destination, const std::function<void(const std::filesystem::path&)>& write)
 {
-    if (std::filesystem::exists(std::filesystem::symlink_status(destination)))
-        throw Refusal(destination + ": already exists; nothing was written");
+    std::error_code ignored; // a destination that cannot be examined cannot be written either
+    if (std::filesystem::exists(std::filesystem::symlink_status(destination, ignored)))
+        throw Refusal(destination + ": already exists; nothing was written; name another destination");
     const TemporaryName partial(destination + ".partial-");
     write(partial.Path());
     // The flag prevents the replacement of what another process created meanwhile.

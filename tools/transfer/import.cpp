@@ -34,7 +34,8 @@ ImportedTables ReadChecked(Session& session, const std::string& source)
     for (const std::string& error : messages.Errors)
         std::cerr << error << '\n';
     if (!messages.Errors.empty())
-        throw Refusal(source + ": errors: " + std::to_string(messages.Errors.size()) + "; nothing was imported");
+        throw Refusal(source + ": errors: " + std::to_string(messages.Errors.size()) +
+                      "; nothing was imported; correct them and import again");
     return tables;
 }
 

@@ -10,6 +10,15 @@
 namespace
 {
 
+std::string TableNames()
+{
+    std::vector<std::string> names;
+    const ImportedTables none;
+    ForEachTable(none,
+                 [&]<typename Record>(const ImportedTable<Record>&) { names.emplace_back(Describe<Record>().Table); });
+    return Joined(names, ", ");
+}
+
 // Makes records of raw rows.
 class RecordReader : public RawRowReceiver
 {
@@ -30,7 +39,7 @@ class RecordReader : public RawRowReceiver
                      });
         if (!AddRowToTable)
             Messages.Errors.push_back(file->Place(0) + ": " + InQuotes(Printable(name)) +
-                                      " is not a table of the journal");
+                                      " is not a table of the journal; the tables are " + TableNames());
     }
 
     void AddRow(const RawRow& row) override

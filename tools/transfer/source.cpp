@@ -1,5 +1,6 @@
 #include "transfer/source.h"
 
+#include "plant_file.h"
 #include "record/csv.h"
 #include "record/text.h"
 #include "refusal.h"
@@ -11,17 +12,37 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 namespace
 {
+
+[[noreturn]] void FailToRead(const std::filesystem::path& path, const std::string& reason)
+{
+    throw Refusal(path.string() + ": cannot be read: " + reason +
+                  "; name a JSON file, or a directory of CSV files, that you can read");
+}
+
+// Refuses a file that is neither JSON nor one of several CSV files, with what to do with it.
+void RequireNoOtherKind(const std::string& path)
+{
+    PlantFileInspection file;
+    if (InspectPlantSchema(path, file) && file.Kind != PlantFileKind::Missing && file.Kind != PlantFileKind::Empty &&
+        file.Kind != PlantFileKind::NotADatabase)
+        throw Refusal(path + (file.Kind == PlantFileKind::Foreign
+                                  ? ": a database, and not a journal; name a JSON file, or a directory of CSV files"
+                                  : ": that is a journal: use --file " + path));
+    if (std::filesystem::path(path).extension() == ".csv")
+        throw Refusal(path + ": a single CSV file; name the directory that contains it");
+}
 
 SourcePointer ReadSourceFile(const std::filesystem::path& path)
 {
     std::ifstream file(path, std::ios::binary);
     std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     if (!file.is_open() || file.bad())
-        throw Refusal(path.string() + ": cannot be read: " + std::strerror(errno));
+        FailToRead(path, std::strerror(errno));
     std::vector<std::size_t> lines = {0};
     for (std::size_t end = bytes.find('\n'); end != std::string::npos; end = bytes.find('\n', end + 1))
         lines.push_back(end + 1);
@@ -61,12 +82,17 @@ void ReadCSVRows(const SourceFile& file, RawRowReceiver& receiver, Problems& pro
 void ReadCSVDirectory(const std::filesystem::path& path, RawRowReceiver& receiver, Problems& problems)
 {
     std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(path))
-        if (entry.path().extension() == ".csv")
-            files.push_back(entry.path());
+    std::error_code error;
+    std::filesystem::directory_iterator entry(path, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+        if (entry->path().extension() == ".csv")
+            files.push_back(entry->path());
+    if (error)
+        FailToRead(path, error.message());
     std::sort(files.begin(), files.end());
     if (files.empty())
-        throw Refusal(path.string() + ": the directory contains no CSV file");
+        throw Refusal(path.string() +
+                      ": the directory contains no CSV file; `plantjournal export --csv` shows their form");
     for (const std::filesystem::path& name : files)
     {
         const SourcePointer file = ReadSourceFile(name);
@@ -89,7 +115,7 @@ void ReadSource(const std::string& path, RawRowReceiver& receiver, Problems& pro
 {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored))
-        ReadCSVDirectory(path, receiver, problems);
-    else
-        ReadJSONSource(ReadSourceFile(path), receiver, problems);
+        return ReadCSVDirectory(path, receiver, problems);
+    RequireNoOtherKind(path);
+    ReadJSONSource(ReadSourceFile(path), receiver, problems);
 }

@@ -1,5 +1,6 @@
 #include "transfer/staging.h"
 
+#include "journal/file_result.h"
 #include "journal/sql.h"
 #include "plant_file.h"
 #include "refusal.h"
@@ -14,11 +15,11 @@ namespace
 std::size_t CountFindings(const std::string& path)
 {
     std::vector<PlantFileFinding> findings;
-    if (const PlantFileResult result = CheckPlantDatabase(path, findings); !result)
-        throw Refusal(result.Error + "; nothing was changed");
+    RequireRead(CheckPlantDatabase(path, findings), path, "nothing was changed");
     for (const PlantFileFinding& finding : findings)
         if (finding.Kind == PlantFindingKind::Damage || finding.Kind == PlantFindingKind::ForeignKey)
-            throw Refusal(path + ": checking: " + finding.Description + "; nothing was changed");
+            throw Refusal(path + ": checking: " + finding.Description +
+                          "; nothing was changed; `plantjournal check` lists all errors");
     return findings.size();
 }
 
@@ -28,8 +29,7 @@ StagedCopy::StagedCopy(Session& session)
     : Journal(session), DataVersion(SQL(session.Connection(), session.Path() + ": reading").DataVersion()),
       Name(session.Path() + ".import-")
 {
-    if (const PlantFileResult result = BackUpPlantDatabase(session.Path(), Path()); !result)
-        throw Refusal(result.Error + "; nothing was changed");
+    RequireBackUp(BackUpPlantDatabase(session.Path(), Path()), session.Path(), "nothing was changed");
 }
 
 std::size_t StagedCopy::CountNewFindings() const
@@ -51,7 +51,8 @@ void StagedCopy::WriteBack() const
 
     PlantDatabase copy;
     if (std::string error; !copy.Open(Path(), &error))
-        throw Refusal(Path() + ": opening the copy: " + error + "; nothing was changed");
+        throw Refusal(Path() + ": opening the copy: " + error +
+                      "; nothing was changed; `plantjournal check` examines the journal");
     StopIfInterrupted(); // for the last time: the next step cannot be interrupted
     journal.CopyPagesFrom(copy.NativeHandle());
     before.Keep();

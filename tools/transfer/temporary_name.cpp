@@ -152,7 +152,8 @@ TemporaryName::TemporaryName(const std::string& prefix)
         Name = prefix + std::to_string(number);
         Lock = std::make_unique<NameLock>(Name);
         if (Lock->OpenError() != 0)
-            throw Refusal(Name + ": creating: " + std::strerror(Lock->OpenError()) + "; nothing was changed");
+            throw Refusal(Name + ": creating: " + std::strerror(Lock->OpenError()) +
+                          "; nothing was changed; check that its directory exists and is writable");
     }
 }
 

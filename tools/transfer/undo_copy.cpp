@@ -1,6 +1,7 @@
 #include "transfer/undo_copy.h"
 
 #include "journal/change_set.h"
+#include "journal/file_result.h"
 #include "journal/undo_store.h"
 #include "plant_file.h"
 #include "refusal.h"
@@ -15,8 +16,7 @@ UndoCopy::UndoCopy(const Session& session) : Journal(session)
     try
     {
         Name.emplace(UndoStore(session.Path()).TemporaryPrefix());
-        if (const PlantFileResult result = BackUpPlantDatabase(session.Path(), Name->Path()); !result)
-            throw Refusal(result.Error);
+        RequireBackUp(BackUpPlantDatabase(session.Path(), Name->Path()), session.Path());
         using std::filesystem::perms; // the copy has the journal's own permissions
         std::filesystem::permissions(Name->Path(), perms::owner_read | perms::owner_write);
     }

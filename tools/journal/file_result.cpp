@@ -1,0 +1,61 @@
+#include "journal/file_result.h"
+
+#include "record/text.h"
+#include "refusal.h"
+#include "terminal/interrupt.h"
+
+namespace
+{
+
+// What to do about a file that is not a journal that can be read; empty for one that can be.
+std::string AdviceForJournal(const std::string& path)
+{
+    PlantFileInspection file;
+    if (!InspectPlantDatabase(path, file))
+        return "check the path and the permissions, or name another file with --file";
+    switch (file.Kind)
+    {
+    case PlantFileKind::Missing:
+    case PlantFileKind::Empty:
+        return "`plantjournal plant add NAME` creates a journal, --file names another";
+    case PlantFileKind::Foreign:
+    case PlantFileKind::NotADatabase:
+        return "--file names another file";
+    case PlantFileKind::Damaged:
+        return "restore a backup";
+    case PlantFileKind::Locked:
+        return "try again when the other program has finished";
+    case PlantFileKind::Interrupted:
+        return "`plantjournal plant list` opens it";
+    case PlantFileKind::Current:
+    case PlantFileKind::Older:
+        break;
+    }
+    return {};
+}
+
+void Require(const PlantFileResult& result, const std::string& path, const std::string& consequence,
+             const std::string& adviceForReadable)
+{
+    if (result)
+        return;
+    const std::string advice = Interrupted() ? "run the command again" : AdviceForJournal(path);
+    std::string error = result.Error;
+    if (error.ends_with('.')) // a sentence about the schema or the damage
+        error.pop_back();
+    throw Refusal(Joined({error, consequence, advice.empty() ? adviceForReadable : advice}, "; "));
+}
+
+} // namespace
+
+void RequireRead(const PlantFileResult& result, const std::string& path, const std::string& consequence)
+{
+    Require(result, path, consequence, "try again; if that fails, restore a backup");
+}
+
+void RequireBackUp(const PlantFileResult& result, const std::string& path, const std::string& consequence,
+                   const std::string& advice)
+{
+    Require(result, path, consequence,
+            advice.empty() ? "check that the backup's directory exists, is writable and has free space" : advice);
+}
