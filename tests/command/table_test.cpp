@@ -80,6 +80,29 @@ TEST_F(TableTest, TablesAlignLettersOfAnyWidth)
     }
 }
 
+TEST_F(TableTest, AJoinedEmojiAndAFlagTakeTwoColumns)
+{
+    // A farmer, a rainbow flag, a skin tone, a flag of a country, two of them, and a heart on fire.
+    for (const char* emoji :
+         {"👩\xE2\x80\x8D🌾", "🏳\xEF\xB8\x8F\xE2\x80\x8D🌈", "👍🏽", "🇩🇪", "🇩🇪🇫🇷", "❤\xEF\xB8\x8F\xE2\x80\x8D🔥"})
+    {
+        AddPlants({PlantNamed("Basil", "b1", "here"), PlantNamed(emoji, "e1", "here")});
+        const std::string blanks(std::string(emoji) == "🇩🇪🇫🇷" ? 3 : 5, ' ');
+        EXPECT_TRUE(LinesAt(80, {"plant", "list"}).at(2).starts_with(emoji + blanks + "here    Veg")) << emoji;
+        for (const char* uuid : {"b1", "e1"})
+            Done({"plant", "delete", uuid, "--yes"});
+    }
+}
+
+TEST_F(TableTest, AJoinedEmojiIsNotCutApart)
+{
+    const std::string farmer = "👩\xE2\x80\x8D🌾";
+    Done({"plant", "add", "Basil"});
+    Done({"note", "add", "Basil", "nine " + farmer + farmer + farmer, "--entry-date", "2026-05-01"});
+    EXPECT_EQ(LinesAt(26, {"note", "list", "Basil"}).at(1), " 1  2026-05-01  nine " + farmer + farmer + "…");
+    EXPECT_EQ(LinesAt(25, {"note", "list", "Basil"}).at(1), " 1  2026-05-01  nine " + farmer + "…");
+}
+
 TEST_F(TableTest, NumbersAreAlignedToTheRight)
 {
     Done({"plant", "add", "Basil"});
@@ -162,6 +185,8 @@ TEST_F(TableTest, TheTextOfARecordIsCutButNotDropped)
     Done({"note", "add", "Basil", "Four new pairs of leaves since Monday", "--entry-date", "2026-05-01"});
     EXPECT_EQ(LinesAt(60, {"note", "list", "Basil"}).at(1),
               " 1  2026-05-01  Observation  Four new pairs of leaves since…");
+    EXPECT_EQ(LinesAt(45, {"note", "list", "Basil"}).at(1), " 1  2026-05-01  Observation  Four new pairs …");
+    EXPECT_EQ(LinesAt(44, {"note", "list", "Basil"}).at(1), " 1  2026-05-01  Four new pairs of leaves si…");
     EXPECT_EQ(LinesAt(40, {"note", "list", "Basil"}).at(1), " 1  2026-05-01  Four new pairs of leave…");
     EXPECT_EQ(LinesAt(20, {"note", "list", "Basil"}).at(1), " 1  2026-05-01  Four ne…"); // eight letters at least
 }

@@ -1,5 +1,6 @@
 #include "record/letters.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 
@@ -42,17 +43,32 @@ std::string Mapped(const std::string& text, unsigned options)
 
 std::vector<Letter> LettersOf(std::string_view text)
 {
+    constexpr std::size_t widest = 2; // terminals show emoji that are joined, and flags, as one picture of two columns
     std::vector<Letter> letters;
-    while (!text.empty())
+    utf8proc_int32_t last = 0;
+    utf8proc_int32_t state = 0; // of the search for the end of a letter
+    for (std::size_t at = 0; at < text.size();)
     {
         utf8proc_int32_t codepoint = 0;
-        const utf8proc_ssize_t length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
-                                                         static_cast<utf8proc_ssize_t>(text.size()), &codepoint);
+        const utf8proc_ssize_t length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(&text[at]),
+                                                         static_cast<utf8proc_ssize_t>(text.size() - at), &codepoint);
         const bool printable = length > 0 && IsPrintable(codepoint);
         const std::size_t bytes = length > 0 ? static_cast<std::size_t>(length) : 1;
-        letters.push_back({text.substr(0, bytes),
-                           printable ? static_cast<std::size_t>(utf8proc_charwidth(codepoint)) : 1, printable});
-        text.remove_prefix(bytes);
+        const std::size_t width = printable ? static_cast<std::size_t>(utf8proc_charwidth(codepoint)) : 1;
+        if (printable && !letters.empty() && letters.back().Printable &&
+            !utf8proc_grapheme_break_stateful(last, codepoint, &state))
+        {
+            Letter& letter = letters.back();
+            letter.Bytes = text.substr(at - letter.Bytes.size(), letter.Bytes.size() + bytes);
+            letter.Width = std::min(letter.Width + width, widest);
+        }
+        else
+        {
+            letters.push_back({text.substr(at, bytes), width, printable});
+            state = 0;
+        }
+        last = codepoint;
+        at += bytes;
     }
     return letters;
 }

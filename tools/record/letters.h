@@ -7,7 +7,7 @@
 
 // The letters of a text in UTF-8, of any alphabet. Only letters.cpp includes utf8proc's header.
 
-// What a terminal shows as one character, or a part of it such as a combining mark.
+// What a reader sees as one character (a grapheme cluster): a base with its combining marks, a joined emoji, a flag.
 struct Letter
 {
     std::string_view Bytes;
@@ -15,7 +15,8 @@ struct Letter
     bool Printable;    // valid UTF-8, and nothing that controls the terminal or the order of letters
 };
 
-// Cuts a text into its letters, which refer to the text. A byte that is not UTF-8 is a letter that is not printable.
+// Cuts a text into its letters, which refer to the text. A code point that is not printable is a letter of its own, and
+// so is a byte that is not UTF-8.
 std::vector<Letter> LettersOf(std::string_view text);
 
 // Returns a text that is equal for two texts if they differ only in the case of letters, or in how their accents are
