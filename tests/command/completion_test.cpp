@@ -53,6 +53,7 @@ TEST_F(CompletionTest, CompletionOffersCommandsWithTheirPurpose)
 TEST_F(CompletionTest, CompletionOffersFlags)
 {
     EXPECT_EQ(Offered({"plant", "add", "--s"}), (Words{"--seed-date", "--sex", "--stage", "--strain"}));
+    EXPECT_EQ(Done({"complete", "plant", "add", "--uu"}), "--uuid\tpermanent identifier\n"); // the first part
     EXPECT_EQ(Offered({"care", "add", "Basil", "--amount-ml", "5", "--e"}), Words{"--ec"});
     EXPECT_EQ(Offered({"info", "-"}), (Words{"--file", "--help", "--json", "--quiet", "--version"}));
     EXPECT_EQ(Offered({"-"}), (Words{"--file", "--help", "--json", "--quiet", "--version"}));
@@ -93,7 +94,10 @@ TEST_F(CompletionTest, CompletionOffersFileNamesWhereAFileIsExpected)
                                {"--file=x"},
                                {"photo", "add", "Basil", "--file-path", ""}})
         EXPECT_EQ(Offered(words), Words{"FILES"}) << words.front();
-    for (const Words& words : {Words{"care", "add", "Basil", "--ec", ""}, {"info", ""}, {"plant", "add", ""}})
+    for (const Words& words : {Words{"care", "add", "Basil", "--ec", ""},
+                               {"info", ""},
+                               {"plant", "add", ""},
+                               {"photo", "add", "Basil", "--file-path", "x", ""}})
         EXPECT_EQ(Offered(words), Words{}) << words.front();
 }
 
@@ -107,6 +111,7 @@ TEST_F(CompletionTest, CompletionOffersStoredNames)
     EXPECT_EQ(Offered({"feed", "Thai Basil", "pri"}), Words{"Price $5"}); // takes several plants
     EXPECT_EQ(Offered({"stage", "t"}), (Words{"Thai Basil", "Tomate: rot"}));
     EXPECT_EQ(Offered({"stage", "Thai Basil", "fl"}), Words{"Flower"}); // and then a stage
+    EXPECT_EQ(Offered({"feed", "help", "pri"}), Words{"Price $5"});     // after a plant of this name
     EXPECT_EQ(Offered({"water", "--strain", "g"}), Words{"Genovese gigante"});
     EXPECT_EQ(Offered({"water", "--tent", "s"}), Words{"South $ide"});
     EXPECT_EQ(Offered({"water", "--stage", "v"}), Words{"Veg"});
@@ -191,7 +196,13 @@ std::vector<TypedLine> LinesForEveryShell()
         {"strain show gen\t", {"strain", "show", "Genovese gigante"}},
         {"plant add x --strain=Gen\t", {"plant", "add", "x", "--strain=Genovese gigante"}},
         {"plant add x --tent Sou\t", {"plant", "add", "x", "--tent", "South $ide"}},
+        {"plant  show Th\t", {"plant", "show", "Thai Basil"}},
+        {"'plant' show Th\t", {"plant", "show", "Thai Basil"}},
+        {"plant show \"back\\sl\t", {"plant", "show", "back\\slash"}},
+        {"plant show Thai\\ 'B\t", {"plant", "show", "Thai Basil"}},
+        {"plant sho x\x02\x02\t\x05", {"plant", "show", "x"}}, // with the cursor after `sho`
         {"import a-season\t", {"import", "a-season.json"}},
+        {"info --file=a-season\t", {"info", "--file=a-season.json"}},
         {"--file a-season\tinfo", {"--file", "a-season.json", "info"}},
     };
 }

@@ -229,4 +229,10 @@ TEST_F(HelpOnTerminalTest, HelpFillsTheWidthOfTheTerminal)
     EXPECT_GT(LongestLine({"plant", "edit", "--help"}, 200), 80U);
 }
 
+TEST_F(HelpOnTerminalTest, TheUsageIsIndentedWhereItIsWrapped)
+{
+    EXPECT_TRUE(RunOnTerminal({"help", "care", "add"}, {}, 40)
+                    .Out.starts_with("usage: plantjournal care add PLANT\n       [OPTION...]\n"));
+}
+
 } // namespace

@@ -48,6 +48,8 @@ TEST_F(NearestWordTest, AWordWithoutANearOneIsAnsweredWithTheList)
     EXPECT_EQ(Answer({"plant", "show", "Basil", "--zzz"}),
               "plant show: unknown option \"--zzz\"; `plantjournal help plant show` lists the options\n");
     EXPECT_EQ(Answer({"--zzz"}), "unknown option \"--zzz\"; `plantjournal help` lists the options\n");
+    EXPECT_EQ(Answer({"harvest", "add", "Basil", "--weigh", "5"}), // neither a word of --wet-weight-g nor its beginning
+              "harvest add: unknown option \"--weigh\"; `plantjournal help harvest add` lists the options\n");
     EXPECT_EQ(Answer({"-x"}), "unknown option \"-x\"; `plantjournal help` lists the options\n");
 }
 
@@ -77,6 +79,21 @@ TEST_F(NearestWordTest, EachUnknownWordIsAnsweredInItsOrder)
     EXPECT_EQ(Answer({"plnat", "list", "--jsno"}), "unknown command \"plnat\"; did you mean plant?\n"
                                                    "plantjournal: plant list: unknown option \"--jsno\"; did you mean "
                                                    "--json?\n");
+    EXPECT_EQ(Answer({"plnat", "--flie=x.db", "lst"}), "unknown command \"plnat\"; did you mean plant?\n"
+                                                       "plantjournal: plant: unknown option \"--flie\"; did you mean "
+                                                       "--file?\n"
+                                                       "plantjournal: plant: unknown command \"lst\"; did you mean "
+                                                       "list?\n");
+    EXPECT_EQ(Answer({"plnat", "--jsno", "lst"}), "unknown command \"plnat\"; did you mean plant?\n"
+                                                  "plantjournal: plant: unknown option \"--jsno\"; did you mean "
+                                                  "--json?\n"
+                                                  "plantjournal: plant: unknown command \"lst\"; did you mean "
+                                                  "list?\n");
+    EXPECT_EQ(Answer({"plnat", "--zzz", "5", "lst"}), "unknown command \"plnat\"; did you mean plant?\n"
+                                                      "plantjournal: plant: unknown option \"--zzz\"; `plantjournal "
+                                                      "help plant` lists the options\n"
+                                                      "plantjournal: plant: unknown command \"lst\"; did you mean "
+                                                      "list?\n");
     EXPECT_EQ(Answer({"zzz", "lst", "--jsno"}), "unknown command \"zzz\"; `plantjournal help` lists the commands\n");
 }
 
@@ -131,11 +148,13 @@ TEST_F(NearestWordTest, AnUnknownValueNamesTheNearest)
 
 TEST_F(NearestWordTest, AnUnknownPlantOrStrainNamesTheNearest)
 {
-    for (const char* name : {"Basil 1", "Basil 2", "Süßkirsche", "Thai"})
+    for (const char* name : {"Basil 1", "Basil 2", "Süßkirsche", "Thai", "Базилік"})
         Done({"plant", "add", name, "--strain", "Genovese"});
     const auto answer = [this](const std::string& name) { return Refused({"plant", "show", name}); };
     EXPECT_EQ(answer("Susskirche"), "plantjournal: \"Susskirche\": no plant has this name or UUID; did you mean "
                                     "\"Süßkirsche\"?\n");
+    EXPECT_NE(answer("Базидік").find("did you mean \"Базилік\"?"), std::string::npos);
+    EXPECT_EQ(answer("Базидом").find("did you mean"), std::string::npos); // three of seven letters differ
     EXPECT_EQ(answer("Bsail 1"),
               "plantjournal: \"Bsail 1\": no plant has this name or UUID; did you mean \"Basil 1\"?\n");
     EXPECT_EQ(answer("Basil"),

@@ -90,7 +90,8 @@ TEST_F(ManualTest, TheManualDescribesArgumentsAndTypesOfValues)
 {
     for (
         const char* section :
-        {".SS plant show\n.B plantjournal plant show\nPLANT [OPTION...]\n.PP\nShow every field of a plant that was entered.\n"
+        {"\n.ad l\n.SH NAME\nplantjournal \\- keep a plant journal: ",
+         ".SS plant show\n.B plantjournal plant show\nPLANT [OPTION...]\n.PP\nShow every field of a plant that was entered.\n"
          ".TP\n.I PLANT\n",
          ".PP\n.nf\n  plantjournal plant show Basil\n",
          ".TP\n\\fB\\-\\-uuid\\fR \\fITEXT\\fR\npermanent identifier; generated if not given\n.TP\n",

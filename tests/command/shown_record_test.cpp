@@ -137,6 +137,29 @@ TEST_F(ShownRecordTest, ALongTextIsWrappedBetweenWordsOnATerminal)
     EXPECT_NE(Done({"plant", "show", "Basil"}).find("Licht von Süden genügt.\n"), std::string::npos);
 }
 
+TEST_F(ShownRecordTest, OnANarrowTerminalTextHasSixteenColumns)
+{
+    SkipWithoutTerminal();
+    Done({"plant", "edit", "Basil", "--notes", std::string(20, 'x') + " one two three four five"});
+    EXPECT_TRUE(RunOnTerminal({"plant", "show", "Basil"}, {}, 10)
+                    .Out.ends_with("Notes   " + std::string(20, 'x') + "\n        one two three\n        four five\n"));
+}
+
+TEST_F(ShownRecordTest, SmallAndLargeNumbersAreNotRounded)
+{
+    const auto shown = [&](const std::string& height)
+    {
+        EXPECT_EQ(Run({"plant", "edit", "Basil", "--final-height-cm", height}).Status, 0);
+        const std::string plant = Done({"plant", "show", "Basil"});
+        return plant.substr(plant.find("Final height  ") + 14);
+    };
+    EXPECT_EQ(shown("0.0054"), "0.0054 cm\n");
+    EXPECT_EQ(shown("0.054"), "0.05 cm\n");
+    EXPECT_EQ(shown("0.056"), "0.06 cm\n");
+    EXPECT_EQ(shown("999999999.126"), "999999999.13 cm\n");
+    EXPECT_EQ(shown("1234567890.126"), "1234567890.126 cm\n");
+}
+
 TEST_F(ShownRecordTest, AnInspectionIsShownInWords)
 {
     Done({"note", "add", "Basil", "six leaves", "--entry-date", "2026-05-05"});
@@ -178,6 +201,7 @@ TEST_F(ShownRecordTest, AnEmptyListPrintsOneSentence)
     Done({"strain", "delete", "Genovese", "--yes"});
     EXPECT_EQ(Done({"strain", "list"}), "No strains yet; `plantjournal strain add NAME` adds one.\n");
     EXPECT_EQ(Parsed({"strain", "list"}), JSON::array());
+    Done({"note", "list", "--newest", "90"});
     for (const char* count : {"0", "00", "-1", "x"})
         EXPECT_NE(Mistaken({"note", "list", "--newest", count}).find("write a whole number above 0"),
                   std::string::npos);

@@ -62,14 +62,14 @@ TEST_F(SimilarNameTest, TheClosestOfSeveralNamesIsReported)
 
 TEST_F(SimilarNameTest, NumbersOfPlantsAreNotReported)
 {
-    for (const char* name : {"Basil 1", "Basil 2", "Basil 12", "Basil 21"})
+    for (const char* name : {"Basil 1", "Basil 2", "Basil 12", "Basil 21", "Basil0", "Basil9"})
         EXPECT_EQ(NoticeOfPlant(name), "") << name;
     EXPECT_NE(NoticeOfPlant("Bail 2").find("differs from the plant \"Basil 2\" in one letter"), std::string::npos);
 }
 
 TEST_F(SimilarNameTest, LabelsOfOneOrTwoLettersAreReportedOnlyForTheirCase)
 {
-    for (const char* name : {"A", "B", "AB", "BB"})
+    for (const char* name : {"A", "B", "AB", "BB", "BBC", "XYZ", "XY"})
         EXPECT_EQ(NoticeOfPlant(name), "") << name;
     EXPECT_NE(NoticeOfPlant("a").find("only in case"), std::string::npos);
 }

@@ -104,6 +104,21 @@ TEST_F(BasilTest, ADateOfThePlantThatAnEventHasIsListedOnce)
                                            "2026-02-10  Clone       seen\n");
 }
 
+TEST_F(BasilTest, OnANarrowTerminalTheDetailsOfATimelineAreCut)
+{
+    SkipWithoutTerminal();
+    Around.Environment.emplace_back("NO_COLOR=1");
+    Done({"note", "add", "Basil", "Four new pairs of leaves", "--entry-date", "2026-05-06"});
+    EXPECT_EQ(RunOnTerminal({"timeline", "Basil"}, {}, 33).Out, "Date        Kind         Details\n"
+                                                                "2026-05-06  Observation  Four ne…\n");
+}
+
+TEST_F(BasilTest, AnEmptyTimelineIsSafeForATerminal)
+{
+    Done({"plant", "edit", "Basil", "--name", "\x1B[2J"});
+    EXPECT_EQ(Done({"timeline", "b1"}).find('\x1B'), std::string::npos);
+}
+
 TEST_F(BasilTest, AnEmptyTimelinePrintsOneSentence)
 {
     EXPECT_EQ(Done({"timeline", "basil"}), "Basil: no records yet; `plantjournal note add PLANT TEXT` adds one, and so "
