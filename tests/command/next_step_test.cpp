@@ -153,11 +153,14 @@ TEST_F(NextStepTest, ABackupToAnImpossiblePlaceNamesWhatToCheck)
 {
     KeepEverything();
     Write("new.db-wal", "");
+    Write("old.db", "");
+    Write("old.db-journal", "");
     const std::string other = "name another destination";
     ExpectNextSteps({{{"backup", Journal}, other},
                      {{"backup", "--overwrite", Journal}, other},
                      {{"backup", Scratch.File("")}, other},
                      {{"backup", "new.db"}, "remove it first; or " + other},
+                     {{"backup", "--overwrite", "old.db"}, "remove it first; or " + other},
                      {{"backup", "no/such/directory.db"},
                       "check that the backup's directory exists, is writable and has free space"}});
 }
