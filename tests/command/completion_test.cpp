@@ -111,6 +111,7 @@ TEST_F(CompletionTest, CompletionOffersStoredNames)
     EXPECT_EQ(Offered({"feed", "Thai Basil", "pri"}), Words{"Price $5"}); // takes several plants
     EXPECT_EQ(Offered({"stage", "t"}), (Words{"Thai Basil", "Tomate: rot"}));
     EXPECT_EQ(Offered({"stage", "Thai Basil", "fl"}), Words{"Flower"}); // and then a stage
+    EXPECT_EQ(Offered({"stage", "p"}), Words{"Price $5"});              // not the name of the argument
     EXPECT_EQ(Offered({"feed", "help", "pri"}), Words{"Price $5"});     // after a plant of this name
     EXPECT_EQ(Offered({"water", "--strain", "g"}), Words{"Genovese gigante"});
     EXPECT_EQ(Offered({"water", "--tent", "s"}), Words{"South $ide"});
@@ -122,6 +123,9 @@ TEST_F(CompletionTest, CompletionOffersStoredNames)
     std::filesystem::create_directories(Scratch.File("home"));
     std::filesystem::copy(Journal, Scratch.File("home/copy.db"));
     EXPECT_EQ(Offered({"--file", "~/copy.db", "plant", "show", "tha"}), Words{"Thai Basil"});
+    const Words withoutHome = {"env",   "-u",   "HOME", PLANTJOURNAL_COMMAND, "complete", "--file", "~/copy.db",
+                               "plant", "show", ""};
+    EXPECT_EQ(RunningProgram(withoutHome, Around).End().Status, 0);
     Around.Environment.push_back("PLANTJOURNAL_FILE=" + Scratch.File("other.db"));
     EXPECT_EQ(Offered({"plant", "show", ""}), Words{});
 }

@@ -176,6 +176,7 @@ TEST_F(HelpTest, HelpDescribesArgumentsOptionsAndTheirValues)
           "\n  --mother-plant-uuid, --mother PLANT\n", "\n  --flip-date DATE ",
           "growth stage: Seed, Clone, Veg, Flower", "--file", "--json", "--quiet", "--help"})
         EXPECT_NE(help.find(part), std::string::npos) << part << '\n' << help;
+    EXPECT_NE(Done({"help"}).find("\n  -q, --quiet "), std::string::npos);
     EXPECT_NE(Done({"help", "plant", "list"}).find("usage: plantjournal plant list [OPTION...]\n"), std::string::npos);
     EXPECT_NE(Done({"help", "care", "list"}).find("care list [PLANT] [OPTION...]\n"), std::string::npos);
 }

@@ -36,6 +36,7 @@ TEST_F(NearestWordTest, SeveralNearWordsAreAllNamed)
     EXPECT_EQ(Answer({"plant", "adit"}), "plant: unknown command \"adit\"; did you mean edit?\n");
     EXPECT_EQ(Answer({"harvest", "add", "Basil", "--weight", "5"}),
               "harvest add: unknown option \"--weight\"; did you mean --wet-weight-g or --dry-weight-g?\n");
+    EXPECT_EQ(Answer({"ttrain", "lst"}), "unknown command \"ttrain\"; did you mean strain or train?\n");
     EXPECT_EQ(Answer({"plant", "edit", "Basil", "--height", "5"}),
               "plant edit: unknown option \"--height\"; did you mean --flip-height-cm or --final-height-cm?\n");
 }
@@ -165,6 +166,23 @@ TEST_F(NearestWordTest, AnUnknownPlantOrStrainNamesTheNearest)
               "plantjournal: \"Genoveze\": no strain has this name; did you mean \"Genovese\"?\n");
     EXPECT_EQ(Refused({"strain", "show", "Opal"}),
               "plantjournal: \"Opal\": no strain has this name; `plantjournal strain list` shows all strains\n");
+}
+
+TEST_F(NearestWordTest, AtMostThreeNearNamesAreNamed)
+{
+    for (const char* name : {"Basil 1", "Basil 2", "Basil 3", "Basil 4"})
+        Done({"plant", "add", name});
+    EXPECT_EQ(Refused({"plant", "show", "Basil"}),
+              "plantjournal: \"Basil\": no plant has this name or UUID; did you mean \"Basil 1\", \"Basil 2\" or "
+              "\"Basil 3\"?\n");
+}
+
+TEST_F(NearestWordTest, AWordOfALongerNameIsNear)
+{
+    Done({"plant", "add", "Thai Bo 12"});
+    EXPECT_NE(Refused({"plant", "show", "bo"}).find("did you mean \"Thai Bo 12\"?"), std::string::npos);
+    EXPECT_EQ(Refused({"plant", "show", "b"}).find("did you mean"), std::string::npos); // one letter
+    EXPECT_EQ(Refused({"plant", "show", "hai"}).find("did you mean"), std::string::npos);
 }
 
 TEST_F(NearestWordTest, TheAnswerIsSafeForATerminal)

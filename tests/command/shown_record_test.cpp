@@ -145,6 +145,12 @@ TEST_F(ShownRecordTest, OnANarrowTerminalTextHasSixteenColumns)
                     .Out.ends_with("Notes   " + std::string(20, 'x') + "\n        one two three\n        four five\n"));
 }
 
+TEST_F(ShownRecordTest, AShownTextIsSafeForATerminal)
+{
+    Done({"plant", "edit", "Basil", "--notes", "\x1B[2J"});
+    EXPECT_EQ(Done({"plant", "show", "Basil"}).find('\x1B'), std::string::npos);
+}
+
 TEST_F(ShownRecordTest, SmallAndLargeNumbersAreNotRounded)
 {
     const auto shown = [&](const std::string& height)

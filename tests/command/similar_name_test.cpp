@@ -21,7 +21,9 @@ TEST_F(SimilarNameTest, ANameThatDiffersInOneLetterIsReported)
     const std::string inOneLetter = ": differs from the plant \"Basil\" in one letter; ";
     EXPECT_EQ(NoticeOfPlant("Basel"),
               "notice: plant \"Basel\"" + inOneLetter + "`plantjournal plant edit u-Basel --name NAME` renames it\n");
-    EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);               // it is stored
+    NoticeOfPlant("Rue");
+    EXPECT_NE(NoticeOfPlant("Roe").find(": differs from the plant \"Rue\" in one letter; "), std::string::npos);
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 4U);               // they are stored
     for (const char* name : {"Bassil", "Bail", "Baisl", "bäsill"}) // inserted, removed, exchanged; another case
     {
         Done({"plant", "delete", "u-Basel", "--yes"});

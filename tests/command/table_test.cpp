@@ -259,6 +259,8 @@ TEST_F(TableTest, TheUUIDsAreKeptWhereNamesAreNotUnique)
     AddPlants({PlantNamed("Basil", "aaaa1111", "Genovese"), PlantNamed("BASIL", "bbbb2222", "Genovese")});
     EXPECT_EQ(LinesAt(20, {"plant", "list"}).at(0), "Name   UUID");
     EXPECT_EQ(LinesAt(80, {"plant", "list"}).at(0), "Name   Strain    Stage  UUID");
+    Done({"plant", "edit", "bbbb2222", "--tent", "South"});
+    EXPECT_EQ(LinesAt(20, {"plant", "list", "--tent", "South"}).at(0), "Name   UUID"); // the other one is not listed
     Done({"plant", "edit", "aaaa1111", "--name", "Mint"});
     EXPECT_EQ(LinesAt(20, {"plant", "list"}).at(0), "Name   Strain"); // a name of each plant is enough
 }
