@@ -97,6 +97,8 @@ TEST_F(CompletionTest, CompletionOffersFileNamesWhereAFileIsExpected)
     for (const Words& words : {Words{"care", "add", "Basil", "--ec", ""},
                                {"info", ""},
                                {"plant", "add", ""},
+                               {"plant", "add", "--stage", "--te"},
+                               {"export", "-", ""},
                                {"photo", "add", "Basil", "--file-path", "x", ""}})
         EXPECT_EQ(Offered(words), Words{}) << words.front();
 }
@@ -122,7 +124,12 @@ TEST_F(CompletionTest, CompletionOffersStoredNames)
     EXPECT_EQ(Offered({"--file", "other.db", "plant", "show", ""}), Words{});
     std::filesystem::create_directories(Scratch.File("home"));
     std::filesystem::copy(Journal, Scratch.File("home/copy.db"));
-    EXPECT_EQ(Offered({"--file", "~/copy.db", "plant", "show", "tha"}), Words{"Thai Basil"});
+    for (const Words& file : {Words{"--file", "~/copy.db"}, {"--file=~/copy.db"}})
+    {
+        Words words = file;
+        words.insert(words.end(), {"plant", "show", "tha"});
+        EXPECT_EQ(Offered(words), Words{"Thai Basil"});
+    }
     const Words withoutHome = {"env",   "-u",   "HOME", PLANTJOURNAL_COMMAND, "complete", "--file", "~/copy.db",
                                "plant", "show", ""};
     EXPECT_EQ(RunningProgram(withoutHome, Around).End().Status, 0);
@@ -250,6 +257,14 @@ class ShellCompletionTest : public CompletionTest
                 words += '<' + word + '>';
             words += end;
         }
+        const std::string home = Scratch.File("home/bin/plantjournal");
+        std::filesystem::create_directories(Scratch.File("home/bin"));
+        Write("home/bin/plantjournal", "#!/bin/sh\n[ $1 != complete ] || exec '" PLANTJOURNAL_COMMAND
+                                       "' \"$@\"\nprintf '<%s>' home \"$@\"\necho endhome\n");
+        std::filesystem::permissions(home, std::filesystem::perms::owner_all);
+        program.Type("~/bin/plantjournal plant show Th\t\n");
+        ASSERT_TRUE(program.Await("endhome"));
+        expected.emplace_back("<home><plant><show><Thai Basil>endhome");
         program.Type("exit\n");
         const std::string shown = program.End().Out;
         for (const std::string& words : expected)

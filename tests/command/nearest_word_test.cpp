@@ -51,6 +51,7 @@ TEST_F(NearestWordTest, AWordWithoutANearOneIsAnsweredWithTheList)
     EXPECT_EQ(Answer({"--zzz"}), "unknown option \"--zzz\"; `plantjournal help` lists the options\n");
     EXPECT_EQ(Answer({"harvest", "add", "Basil", "--weigh", "5"}), // neither a word of --wet-weight-g nor its beginning
               "harvest add: unknown option \"--weigh\"; `plantjournal help harvest add` lists the options\n");
+    EXPECT_EQ(Answer({"-"}), "unknown command \"-\"; `plantjournal help` lists the commands\n");
     EXPECT_EQ(Answer({"-x"}), "unknown option \"-x\"; `plantjournal help` lists the options\n");
 }
 
@@ -119,6 +120,7 @@ TEST_F(NearestWordTest, MissingWordsAreNamedWithTheUsage)
     EXPECT_EQ(Answer({"care", "delete"}),
               "care delete: PLANT, ID are missing; `plantjournal help care delete` shows examples\n"
               "usage: plantjournal care delete PLANT ID [OPTION...]\n");
+    EXPECT_EQ(Answer({"care", "delete", "Basil"}).find("care delete: ID is missing; "), 0U);
     EXPECT_EQ(Answer({"plant"}), "plant: a command is missing; `plantjournal help plant` describes list, show, add, "
                                  "edit, delete, duplicate, tree\n");
     EXPECT_EQ(Answer({"--json"}), "a command is missing; `plantjournal help` describes them\n");
@@ -175,6 +177,17 @@ TEST_F(NearestWordTest, AtMostThreeNearNamesAreNamed)
     EXPECT_EQ(Refused({"plant", "show", "Basil"}),
               "plantjournal: \"Basil\": no plant has this name or UUID; did you mean \"Basil 1\", \"Basil 2\" or "
               "\"Basil 3\"?\n");
+}
+
+TEST_F(NearestWordTest, TheNearestOfSeveralNamesAreNamed)
+{
+    for (const char* name : {"Basil 1", "Bazil", "Tomate", "Sbasil Basil"})
+        Done({"plant", "add", name});
+    const auto answer = [this](const std::string& name) { return Refused({"plant", "show", name}); };
+    EXPECT_NE(answer("Basil").find("did you mean \"Basil 1\", \"Bazil\" or \"Sbasil Basil\"?"), std::string::npos);
+    EXPECT_NE(answer("Tomoti").find("did you mean \"Tomate\"?"), std::string::npos); // two of six letters differ
+    NoticesOf({"plant", "add", "Básil"});
+    EXPECT_NE(answer("Basil").find("did you mean \"Básil\"?"), std::string::npos); // only the accent differs
 }
 
 TEST_F(NearestWordTest, AWordOfALongerNameIsNear)

@@ -111,6 +111,17 @@ TEST_F(PlantListTest, TheLastCareIsThatOfTheNewestDate)
     EXPECT_EQ(TextUnder("Last care"), "today (Feed)");
 }
 
+TEST_F(PlantListTest, EachPlantHasItsOwnLastCare)
+{
+    AddPlant({"Basil", "--uuid", "b1"});
+    AddPlant({"Chili", "--uuid", "c1"});
+    Done({"water", "Basil", "--care-date", DaysAgo(2)});
+    Done({"feed", "Chili", "--care-date", DaysAgo(3)});
+    EXPECT_EQ(Done({"plant", "list"}), "Name   Stage  Last care        UUID\n"
+                                       "Basil  Veg    2 d ago (Water)  b1\n"
+                                       "Chili  Veg    3 d ago (Feed)   c1\n");
+}
+
 TEST_F(PlantListTest, OptionsSelectByStageStrainAndTent)
 {
     AddPlant({"Anise", "--strain", "Кріп", "--tent", "South", "--stage", "flower"});

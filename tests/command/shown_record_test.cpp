@@ -109,6 +109,13 @@ TEST_F(ShownRecordTest, APlantIsShownInWords)
                                              "Notes           by the window\n");
 }
 
+TEST_F(ShownRecordTest, TheMotherOfAPlantIsShownByHerName)
+{
+    Done({"plant", "add", "Thai"});
+    Done({"plant", "add", "Cutting", "--mother", "Thai"});
+    EXPECT_NE(Done({"plant", "show", "Cutting"}).find("\nMother  Thai\n"), std::string::npos);
+}
+
 TEST_F(ShownRecordTest, AStrainWithoutPlantsHasCountsOfZero)
 {
     Done({"strain", "add", "Roma"});

@@ -147,6 +147,7 @@ TEST_F(TableTest, AColumnIsDroppedRatherThanANameCut)
     EXPECT_EQ(headings(54), name + "Strain    Stage"); // exactly
     EXPECT_EQ(headings(53), name + "Strain");
     EXPECT_EQ(headings(46), "Name");
+    EXPECT_EQ(headings(30), "Name");
     EXPECT_EQ(LinesAt(46, {"plant", "list"}).at(1), plant.Name);
 }
 
@@ -228,11 +229,13 @@ TEST_F(TableTest, TablesInAPipeAreWhole)
 
 TEST_F(TableTest, AShortUUIDNamesItsPlant)
 {
-    const Words uuids = {"abcdef01-1", "abcdef02-2", "abcd", "12345678-3", "b1", "éé34é678", "éé34é699"};
+    const Words uuids = {"abcdef01-1", "abcdef02-2", "abcd", "12345678-3", "b1",
+                         "éé34é678",   "éé34é699",   "wxyz", "wxyz-1",     "deadbeef"};
     for (const std::string& uuid : uuids)
         AddPlants({PlantNamed("Plant " + uuid, uuid)});
-    AddPlants({PlantNamed("1234", "99999999")}); // a name that a prefix must not be equal to
-    const Words expected = {"abcdef01", "abcdef02", "abcd", "12345", "b1", "éé34é67", "éé34é69"};
+    AddPlants({PlantNamed("1234", "99999999"), PlantNamed("DEAD", "88888888")}); // names that no prefix may be equal to
+    const Words expected = {"abcdef01", "abcdef02", "abcd", "12345", "b1",
+                            "éé34é67",  "éé34é69",  "wxyz", "wxyz-", "deadb"};
     const std::vector<std::string> lines = LinesAt(80, {"plant", "list"});
     for (std::size_t i = 0; i < uuids.size(); ++i)
     {
@@ -243,6 +246,12 @@ TEST_F(TableTest, AShortUUIDNamesItsPlant)
         EXPECT_TRUE(line->ends_with("  " + expected[i])) << *line;
         EXPECT_EQ(Parsed({"plant", "show", expected[i]}).at("UUID"), uuids[i]);
     }
+}
+
+TEST_F(TableTest, AShortUUIDIsUniqueAmongPlantsThatAreNotListed)
+{
+    AddPlants({PlantNamed("Basil", "abcdef01-1", "Genovese"), PlantNamed("Mint", "abcdef02-2")});
+    EXPECT_TRUE(LinesAt(80, {"plant", "list", "--strain", "Genovese"}).at(1).ends_with("  abcdef01"));
 }
 
 TEST_F(TableTest, APlantWithoutANameIsShownByItsUUID)

@@ -109,8 +109,10 @@ TEST_F(BasilTest, OnANarrowTerminalTheDetailsOfATimelineAreCut)
     SkipWithoutTerminal();
     Around.Environment.emplace_back("NO_COLOR=1");
     Done({"note", "add", "Basil", "Four new pairs of leaves", "--entry-date", "2026-05-06"});
+    Done({"note", "add", "Basil", "Four", "--entry-date", "2026-05-05", "--type", "milestone"});
     EXPECT_EQ(RunOnTerminal({"timeline", "Basil"}, {}, 33).Out, "Date        Kind         Details\n"
-                                                                "2026-05-06  Observation  Four ne…\n");
+                                                                "2026-05-06  Observation  Four ne…\n"
+                                                                "2026-05-05  Milestone    Four\n");
 }
 
 TEST_F(BasilTest, AnEmptyTimelineIsSafeForATerminal)
