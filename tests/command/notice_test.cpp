@@ -87,6 +87,14 @@ TEST_F(NoticeTest, ALargeNumberIsWrittenWithoutAnExponent)
     EXPECT_EQ(Done({"water", "Mint", "--amount-ml", "0.00002"}), "Watered Mint: 0.00002 ml (care 4)\n");
 }
 
+TEST_F(NoticeTest, AnImportWarnsOfALargeNumberWithoutAnExponent)
+{
+    Write("care.json", R"({"Plants": [{"UUID": "m1", "Name": "Mint"}],
+                           "PlantCareEntries": [{"PlantUUID": "m1", "CareDate": "2026-05-01", "AmountMl": 200000}]})");
+    const std::string warnings = NoticesOf({"import", "care.json"});
+    EXPECT_NE(warnings.find("AmountMl: \"200000\": the amount is above 100 l"), std::string::npos) << warnings;
+}
+
 TEST_F(NoticeTest, AnEditMindsOnlyTheFieldsThatItSets)
 {
     Keep(
