@@ -48,6 +48,7 @@ TEST_F(CompletionTest, CompletionOffersCommandsWithTheirPurpose)
     EXPECT_EQ(Offered({"help", "plant", "du"}), Words{"duplicate"});
     EXPECT_EQ(Done({"complete", "ti"}).substr(0, 9), "timeline\t");
     EXPECT_EQ(Offered({"help", "zzz", ""}), Words{});
+    EXPECT_EQ(Offered({"plant", "zzz", ""}), Words{});
 }
 
 TEST_F(CompletionTest, CompletionOffersFlags)

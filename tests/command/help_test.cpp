@@ -178,6 +178,9 @@ TEST_F(HelpTest, HelpDescribesArgumentsOptionsAndTheirValues)
         EXPECT_NE(help.find(part), std::string::npos) << part << '\n' << help;
     EXPECT_NE(Done({"help", "plant", "delete"}).find("\n  -y, --yes "), std::string::npos);
     EXPECT_EQ(help.find("--version"), std::string::npos); // an option of the program alone
+    const std::string group = Done({"help", "plant"});
+    EXPECT_TRUE(group.starts_with("usage: plantjournal plant COMMAND [ARGUMENT...] [OPTION...]\n")) << group;
+    EXPECT_EQ(group.find("plant list --stage"), std::string::npos); // only the first example of each command
     EXPECT_NE(Done({"help", "plant", "list"}).find("usage: plantjournal plant list [OPTION...]\n"), std::string::npos);
     EXPECT_NE(Done({"help", "care", "list"}).find("care list [PLANT] [OPTION...]\n"), std::string::npos);
 }

@@ -229,13 +229,14 @@ TEST_F(TableTest, TablesInAPipeAreWhole)
 
 TEST_F(TableTest, AShortUUIDNamesItsPlant)
 {
-    const Words uuids = {"abcdef01-1", "abcdef02-2", "abcd", "12345678-3", "b1",
-                         "éé34é678",   "éé34é699",   "wxyz", "wxyz-1",     "deadbeef"};
+    const Words uuids = {"abcdef01-1", "abcdef02-2", "abcd",   "12345678-3", "b1",       "éé34é678",
+                         "éé34é699",   "wxyz",       "wxyz-1", "deadbeef",   "FEEDBACK", "üüber1"};
     for (const std::string& uuid : uuids)
         AddPlants({PlantNamed("Plant " + uuid, uuid)});
-    AddPlants({PlantNamed("1234", "99999999"), PlantNamed("DEAD", "88888888")}); // names that no prefix may be equal to
-    const Words expected = {"abcdef01", "abcdef02", "abcd", "12345", "b1",
-                            "éé34é67",  "éé34é69",  "wxyz", "wxyz-", "deadb"};
+    AddPlants({PlantNamed("1234", "99999999"), PlantNamed("DEAD", "88888888"),
+               PlantNamed("feed", "77777777")}); // names that no prefix may be equal to
+    const Words expected = {"abcdef01", "abcdef02", "abcd",  "12345", "b1",    "éé34é67",
+                            "éé34é69",  "wxyz",     "wxyz-", "deadb", "FEEDB", "üübe"};
     const std::vector<std::string> lines = LinesAt(80, {"plant", "list"});
     for (std::size_t i = 0; i < uuids.size(); ++i)
     {
