@@ -90,7 +90,7 @@ TEST_F(ManualTest, TheManualDescribesArgumentsAndTypesOfValues)
 {
     for (
         const char* section :
-        {"\n.ad l\n.SH NAME\nplantjournal \\- keep a plant journal: ",
+        {".SH DESCRIPTION\nplantjournal keeps", "\n.ad l\n.SH NAME\nplantjournal \\- keep a plant journal: ",
          "creates the\nfile.\n.PP\n`plantjournal help` lists",
          ".SS plant show\n.B plantjournal plant show\nPLANT [OPTION...]\n.PP\nShow every field of a plant that was entered.\n"
          ".TP\n.I PLANT\n",

@@ -72,7 +72,7 @@ TEST_F(SimilarNameTest, NumbersOfPlantsAreNotReported)
 
 TEST_F(SimilarNameTest, LabelsOfOneOrTwoLettersAreReportedOnlyForTheirCase)
 {
-    for (const char* name : {"A", "B", "AB", "BB", "BBC", "XYZ", "XY"})
+    for (const char* name : {"A", "B", "AB", "BB", "BBC", "XYZ", "XY", "ЖЯ", "ЖЮ"})
         EXPECT_EQ(NoticeOfPlant(name), "") << name;
     EXPECT_NE(NoticeOfPlant("a").find("only in case"), std::string::npos);
 }
