@@ -92,14 +92,21 @@ TEST_F(CareCommandTest, WhatIsNotAnAmountIsRefused)
 {
     for (const char* text : {"500", "-500ml", "1,5l", "ml", "", "1.2.3l", "5e2ml", "half", "500ml each"})
         EXPECT_NE(Mistaken({"water", "Basil", "--amount=" + std::string(text)})
-                      .find("is not an amount; write it like 500ml or 0.5l"),
+                      .find("is not an amount; write an amount like 500ml or 0.5l"),
                   std::string::npos)
             << text;
     EXPECT_NE(Mistaken({"water", "Basil", "1,5l"}).find("\"1,5l\" is not an amount"), std::string::npos);
     EXPECT_NE(Mistaken({"water", "Basil", "1" + std::string(400, '0') + "l"}).find("is not an amount"),
               std::string::npos);
     EXPECT_NE(Refused({"water", "500ml", "Basil"}).find("\"500ml\": no plant has this name"), std::string::npos);
-    EXPECT_NE(Refused({"water", "Basil", "500xl"}).find("\"500xl\": no plant has this name"), std::string::npos);
+    for (const Words& words :
+         {Words{"feed", "Chili", "1/4l"}, {"water", "Basil", "Chili", "1litre"}, {"feed", "--all", "500xl"}})
+        EXPECT_EQ(Mistaken(words), "plantjournal: " + words.front() + ": \"" + words.back() +
+                                       "\" is not an amount; write an amount like 500ml or 0.5l\n");
+    Done({"plant", "add", "7 Pot"});
+    EXPECT_EQ(Done({"water", "Basil", "7 pot", "-q"}), "1\n2\n");
+    EXPECT_NE(Refused({"water", "Basil", "7 Pots", "1l"}).find("\"7 Pots\": no plant has this name"),
+              std::string::npos);
 }
 
 TEST_F(CareCommandTest, ANumberWithoutAUnitIsNotThePrefixOfAUUID)
@@ -107,7 +114,8 @@ TEST_F(CareCommandTest, ANumberWithoutAUnitIsNotThePrefixOfAUUID)
     Done({"plant", "add", "Egg", "--uuid", "15001500-0000-4000-8000-000000000000"});
     EXPECT_NE(Mistaken({"water", "Basil", "1500"}).find("\"1500\" has no unit; write an amount like 1500ml"),
               std::string::npos);
-    EXPECT_NE(Mistaken({"water", "--all", "1500"}).find("has no unit"), std::string::npos);
+    for (const Words& words : {Words{"water", "--all", "150"}, {"water", "150"}})
+        EXPECT_EQ(Mistaken(words), "plantjournal: water: \"150\" has no unit; write an amount like 150ml\n");
     EXPECT_EQ(Done({"water", "1500"}), "Watered Egg (care 1)\n");
     EXPECT_EQ(Done({"water", "Basil", "1500", "--amount", "1l", "-q"}), "2\n3\n");
 }
@@ -145,6 +153,24 @@ TEST_F(CareCommandTest, SelectorsReachGrowingPlantsOnly)
     EXPECT_NE(Refused({"water", "--tent", "Attic"}).find("no growing plant matches the options"), std::string::npos);
     EXPECT_NE(Mistaken({"water"}).find("no plant was named"), std::string::npos);
     EXPECT_NE(Mistaken({"water", "500ml"}).find("no plant was named"), std::string::npos);
+}
+
+TEST_F(CareCommandTest, AnUnknownTentOrStrainNamesTheNearest)
+{
+    EXPECT_EQ(Refused({"feed", "--tent", "Bigg"}),
+              "plantjournal: no growing plant matches the options; did you mean --tent \"Big\"?\n");
+    EXPECT_EQ(Refused({"feed", "--strain", "Genoveze", "--tent", "big"}),
+              "plantjournal: no growing plant matches the options; did you mean --strain \"Genovese\"?\n");
+    EXPECT_EQ(Refused({"feed", "--tent", "Attic"}), "plantjournal: no growing plant matches the options; `plantjournal "
+                                                    "plant list` shows the plants\n");
+}
+
+TEST_F(CareCommandTest, TheWordAllWithoutDashesNamesTheOption)
+{
+    EXPECT_EQ(Refused({"water", "All", "100ml"}),
+              "plantjournal: \"All\": no plant has this name or UUID; did you mean --all?\n");
+    Done({"plant", "add", "ALL"});
+    EXPECT_EQ(Done({"water", "all", "100ml"}), "Watered ALL: 100 ml (care 1)\n");
 }
 
 TEST_F(CareCommandTest, ANamedPlantIsReachedInAnyStage)

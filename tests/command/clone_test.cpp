@@ -95,6 +95,13 @@ TEST_F(CloneTest, ANameInUseIsRefused)
     EXPECT_NE(Mistaken({"clone", "Basil", ""}).find("the name is empty"), std::string::npos);
 }
 
+TEST_F(CloneTest, ANameOfDigitsOnlyIsRefused)
+{
+    EXPECT_EQ(Mistaken({"clone", "Basil", "2"}),
+              "plantjournal: clone: NAME: \"2\" is not the name of a clone; did you mean --count 2?\n");
+    Done({"clone", "Basil", "2b"});
+}
+
 TEST_F(CloneTest, ANameLikeAnotherOneIsNoticed)
 {
     const ProgramResult outcome = Run({"clone", "Basil", "Bazil"});
@@ -106,7 +113,7 @@ TEST_F(CloneTest, ANameLikeAnotherOneIsNoticed)
 TEST_F(CloneTest, ACountIsFrom1To1000)
 {
     for (const char* count : {"0", "-1", "1001", "many", "", "1.5", "99999999999999999999"})
-        EXPECT_NE(Mistaken({"clone", "Basil", "--count=" + std::string(count)}).find("is not a number of clones"),
+        EXPECT_NE(Mistaken({"clone", "Basil", "--count=" + std::string(count)}).find("is not a number of plants"),
                   std::string::npos)
             << count;
     EXPECT_EQ(Parsed({"clone", "Basil", "--count", "1000"}).size(), 1000U);

@@ -20,7 +20,9 @@ TEST_F(ExportTest, AnExportHasEachRecordOfTheListsOnALineOfItsOwn)
 {
     KeepEverything();
     const std::string before = FileBytes(Journal);
-    EXPECT_EQ(Done({"export", "journal.json"}), "");
+    EXPECT_EQ(Done({"export", "journal.json"}), "Exported " + Journal + " to journal.json\n");
+    for (const char* option : {"--quiet", "--json"})
+        EXPECT_EQ(Done({"export", option, std::string("copy") + option + ".json"}), "");
     const std::string text = ExportBytes("journal.json");
     EXPECT_EQ(Exported(), text);
     EXPECT_EQ(FileBytes(Journal), before);
@@ -65,7 +67,7 @@ TEST_F(ExportTest, AnExportIsInTheOrderOfTheRowIDs)
 TEST_F(ExportTest, AnExportAsCSVHasAFileForEachTable)
 {
     KeepEverything();
-    EXPECT_EQ(Done({"export", "--csv", "csv"}), "");
+    EXPECT_EQ(Done({"export", "--csv", "csv"}), "Exported " + Journal + " to csv\n");
     int files = 0;
     for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(Scratch.File("csv")))
         ++files;

@@ -185,6 +185,33 @@ TEST_F(HelpTest, HelpDescribesArgumentsOptionsAndTheirValues)
     EXPECT_NE(Done({"help", "care", "list"}).find("care list [PLANT] [OPTION...]\n"), std::string::npos);
 }
 
+TEST_F(HelpTest, EveryCommandThatTakesADateDescribesDates)
+{
+    std::size_t dated = 0;
+    ForEachCommand(
+        [&](const std::string& path, const std::string& help)
+        {
+            const bool takesDate =
+                help.find(" DATE ") != std::string::npos || help.find(" DATE\n") != std::string::npos;
+            const std::string forms =
+                "\nDates: today, yesterday, tomorrow, a weekday, 3d, 2w or 1m ago, 2025-03-01,\n2025-03, 2025.\n";
+            EXPECT_EQ(help.find(forms) != std::string::npos, takesDate) << path;
+            dated += takesDate ? 1 : 0;
+        });
+    EXPECT_GT(dated, 20U);
+}
+
+TEST_F(HelpTest, SelectorsSelectByTheStateOfToday)
+{
+    for (const char* command : {"feed", "stage", "note", "transplant"})
+    {
+        const std::string help = Done({"help", command});
+        for (const char* part :
+             {"all plants that grow today, whatever --date is", "growing plants that are in this tent today"})
+            EXPECT_NE(help.find(part), std::string::npos) << help;
+    }
+}
+
 TEST_F(HelpTest, TheVersionIsPrinted)
 {
     EXPECT_EQ(Done({"--version"}), "plantjournal " PLANTJOURNAL_VERSION "\n");

@@ -44,8 +44,6 @@ TEST_F(NearestWordTest, SeveralNearWordsAreAllNamed)
 TEST_F(NearestWordTest, AWordWithoutANearOneIsAnsweredWithTheList)
 {
     EXPECT_EQ(Answer({"zzz"}), "unknown command \"zzz\"; `plantjournal help` lists the commands\n");
-    EXPECT_EQ(Answer({"plant", "dig"}),
-              "plant: unknown command \"dig\"; `plantjournal help plant` lists the commands\n");
     EXPECT_EQ(Answer({"plant", "show", "Basil", "--zzz"}),
               "plant show: unknown option \"--zzz\"; `plantjournal help plant show` lists the options\n");
     EXPECT_EQ(Answer({"--zzz"}), "unknown option \"--zzz\"; `plantjournal help` lists the options\n");
@@ -53,6 +51,16 @@ TEST_F(NearestWordTest, AWordWithoutANearOneIsAnsweredWithTheList)
               "harvest add: unknown option \"--weigh\"; `plantjournal help harvest add` lists the options\n");
     EXPECT_EQ(Answer({"-"}), "unknown command \"-\"; `plantjournal help` lists the commands\n");
     EXPECT_EQ(Answer({"-x"}), "unknown option \"-x\"; `plantjournal help` lists the options\n");
+}
+
+TEST_F(NearestWordTest, AGroupWithoutItsCommandNamesItsCommandAdd)
+{
+    EXPECT_EQ(Answer({"harvest", "Basil 1", "--wet-weight-g", "210"}),
+              "harvest: unknown command \"Basil 1\"; did you mean \"harvest add\"?\n");
+    for (const char* group : {"plant", "strain", "care", "event", "photo", "health"})
+        EXPECT_EQ(Answer({group, "Basil 1"}),
+                  std::string(group) + ": unknown command \"Basil 1\"; did you mean \"" + group + " add\"?\n");
+    EXPECT_EQ(Answer({"harvest", "lst"}), "harvest: unknown command \"lst\"; did you mean list?\n");
 }
 
 TEST_F(NearestWordTest, AnUnknownOptionNamesTheNearest)
@@ -136,6 +144,23 @@ TEST_F(NearestWordTest, AnOptionWithoutItsValueSaysWhatItTakes)
               "care add: --ec is given more than once; give it once\n");
 }
 
+TEST_F(NearestWordTest, AWrongValueNamesTheOptionAsItWasTyped)
+{
+    Done({"plant", "add", "Basil"});
+    const auto beginsWith = [this](const Words& words, const std::string& begin)
+    {
+        const std::string answer = Answer(words);
+        EXPECT_TRUE(answer.starts_with(begin)) << answer;
+    };
+    beginsWith({"feed", "Basil", "--date", "soon"}, "feed: --date: \"soon\" is not a date; ");
+    beginsWith({"feed", "Basil", "--date=soon"}, "feed: --date: \"soon\" is not a date; ");
+    beginsWith({"feed", "Basil", "--care-date", "soon"}, "feed: --care-date: \"soon\" is not a date; ");
+    beginsWith({"feed", "Basil", "--date", "3d", "--date", "2d"}, "feed: --date is given more than once; ");
+    beginsWith({"feed", "Basil", "--date"}, "feed: --date has no value; write --date DATE");
+    beginsWith({"transplant", "Basil", "--pot-size"}, "transplant: --pot-size has no value; write --pot-size TEXT");
+    beginsWith({"plant", "add", "--name", ""}, "plant add: --name: the text is empty");
+}
+
 TEST_F(NearestWordTest, AnUnknownValueNamesTheNearest)
 {
     EXPECT_EQ(
@@ -148,6 +173,18 @@ TEST_F(NearestWordTest, AnUnknownValueNamesTheNearest)
     EXPECT_EQ(Answer({"care", "edit", "Basil", "one", "--ec", "1"}),
               "care edit: ID: \"one\" is not a whole number; `plantjournal help care edit` describes the values\n");
     EXPECT_EQ(Answer({"care", "add", "Basil", "--ec", "1e999"}).find("care add: --ec: \"1e999\" is too large; "), 0U);
+}
+
+TEST_F(NearestWordTest, ALongFormOfAValueNamesTheValue)
+{
+    Done({"plant", "add", "Basil"});
+    for (const auto& [word, stage] : {std::pair{"vegetative", "Veg"}, {"flowering", "Flower"}, {"seedling", "Seed"}})
+        EXPECT_EQ(Answer({"stage", "--all", word}),
+                  "stage: \"" + std::string(word) +
+                      "\" is not one of Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived; did you mean " +
+                      stage + "?\n");
+    EXPECT_NE(Answer({"stage", "--all", "zzz"}).find("Archived; write the stage after the plants\n"),
+              std::string::npos);
 }
 
 TEST_F(NearestWordTest, AnUnknownPlantOrStrainNamesTheNearest)

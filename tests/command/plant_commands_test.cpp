@@ -81,6 +81,55 @@ TEST_F(BasilTest, APlantNeedsOnlyAName)
     Mistaken({"plant", "edit", "Basil", "--name", ""});
 }
 
+TEST_F(BasilTest, ACountAddsPlantsWithNumberedNames)
+{
+    const std::string before = Done({"export", "-"});
+    const std::string lines =
+        Done({"plant", "add", "Dill", "--count", "3", "--strain", "Tetra", "--seed-date", "2026-03-01"});
+    std::string expected;
+    for (const char* name : {"Dill 1", "Dill 2", "Dill 3"})
+    {
+        const JSON plant = Parsed({"plant", "show", name});
+        ExpectFields(plant, {{"Strain", "Tetra"}, {"SeedDate", "2026-03-01"}, {"Stage", "Veg"}});
+        expected += "Added " + std::string(name) + ": Tetra, stage Veg (" + plant.at("UUID").get<std::string>() + ")\n";
+    }
+    EXPECT_EQ(lines, expected);
+    Done({"undo", "--yes"});
+    EXPECT_EQ(Done({"export", "-"}), before);
+}
+
+TEST_F(BasilTest, ACountContinuesTheExistingNumbers)
+{
+    Done({"plant", "add", "basil 4"});
+    const JSON plants = Parsed({"plant", "add", "Basil", "--count", "2"});
+    ASSERT_EQ(plants.size(), 2U);
+    EXPECT_EQ(plants.at(0).at("Name"), "Basil 5");
+    EXPECT_EQ(plants.at(1).at("Name"), "Basil 6");
+    EXPECT_EQ(Parsed({"plant", "add", "Rue", "--count", "1"}).at(0).at("Name"), "Rue 1");
+    EXPECT_EQ(Done({"plant", "add", "Rue", "--count", "2", "-q"}).size(), 2U * 37U);
+}
+
+TEST_F(BasilTest, ACountWithAWrongValueAddsNoPlant)
+{
+    for (const char* count : {"0", "1001", "many"})
+        EXPECT_NE(Mistaken({"plant", "add", "Dill", "--count", count})
+                      .find("--count: \"" + std::string(count) + "\" is not a number of plants"),
+                  std::string::npos);
+    EXPECT_NE(Mistaken({"plant", "add", "Dill", "--count", "2", "--uuid", "d1"}).find("--uuid contradicts --count"),
+              std::string::npos);
+    EXPECT_NE(Refused({"plant", "add", "Dill", "--count", "2", "--mother", "Rosemary"}).find("no plant has this name"),
+              std::string::npos);
+    const std::string notice = NoticesOf({"plant", "add", "Dill", "--count", "3", "--seed-date", "2999"});
+    EXPECT_EQ(notice.find("notice: "), notice.rfind("notice: ")) << notice; // one line for all plants
+    EXPECT_NE(notice.find("plant Dill 1 and 2 more: "), std::string::npos) << notice;
+}
+
+TEST_F(CommandTest, ACountCreatesTheJournal)
+{
+    Done({"plant", "add", "Basil", "--count", "2"});
+    EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
+}
+
 TEST_F(BasilTest, AnEditChangesOnlyTheGivenFields)
 {
     const JSON before = Basil();

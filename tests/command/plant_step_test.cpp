@@ -184,6 +184,15 @@ TEST_F(PlantStepTest, TheTentOfATransplantSelectsAndToTentMoves)
 
 // ---- Topping, training, defoliation
 
+TEST_F(PlantStepTest, ATransplantFromAnEmptyTentNamesToTent)
+{
+    const std::string message = Refused({"transplant", "--strain", "Genovese", "--tent", "Attic"});
+    EXPECT_NE(message.find("no growing plant matches the options; "), std::string::npos) << message;
+    EXPECT_NE(message.find("--tent selects the plants in a tent; --to-tent moves them to another."), std::string::npos)
+        << message;
+    EXPECT_EQ(Refused({"transplant", "--strain", "Rue"}).find("--to-tent"), std::string::npos);
+}
+
 TEST_F(PlantStepTest, EachTrainingHasItsTypeOfEvent)
 {
     const std::string before = Shown("Basil").dump();

@@ -178,7 +178,7 @@ TEST_F(UndoTest, AJournalIsTheSameUnderAnotherName)
 TEST_F(UndoTest, WhatAFailedCommandStoredIsUndone)
 {
     const std::string before = Exported();
-    EXPECT_EQ(Run({"plant", "add", "Mint", "--uuid", "b1", "--strain", "Spearmint"}).Status, 1);
+    EXPECT_EQ(Run({"plant", "edit", "Basil", "--mother", "Basil", "--strain", "Spearmint"}).Status, 1);
     EXPECT_NE(Exported(), before); // the strain was stored
     EXPECT_EQ(DoneLine({"undo", "--yes"}), "Undone: The stored part of a command that failed");
     EXPECT_EQ(Exported(), before);

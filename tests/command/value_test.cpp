@@ -68,6 +68,15 @@ TEST_F(BasilTest, NumbersAreFiniteAndTakeTheWholeText)
     EXPECT_NE(Done({"care", "list", "b1", "--newest", "1"}).find(" 0.1\n"), std::string::npos); // the shortest digits
 }
 
+TEST_F(BasilTest, ADecimalCommaIsAnsweredWithTheDecimalPoint)
+{
+    EXPECT_EQ(Mistaken({"feed", "Basil", "--ec", "1,2"}), "plantjournal: feed: --ec: \"1,2\" is not a number; write a "
+                                                          "decimal point, not a comma\n");
+    for (const char* text : {"1,", "1,2x", "1,2,3", ","})
+        EXPECT_EQ(Mistaken({"feed", "Basil", "--ec", text}).find("decimal point"), std::string::npos) << text;
+    EXPECT_EQ(Mistaken({"health", "add", "Basil", "Rust", "--severity", "1,2"}).find("comma"), std::string::npos);
+}
+
 TEST_F(BasilTest, TextsAreStoredByteForByte)
 {
     for (const std::string text : {"-x", "--", "=", "紅", "\xFF\xFE", "two\nlines\r", "'; DROP TABLE Plants; --"})

@@ -1,5 +1,6 @@
 #include "command_line/help.h"
 
+#include "command_line/help_texts.h"
 #include "command_line/structure.h"
 #include "record/text.h"
 #include "terminal/printable.h"
@@ -162,6 +163,13 @@ std::string ProgramHelp(const CLI::App& program, std::size_t width)
     return out.str();
 }
 
+bool TakesDate(const CLI::App& app)
+{
+    const OptionList options = OptionsOf(app);
+    return std::any_of(options.begin(), options.end(),
+                       [](const CLI::Option* option) { return option->get_type_name() == "DATE"; });
+}
+
 } // namespace
 
 std::string UsageLine(const CLI::App& app)
@@ -194,6 +202,8 @@ std::string HelpText(const CLI::App& app, std::size_t width)
     WriteEntries(out, "Arguments", arguments, width);
     WriteEntries(out, "Commands", CommandEntries(app), width);
     WriteEntries(out, "Options", FlagEntries(app), width);
+    if (TakesDate(app))
+        out << '\n' << Wrapped(DateForms, 0, 0, width) << '\n';
     WriteExamples(out, app);
     out << '\n' << Wrapped(OptionsOfEveryCommand(app), 0, 0, width) << '\n';
     return out.str();

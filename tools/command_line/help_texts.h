@@ -7,6 +7,10 @@
 
 constexpr const char* Purpose = "keep a plant journal: plants, care, harvests, photos, health and notes";
 
+// Printed after the options of a command that takes a date.
+constexpr const char* DateForms =
+    "Dates: today, yesterday, tomorrow, a weekday, 3d, 2w or 1m ago, 2025-03-01, 2025-03, 2025.";
+
 // A heading of the help, and the commands under it in their order. A command of a group is named with its group.
 struct HelpHeading
 {
@@ -50,7 +54,7 @@ regardless of the case of letters; a prefix of its UUID of at least four charact
 command lists them and does nothing.
 
 The options --all, --strain, --tent and --stage of a command that changes plants select plants in the stages Seed,
-Clone, Veg and Flower.
+Clone, Veg and Flower. They select by the state of today, whatever --date is.
 )"},
     {"VALUES", R"(
 A date is YYYY-MM-DD, YYYY-MM, YYYY, today, yesterday, tomorrow, a weekday such as monday or mon (the last one, today

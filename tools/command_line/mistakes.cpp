@@ -100,7 +100,9 @@ class UnknownWords
             if (command == nullptr)
             {
                 const std::vector<std::string> nearest = Nearest(word, CommandNames(group));
-                Lines.push_back(UnknownCommand(group, word, nearest));
+                Lines.push_back(nearest.empty() && CommandNamed(group, "add") != nullptr
+                                    ? UnknownCommand(group, word, {InQuotes(PathOf(group) + " add")})
+                                    : UnknownCommand(group, word, nearest));
                 command = nearest.size() == 1 ? CommandNamed(group, nearest.front()) : nullptr;
                 Lost = command == nullptr; // then the other words have no meaning
             }
@@ -142,6 +144,22 @@ const CLI::Option* OptionNamed(const std::string& name, const CLI::App& app, con
     return nullptr;
 }
 
+// The name of an option as the user typed it, the last one if there are several; `otherwise` where it has no flag.
+std::string TypedName(const CLI::Option& option, const std::vector<std::string>& arguments,
+                      const std::string& otherwise)
+{
+    std::string name = otherwise;
+    for (const std::string& argument : arguments)
+    {
+        if (argument == "--")
+            break;
+        const std::string flag = argument.substr(0, argument.find('='));
+        if (flag.starts_with("--") && option.check_name(flag))
+            name = flag;
+    }
+    return name;
+}
+
 } // namespace
 
 std::string DescribeUnknownWords(const CLI::App& program)
@@ -155,7 +173,8 @@ std::string DescribeUnknownWords(const CLI::App& program)
     return message;
 }
 
-std::string DescribeMistake(const CLI::App& program, const CLI::ParseError& mistake)
+std::string DescribeMistake(const CLI::App& program, const CLI::ParseError& mistake,
+                            const std::vector<std::string>& arguments)
 {
     const CLI::App& app = ParsedCommand(program);
     const std::string message = mistake.what();
@@ -168,13 +187,14 @@ std::string DescribeMistake(const CLI::App& program, const CLI::ParseError& mist
     const CLI::Option* option = OptionNamed(name, app, program);
     if (dynamic_cast<const CLI::RequiredError*>(&mistake) != nullptr)
         return DescribeMissing(app);
+    const std::string typed = option == nullptr ? name : TypedName(*option, arguments, name);
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&mistake) != nullptr && option != nullptr)
-        return Place(app) + name +
+        return Place(app) + typed +
                (option->results().size() > 1 ? " is given more than once; give it once"
-                                             : " has no value; write " + name + ' ' + ValueName(*option));
+                                             : " has no value; write " + typed + ' ' + ValueName(*option));
     if (isConversion && option != nullptr)
-        return Place(app) + name + " takes no value; write only " + name;
-    return Place(app) + message +
+        return Place(app) + typed + " takes no value; write only " + typed;
+    return Place(app) + (message.starts_with(name) ? typed + message.substr(name.size()) : message) +
            (message.find("; ") == std::string::npos ? "; " + HelpLine(app) + " describes the values" : "");
 }
 

@@ -21,8 +21,9 @@ class Mistake : public std::runtime_error
 // where it knows all of them.
 std::string DescribeUnknownWords(const CLI::App& program);
 
-// Describes a mistake that the parser found after it had read all words.
-std::string DescribeMistake(const CLI::App& program, const CLI::ParseError& mistake);
+// Describes a mistake that the parser found after it had read all words. Options are named as in `arguments`.
+std::string DescribeMistake(const CLI::App& program, const CLI::ParseError& mistake,
+                            const std::vector<std::string>& arguments);
 
 // Returns the command that the words name, for `plantjournal help WORD...`. Throws Mistake where there is none.
 const CLI::App& CommandToDescribe(const CLI::App& group, const std::vector<std::string>& words);

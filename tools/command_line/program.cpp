@@ -83,7 +83,7 @@ void Run(CLI::App& program, const std::vector<std::string>& arguments, const Sto
     {
         // An unknown word is a more likely mistake than a missing word, or than a value that takes its place.
         const std::string unknown = DescribeUnknownWords(program);
-        throw Mistake(unknown.empty() ? DescribeMistake(program, mistake) : unknown);
+        throw Mistake(unknown.empty() ? DescribeMistake(program, mistake, arguments) : unknown);
     }
 }
 

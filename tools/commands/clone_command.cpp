@@ -4,6 +4,7 @@
 #include "commands/check_values.h"
 #include "commands/commands.h"
 #include "commands/name_notices.h"
+#include "commands/numbered_names.h"
 #include "commands/outcome.h"
 #include "journal/find_record.h"
 #include "journal/sql.h"
@@ -19,8 +20,6 @@
 namespace
 {
 
-constexpr std::int64_t MostClones = 1000; // a larger number is more likely a mistake than a wish
-
 struct CloneRequest
 {
     Arguments Given;
@@ -28,47 +27,6 @@ struct CloneRequest
     std::optional<std::string> Count;
     std::optional<std::string> Date;
 };
-
-std::int64_t CountFrom(const std::string& text)
-{
-    std::int64_t count = 0;
-    try
-    {
-        ParseValue(text, &count);
-    }
-    catch (const BadValue&)
-    {
-        return 0;
-    }
-    return count;
-}
-
-std::string CountObjection(const std::string& text)
-{
-    const std::int64_t count = CountFrom(text);
-    return count >= 1 && count <= MostClones
-               ? ""
-               : InQuotes(text) + " is not a number of clones; write one from 1 to " + std::to_string(MostClones);
-}
-
-// The number after the highest one that a name `stem NUMBER` has, regardless of case.
-std::int64_t NextNumber(const std::vector<Plant>& plants, const std::string& stem)
-{
-    constexpr std::size_t mostDigits = 9;
-    const std::string start = WithoutCase(stem) + ' ';
-    std::int64_t highest = 0;
-    for (const Plant& plant : plants)
-    {
-        const std::string name = WithoutCase(plant.Name);
-        if (!name.starts_with(start) || name.size() == start.size() || name.size() > start.size() + mostDigits ||
-            !IsDigits(name.substr(start.size())))
-            continue;
-        std::int64_t number = 0;
-        ParseValue(name.substr(start.size()), &number);
-        highest = std::max(highest, number);
-    }
-    return highest + 1;
-}
 
 // The names of the new plants: NAME, or without it `Basil clone 1`; with --count, numbered after the existing ones.
 std::vector<std::string> NewNames(const std::vector<Plant>& plants, const Plant& mother, const CloneRequest& request)
@@ -82,12 +40,15 @@ std::vector<std::string> NewNames(const std::vector<Plant>& plants, const Plant&
                               " already has this name; choose another name for the clone");
         return {*given};
     }
-    const std::string stem = given.value_or(Joined({mother.Name, "clone"}, " "));
-    const std::int64_t first = NextNumber(plants, stem);
-    std::vector<std::string> names;
-    for (std::int64_t i = 0; i < CountFrom(request.Count.value_or("1")); ++i)
-        names.push_back(stem + ' ' + std::to_string(first + i));
-    return names;
+    return NumberedNames(plants, given.value_or(Joined({mother.Name, "clone"}, " ")), request.Count);
+}
+
+// A name of digits only is more likely the number of clones than a name.
+std::string NameObjection(const std::string& text)
+{
+    if (text.empty())
+        return "the name is empty";
+    return IsDigits(text) ? InQuotes(text) + " is not the name of a clone; did you mean --count " + text + '?' : "";
 }
 
 // A clone that is not stored yet, and the events on both timelines.
@@ -176,9 +137,8 @@ void AddCloneCommand(CLI::App& program, Session& session)
                    [&session, request] { ClonePlant(session, *request); });
     AddPlantArgument(command, request->Given);
     AddFlag(command,
-            {"NAME", "name of the clone; with --count, a number is appended", "", Need::Optional,
-             [](const std::string& text) { return text.empty() ? "the name is empty" : ""; }},
+            {"NAME", "name of the clone; with --count, a number is appended", "", Need::Optional, NameObjection},
             request->Name);
-    AddFlag(command, {"--count", "number of clones", "NUMBER", Need::Optional, CountObjection}, request->Count);
+    AddCount(command, "number of clones", request->Count);
     AddDate(command, "date cloned", request->Date);
 }

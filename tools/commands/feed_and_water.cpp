@@ -6,10 +6,13 @@
 #include "commands/selection.h"
 #include "journal/find_record.h"
 #include "record/amount.h"
+#include "record/letters.h"
 #include "record/operations.h"
+#include "record/text.h"
 #include "refusal.h"
 #include "terminal/printable.h"
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -59,17 +62,38 @@ bool IsNumberWithoutUnit(const std::string& word)
     return LooksLikeAmount(word + "ml");
 }
 
+bool NamesNoPlant(const std::vector<Plant>& plants, const std::string& word)
+{
+    return std::none_of(plants.begin(), plants.end(),
+                        [&](const Plant& plant)
+                        { return WithoutCase(plant.Name) == WithoutCase(word) || plant.UUID.starts_with(word); });
+}
+
+// Refuses a word after the first plant that begins with a digit and names no plant: an amount was meant.
+void RefuseMistakenAmounts(const std::vector<Plant>& plants, const Selection& selection)
+{
+    for (std::size_t i = selection.HasSelectors() ? 0 : 1; i < selection.Named.size(); ++i)
+        if (const std::string& word = selection.Named[i];
+            !word.empty() && IsDigits(word.substr(0, 1)) && !IsNumberWithoutUnit(word) && NamesNoPlant(plants, word))
+            RefuseUsage(InQuotes(word) + " is not an amount; write an amount like 500ml or 0.5l");
+}
+
 // Refuses a number at the end, which could be the prefix of another plant's UUID, and reports a plant that is named
 // like an amount.
 void CheckLastWord(const std::vector<Plant>& plants, const Selection& selection, bool hasAmount)
 {
-    if (selection.Named.empty() || (selection.Named.size() == 1 && !selection.HasSelectors()))
+    if (selection.Named.empty())
+        return;
+    const bool alone = selection.Named.size() == 1 && !selection.HasSelectors();
+    if (alone && (!IsNumberWithoutUnit(selection.Named.back()) || !NamesNoPlant(plants, selection.Named.back())))
         return;
     const std::string& word = selection.Named.back();
     const bool isName = IsExactName(plants, word);
     if (!isName && !hasAmount && IsNumberWithoutUnit(word))
-        RefuseUsage(InQuotes(word) + " has no unit; write an amount like " + word +
-                    "ml, or name a plant by more of its UUID");
+        RefuseUsage(InQuotes(word) + " has no unit; write an amount like " + word + "ml" +
+                    (alone || selection.HasSelectors() ? "" : ", or name a plant by more of its UUID"));
+    if (!hasAmount)
+        RefuseMistakenAmounts(plants, selection);
     if (isName && !hasAmount && LooksLikeAmount(word))
         std::cerr << "notice: " << Printable(word) << ": this names a plant, not the amount; --amount "
                   << Printable(word) << " sets the amount\n";

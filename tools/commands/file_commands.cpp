@@ -1,5 +1,6 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
+#include "commands/outcome.h"
 #include "commands/print.h"
 #include "journal/file_result.h"
 #include "plant_file.h"
@@ -111,7 +112,7 @@ std::string AdviceForDestination(const std::string& destination)
     return Exists(destination) ? "name another destination" : "";
 }
 
-void BackUp(const std::string& source, const std::string& destination, bool overwrite)
+void BackUpWithProgress(const std::string& source, const std::string& destination, bool overwrite)
 {
     Progress bar("Backing up");
     const PlantFileResult result = BackUpPlantDatabase(
@@ -125,6 +126,13 @@ void BackUp(const std::string& source, const std::string& destination, bool over
     if (!result && !overwrite && CanReplace(source, destination))
         throw Refusal(destination + " exists; --overwrite replaces it");
     RequireBackUp(result, source, {}, AdviceForDestination(destination));
+}
+
+void BackUp(const Session& session, const std::string& destination, bool overwrite)
+{
+    const std::string source = session.Path();
+    BackUpWithProgress(source, destination, overwrite);
+    ReportCopy(session, "Backed up " + source + " to " + destination);
 }
 
 } // namespace
@@ -141,10 +149,9 @@ void AddFileCommands(CLI::App& program, Session& session)
         bool Overwrite = false;
     };
     auto wanted = std::make_shared<BackUpArguments>();
-    CLI::App& backUp =
-        AddCommand(program, "backup", "Back up the journal, even while other programs use it",
-                   "backup /media/stick/journal.db\nbackup --overwrite journal.bak",
-                   [&session, wanted] { BackUp(session.Path(), wanted->Destination, wanted->Overwrite); });
+    CLI::App& backUp = AddCommand(program, "backup", "Back up the journal, even while other programs use it",
+                                  "backup /media/stick/journal.db\nbackup --overwrite journal.bak",
+                                  [&session, wanted] { BackUp(session, wanted->Destination, wanted->Overwrite); });
     AddArgument(backUp, "DESTINATION", "the backup file to write", wanted->Destination);
     AddSwitch(backUp, "--overwrite", "replace the file if it exists", wanted->Overwrite);
 }

@@ -28,9 +28,14 @@ void ReportStored(Session& session, const std::string& summary, const std::strin
     Outcome(session, Records::One).Add(summary, identifier, std::move(record));
 }
 
+void ReportCopy(const Session& session, const std::string& summary)
+{
+    if (!session.AsJSON && !session.Quiet)
+        std::cout << Printable(summary) << '\n';
+}
+
 void ReportChange(Session& session, const std::string& summary)
 {
     session.AddSummary(summary);
-    if (!session.AsJSON && !session.Quiet)
-        std::cout << Printable(summary) << '\n';
+    ReportCopy(session, summary);
 }

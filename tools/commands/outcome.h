@@ -34,5 +34,7 @@ class Outcome
 
 // Reports the only record that a command stored.
 void ReportStored(Session& session, const std::string& summary, const std::string& identifier, JSON record);
+// Reports that the journal was copied to another file, which `undo` does not remove. --quiet and --json print nothing.
+void ReportCopy(const Session& session, const std::string& summary);
 // Reports a change that leaves no record to print, such as a deletion. --quiet and --json print nothing.
 void ReportChange(Session& session, const std::string& summary);

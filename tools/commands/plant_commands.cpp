@@ -4,11 +4,13 @@
 #include "commands/deletion.h"
 #include "commands/field_flags.h"
 #include "commands/name_notices.h"
+#include "commands/numbered_names.h"
 #include "commands/outcome.h"
 #include "commands/plant_step.h"
 #include "commands/print.h"
 #include "commands/summary.h"
 #include "journal/find_record.h"
+#include "journal/sql.h"
 
 #include <memory>
 
@@ -23,16 +25,57 @@ std::string MotherRule(const Plant& plant)
                : "the mother must not be the plant itself or one of its descendants; name another plant";
 }
 
-void AddPlant(Session& session, const Request<Plant>& request)
+struct AddRequest
 {
-    Plant plant;
-    request.Fields->Apply(session, FlagsFor::Add, plant); // first: an unknown mother must not create a journal
-    PrintNotices(CheckValues(plant));
+    std::optional<FieldFlags<Plant>> Fields;
+    std::optional<std::string> Count;
+};
+
+// The plants that are not stored yet: one, or with --count several with numbered names.
+std::vector<Plant> NewPlants(Session& session, const AddRequest& request)
+{
+    Plant pattern;
+    request.Fields->Apply(session, FlagsFor::Add, pattern);
+    if (!request.Count)
+        return {pattern};
+    if (!pattern.UUID.empty())
+        RefuseUsage("--uuid contradicts --count: each plant needs a UUID of its own; leave one of them out");
+    const std::vector<Plant> existing = session.Exists() ? AllPlants(session) : std::vector<Plant>();
+    std::vector<Plant> plants;
+    for (const std::string& name : NumberedNames(existing, pattern.Name, request.Count))
+    {
+        plants.push_back(pattern);
+        plants.back().Name = name;
+    }
+    return plants;
+}
+
+// Stores all plants or nothing.
+void StoreAll(Session& session, std::vector<Plant>& plants)
+{
     PlantRepository& repository = session.Write();
+    const SQL journal(session.Connection(), session.Path() + ": the plants could not be added");
+    Transaction transaction(journal);
+    for (Plant& plant : plants)
+        session.Require(repository.CreatePlant(plant), "the plant could not be added", MotherRule(plant));
+    transaction.Commit();
+}
+
+void AddPlant(Session& session, const AddRequest& request)
+{
+    std::vector<Plant> plants = NewPlants(session, request); // first: an unknown mother must not create a journal
+    Notices notices;
+    for (const Plant& plant : plants)
+        Append(notices, CheckValues(plant));
+    PrintNotices(notices);
+    session.Write();
     const NameNotices names(session);
-    session.Require(repository.CreatePlant(plant), "the plant could not be added", MotherRule(plant));
-    ReportStored(session, SummaryOfNew(plant), plant.UUID, RecordJSON(plant));
-    names.Print(plant);
+    StoreAll(session, plants);
+    Outcome outcome(session, request.Count ? Records::Many : Records::One);
+    for (const Plant& plant : plants)
+        outcome.Add(SummaryOfNew(plant), plant.UUID, RecordJSON(plant));
+    outcome.Finish();
+    names.Print(plants.front()); // the other names differ only in their numbers
 }
 
 // The fields that were set. A mother is named as the user knows it.
@@ -79,12 +122,14 @@ void DeletePlant(Session& session, const Arguments& given)
 
 void AddWritingCommands(CLI::App& group, Session& session)
 {
-    auto toAdd = std::make_shared<Request<Plant>>();
-    toAdd->Fields.emplace(AddCommand(group, "add", "Add a plant",
-                                     "plant add Basil --strain Genovese --stage seed --seed-date today\n"
-                                     "plant add \"Basil 2\" --mother Basil --stage clone --clone-date today",
-                                     [&session, toAdd] { AddPlant(session, *toAdd); }),
-                          FlagsFor::Add);
+    auto toAdd = std::make_shared<AddRequest>();
+    CLI::App& add = AddCommand(group, "add", "Add a plant, or several with numbered names",
+                               "plant add Basil --strain Genovese --stage seed --seed-date today\n"
+                               "plant add Basil --count 6 --strain Genovese --stage seed --tent Window\n"
+                               "plant add \"Basil 2\" --mother Basil --stage clone --clone-date today",
+                               [&session, toAdd] { AddPlant(session, *toAdd); });
+    toAdd->Fields.emplace(add, FlagsFor::Add);
+    AddCount(add, "number of plants; a number is appended to each name", toAdd->Count);
 
     auto toEdit = std::make_shared<Request<Plant>>();
     CLI::App& edit = AddCommand(group, "edit", "Change a plant",

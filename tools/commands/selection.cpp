@@ -1,8 +1,10 @@
 #include "commands/selection.h"
 
 #include "record/letters.h"
+#include "record/nearest.h"
 #include "record/text.h"
 #include "refusal.h"
+#include "terminal/printable.h"
 
 #include <algorithm>
 
@@ -31,6 +33,37 @@ std::string StageObjection(const std::string& text)
     }
 }
 
+// The names that were not matched, each with the nearest ones of growing plants: "; did you mean --tent Big?".
+std::string NearestValues(const std::vector<Plant>& plants, const Selection& selection)
+{
+    std::vector<std::string> near;
+    const auto add = [&](const char* flag, const std::optional<std::string>& wanted, std::string Plant::*field)
+    {
+        std::vector<std::string> values;
+        for (const Plant& plant : plants)
+            if (IsGrowing(plant.Stage))
+                values.push_back(plant.*field);
+        if (!wanted ||
+            std::any_of(values.begin(), values.end(), [&](const std::string& value) { return Fits(wanted, value); }))
+            return;
+        for (const std::string& value : Nearest(*wanted, values))
+            near.push_back(std::string(flag) + ' ' + InQuotes(Printable(value)));
+    };
+    add("--strain", selection.Strain, &Plant::Strain);
+    add("--tent", selection.Tent, &Plant::Tent);
+    return DidYouMean(near);
+}
+
+// Finds a plant that is named. `--all` is meant where no plant has the name "all".
+Plant FindNamed(const std::vector<Plant>& plants, const std::string& name)
+{
+    const bool isName = std::any_of(plants.begin(), plants.end(),
+                                    [](const Plant& plant) { return EqualIgnoringCase(plant.Name, "all"); });
+    if (EqualIgnoringCase(name, "all") && !isName)
+        throw Refusal(InQuotes(name) + ": no plant has this name or UUID; did you mean --all?");
+    return FindPlant(plants, name);
+}
+
 } // namespace
 
 bool Fits(const std::optional<std::string>& wanted, const std::string& text)
@@ -40,11 +73,12 @@ bool Fits(const std::optional<std::string>& wanted, const std::string& text)
 
 void AddSelectors(CLI::App& command, Selection& selection)
 {
-    AddSwitch(command, "--all", "all growing plants", selection.All);
+    AddSwitch(command, "--all", "all plants that grow today, whatever --date is", selection.All);
     AddFlag(command, {"--strain", "growing plants of this strain", "STRAIN"}, selection.Strain);
-    AddFlag(command, {"--tent", "growing plants in this tent", "TENT"}, selection.Tent);
+    AddFlag(command, {"--tent", "growing plants that are in this tent today", "TENT"}, selection.Tent);
     AddFlag(command,
-            {"--stage", "growing plants in this stage", "Seed|Clone|Veg|Flower", Need::Optional, StageObjection},
+            {"--stage", "growing plants that are in this stage today", "Seed|Clone|Veg|Flower", Need::Optional,
+             StageObjection},
             selection.Stage);
 }
 
@@ -58,7 +92,7 @@ std::vector<Plant> SelectPlants(const std::vector<Plant>& plants, const Selectio
             selected.push_back(plant);
     };
     for (const std::string& name : selection.Named)
-        select(FindPlant(plants, name));
+        select(FindNamed(plants, name));
     if (!selection.HasSelectors())
     {
         if (selected.empty())
@@ -74,7 +108,11 @@ std::vector<Plant> SelectPlants(const std::vector<Plant>& plants, const Selectio
             select(plant);
         }
     if (!any)
-        throw Refusal("no growing plant matches the options; `plantjournal plant list` shows the plants");
+    {
+        const std::string near = NearestValues(plants, selection);
+        throw Refusal("no growing plant matches the options; " +
+                      (near.empty() ? "`plantjournal plant list` shows the plants" : near));
+    }
     return selected;
 }
 

@@ -6,6 +6,7 @@
 #include "commands/selection.h"
 #include "journal/find_record.h"
 #include "record/text.h"
+#include "refusal.h"
 #include "terminal/printable.h"
 
 #include <iostream>
@@ -53,7 +54,8 @@ PlantStage TakeStage(std::vector<std::string>& words)
     }
     catch (const BadValue& bad)
     {
-        RefuseUsage(std::string(bad.what()) + "; write the stage after the plants");
+        const std::string reason = bad.what();
+        RefuseUsage(reason + (reason.ends_with('?') ? "" : "; write the stage after the plants"));
     }
     if (stage == PlantStage::Harvested)
         RefuseUsage("a harvest record sets the stage Harvested; `plantjournal harvest add PLANT` adds one");
@@ -73,16 +75,34 @@ void ArchivePlants(Session& session, const StepRequest& request)
     MovePlants(session, request.Plants, PlantStage::Archived, DateOrToday(request.Date));
 }
 
+// The plants to transplant. A user can take --tent for the tent to which the plants are moved.
+std::vector<Plant> PlantsToTransplant(Session& session, const Selection& selection)
+{
+    if (!selection.Named.empty() && selection.Tent)
+        RefuseUsage("--tent selects the plants in a tent; --to-tent moves the plants that you name");
+    const std::vector<Plant> plants = AllPlants(session);
+    try
+    {
+        return SelectPlants(plants, selection);
+    }
+    catch (const Refusal& refusal)
+    {
+        if (!selection.Tent)
+            throw;
+        throw Refusal(refusal.what() + std::string("\n--tent selects the plants in a tent; --to-tent moves them to "
+                                                   "another."));
+    }
+}
+
 void TransplantPlants(Session& session, const StepRequest& request)
 {
-    if (!request.Plants.Named.empty() && request.Plants.Tent)
-        RefuseUsage("--tent selects the plants in a tent; --to-tent moves the plants that you name");
+    const std::vector<Plant> plants = PlantsToTransplant(session, request.Plants);
     const std::string places = Joined({request.Pot.value_or(""), request.Medium.value_or(""),
                                        request.NewTent.value_or("").empty() ? "" : "tent " + *request.NewTent},
                                       ", ");
     const std::string into = places.empty() ? "" : "into " + places;
     std::vector<PlantStep> steps;
-    for (const Plant& plant : SelectPlants(AllPlants(session), request.Plants))
+    for (const Plant& plant : plants)
     {
         PlantStep step = StepOf(plant, PlantEventType::Transplant, DateOrToday(request.Date));
         step.ChangesPlant = true;

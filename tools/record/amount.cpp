@@ -36,7 +36,7 @@ bool LooksLikeAmount(const std::string& text)
 double MillilitresFrom(const std::string& text)
 {
     const AmountParts parts = PartsOf(text);
-    const std::string reason = InQuotes(text) + " is not an amount; write it like 500ml or 0.5l";
+    const std::string reason = InQuotes(text) + " is not an amount; write an amount like 500ml or 0.5l";
     if (!LooksLikeAmount(text))
         throw BadValue(reason);
     double millilitres = 0;

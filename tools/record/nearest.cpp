@@ -29,6 +29,13 @@ bool BeginsOrIsAWordOf(const std::string& word, const std::string& candidate)
     return false;
 }
 
+// Whether a candidate is a short form of the word, such as Veg of vegetative.
+bool IsShortFormOf(const std::string& candidate, const std::string& word)
+{
+    constexpr std::size_t shortest = 3;
+    return candidate.size() >= shortest && word.starts_with(candidate);
+}
+
 } // namespace
 
 std::vector<std::string> Nearest(const std::string& word, const std::vector<std::string>& candidates)
@@ -46,6 +53,8 @@ std::vector<std::string> Nearest(const std::string& word, const std::vector<std:
         std::size_t distance = EditDistance(compared, other);
         if (BeginsOrIsAWordOf(compared, other))
             distance = std::min<std::size_t>(distance, 1);
+        else if (IsShortFormOf(other, compared))
+            distance = std::min<std::size_t>(distance, 2); // a word with one wrong letter is nearer
         else if (distance > std::max(LettersOf(compared).size(), LettersOf(other).size()) / lettersPerMistake)
             continue;
         if (distance < least)

@@ -1,5 +1,6 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
+#include "commands/outcome.h"
 #include "journal/file_descriptor.h"
 #include "journal/file_result.h"
 #include "journal/session.h"
@@ -201,13 +202,17 @@ void Export(Session& session, const std::string& destination, bool asCSV)
     if (asCSV && toStandardOutput)
         RefuseUsage("a directory of CSV files cannot be written to standard output; name a directory");
     const AllRecords all = ReadAllRecords(session);
+    if (toStandardOutput)
+    {
+        std::cout << JSONText(all);
+        return;
+    }
     if (asCSV)
         WriteAtomically(destination,
                         [&](const std::filesystem::path& directory) { WriteCSVDirectory(directory, all); });
-    else if (toStandardOutput)
-        std::cout << JSONText(all);
     else
         WriteAtomically(destination, [&](const std::filesystem::path& file) { WriteFile(file, JSONText(all)); });
+    ReportCopy(session, "Exported " + session.Path() + " to " + destination);
 }
 
 } // namespace
