@@ -114,8 +114,8 @@ TEST_F(CareCommandTest, ANumberWithoutAUnitIsNotThePrefixOfAUUID)
     Done({"plant", "add", "Egg", "--uuid", "15001500-0000-4000-8000-000000000000"});
     EXPECT_NE(Mistaken({"water", "Basil", "1500"}).find("\"1500\" has no unit; write an amount like 1500ml"),
               std::string::npos);
-    for (const Words& words : {Words{"water", "--all", "150"}, {"water", "150"}})
-        EXPECT_EQ(Mistaken(words), "plantjournal: water: \"150\" has no unit; write an amount like 150ml\n");
+    for (const Words& words : {Words{"water", "--all", "250"}, {"water", "250"}})
+        EXPECT_EQ(Mistaken(words), "plantjournal: water: \"250\" has no unit; write an amount like 250ml\n");
     EXPECT_EQ(Done({"water", "1500"}), "Watered Egg (care 1)\n");
     EXPECT_EQ(Done({"water", "Basil", "1500", "--amount", "1l", "-q"}), "2\n3\n");
 }

@@ -112,7 +112,7 @@ TEST_F(NextStepTest, AMistakeInACommandLineSaysWhatToWrite)
          {{"note", "Basil", "Cutting"}, "write the text after the plants"},
          {{"transplant", "Basil", "--tent", "Big"}, "--to-tent moves the plants that you name"},
          {{"feed", "500ml"}, "name one, or select plants with --all, --strain, --tent or --stage"},
-         {{"feed", "Basil", "--amount", "much"}, "write it like 500ml or 0.5l"},
+         {{"feed", "Basil", "--amount", "much"}, "write an amount like 500ml or 0.5l"},
          {{"feed", "Basil", "Cutting", "5"}, "write an amount like 5ml, or name a plant by more of its UUID"},
          {{"feed", "Basil", "5ml", "--amount", "3ml"},
           "write it once, after the plants, with --amount or with --amount-ml"},
