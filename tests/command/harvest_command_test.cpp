@@ -28,6 +28,19 @@ TEST_F(HarvestCommandTest, UnweighedWithAWeightIsAMistake)
                   std::string::npos);
 }
 
+TEST_F(HarvestCommandTest, AWeightIsReadAsPeopleWriteIt)
+{
+    Done({"harvest", "add", "Basil", "--wet", "210g", "--dry", "31"});
+    ExpectFields(Parsed({"harvest", "list", "Basil"}).at(0), {{"WetWeightG", 210.0}, {"DryWeightG", 31.0}});
+    for (const auto& [text, grams] :
+         {std::pair{"0.21kg", 210.0}, {"0.105 KG", 105.0}, {"96.5 g", 96.5}, {"12G", 12.0}, {"0", 0.0}})
+        EXPECT_EQ(Parsed({"harvest", "edit", "Basil", "--dry", text}).at("DryWeightG"), grams) << text;
+    for (const char* text : {"g", "kg", "1,5kg", "2 pg", "1e2e3g"})
+        EXPECT_EQ(Mistaken({"harvest", "edit", "Basil", "--wet", text}),
+                  "plantjournal: harvest edit: --wet: \"" + std::string(text) +
+                      "\" is not a weight; write it like 210, 210g or 0.21kg\n");
+}
+
 TEST_F(HarvestCommandTest, OneWeightIsEnough)
 {
     EXPECT_EQ(Done({"harvest", "add", "Basil", "--wet-weight-g", "410"}), "Harvested Basil: wet weight 410 g\n");

@@ -212,6 +212,26 @@ TEST_F(HelpTest, SelectorsSelectByTheStateOfToday)
     }
 }
 
+TEST_F(HelpTest, TheDefaultOfANewRecordIsDescribed)
+{
+    const auto expectInHelp = [this](const std::string& path, const std::string& part)
+    {
+        Words words = WordsOf("help " + path);
+        std::string help;
+        std::istringstream text(Done(words));
+        for (std::string word; text >> word;)
+            help += word + ' ';
+        EXPECT_NE(help.find(part), std::string::npos) << help;
+    };
+    expectInHelp("plant add", "Harvested, Archived; the default is Veg ");
+    expectInHelp("plant add", "Hermaphrodite; the default is Unknown ");
+    expectInHelp("care add", "date of care; the default is today ");
+    expectInHelp("photo add", "the default is that in the picture, or today ");
+    for (const char* path : {"event add", "note add", "note", "care add"})
+        expectInHelp(path, "; the default is ");
+    EXPECT_EQ(Done({"help", "plant", "edit"}).find("the default"), std::string::npos);
+}
+
 TEST_F(HelpTest, TheVersionIsPrinted)
 {
     EXPECT_EQ(Done({"--version"}), "plantjournal " PLANTJOURNAL_VERSION "\n");

@@ -135,8 +135,7 @@ TEST_F(NextStepTest, AnImpossibleValueNamesTheHelpOfItsCommand)
                                {"feed", "Basil", "--ec", "1e999"}})
         ExpectNextSteps({{words, "`plantjournal help feed` describes the values"}});
     ExpectNextSteps({{{"plant", "add", ""}, "`plantjournal help plant add` describes the values"},
-                     {{"health", "add", "Basil", "mites", "--severity", "7"},
-                      "`plantjournal help health add` describes the values"}});
+                     {{"health", "add", "Basil", "mites", "--severity", "7"}, "write a whole number from 1 to 5"}});
 }
 
 TEST_F(NextStepTest, ABackupOverAFileNamesOverwrite)
@@ -269,7 +268,7 @@ TEST_F(NextStepTest, OtherFindingsNameTheRecordsAndABackup)
 TEST_F(NextStepTest, AnUndoThatIsRefusedNamesWhatToDoInstead)
 {
     KeepEverything();
-    ExpectNextSteps({{{"undo"}, "only the last change that this command made can be undone"}});
+    ExpectNextSteps({{{"undo"}, "what undo needs is stored outside the journal file, for each user"}});
     Done({"plant", "add", "Mint"});
     EXPECT_TRUE(Message({"undo"}).ends_with("; pass --yes to confirm"));
     Keep(

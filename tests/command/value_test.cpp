@@ -77,6 +77,13 @@ TEST_F(BasilTest, ADecimalCommaIsAnsweredWithTheDecimalPoint)
     EXPECT_EQ(Mistaken({"health", "add", "Basil", "Rust", "--severity", "1,2"}).find("comma"), std::string::npos);
 }
 
+TEST_F(BasilTest, ASeverityIsAWholeNumberFrom1To5)
+{
+    EXPECT_EQ(Mistaken({"health", "add", "Basil", "Rust", "--severity", "2/5"}),
+              "plantjournal: health add: --severity: \"2/5\" is not a whole number; write a whole number from 1 to "
+              "5\n");
+}
+
 TEST_F(BasilTest, TextsAreStoredByteForByte)
 {
     for (const std::string text : {"-x", "--", "=", "紅", "\xFF\xFE", "two\nlines\r", "'; DROP TABLE Plants; --"})

@@ -77,6 +77,7 @@ void AddFlag(CLI::App& command, const Flag& flag, std::optional<std::string>& va
 {
     CLI::Option& option = *command.add_option(flag.Names, value, flag.Help);
     option.type_name(flag.Type)->required(flag.Needed == Need::Required);
+    option.default_str(flag.Default);
     if (flag.Objection)
         option.check(flag.Objection);
 }

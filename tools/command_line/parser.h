@@ -50,6 +50,7 @@ struct Flag
     std::string Type;
     Need Needed = Need::Optional;
     std::function<std::string(const std::string&)> Objection = {};
+    std::string Default = {}; // described in the help
 };
 // `value` must live as long as the command.
 void AddFlag(CLI::App& command, const Flag& flag, std::optional<std::string>& value);

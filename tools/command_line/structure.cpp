@@ -163,5 +163,6 @@ std::string DescriptionOf(const CLI::Option& option)
     const bool hasFlag = !option.get_lnames().empty(); // the description of another argument names its values
     const std::vector<std::string> values = hasFlag ? ValuesOf(option) : std::vector<std::string>{};
     const std::string flag = option.get_positional() && hasFlag ? " (or --" + option.get_lnames().front() + ')' : "";
-    return option.get_description() + flag + (values.empty() ? "" : ": ") + Joined(values, ", ");
+    return option.get_description() + flag + (values.empty() ? "" : ": ") + Joined(values, ", ") +
+           (option.get_default_str().empty() ? "" : "; the default is " + option.get_default_str());
 }

@@ -47,5 +47,5 @@ std::string ArgumentName(const CLI::Option& argument);
 std::string ValueName(const CLI::Option& option);
 // All values that the option accepts; empty where they cannot be listed.
 std::vector<std::string> ValuesOf(const CLI::Option& option);
-// The description, with all values that the option accepts.
+// The description, with all values that the option accepts, and its default.
 std::string DescriptionOf(const CLI::Option& option);

@@ -4,6 +4,7 @@
 #include "commands/arguments.h"
 #include "commands/check_values.h"
 #include "journal/find_record.h"
+#include "record/amount.h"
 #include "record/dates.h"
 #include "record/fields.h"
 #include "record/text.h"
@@ -12,6 +13,7 @@
 #include <deque>
 #include <optional>
 #include <string>
+#include <type_traits>
 
 // The flags that set the fields of a record.
 
@@ -24,7 +26,9 @@ std::string FlagType(const std::string& field, Use use, const ConstValueRef& val
 // Sets a field to what its flag says. Throws BadValue.
 template <typename Record> void ParseFlag(const std::string& text, const Field<Record>& field, Record& record)
 {
-    ParseField(field.Used == Use::Date || field.Used == Use::Day ? DateFrom(text) : text, field, record);
+    const bool isDate = field.Used == Use::Date || field.Used == Use::Day;
+    const bool isWeight = std::string(field.Unit) == "g";
+    ParseField(isDate ? DateFrom(text) : isWeight ? WithoutWeightUnit(text) : text, field, record);
     if (IsInfinite(ValueIn(field, record)))
         throw BadValue(InQuotes(text) + " is not a finite number");
     if (field.Used == Use::Title && text.empty())
@@ -52,10 +56,11 @@ template <typename Record> class FieldFlags
                 continue;
             const bool positional = purpose == FlagsFor::Add && (use == Use::Title || use == Use::Words);
             AddFlag(command,
-                    {FlagName(field.Name) + Alias(use) + (positional ? std::string(",") + field.Name : ""), field.Help,
-                     FlagType(field.Name, use, ValueIn(field, defaults)),
+                    {FlagName(field.Name) + Alias(field) + (positional ? std::string(",") + field.Name : ""),
+                     field.Help, FlagType(field.Name, use, ValueIn(field, defaults)),
                      positional && use == Use::Title ? Need::Required : Need::Optional,
-                     [&field](const std::string& text) { return Objection(text, field); }},
+                     [&field](const std::string& text) { return Objection(text, field); },
+                     purpose == FlagsFor::Add ? Default(field, defaults) : ""},
                     Given.emplace_back(GivenText{&field, {}}).Text);
         }
     }
@@ -94,7 +99,22 @@ template <typename Record> class FieldFlags
         std::optional<std::string> Text;
     };
 
-    static const char* Alias(Use use) { return use == Use::Mother ? ",--mother" : use == Use::Day ? ",--date" : ""; }
+    static const char* Alias(const Field<Record>& field)
+    {
+        const std::string name = field.Name;
+        if (name == "WetWeightG" || name == "DryWeightG")
+            return name == "WetWeightG" ? ",--wet" : ",--dry";
+        return field.Used == Use::Mother ? ",--mother" : field.Used == Use::Day ? ",--date" : "";
+    }
+
+    // What a new record gets without the flag, where a user cannot guess it.
+    static std::string Default(const Field<Record>& field, const Record& defaults)
+    {
+        if (field.Used == Use::Day)
+            return std::is_same_v<Record, PlantPhoto> ? "that in the picture, or today" : "today";
+        const ConstValueRef value = ValueIn(field, defaults);
+        return EnumerationNames(value).empty() ? "" : TextOf(value);
+    }
 
     static std::string Objection(const std::string& text, const Field<Record>& field)
     {
@@ -106,7 +126,7 @@ template <typename Record> class FieldFlags
         }
         catch (const BadValue& bad)
         {
-            return bad.what();
+            return bad.what() + std::string(field.Used == Use::Severity ? "; write a whole number from 1 to 5" : "");
         }
     }
 

@@ -5,6 +5,7 @@
 #include "commands/outcome.h"
 #include "commands/summary.h"
 #include "journal/sql.h"
+#include "record/amount.h"
 #include "record/text.h"
 #include "refusal.h"
 #include "terminal/printable.h"
@@ -31,10 +32,10 @@ std::string StageObjection(const std::string& text)
 
 bool ParseWeight(std::string text, double& weight)
 {
-    text.erase(text.find_last_not_of(" g") + 1); // people write the unit
+    text.erase(text.find_last_not_of(' ') + 1);
     try
     {
-        ParseValue(text, &weight);
+        ParseValue(WithoutWeightUnit(text), &weight);
         return weight >= 0 && !IsInfinite(&weight);
     }
     catch (const BadValue&)

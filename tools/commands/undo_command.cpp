@@ -32,7 +32,8 @@ void UndoLastChange(Session& session, bool confirmed)
     const UndoStore store(path);
     const std::optional<UndoRecord> record = store.Load();
     if (!record)
-        throw Refusal(path + ": nothing to undo; only the last change that this command made can be undone");
+        throw Refusal(path + ": nothing to undo; only the last change that plantjournal made can be undone; what "
+                             "undo needs is stored outside the journal file, for each user");
     RequireUnchangedSince(session.Connection(), path, *record); // before the question, and again after it
     if (!confirmed)
         ConfirmUndo(*record);
@@ -53,7 +54,7 @@ void AddUndoCommand(CLI::App& program, Session& session)
 {
     auto confirmed = std::make_shared<bool>(false);
     CLI::App& command = AddCommand(program, "undo",
-                                   "Undo the last change that this command made; refused if something has changed the "
+                                   "Undo the last change that plantjournal made; refused if something has changed the "
                                    "journal since",
                                    "undo\nundo --yes", [&session, confirmed] { UndoLastChange(session, *confirmed); });
     AddSwitch(command, "-y,--yes", "undo without asking", *confirmed);

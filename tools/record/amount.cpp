@@ -51,3 +51,28 @@ double MillilitresFrom(const std::string& text)
     }
     return millilitres;
 }
+
+std::string WithoutWeightUnit(const std::string& text)
+{
+    const auto endsWith = [](const std::string& part, const char* unit)
+    { return !part.empty() && EqualIgnoringCase(part.substr(part.size() - 1), unit); };
+    if (!endsWith(text, "g"))
+        return text;
+    std::string number = text.substr(0, text.size() - 1);
+    const bool inKilograms = endsWith(number, "k");
+    if (inKilograms)
+        number.pop_back();
+    number.erase(number.find_last_not_of(' ') + 1);
+    if (inKilograms)
+        number += "e3"; // as for millilitres, 0.21kg is exactly 210
+    try
+    {
+        double grams = 0;
+        ParseValue(number, &grams);
+    }
+    catch (const BadValue&)
+    {
+        throw BadValue(InQuotes(text) + " is not a weight; write it like 210, 210g or 0.21kg");
+    }
+    return number;
+}
