@@ -1,0 +1,66 @@
+// The conversions are those of Howard Hinnant, https://howardhinnant.github.io/date_algorithms.html (days_from_civil
+// and civil_from_days): years begin in March, so that the leap day is the last day of a year.
+#include "days.h"
+
+#include <array>
+#include <cstdio>
+
+namespace plant_query
+{
+
+namespace
+{
+
+constexpr std::int64_t DaysIn400Years = 146'097;
+constexpr std::int64_t DaysFromYear0ToEpoch = 719'468; // from 0000-03-01 to 1970-01-01
+
+std::int64_t FromCivil(std::int64_t year, std::int64_t month, std::int64_t day)
+{
+    year -= month <= 2 ? 1 : 0;
+    const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
+    const std::int64_t yearOfEra = year - era * 400;
+    const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
+    const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    return era * DaysIn400Years + dayOfEra - DaysFromYear0ToEpoch;
+}
+
+} // namespace
+
+std::optional<std::int64_t> DaysSinceEpoch(const std::string& date)
+{
+    const auto hasForm = [&](std::size_t i)
+    { return i == 4 || i == 7 ? date[i] == '-' : date[i] >= '0' && date[i] <= '9'; };
+    if (date.size() != 10)
+        return std::nullopt;
+    for (std::size_t i = 0; i < date.size(); ++i)
+        if (!hasForm(i))
+            return std::nullopt;
+    const std::int64_t days = FromCivil(std::stoi(date), std::stoi(date.substr(5)), std::stoi(date.substr(8)));
+    if (DayText(days) != date) // for example 2025-02-30
+        return std::nullopt;
+    return days;
+}
+
+std::string DayText(std::int64_t daysSinceEpoch)
+{
+    const std::int64_t days = daysSinceEpoch + DaysFromYear0ToEpoch;
+    const std::int64_t era = (days >= 0 ? days : days - (DaysIn400Years - 1)) / DaysIn400Years;
+    const std::int64_t dayOfEra = days - era * DaysIn400Years;
+    const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1'460 + dayOfEra / 36'524 - dayOfEra / 146'096) / 365;
+    const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const std::int64_t shifted = (5 * dayOfYear + 2) / 153; // the month, counted from March
+    const std::int64_t month = shifted + (shifted < 10 ? 3 : -9);
+    const std::int64_t year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "%04lld-%02lld-%02lld", static_cast<long long>(year),
+                  static_cast<long long>(month), static_cast<long long>(dayOfYear - (153 * shifted + 2) / 5 + 1));
+    return text.data();
+}
+
+std::int64_t MondayOf(std::int64_t daysSinceEpoch)
+{
+    const std::int64_t sinceMonday = (daysSinceEpoch % 7 + 10) % 7; // 1970-01-01 was a Thursday
+    return daysSinceEpoch - sinceMonday;
+}
+
+} // namespace plant_query

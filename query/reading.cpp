@@ -1,0 +1,68 @@
+#include "reading.h"
+
+#include <new>
+
+namespace plant_query
+{
+
+ReadTransaction::ReadTransaction(sqlite3* connection)
+    : Own(sqlite3_get_autocommit(connection) != 0 ? connection : nullptr)
+{
+    if (Own != nullptr && sqlite3_exec(Own, "BEGIN;", nullptr, nullptr, nullptr) != SQLITE_OK)
+        throw Failure{"beginning to read", sqlite3_errmsg(Own)};
+}
+
+ReadTransaction::~ReadTransaction()
+{
+    if (Own != nullptr)
+        sqlite3_exec(Own, "ROLLBACK;", nullptr, nullptr, nullptr);
+}
+
+Statement::Statement(sqlite3* connection, const char* step, const std::string& sql) : Connection(connection), What(step)
+{
+    if (sqlite3_prepare_v2(connection, sql.c_str(), -1, &Handle, nullptr) != SQLITE_OK)
+        FailWithError();
+}
+
+Statement::~Statement()
+{
+    sqlite3_finalize(Handle);
+}
+
+void Statement::Bind(int number, const std::string& text)
+{
+    if (sqlite3_bind_text64(Handle, number, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8) != SQLITE_OK)
+        FailWithError();
+}
+
+bool Statement::Step()
+{
+    const int result = sqlite3_step(Handle);
+    if (result != SQLITE_ROW && result != SQLITE_DONE)
+        FailWithError();
+    return result == SQLITE_ROW;
+}
+
+void Statement::Reset()
+{
+    sqlite3_reset(Handle);
+}
+
+std::string Statement::Text(int column) const
+{
+    const unsigned char* text = sqlite3_column_text(Handle, column);
+    if (text != nullptr)
+        return reinterpret_cast<const char*>(text);
+    if (sqlite3_errcode(Connection) == SQLITE_NOMEM) // otherwise the column is NULL
+        throw std::bad_alloc();
+    return {};
+}
+
+void Statement::FailWithError() const
+{
+    if (sqlite3_errcode(Connection) == SQLITE_NOMEM)
+        throw std::bad_alloc();
+    throw Failure{What, sqlite3_errmsg(Connection)};
+}
+
+} // namespace plant_query

@@ -1,0 +1,92 @@
+// Reads rows in one transaction and reports failures, for the other files of this library.
+#pragma once
+
+#include "plant_query.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include <sqlite3.h>
+
+namespace plant_query
+{
+
+// The failure of a public function. Answer() converts it to a result, so that it never leaves the library.
+struct Failure
+{
+    std::string Step;
+    std::string Reason;
+};
+
+// All reads in its scope see the same state of the journal. Joins the caller's transaction where one is open.
+class ReadTransaction
+{
+  public:
+    explicit ReadTransaction(sqlite3* connection);
+    ~ReadTransaction();
+    ReadTransaction(const ReadTransaction&) = delete;
+    ReadTransaction& operator=(const ReadTransaction&) = delete;
+
+  private:
+    sqlite3* Own; // null where the caller opened the transaction
+};
+
+// A statement that reads rows. `step` names what it reads in an error; it must outlive the statement.
+class Statement
+{
+  public:
+    Statement(sqlite3* connection, const char* step, const std::string& sql);
+    ~Statement();
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    // Binds the parameter with this number, from 1. `text` must stay unchanged until the next Reset().
+    void Bind(int number, const std::string& text);
+    // Moves to the next row. Returns false after the last.
+    bool Step();
+    // Prepares for another run with other parameters.
+    void Reset();
+
+    std::string Text(int column) const; // up to the first zero byte, as the repository reads texts
+    std::int64_t Integer(int column) const { return sqlite3_column_int64(Handle, column); }
+    double Number(int column) const { return sqlite3_column_double(Handle, column); }
+
+  private:
+    [[noreturn]] void FailWithError() const;
+
+    sqlite3* Connection;
+    const char* What;
+    sqlite3_stmt* Handle = nullptr;
+};
+
+// Computes an answer in a read transaction and moves it to `out`, which is left empty after an error or an exception.
+template <typename Out>
+PlantQueryResult Answer(PlantDatabase& database, Out& out, const std::function<Out(sqlite3* connection)>& compute)
+{
+    PlantQueryResult result;
+    try
+    {
+        if (!database.IsOpen())
+            throw Failure{"reading the journal", "the database is closed"};
+        std::optional<Out> answer;
+        {
+            const ReadTransaction transaction(database.NativeHandle());
+            answer = compute(database.NativeHandle());
+        }
+        out = std::move(*answer);
+    }
+    catch (const Failure& failure)
+    {
+        out = {};
+        result.Error = failure.Step + ": " + failure.Reason;
+    }
+    catch (...)
+    {
+        out = {};
+        throw;
+    }
+    return result;
+}
+
+} // namespace plant_query
