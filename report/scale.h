@@ -1,0 +1,48 @@
+// Scales: from the grower's units to places in a picture, with round ticks.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace plant_report
+{
+
+struct Tick
+{
+    double Value = 0;
+    std::string Label;
+};
+
+// A scale of numbers. Its ends are round: a multiple of 1, 2 or 5 times a power of ten.
+class NumberScale
+{
+  public:
+    // `least` to `most` of the values, drawn from `begin` to `end`, with about `ticks` ticks. Equal values get a range
+    // around them.
+    NumberScale(double least, double most, double begin, double end, int ticks = 5);
+
+    double operator()(double value) const;
+    const std::vector<Tick>& Ticks() const { return Round; }
+
+  private:
+    double First, Last, Begin, End;
+    std::vector<Tick> Round;
+};
+
+// A scale of days. Its ticks are days, Mondays, months or years, as many as fit.
+class DayScale
+{
+  public:
+    // Days are counted from 1970-01-01.
+    DayScale(std::int64_t first, std::int64_t last, double begin, double end);
+
+    double operator()(double day) const;
+    const std::vector<Tick>& Ticks() const { return Round; }
+
+  private:
+    double First, Last, Begin, End;
+    std::vector<Tick> Round;
+};
+
+} // namespace plant_report
