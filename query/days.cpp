@@ -14,34 +14,24 @@ namespace
 constexpr std::int64_t DaysIn400Years = 146'097;
 constexpr std::int64_t DaysFromYear0ToEpoch = 719'468; // from 0000-03-01 to 1970-01-01
 
-std::int64_t FromCivil(std::int64_t year, std::int64_t month, std::int64_t day)
+struct CivilDay
 {
-    year -= month <= 2 ? 1 : 0;
+    std::int64_t Year;
+    std::int64_t Month;
+    std::int64_t Day;
+};
+
+std::int64_t FromCivil(const CivilDay& civil)
+{
+    const std::int64_t year = civil.Year - (civil.Month <= 2 ? 1 : 0);
     const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
     const std::int64_t yearOfEra = year - era * 400;
-    const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
+    const std::int64_t dayOfYear = (153 * (civil.Month + (civil.Month > 2 ? -3 : 9)) + 2) / 5 + civil.Day - 1;
     const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
     return era * DaysIn400Years + dayOfEra - DaysFromYear0ToEpoch;
 }
 
-} // namespace
-
-std::optional<std::int64_t> DaysSinceEpoch(const std::string& date)
-{
-    const auto hasForm = [&](std::size_t i)
-    { return i == 4 || i == 7 ? date[i] == '-' : date[i] >= '0' && date[i] <= '9'; };
-    if (date.size() != 10)
-        return std::nullopt;
-    for (std::size_t i = 0; i < date.size(); ++i)
-        if (!hasForm(i))
-            return std::nullopt;
-    const std::int64_t days = FromCivil(std::stoi(date), std::stoi(date.substr(5)), std::stoi(date.substr(8)));
-    if (DayText(days) != date) // for example 2025-02-30
-        return std::nullopt;
-    return days;
-}
-
-std::string DayText(std::int64_t daysSinceEpoch)
+CivilDay ToCivil(std::int64_t daysSinceEpoch)
 {
     const std::int64_t days = daysSinceEpoch + DaysFromYear0ToEpoch;
     const std::int64_t era = (days >= 0 ? days : days - (DaysIn400Years - 1)) / DaysIn400Years;
@@ -51,9 +41,36 @@ std::string DayText(std::int64_t daysSinceEpoch)
     const std::int64_t shifted = (5 * dayOfYear + 2) / 153; // the month, counted from March
     const std::int64_t month = shifted + (shifted < 10 ? 3 : -9);
     const std::int64_t year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
+    return {year, month, dayOfYear - (153 * shifted + 2) / 5 + 1};
+}
+
+} // namespace
+
+std::optional<std::int64_t> DaysSinceEpoch(std::string_view date)
+{
+    const auto hasForm = [&](std::size_t i)
+    { return i == 4 || i == 7 ? date[i] == '-' : date[i] >= '0' && date[i] <= '9'; };
+    if (date.size() != 10)
+        return std::nullopt;
+    for (std::size_t i = 0; i < date.size(); ++i)
+        if (!hasForm(i))
+            return std::nullopt;
+    const auto digit = [&](std::size_t i) { return std::int64_t{date[i]} - '0'; };
+    const CivilDay written{digit(0) * 1'000 + digit(1) * 100 + digit(2) * 10 + digit(3), digit(5) * 10 + digit(6),
+                           digit(8) * 10 + digit(9)};
+    const std::int64_t days = FromCivil(written);
+    const CivilDay day = ToCivil(days);
+    if (day.Month != written.Month || day.Day != written.Day) // for example 2025-02-30
+        return std::nullopt;
+    return days;
+}
+
+std::string DayText(std::int64_t daysSinceEpoch)
+{
+    const CivilDay day = ToCivil(daysSinceEpoch);
     std::array<char, 80> text{};
-    std::snprintf(text.data(), text.size(), "%04lld-%02lld-%02lld", static_cast<long long>(year),
-                  static_cast<long long>(month), static_cast<long long>(dayOfYear - (153 * shifted + 2) / 5 + 1));
+    std::snprintf(text.data(), text.size(), "%04lld-%02lld-%02lld", static_cast<long long>(day.Year),
+                  static_cast<long long>(day.Month), static_cast<long long>(day.Day));
     return text.data();
 }
 
@@ -61,6 +78,16 @@ std::int64_t MondayOf(std::int64_t daysSinceEpoch)
 {
     const std::int64_t sinceMonday = (daysSinceEpoch % 7 + 10) % 7; // 1970-01-01 was a Thursday
     return daysSinceEpoch - sinceMonday;
+}
+
+std::int64_t FirstOfMonth(std::int64_t daysSinceEpoch)
+{
+    return daysSinceEpoch - ToCivil(daysSinceEpoch).Day + 1;
+}
+
+std::string AfterDate(const std::string& last)
+{
+    return last + '\xFF'; // which no UTF-8 text contains
 }
 
 } // namespace plant_query

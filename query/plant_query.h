@@ -61,7 +61,8 @@ struct PlantSet
     std::vector<PlantStage> Stages;   ///< The plants that are in these stages now.
 };
 
-/// How many values there are, and what they are like.
+/// How many values there are, and what they are like. `Mean` is never below `Least` and never above `Most`.
+/// An infinite weight, rating, EC or pH does not count.
 struct PlantFigures
 {
     std::int64_t Number = 0; ///< The number of values. The other members are 0 where it is 0.
@@ -164,30 +165,35 @@ PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantCalendar(PlantDatabase& databa
 /// @name Status
 /// @{
 
-/// How a plant is on a day. A member without a value is not known.
+/// How a plant is on a day, `today`. A member without a value is not known.
+///
+/// Records dated after `today` are left out; a date that begins with `today`, for example one with a time of day, is
+/// not after it. A number of days is known if both dates are days and the second is not the earlier one. Where "or
+/// else" names another date, it is used only if the first is empty, not where the first is no day of the calendar.
 struct PlantStatus
 {
-    std::string PlantUUID;               ///< The UUID of the plant.
-    std::string Name;                    ///< The name of the plant.
-    std::string Strain;                  ///< The strain of the plant.
-    std::string Tent;                    ///< Where the plant stands.
-    PlantStage Stage = PlantStage::Veg;  ///< The stage of the plant.
-    std::optional<std::int64_t> AgeDays; ///< Days since it was sown, or else cut as a clone; until it was harvested.
-    /// The day on which the stage began: the plant's own date for it (`SeedDate` for Seed, `CloneDate` for Clone,
-    /// `FlipDate` for Flower, `HarvestDate` for Dry, Cure and Harvested), or else the date of its newest event that
-    /// begins the stage: `Stage` with the stage's name as details, `Flip` for Flower, `Clone` for Clone, `Harvest` for
-    /// Dry and Harvested. Empty if neither exists.
+    std::string PlantUUID;              ///< The UUID of the plant.
+    std::string Name;                   ///< The name of the plant.
+    std::string Strain;                 ///< The strain of the plant.
+    std::string Tent;                   ///< Where the plant stands.
+    PlantStage Stage = PlantStage::Veg; ///< The stage of the plant.
+    /// Days from `SeedDate`, or else `CloneDate`, to `today`, or to `HarvestDate` if that is earlier.
+    std::optional<std::int64_t> AgeDays;
+    /// The date on which the stage began: the plant's own date for it (`SeedDate` for Seed, `CloneDate` for Clone,
+    /// `FlipDate` for Flower, `HarvestDate` for Dry and Harvested), or else the date of its newest event that begins
+    /// the stage: `Stage` with the stage's name as details, `Flip` for Flower, `Clone` for Clone, `Harvest` for Dry and
+    /// Harvested. Empty if neither exists.
     std::string StageDate;
-    std::optional<std::int64_t> StageDays; ///< Days since `StageDate`.
-    std::optional<std::int64_t>
-        FlipDays;              ///< Days since `FlipDate`, or else since the newest `Flip`; until the harvest.
-    std::string LastFeedDate;  ///< The date of the newest feeding; empty if there is none.
-    std::string LastWaterDate; ///< The date of the newest watering; empty if there is none.
+    std::optional<std::int64_t> StageDays; ///< Days from `StageDate` to `today`.
+    /// Days from `FlipDate`, or else from the newest `Flip` event, to `today`, or to `HarvestDate` if that is earlier.
+    std::optional<std::int64_t> FlipDays;
+    std::string LastFeedDate;  ///< The date of the newest care entry that is a feeding; empty if there is none.
+    std::string LastWaterDate; ///< The date of the newest care entry that is a watering; empty if there is none.
     /// Health observations of the last 30 days, `today` included: the newest of each issue, newest first. Issues that
     /// differ only in the case of ASCII letters are one issue.
     std::vector<PlantHealthObservation> Health;
     /// The usual number of days between two days of care: the median gap between the last six days on which the plant
-    /// was fed or watered, days after `today` left out. Without a value if there are fewer than two such days.
+    /// was fed or watered. Without a value if there are fewer than two such days.
     std::optional<double> CareGapDays;
     /// The day on which care is due: the last day of care plus `CareGapDays`, rounded up to whole days. Empty without
     /// `CareGapDays`, and in the stages after Flower.
@@ -196,7 +202,9 @@ struct PlantStatus
 
 /// Returns the status of each plant of the set, sorted as PlantRepository::ListPlants() sorts: by strain, then by name.
 ///
-/// Cost: every plant is read, and a few rows of each index for each plant of the set.
+/// Cost: every plant is read, and for each plant of the set a few of its newest records. Where the newest feeding, the
+/// newest watering, the begin of the stage or the flip is not among them, the function reads all care entries or all
+/// events of the plant. The number of records of other plants has no effect.
 /// @param today  The day to compute from, `YYYY-MM-DD`; usually PlantEventCurrentDate(). Any other text is an error.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantStatus(PlantDatabase& database, const PlantSet& plants,
                                                          const std::string& today, std::vector<PlantStatus>& out);
@@ -246,11 +254,12 @@ struct PlantTotal
     std::int64_t Waterings = 0; ///< The number of entries that are waterings.
     double AmountMl = 0;        ///< The sum of the amounts, in millilitres.
     double RunoffMl = 0;        ///< The sum of the run-off, in millilitres.
-    PlantFigures EC;            ///< The EC of the entries that have it; 0 means that it was not entered.
-    PlantFigures PH;            ///< The pH of the entries that have it; 0 means that it was not entered.
+    PlantFigures EC;            ///< The EC of the entries that have it: those above 0.
+    PlantFigures PH;            ///< The pH of the entries that have it: those above 0.
 };
 
-/// Adds up care entries, sorted by period, oldest first, then by name and key. Without an entry there is no row.
+/// Adds up care entries, sorted by period, oldest first, then by name and key. Upper and lower case ASCII letters of
+/// names sort as equal. Without an entry there is no row.
 ///
 /// Cost: as QueryPlantActivity() for care entries.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantTotals(PlantDatabase& database, const PlantTotalFilter& filter,
@@ -267,9 +276,9 @@ struct PlantComparedSet
     PlantSet Plants;  ///< The plants.
 };
 
-/// The plants of a set and their harvests. A weight or rating of 0 means that it was not entered, and does not count.
+/// The plants of a set and their harvests. A weight or rating counts if it is above 0; 0 means that it was not entered.
 /// A span of days counts where both dates are days and the harvest is not the earlier one. The harvest's date is that
-/// of the harvest record, or else the plant's own.
+/// of the harvest record, or else, where that is empty, the plant's own.
 struct PlantComparison
 {
     std::string Name;                ///< The name of the set.
@@ -288,7 +297,7 @@ struct PlantComparison
 
 /// Compares sets of plants, in the order given. A plant may be in several sets.
 ///
-/// Cost: every plant, every harvest record, and the care entries of the harvested plants in the sets.
+/// Cost: every plant is read, and the harvest record and care entries of each harvested plant in the sets.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantComparison(PlantDatabase& database,
                                                              const std::vector<PlantComparedSet>& sets,
                                                              std::vector<PlantComparison>& out);
@@ -312,14 +321,16 @@ struct PlantRelative
 /// The relatives of a plant.
 struct PlantLineage
 {
-    std::vector<PlantRelative> Ancestors;   ///< The mother first, then her mother, and so on.
-    std::vector<PlantRelative> Descendants; ///< Each followed by its own descendants; siblings are sorted by name.
+    std::vector<PlantRelative> Ancestors; ///< The mother first, then her mother, and so on.
+    /// Each followed by its own descendants. Siblings are sorted by name, without regard to the case of ASCII letters,
+    /// and then by row ID.
+    std::vector<PlantRelative> Descendants;
 };
 
 /// Returns the ancestors and descendants of a plant. Each plant appears at most once, and the plant itself never, even
-/// where a damaged journal has a cycle of mothers.
+/// where a damaged journal has a cycle of mothers: the plants of the cycle are then ancestors.
 ///
-/// Cost: every plant and every harvest record is read once.
+/// Cost: every plant is read, and the harvest record of each relative.
 /// @param plantUUID  The plant. An unknown UUID gives an empty lineage.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantLineage(PlantDatabase& database, const std::string& plantUUID,
                                                           PlantLineage& out);

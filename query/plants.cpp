@@ -1,19 +1,9 @@
 #include "plants.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace plant_query
 {
-
-namespace
-{
-
-template <typename Value> bool Fits(const std::vector<Value>& wanted, const Value& value)
-{
-    return wanted.empty() || std::find(wanted.begin(), wanted.end(), value) != wanted.end();
-}
-
-} // namespace
 
 std::vector<SetPlant> PlantsOf(sqlite3* connection, const PlantSet& set)
 {
@@ -32,8 +22,7 @@ std::vector<SetPlant> PlantsOf(sqlite3* connection, const PlantSet& set)
         plant.MotherUUID = rows.Text(4);
         plant.Stage = PlantStageFromName(rows.Text(5));
         plant.Tent = rows.Text(6);
-        if (!Fits(set.UUIDs, plant.UUID) || !Fits(set.Strains, plant.Strain) || !Fits(set.Tents, plant.Tent) ||
-            !Fits(set.Stages, plant.Stage))
+        if (!IsIn(set, plant))
             continue;
         plant.SeedDate = rows.Text(7);
         plant.CloneDate = rows.Text(8);
@@ -43,6 +32,12 @@ std::vector<SetPlant> PlantsOf(sqlite3* connection, const PlantSet& set)
         plants.push_back(std::move(plant));
     }
     return plants;
+}
+
+bool IsIn(const PlantSet& set, const SetPlant& plant)
+{
+    return Fits(set.UUIDs, plant.UUID) && Fits(set.Strains, plant.Strain) && Fits(set.Tents, plant.Tent) &&
+           Fits(set.Stages, plant.Stage);
 }
 
 bool IsEveryPlant(const PlantSet& set)

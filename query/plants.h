@@ -3,6 +3,7 @@
 
 #include "reading.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -26,8 +27,17 @@ struct SetPlant
     std::string HarvestDate;
 };
 
+// Whether a list of wanted values is empty or contains the value.
+template <typename Value> bool Fits(const std::vector<Value>& wanted, const Value& value)
+{
+    return wanted.empty() || std::find(wanted.begin(), wanted.end(), value) != wanted.end();
+}
+
 // The plants of a set in the order of PlantRepository::ListPlants().
 std::vector<SetPlant> PlantsOf(sqlite3* connection, const PlantSet& set);
+
+// Whether the plant is in the set.
+bool IsIn(const PlantSet& set, const SetPlant& plant);
 
 // Whether the set is restricted in no way.
 bool IsEveryPlant(const PlantSet& set);

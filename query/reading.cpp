@@ -1,5 +1,6 @@
 #include "reading.h"
 
+#include <cstddef>
 #include <new>
 
 namespace plant_query
@@ -48,14 +49,20 @@ void Statement::Reset()
     sqlite3_reset(Handle);
 }
 
-std::string Statement::Text(int column) const
+std::string_view Statement::WholeView(int column) const
+{
+    const char* text = Characters(column);
+    return {text, static_cast<std::size_t>(sqlite3_column_bytes(Handle, column))};
+}
+
+const char* Statement::Characters(int column) const
 {
     const unsigned char* text = sqlite3_column_text(Handle, column);
     if (text != nullptr)
         return reinterpret_cast<const char*>(text);
     if (sqlite3_errcode(Connection) == SQLITE_NOMEM) // otherwise the column is NULL
         throw std::bad_alloc();
-    return {};
+    return "";
 }
 
 void Statement::FailWithError() const

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <sqlite3.h>
 
@@ -48,11 +49,17 @@ class Statement
     // Prepares for another run with other parameters.
     void Reset();
 
-    std::string Text(int column) const; // up to the first zero byte, as the repository reads texts
+    // The text up to its first zero byte, as the repository reads texts.
+    std::string Text(int column) const { return Characters(column); }
+    // The same without a copy. Valid until the next Step() or Reset().
+    std::string_view View(int column) const { return Characters(column); }
+    // With all its zero bytes. Valid until the next Step() or Reset().
+    std::string_view WholeView(int column) const;
     std::int64_t Integer(int column) const { return sqlite3_column_int64(Handle, column); }
     double Number(int column) const { return sqlite3_column_double(Handle, column); }
 
   private:
+    const char* Characters(int column) const;
     [[noreturn]] void FailWithError() const;
 
     sqlite3* Connection;
