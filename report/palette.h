@@ -19,7 +19,7 @@ struct RoleColour
 // One for each role, in the order of `Role`. The colours of marks can be told apart by the colour-blind.
 const RoleColour& ColourOf(Role role);
 
-// The rules that colour the classes, for light, dark and print.
+// The rules that colour the classes within a chart: light on paper, light or dark on a screen.
 std::string PaletteStyle();
 
 } // namespace plant_report

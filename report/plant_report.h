@@ -64,39 +64,53 @@ struct PlantHealth
 };
 
 /// @name Charts
+/// The `width` of a picture is in pixels. A picture that is shown as wide as it was drawn has letters of 11 to 13
+/// pixels, so a telephone needs a picture of its own: WritePlantReport() draws each chart with 720 and with 360 pixels.
+/// Less than 320 counts as 320, and more than 1600 as 1600. The words and figures are the same for every width.
 /// @{
 
+/// The width of a picture on a desktop or on paper, in pixels.
+constexpr double PlantChartWidth = 720;
+
 /// Draws a bar for each stage of each plant over time. Spans without two days of the calendar are left out.
-PLANTJOURNAL_REPORT_API PlantChart DrawPlantStages(const std::vector<PlantStageSpan>& spans);
+PLANTJOURNAL_REPORT_API PlantChart DrawPlantStages(const std::vector<PlantStageSpan>& spans,
+                                                   double width = PlantChartWidth);
 
 /// Draws a calendar of care: a cell a day, darker the more feedings and waterings there were. Above two years it shows
 /// a cell a week, and above ten years a cell a month.
-PLANTJOURNAL_REPORT_API PlantChart DrawPlantCareCalendar(const std::vector<PlantCalendarDay>& days);
+PLANTJOURNAL_REPORT_API PlantChart DrawPlantCareCalendar(const std::vector<PlantCalendarDay>& days,
+                                                         double width = PlantChartWidth);
 
 /// Draws EC and pH over time, a small chart for each `Name` of the totals. Nothing is drawn where nothing was entered,
 /// and no line joins values with such a gap between them.
-PLANTJOURNAL_REPORT_API PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals);
+PLANTJOURNAL_REPORT_API PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals,
+                                                         double width = PlantChartWidth);
 
 /// Draws the millilitres of water and feed for each period.
 /// @param waterings  Totals of the action `Water`, one row a period.
 /// @param feedings  Totals of the action `Feed`, one row a period.
 PLANTJOURNAL_REPORT_API PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings,
-                                                        const std::vector<PlantTotal>& feedings);
+                                                        const std::vector<PlantTotal>& feedings,
+                                                        double width = PlantChartWidth);
 
 /// Draws the dry weight of each plant as a dot, by strain, and the mean of each strain. Plants that have only a wet
 /// weight are drawn by it, in a chart of their own scale.
-PLANTJOURNAL_REPORT_API PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests);
+PLANTJOURNAL_REPORT_API PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests,
+                                                     double width = PlantChartWidth);
 
 /// Draws mothers and their clones with their yields.
 /// @param plants  The roots and their descendants, in the order of `PlantLineage`; `Generation` 0 begins a tree.
-PLANTJOURNAL_REPORT_API PlantChart DrawPlantLineage(const std::vector<PlantRelative>& plants);
+PLANTJOURNAL_REPORT_API PlantChart DrawPlantLineage(const std::vector<PlantRelative>& plants,
+                                                    double width = PlantChartWidth);
 
 /// Draws health observations over time by severity.
-PLANTJOURNAL_REPORT_API PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations);
+PLANTJOURNAL_REPORT_API PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations,
+                                                   double width = PlantChartWidth);
 
 /// Draws the care of the latest calendar year over that of the years before, day by day. Without a second year there is
 /// nothing to draw.
-PLANTJOURNAL_REPORT_API PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days);
+PLANTJOURNAL_REPORT_API PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days,
+                                                  double width = PlantChartWidth);
 
 /// @}
 /// @name Page

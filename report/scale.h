@@ -14,7 +14,8 @@ struct Tick
     std::string Label;
 };
 
-// A scale of numbers. Its ends are round: a multiple of 1, 2 or 5 times a power of ten.
+// A scale of numbers. Its ends and ticks are round: multiples of 1, 2 or 5 times a power of ten. Values outside of it,
+// and those that are not finite, have their place at an end.
 class NumberScale
 {
   public:
@@ -30,7 +31,8 @@ class NumberScale
     std::vector<Tick> Round;
 };
 
-// A scale of days. Its ticks are days, Mondays, months or years, as many as fit.
+// A scale of days. Its ticks are days, Mondays, months or years, as many as fit; the first one of a year names it. A
+// range shorter than a week becomes a week. Days outside of the range have their place at an end.
 class DayScale
 {
   public:

@@ -1,7 +1,8 @@
-// Composes SVG and XHTML texts, for the other files of this library.
+// Composes the SVG text of a picture, for the other files of this library.
 #pragma once
 
-#include <initializer_list>
+#include "text.h"
+
 #include <string>
 #include <string_view>
 #include <utility>
@@ -9,13 +10,6 @@
 
 namespace plant_report
 {
-
-// A text for XML: special characters are escaped, and what XML cannot hold (control characters, broken UTF-8) becomes
-// U+FFFD, so that the page stays well-formed whatever a journal holds.
-std::string Escaped(std::string_view text);
-
-// A number for an attribute or a label, with at most `decimals` decimals and without trailing zeros.
-std::string NumberText(double value, int decimals = 2);
 
 // What a mark or a text means. Each role has a light and a dark colour; see palette.h.
 enum class Role
@@ -58,40 +52,39 @@ enum class Anchor
     End
 };
 
-// Composes the marks of one picture, in the units of its view box.
+// Composes the marks of one picture, in the units of its view box: pixels, where the picture has its natural width.
 class Drawing
 {
   public:
     Drawing(double width, double height);
 
-    // Each mark has the class and the light colour of its role, and a title (shown by browsers as a tooltip) where
-    // `title` is not empty.
+    // Each mark has the class and the light colour of its role, and a title of up to 200 letters (shown by browsers as
+    // a tooltip) where `title` is not empty. A `Role` of a line colours its stroke, any other its fill.
     void Rect(double x, double y, double width, double height, Role fill, const std::string& title = {});
     void Circle(double x, double y, double radius, Role fill, const std::string& title = {});
     void Diamond(double x, double y, double radius, Role fill, const std::string& title = {});
     void Line(double x1, double y1, double x2, double y2, Role stroke, double width = 1);
     void Dashes(double x1, double y1, double x2, double y2, Role stroke, double width = 1);
     void Polyline(const std::vector<std::pair<double, double>>& points, Role stroke, double width = 1.5);
-    // `size` is the height of the letters. A text longer than `widest` (0 for any) is cut with an ellipsis; its title
-    // then holds the whole text.
+    // `size` is the height of the letters; below 11 a telephone's reader would not see them. A text wider than `widest`
+    // (0 for any) is cut with an ellipsis; its title then holds the text, up to 200 letters.
     void Text(double x, double y, const std::string& text, Anchor anchor = Anchor::Start, Role fill = Role::Ink,
               double size = 12, double widest = 0);
 
-    // The whole picture. `id` must be unique in the page; it links the picture to its title and description.
+    // The whole picture. `id` must be unique among the charts; with the width of the picture it links the picture to
+    // its title and description.
     std::string SVG(const std::string& id, const std::string& title, const std::string& description) const;
 
     double Width() const { return PictureWidth; }
     double Height() const { return PictureHeight; }
 
   private:
-    void Element(std::string_view name, const Attributes& attributes, const std::string& title);
+    void Element(std::string_view name, Role role, const Attributes& attributes, const std::string& title,
+                 const std::string& text = {});
 
     double PictureWidth;
     double PictureHeight;
     std::string Marks;
 };
-
-// The width that a text takes, estimated: the browser chooses the font.
-double TextWidth(std::string_view text, double size);
 
 } // namespace plant_report
