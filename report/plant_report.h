@@ -82,15 +82,18 @@ PLANTJOURNAL_REPORT_API PlantChart DrawPlantCareCalendar(const std::vector<Plant
                                                          double width = PlantChartWidth);
 
 /// Draws EC and pH over time, a small chart for each `Name` of the totals. Nothing is drawn where nothing was entered,
-/// and no line joins values with such a gap between them.
-PLANTJOURNAL_REPORT_API PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals,
+/// and no line joins values with such a gap between them. Draws the 12 names with the most care entries.
+/// @param totals  Rows of any group.
+/// @param period  The length of time of a row: a day, a week or a month.
+PLANTJOURNAL_REPORT_API PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals, PlantPeriod period,
                                                          double width = PlantChartWidth);
 
 /// Draws the millilitres of water and feed for each period.
 /// @param waterings  Totals of the action `Water`, one row a period.
 /// @param feedings  Totals of the action `Feed`, one row a period.
+/// @param period  The length of time of a row: a day, a week or a month.
 PLANTJOURNAL_REPORT_API PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings,
-                                                        const std::vector<PlantTotal>& feedings,
+                                                        const std::vector<PlantTotal>& feedings, PlantPeriod period,
                                                         double width = PlantChartWidth);
 
 /// Draws the dry weight of each plant as a dot, by strain, and the mean of each strain. Plants that have only a wet
