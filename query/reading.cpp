@@ -6,19 +6,6 @@
 namespace plant_query
 {
 
-ReadTransaction::ReadTransaction(sqlite3* connection)
-    : Own(sqlite3_get_autocommit(connection) != 0 ? connection : nullptr)
-{
-    if (Own != nullptr && sqlite3_exec(Own, "BEGIN;", nullptr, nullptr, nullptr) != SQLITE_OK)
-        throw Failure{"beginning to read", sqlite3_errmsg(Own)};
-}
-
-ReadTransaction::~ReadTransaction()
-{
-    if (Own != nullptr)
-        sqlite3_exec(Own, "ROLLBACK;", nullptr, nullptr, nullptr);
-}
-
 Statement::Statement(sqlite3* connection, const char* step, const std::string& sql) : Connection(connection), What(step)
 {
     if (sqlite3_prepare_v2(connection, sql.c_str(), -1, &Handle, nullptr) != SQLITE_OK)

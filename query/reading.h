@@ -20,19 +20,6 @@ struct Failure
     std::string Reason;
 };
 
-// All reads in its scope see the same state of the journal. Joins the caller's transaction where one is open.
-class ReadTransaction
-{
-  public:
-    explicit ReadTransaction(sqlite3* connection);
-    ~ReadTransaction();
-    ReadTransaction(const ReadTransaction&) = delete;
-    ReadTransaction& operator=(const ReadTransaction&) = delete;
-
-  private:
-    sqlite3* Own; // null where the caller opened the transaction
-};
-
 // A statement that reads rows. `step` names what it reads in an error; it must outlive the statement.
 class Statement
 {
@@ -65,6 +52,21 @@ class Statement
     sqlite3* Connection;
     const char* What;
     sqlite3_stmt* Handle = nullptr;
+};
+
+// All reads in its scope see the same state of the journal, since a statement that has not ended keeps the transaction
+// open. Unlike BEGIN and ROLLBACK, that needs no memory at the end, and the caller may have a transaction open.
+class ReadTransaction
+{
+  public:
+    explicit ReadTransaction(sqlite3* connection)
+        : Opened(connection, "beginning to read", "SELECT 1 FROM sqlite_master;")
+    {
+        Opened.Step();
+    }
+
+  private:
+    Statement Opened;
 };
 
 // Computes an answer in a read transaction and moves it to `out`, which is left empty after an error or an exception.

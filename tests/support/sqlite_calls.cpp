@@ -137,6 +137,14 @@ extern "C"
                                           [&] { return original(statement, index, text, bytes, destructor); });
     }
 
+    int sqlite3_bind_text64(sqlite3_stmt* statement, int index, const char* text, sqlite3_uint64 bytes,
+                            void (*destructor)(void*), unsigned char encoding)
+    {
+        static const auto original = support::CallGate::Original<decltype(sqlite3_bind_text64)>("sqlite3_bind_text64");
+        return support::CallGate::Through(support::SQLiteCall::Bind, sqlite3_sql(statement),
+                                          [&] { return original(statement, index, text, bytes, destructor, encoding); });
+    }
+
     int sqlite3_bind_int(sqlite3_stmt* statement, int index, int value)
     {
         static const auto original = support::CallGate::Original<decltype(sqlite3_bind_int)>("sqlite3_bind_int");
