@@ -1,17 +1,24 @@
 #include "plants.h"
 
+#include "letters.h"
+
+#include <algorithm>
+#include <set>
+#include <tuple>
 #include <utility>
 
 namespace plant_query
 {
 
-std::vector<SetPlant> PlantsOf(sqlite3* connection, const PlantSet& set)
+namespace
 {
-    Statement rows(connection, "reading the plants",
-                   "SELECT ID,UUID,Name,Strain,COALESCE((SELECT UUID FROM Plants m WHERE m.ID=p.MotherPlantID),''),"
-                   "Stage,Tent,SeedDate,CloneDate,TransplantDate,FlipDate,HarvestDate "
-                   "FROM Plants p ORDER BY Strain COLLATE NOCASE,Name COLLATE NOCASE;");
-    std::vector<SetPlant> plants;
+
+constexpr const char* SelectPlants =
+    "SELECT ID,UUID,Name,Strain,COALESCE((SELECT UUID FROM Plants m WHERE m.ID=p.MotherPlantID),''),"
+    "Stage,Tent,SeedDate,CloneDate,TransplantDate,FlipDate,HarvestDate FROM Plants p ";
+
+void AddPlants(Statement& rows, const PlantSet& set, std::vector<SetPlant>& plants)
+{
     while (rows.Step())
     {
         SetPlant plant;
@@ -31,6 +38,40 @@ std::vector<SetPlant> PlantsOf(sqlite3* connection, const PlantSet& set)
         plant.HarvestDate = rows.Text(11);
         plants.push_back(std::move(plant));
     }
+}
+
+// Does not read the other plants.
+std::vector<SetPlant> NamedPlants(sqlite3* connection, const PlantSet& set)
+{
+    Statement rows(connection, "reading the plants", std::string(SelectPlants) + "WHERE UUID>=? AND UUID<?;");
+    std::vector<SetPlant> plants;
+    for (const std::string& uuid : std::set<std::string>(set.UUIDs.begin(), set.UUIDs.end()))
+    {
+        const std::string next = uuid + '\1'; // a stored UUID that continues with a zero byte is read without the rest
+        rows.Bind(1, uuid);
+        rows.Bind(2, next);
+        AddPlants(rows, set, plants);
+        rows.Reset();
+    }
+    std::sort(plants.begin(), plants.end(),
+              [](const SetPlant& left, const SetPlant& right)
+              {
+                  return std::make_tuple(WithoutCase(left.Strain), WithoutCase(left.Name), left.ID) <
+                         std::make_tuple(WithoutCase(right.Strain), WithoutCase(right.Name), right.ID);
+              });
+    return plants;
+}
+
+} // namespace
+
+std::vector<SetPlant> PlantsOf(sqlite3* connection, const PlantSet& set)
+{
+    if (!set.UUIDs.empty())
+        return NamedPlants(connection, set);
+    Statement rows(connection, "reading the plants",
+                   std::string(SelectPlants) + "ORDER BY Strain COLLATE NOCASE,Name COLLATE NOCASE,ID;");
+    std::vector<SetPlant> plants;
+    AddPlants(rows, set, plants);
     return plants;
 }
 

@@ -33,7 +33,8 @@ template <typename Value> bool Fits(const std::vector<Value>& wanted, const Valu
     return wanted.empty() || std::find(wanted.begin(), wanted.end(), value) != wanted.end();
 }
 
-// The plants of a set in the order of PlantRepository::ListPlants().
+// The plants of a set in the order of PlantRepository::ListPlants(). Plants of one strain and name are sorted by row
+// ID.
 std::vector<SetPlant> PlantsOf(sqlite3* connection, const PlantSet& set);
 
 // Whether the plant is in the set.
