@@ -66,7 +66,8 @@ Day DayOf(std::int64_t day)
     return {std::stoll(text), std::stoll(text.substr(month)), std::stoll(text.substr(month + 3))};
 }
 
-std::int64_t FirstOfMonth(std::int64_t year, std::int64_t month)
+// The first day of the month.
+std::int64_t MonthBegin(std::int64_t year, std::int64_t month)
 {
     std::string text = std::to_string(year);
     text.insert(0, 4 - std::min<std::size_t>(text.size(), 4), '0');
@@ -78,21 +79,33 @@ const char* MonthName(const Day& day)
     return Months.at(static_cast<std::size_t>(day.Month - 1));
 }
 
+// Adds the year to the labels where it changes, or to the first label where it never does.
+void NameYears(std::vector<Tick>& ticks)
+{
+    const auto yearOf = [](const Tick& tick) { return DayOf(static_cast<std::int64_t>(tick.Value)).Year; };
+    const bool change = yearOf(ticks.front()) != yearOf(ticks.back());
+    std::int64_t previous = change ? yearOf(ticks.front()) : -1;
+    for (Tick& tick : ticks)
+        if (const std::int64_t year = yearOf(tick); year != previous)
+        {
+            tick.Label += " " + std::to_string(year);
+            previous = year;
+        }
+}
+
+Tick DayTick(std::int64_t day)
+{
+    const Day parts = DayOf(day);
+    return {static_cast<double>(day), std::to_string(parts.OfMonth) + " " + MonthName(parts)};
+}
+
 // Ticks every `step` days. Those of whole weeks are Mondays.
 std::vector<Tick> DayTicks(std::int64_t first, std::int64_t last, std::int64_t step)
 {
     const std::int64_t monday = plant_query::MondayOf(0);
     std::vector<Tick> ticks;
-    std::int64_t shownYear = -1;
     for (std::int64_t day = first + ((monday - first) % step + step) % step; day <= last; day += step)
-    {
-        const Day parts = DayOf(day);
-        std::string label = std::to_string(parts.OfMonth) + " " + MonthName(parts);
-        if (parts.Year != shownYear)
-            label += " " + std::to_string(parts.Year);
-        shownYear = parts.Year;
-        ticks.push_back({static_cast<double>(day), label});
-    }
+        ticks.push_back(DayTick(day));
     return ticks;
 }
 
@@ -101,20 +114,16 @@ std::vector<Tick> MonthTicks(std::int64_t first, std::int64_t last, std::int64_t
 {
     const Day begin = DayOf(first);
     std::vector<Tick> ticks;
-    std::int64_t shownYear = -1;
     for (std::int64_t month = (begin.Year * 12 + begin.Month - 1) / step * step;; month += step)
     {
-        const std::int64_t day = FirstOfMonth(month / 12, month % 12 + 1);
+        const std::int64_t day = MonthBegin(month / 12, month % 12 + 1);
         if (day > last || month / 12 > 9999)
             return ticks;
         if (day < first)
             continue;
         const Day parts = DayOf(day);
-        std::string label = step % 12 == 0 ? std::to_string(parts.Year) : MonthName(parts);
-        if (step % 12 != 0 && parts.Year != shownYear)
-            label += " " + std::to_string(parts.Year);
-        shownYear = parts.Year;
-        ticks.push_back({static_cast<double>(day), label});
+        ticks.push_back(
+            {static_cast<double>(day), step % 12 == 0 ? std::to_string(parts.Year) : std::string(MonthName(parts))});
     }
 }
 
@@ -123,16 +132,24 @@ std::vector<Tick> RoundDays(std::int64_t first, std::int64_t last, double length
 {
     constexpr double dayRoom = 64;
     constexpr double monthRoom = 52;
+    constexpr double daysOfShortMonth = 28;
     const double perDay = length / static_cast<double>(last - first);
     for (const std::int64_t step : {1, 2, 7, 14})
         if (perDay * static_cast<double>(step) >= dayRoom)
             if (std::vector<Tick> ticks = DayTicks(first, last, step); ticks.size() >= 2)
+            {
+                NameYears(ticks);
                 return ticks;
+            }
     for (const std::int64_t step : {1, 2, 3, 6, 12, 24, 60, 120, 240, 600, 1200, 2400, 6000, 12000})
-        if (perDay * 30 * static_cast<double>(step) >= monthRoom)
+        if (perDay * daysOfShortMonth * static_cast<double>(step) >= monthRoom)
             if (std::vector<Tick> ticks = MonthTicks(first, last, step); ticks.size() >= 2)
+            {
+                if (step % 12 != 0)
+                    NameYears(ticks);
                 return ticks;
-    return {DayTicks(first, first, 1).front(), DayTicks(last, last, 1).front()};
+            }
+    return {DayTick(first), DayTick(last)};
 }
 
 } // namespace

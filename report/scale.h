@@ -31,7 +31,7 @@ class NumberScale
     std::vector<Tick> Round;
 };
 
-// A scale of days. Its ticks are days, Mondays, months or years, as many as fit; the first one of a year names it. A
+// A scale of days. Its ticks are days, Mondays, months or years, as many as fit; the year is named where it changes. A
 // range shorter than a week becomes a week. Days outside of the range have their place at an end.
 class DayScale
 {

@@ -1,0 +1,149 @@
+// Tests of the texts and numbers in pictures.
+
+#include "report/text.h"
+
+#include "report/svg_picture.h"
+#include "support/comma_locale.h"
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include <gtest/gtest.h>
+
+using namespace plant_report;
+using namespace support;
+
+namespace
+{
+
+const std::string Unknown = "\xEF\xBF\xBD"; // U+FFFD
+
+TEST(ReportTextTest, SpecialCharactersAreEscaped)
+{
+    EXPECT_EQ(Escaped("<script>a && b 'c' \"d\"</script>"),
+              "&lt;script&gt;a &amp;&amp; b &#39;c&#39; &quot;d&quot;&lt;/script&gt;");
+    EXPECT_EQ(Escaped("Gr\xC3\xBCn \xE2\x82\xAC \xF0\x9F\x8C\xB1\t\n"),
+              "Gr\xC3\xBCn \xE2\x82\xAC \xF0\x9F\x8C\xB1\t\n");
+}
+
+TEST(ReportTextTest, ALineEndsWithOneLineFeed)
+{
+    EXPECT_EQ(Escaped("a\r\nb\rc\r"), "a\nb\nc\n");
+}
+
+TEST(ReportTextTest, WhatXMLCannotHoldIsReplaced)
+{
+    EXPECT_EQ(Escaped(std::string("a\0b", 3)), "a" + Unknown + "b");
+    for (const std::string bad :
+         {"\x01", "\x1F", "\x7F", "\xC2\x80", "\xC2\x9F", "\xEF\xBF\xBE", "\xEF\xB7\x90", "\xEF\xBF\xBD"})
+        EXPECT_EQ(Escaped(bad + "x"), Unknown + "x") << testing::PrintToString(bad);
+}
+
+TEST(ReportTextTest, EachByteOfBrokenUTF8IsReplaced)
+{
+    EXPECT_EQ(Escaped("\x80"), Unknown);
+    EXPECT_EQ(Escaped("\xC1\x81"), Unknown + Unknown);
+    EXPECT_EQ(Escaped("\xE2\x82"), Unknown + Unknown);
+    EXPECT_EQ(Escaped("\xE2\x82x"), Unknown + Unknown + "x");
+    EXPECT_EQ(Escaped("\xE0\x80\x80"), Unknown + Unknown + Unknown);               // too long for U+0000
+    EXPECT_EQ(Escaped("\xED\xA0\x80"), Unknown + Unknown + Unknown);               // a surrogate
+    EXPECT_EQ(Escaped("\xF4\x90\x80\x80"), Unknown + Unknown + Unknown + Unknown); // above U+10FFFF
+    EXPECT_EQ(Escaped("\xF5"), Unknown);
+}
+
+TEST(ReportTextTest, EveryTextOfTwoBytesStaysWellFormed)
+{
+    std::string xml = "<x>";
+    for (int first = 0; first < 256; ++first)
+        for (int second = 0; second < 256; ++second)
+            xml += Escaped(std::string{static_cast<char>(first), static_cast<char>(second)});
+    EXPECT_EQ(ElementsOf(xml + "</x>").size(), 1U);
+}
+
+TEST(ReportTextTest, NumbersHaveNoTrailingZeros)
+{
+    EXPECT_EQ(NumberText(1.5), "1.5");
+    EXPECT_EQ(NumberText(2), "2");
+    EXPECT_EQ(NumberText(100), "100");
+    EXPECT_EQ(NumberText(100, 0), "100");
+    EXPECT_EQ(NumberText(1.239, 1), "1.2");
+    EXPECT_EQ(NumberText(-0.001), "0");
+    EXPECT_EQ(NumberText(1e308).size(), 309U);
+}
+
+TEST(ReportTextTest, ANumberThatIsNotFiniteIsZero)
+{
+    EXPECT_EQ(NumberText(std::nan("")), "0");
+    EXPECT_EQ(NumberText(std::numeric_limits<double>::infinity()), "0");
+}
+
+TEST(ReportTextTest, LabelsHaveCommasBetweenThousands)
+{
+    EXPECT_EQ(NumberLabel(999), "999");
+    EXPECT_EQ(NumberLabel(1000), "1,000");
+    EXPECT_EQ(NumberLabel(-100), "-100");
+    EXPECT_EQ(NumberLabel(-123456), "-123,456");
+    EXPECT_EQ(NumberLabel(1234567.891), "1,234,567.89");
+}
+
+TEST(ReportTextTest, AShortenedTextEndsWithAnEllipsis)
+{
+    EXPECT_EQ(Shortened("Basil", 5), "Basil");
+    EXPECT_EQ(Shortened("Basils", 5), "Basi\xE2\x80\xA6");
+    EXPECT_EQ(Shortened("", 5), "");
+    EXPECT_EQ(Shortened(std::string(10'000, 'a'), 200).size(), 199U + 3);
+}
+
+TEST(ReportTextTest, AShortenedTextKeepsAccentsWithTheirLetters)
+{
+    const std::string accented = "e\xCC\x81";                                                  // e and an accent
+    const std::string family = "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7\xF0\x9F\x8F\xBD"; // joined, with skin tone
+    EXPECT_EQ(Shortened(accented + family, 2), accented + family);
+    EXPECT_EQ(Shortened(accented + family + "x", 2), accented + "\xE2\x80\xA6");
+    std::string pile = "a";
+    for (int i = 0; i < 10'000; ++i)
+        pile += "\xCC\x81";
+    EXPECT_LT(Shortened(pile, 5).size(), 200U);
+}
+
+TEST(ReportTextTest, ANameInASentenceKeepsItsDirectionToItself)
+{
+    const auto isolated = [](const std::string& text) { return "\xE2\x81\xA8" + text + "\xE2\x81\xA9"; };
+    EXPECT_EQ(NameInSentence("Basil \xC3\xBC"), "Basil \xC3\xBC");
+    EXPECT_EQ(NameInSentence("\xD7\xA8"), isolated("\xD7\xA8"));
+    EXPECT_EQ(NameInSentence("a\xE2\x80\xAE b"), isolated("a\xE2\x80\xAE b"));
+    EXPECT_EQ(NameInSentence(std::string(61, 'a')), std::string(59, 'a') + "\xE2\x80\xA6");
+}
+
+TEST(ReportTextTest, AWiderTextIsEstimatedWider)
+{
+    EXPECT_EQ(TextWidth("", 12), 0);
+    EXPECT_DOUBLE_EQ(TextWidth("ab", 24), 2 * TextWidth("ab", 12));
+    EXPECT_LT(TextWidth("il", 12), TextWidth("ae", 12));
+    EXPECT_LT(TextWidth("ae", 12), TextWidth("AE", 12));
+    EXPECT_LT(TextWidth("AE", 12), TextWidth("MW", 12));
+    EXPECT_LT(TextWidth(" ", 12), TextWidth("i", 12));
+    EXPECT_LT(TextWidth("\xC3\xA9", 12), TextWidth("\xE6\xA2\x85", 12));         // e with an accent, a Chinese sign
+    EXPECT_EQ(TextWidth("e\xCC\x81", 12), TextWidth("e", 12));                   // an accent takes no room
+    EXPECT_LT(TextWidth("\xE2\x80\xA6", 12), TextWidth("\xF0\x9F\x8C\xB1", 12)); // an ellipsis, an emoji
+}
+
+TEST(ReportTextTest, ATextThatIsTooWideFitsAfterItsCut)
+{
+    EXPECT_EQ(Fitting("Basil", 12, 100), "Basil");
+    EXPECT_EQ(Fitting("Basil", 12, TextWidth("Basil", 12)), "Basil");
+    const std::string cut = Fitting(std::string(10'000, 'a'), 12, 100);
+    EXPECT_LE(TextWidth(cut, 12), 100);
+    EXPECT_GT(TextWidth(cut, 12), 90);
+    EXPECT_EQ(cut.substr(cut.size() - 4), "a\xE2\x80\xA6");
+    EXPECT_EQ(Fitting("Basil", 12, 1), "\xE2\x80\xA6");
+}
+
+TEST(ReportTextTest, NumbersKeepTheirPointInALocaleWithCommas)
+{
+    const CommaLocale locale;
+    EXPECT_EQ(NumberText(1.5), "1.5");
+}
+
+} // namespace
