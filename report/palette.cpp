@@ -30,7 +30,7 @@ constexpr std::array<RoleColour, 27> Colours = {{
     {Role::Harvested, "harvested", "#bdbeba", "#585c5e"},
     {Role::Archived, "archived", "#cee9fe", "#1f2e43"},
     {Role::Severity1, "severity1", "#fbe7a1", "#5b4d1d"},
-    {Role::Severity2, "severity2", "#f6bd60", "#8f6a1c"},
+    {Role::Severity2, "severity2", "#f6bd60", "#8a651a"},
     {Role::Severity3, "severity3", "#e8833a", "#c47c26"},
     {Role::Severity4, "severity4", "#c8452c", "#f29a78"},
     {Role::Severity5, "severity5", "#7f1d1d", "#ffc9b8"},
