@@ -23,6 +23,12 @@ void Statement::Bind(int number, const std::string& text)
         FailWithError();
 }
 
+void Statement::Bind(int number, std::int64_t value)
+{
+    if (sqlite3_bind_int64(Handle, number, value) != SQLITE_OK)
+        FailWithError();
+}
+
 bool Statement::Step()
 {
     const int result = sqlite3_step(Handle);

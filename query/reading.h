@@ -3,7 +3,6 @@
 
 #include "plant_query.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,6 +30,7 @@ class Statement
 
     // Binds the parameter with this number, from 1. `text` must stay unchanged until the next Reset().
     void Bind(int number, const std::string& text);
+    void Bind(int number, std::int64_t value);
     // Moves to the next row. Returns false after the last.
     bool Step();
     // Prepares for another run with other parameters.
@@ -70,8 +70,9 @@ class ReadTransaction
 };
 
 // Computes an answer in a read transaction and moves it to `out`, which is left empty after an error or an exception.
-template <typename Out>
-PlantQueryResult Answer(PlantDatabase& database, Out& out, const std::function<Out(sqlite3* connection)>& compute)
+// `compute` is a function Out(sqlite3* connection).
+template <typename Out, typename Compute>
+PlantQueryResult Answer(PlantDatabase& database, Out& out, const Compute& compute)
 {
     PlantQueryResult result;
     try

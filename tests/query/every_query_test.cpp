@@ -188,7 +188,6 @@ std::string NameOf(const testing::TestParamInfo<Query>& test)
     return test.param.Name;
 }
 
-GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(EveryQueryTest);
 INSTANTIATE_TEST_SUITE_P(Of, EveryQueryTest, testing::ValuesIn(Queries()), NameOf);
 
 } // namespace

@@ -1,0 +1,17 @@
+#include "activities.h"
+
+PlantQueryResult QueryPlantTimeline(PlantDatabase& database, const std::string& plantUUID,
+                                    std::vector<PlantActivity>& out)
+{
+    using namespace plant_query;
+    return Answer<std::vector<PlantActivity>>(database, out,
+                                              [&](sqlite3* /*connection*/)
+                                              {
+                                                  PlantActivityFilter filter;
+                                                  filter.Plants.UUIDs = {plantUUID};
+                                                  std::vector<PlantActivity> activities =
+                                                      SelectedActivities(database, filter, ActivityTexts::Read);
+                                                  SortNewestFirst(activities);
+                                                  return activities;
+                                              });
+}
