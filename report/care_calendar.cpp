@@ -1,0 +1,319 @@
+#include "axes.h"
+#include "care_days.h"
+#include "text.h"
+#include "words.h"
+
+#include "days.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace plant_report
+{
+
+namespace
+{
+
+constexpr std::int64_t MostDaysByDay = 2 * 366;
+constexpr std::int64_t MostDaysByWeek = 10 * 366;
+constexpr std::int64_t MostYears = 40;
+constexpr double LabelSize = 11;
+constexpr double LabelHeight = 18;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Data
+
+// The care of a day, a week or a month, by the first day.
+struct CareCells
+{
+    PlantPeriod Period = PlantPeriod::Day;
+    std::map<std::int64_t, CareCount> Care;
+    std::int64_t First = 0; // day
+    std::int64_t Last = 0;
+    std::int64_t Most = 0; // feedings and waterings in a cell
+    CareCount Sum;
+    std::size_t CareDays = 0;
+    bool IsCut = false; // earlier years are left out
+};
+
+std::int64_t YearOf(std::int64_t day)
+{
+    return std::stoll(plant_query::DayText(day));
+}
+
+std::int64_t CellOf(std::int64_t day, PlantPeriod period)
+{
+    if (period == PlantPeriod::Month)
+        return FirstOfMonth(day);
+    return period == PlantPeriod::Week ? plant_query::MondayOf(day) : day;
+}
+
+CareCells CellsOf(std::map<std::int64_t, CareCount> days)
+{
+    CareCells cells;
+    cells.Last = days.rbegin()->first;
+    while (YearOf(days.begin()->first) <= YearOf(cells.Last) - MostYears)
+    {
+        days.erase(days.begin());
+        cells.IsCut = true;
+    }
+    cells.First = days.begin()->first;
+    cells.CareDays = days.size();
+    const std::int64_t length = cells.Last - cells.First + 1;
+    if (length > MostDaysByDay)
+        cells.Period = length > MostDaysByWeek ? PlantPeriod::Month : PlantPeriod::Week;
+    for (const auto& [day, care] : days)
+    {
+        CareCount& cell = cells.Care[CellOf(day, cells.Period)];
+        cell.Feedings += care.Feedings;
+        cell.Waterings += care.Waterings;
+        cells.Sum.Feedings += care.Feedings;
+        cells.Sum.Waterings += care.Waterings;
+        cells.Most = std::max(cells.Most, cell.Number());
+    }
+    return cells;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Scales
+
+// A range of numbers that look alike. There are up to four, of equal length.
+struct CountStep
+{
+    std::int64_t Least;
+    std::int64_t Most;
+    Role Colour;
+    double Share; // of the cell that is filled: the size says what the colour says
+};
+
+std::vector<CountStep> StepsOf(std::int64_t most)
+{
+    constexpr std::array<Role, 4> colours = {Role::Count1, Role::Count2, Role::Count3, Role::Count4};
+    const std::int64_t length = most / 4 + (most % 4 > 0 ? 1 : 0);
+    std::vector<CountStep> steps;
+    for (std::int64_t least = 1; least <= most; least += length)
+    {
+        const std::size_t i = steps.size();
+        steps.push_back(
+            {least, std::min(least + length - 1, most), colours.at(i), 0.45 + 0.15 * static_cast<double>(i)});
+    }
+    return steps;
+}
+
+const CountStep& StepOf(const std::vector<CountStep>& steps, std::int64_t number)
+{
+    return *std::find_if(steps.begin(), steps.end(), [&](const CountStep& step) { return number <= step.Most; });
+}
+
+// The places of cells. By day, a column is a week, and as many columns as fit are a strip. Otherwise a row is a year.
+struct CalendarGrid
+{
+    double Left = 0, Width = 0, Height = 0; // of a cell
+    std::int64_t First = 0, Last = 0;       // a whole number of weeks by day; otherwise the first and last year
+    std::int64_t Columns = 0;
+
+    double StripTop(std::int64_t strip) const
+    {
+        return LabelHeight + static_cast<double>(strip) * (7 * Height + 10 + LabelHeight);
+    }
+    double RowTop(std::int64_t year) const { return LabelHeight + static_cast<double>(year - First) * Height; }
+    double ColumnLeft(std::int64_t column) const { return Left + static_cast<double>(column) * Width; }
+};
+
+CalendarGrid GridOf(const CareCells& cells, double width)
+{
+    CalendarGrid grid;
+    grid.Left = 38;
+    const double room = width - grid.Left - 2;
+    if (cells.Period == PlantPeriod::Day)
+    {
+        grid.First = plant_query::MondayOf(cells.First);
+        grid.Last = plant_query::MondayOf(cells.Last) + 6;
+        const std::int64_t weeks = (grid.Last - grid.First + 1) / 7;
+        const auto fitting = static_cast<std::int64_t>(room / 11.5);
+        const std::int64_t strips = (weeks + fitting - 1) / fitting;
+        grid.Columns = (weeks + strips - 1) / strips;
+        grid.Width = grid.Height = std::min(room / static_cast<double>(grid.Columns), 18.0);
+        return grid;
+    }
+    const std::int64_t midWeek =
+        cells.Period == PlantPeriod::Week ? 3 : 0; // the year of a week is that of its Thursday
+    grid.First = YearOf(cells.Care.begin()->first + midWeek);
+    grid.Last = YearOf(cells.Care.rbegin()->first + midWeek);
+    grid.Columns = cells.Period == PlantPeriod::Week ? 53 : 12;
+    grid.Width = room / static_cast<double>(grid.Columns);
+    grid.Height = 22;
+    return grid;
+}
+
+double BottomOf(const CalendarGrid& grid, PlantPeriod period)
+{
+    if (period == PlantPeriod::Day)
+        return grid.StripTop(((grid.Last - grid.First) / 7) / grid.Columns) + 7 * grid.Height;
+    return grid.RowTop(grid.Last + 1);
+}
+
+std::pair<double, double> TopLeftOf(const CalendarGrid& grid, PlantPeriod period, std::int64_t day)
+{
+    if (period == PlantPeriod::Day)
+    {
+        const std::int64_t week = (day - grid.First) / 7;
+        return {grid.ColumnLeft(week % grid.Columns),
+                grid.StripTop(week / grid.Columns) + static_cast<double>((day - grid.First) % 7) * grid.Height};
+    }
+    if (period == PlantPeriod::Month)
+        return {grid.ColumnLeft(std::stoll(plant_query::DayText(day).substr(5)) - 1), grid.RowTop(YearOf(day))};
+    const std::int64_t thursday = day + 3;
+    const std::string january = plant_query::DayText(thursday).substr(0, 4) + "-01-01";
+    return {grid.ColumnLeft((thursday - plant_query::DaysSinceEpoch(january).value_or(thursday)) / 7),
+            grid.RowTop(YearOf(thursday))};
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Marks
+
+std::string CellTitle(std::int64_t day, PlantPeriod period)
+{
+    const std::string label = DayLabel(day);
+    if (period == PlantPeriod::Day)
+        return label;
+    return period == PlantPeriod::Week ? "The week of " + label : label.substr(label.find(' ') + 1);
+}
+
+void DrawCells(Drawing& drawing, const CareCells& cells, const CalendarGrid& grid, const std::vector<CountStep>& steps)
+{
+    const bool isSquare = cells.Period == PlantPeriod::Day;
+    if (isSquare)
+        for (std::int64_t day = cells.First; day <= cells.Last; ++day)
+            if (cells.Care.count(day) == 0)
+            {
+                const auto [x, y] = TopLeftOf(grid, cells.Period, day);
+                drawing.Rect(x + grid.Width / 2 - 1, y + grid.Height / 2 - 1, 2, 2, Role::Line);
+            }
+    for (const auto& [day, care] : cells.Care)
+    {
+        const auto [x, y] = TopLeftOf(grid, cells.Period, day);
+        const CountStep& step = StepOf(steps, care.Number());
+        const double height = step.Share * grid.Height;
+        const double width = isSquare ? height : grid.Width - 1;
+        // Squares are in the middle of their cells; the bars of weeks and months stand on the line of their year.
+        drawing.Rect(x + (grid.Width - width) / 2, y + (isSquare ? (grid.Height - height) / 2 : grid.Height - height),
+                     width, height, step.Colour, CellTitle(day, cells.Period) + ": " + CareLabel(care));
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Axes and words
+
+// The days before each strip, and the months above it where they begin.
+void DrawMonthsAndDays(Drawing& drawing, const CalendarGrid& grid)
+{
+    double taken = 0; // by the words of the strip
+    for (std::int64_t monday = grid.First; monday <= grid.Last; monday += 7)
+    {
+        const std::int64_t week = (monday - grid.First) / 7;
+        const double top = grid.StripTop(week / grid.Columns);
+        const bool beginsStrip = week % grid.Columns == 0;
+        if (beginsStrip)
+        {
+            taken = 0;
+            for (const auto& [day, name] : {std::pair{0.5, "Mon"}, {2.5, "Wed"}, {4.5, "Fri"}, {6.5, "Sun"}})
+                drawing.Text(grid.Left - 6, top + day * grid.Height + 4, name, Anchor::End, Role::Faint, LabelSize);
+        }
+        const std::int64_t month = FirstOfMonth(monday + 6); // that of the Sunday
+        const bool beginsMonth = month >= monday;
+        const double x = grid.ColumnLeft(week % grid.Columns);
+        std::string label = DayLabel(month).substr(2); // without the "1 "
+        if (!beginsStrip && label.substr(0, 3) != "Jan")
+            label.resize(3);
+        if (!(beginsStrip || beginsMonth) || x < taken || x + TextWidth(label, LabelSize) > drawing.Width())
+            continue;
+        drawing.Text(x, top - 6, label, Anchor::Start, Role::Faint, LabelSize);
+        taken = x + TextWidth(label, LabelSize) + 5;
+    }
+}
+
+// The years before the rows, and the months above them.
+void DrawMonthsAndYears(Drawing& drawing, const CalendarGrid& grid)
+{
+    constexpr std::array<const char*, 12> months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    const double year = grid.Width * static_cast<double>(grid.Columns);
+    const std::size_t each = year / 12 > TextWidth("May ", LabelSize) ? 1 : 3;
+    for (std::size_t month = 0; month < months.size(); month += each)
+        drawing.Text(grid.Left + year * static_cast<double>(month) / 12, LabelHeight - 6, months.at(month),
+                     Anchor::Start, Role::Faint, LabelSize);
+    for (std::int64_t row = grid.First; row <= grid.Last; ++row)
+    {
+        const double bottom = grid.RowTop(row + 1);
+        drawing.Line(grid.Left, bottom, grid.Left + year, bottom, Role::Line);
+        drawing.Text(grid.Left - 6, bottom - 6, std::to_string(row), Anchor::End, Role::Faint, LabelSize);
+    }
+}
+
+void DrawKey(Drawing& drawing, const std::vector<CountStep>& steps, PlantPeriod period, double top)
+{
+    constexpr double cell = 15;
+    const std::string what = std::string("Feedings and waterings a ") + PeriodName(period);
+    KeyLines key(0, drawing.Width(), top);
+    drawing.Text(key.Place(TextWidth(what, LabelSize)), key.Baseline(), what, Anchor::Start, Role::Faint, LabelSize);
+    for (const CountStep& step : steps)
+    {
+        std::string label = NumberLabel(static_cast<double>(step.Least));
+        if (step.Most > step.Least)
+            label += "–" + NumberLabel(static_cast<double>(step.Most));
+        const double x = key.Place(cell + 4 + TextWidth(label, LabelSize));
+        const double side = cell * step.Share;
+        drawing.Rect(x + (cell - side) / 2, key.Middle() - side / 2, side, side, step.Colour);
+        drawing.Text(x + cell + 4, key.Baseline(), label, Anchor::Start, Role::Faint, LabelSize);
+    }
+}
+
+std::string CalendarSentence(const CareCells& cells)
+{
+    std::string sentence = Counted(cells.CareDays, "day", "days") + " of care " + DaysLabel(cells.First, cells.Last) +
+                           ": " + CareLabel(cells.Sum) +
+                           ". The larger and darker a cell, the more care there was in the " +
+                           PeriodName(cells.Period) + ".";
+    if (cells.IsCut)
+        sentence += " Earlier years are left out.";
+    return sentence;
+}
+
+} // namespace
+
+} // namespace plant_report
+
+PlantChart DrawPlantCareCalendar(const std::vector<PlantCalendarDay>& days, double width)
+{
+    using namespace plant_report;
+    PlantChart chart{"Calendar of care",
+                     "No feeding and no watering has a day of the calendar.",
+                     {},
+                     {"Date", "Feedings", "Waterings"},
+                     {}};
+    std::map<std::int64_t, CareCount> byDay = CareByDay(days);
+    if (byDay.empty())
+        return chart;
+    const CareCells cells = CellsOf(std::move(byDay));
+
+    const std::vector<CountStep> steps = StepsOf(cells.Most);
+    const CalendarGrid grid = GridOf(cells, DrawnWidth(width));
+    const double bottom = BottomOf(grid, cells.Period);
+
+    Drawing drawing(DrawnWidth(width), bottom + 54);
+    DrawCells(drawing, cells, grid, steps);
+
+    if (cells.Period == PlantPeriod::Day)
+        DrawMonthsAndDays(drawing, grid);
+    else
+        DrawMonthsAndYears(drawing, grid);
+    DrawKey(drawing, steps, cells.Period, bottom + 12);
+    chart.Sentence = CalendarSentence(cells);
+    for (const auto& [day, care] : cells.Care)
+        chart.Rows.push_back({PeriodText(day, cells.Period), NumberLabel(static_cast<double>(care.Feedings)),
+                              NumberLabel(static_cast<double>(care.Waterings))});
+    chart.SVG = drawing.SVG("plant-care-calendar", chart.Heading, chart.Sentence);
+    return chart;
+}

@@ -1,0 +1,290 @@
+#include "axes.h"
+#include "text.h"
+#include "words.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace plant_report
+{
+
+namespace
+{
+
+constexpr std::size_t MostNames = 12;
+constexpr std::size_t MostDots = 60; // a series with more is drawn as a line, and its single values as dots
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Data
+
+struct MeasuredPeriod
+{
+    std::int64_t Day; // the first of the period
+    PlantFigures Figures;
+};
+
+// The EC or the pH of a name.
+using Series = std::vector<MeasuredPeriod>;
+
+struct NameMeasured
+{
+    std::string Name;
+    std::int64_t Entries = 0;
+    Series EC;
+    Series PH;
+};
+
+// The names with most entries first.
+std::vector<NameMeasured> NamesOf(const std::vector<PlantTotal>& totals)
+{
+    std::map<std::pair<std::string, std::string>, NameMeasured> byKey; // two plants may have one name
+    for (const PlantTotal& total : totals)
+    {
+        const auto day = FirstDayOf(total.Period);
+        if (!day || (total.EC.Number <= 0 && total.PH.Number <= 0))
+            continue;
+        NameMeasured& measured = byKey[{total.Name, total.Key}];
+        measured.Name = total.Name;
+        measured.Entries += total.Feedings + total.Waterings;
+        if (total.EC.Number > 0)
+            measured.EC.push_back({*day, total.EC});
+        if (total.PH.Number > 0)
+            measured.PH.push_back({*day, total.PH});
+    }
+    std::vector<NameMeasured> names;
+    for (auto& [key, measured] : byKey)
+        names.push_back(std::move(measured));
+    std::stable_sort(names.begin(), names.end(),
+                     [](const NameMeasured& a, const NameMeasured& b) { return a.Entries > b.Entries; });
+    for (NameMeasured& measured : names)
+        for (Series* series : {&measured.EC, &measured.PH})
+            std::stable_sort(series->begin(), series->end(),
+                             [](const MeasuredPeriod& a, const MeasuredPeriod& b) { return a.Day < b.Day; });
+    return names;
+}
+
+// EC or pH: a section of the picture with a small chart for each name.
+struct Measure
+{
+    const char* Name;
+    Role Colour;
+    Series NameMeasured::*Of;
+};
+
+constexpr Measure ECMeasure = {"EC", Role::EC, &NameMeasured::EC};
+constexpr Measure PHMeasure = {"pH", Role::PH, &NameMeasured::PH};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Scales
+
+// The ranges of one measure over all names.
+struct Ranges
+{
+    std::int64_t First, Last;
+    double Least, Most;
+};
+
+void Extend(Ranges& ranges, const Series& series)
+{
+    for (const MeasuredPeriod& period : series)
+    {
+        ranges.First = std::min(ranges.First, period.Day);
+        ranges.Last = std::max(ranges.Last, period.Day);
+        ranges.Least = std::min(ranges.Least, period.Figures.Mean);
+        ranges.Most = std::max(ranges.Most, period.Figures.Mean);
+    }
+}
+
+struct Panels
+{
+    std::size_t Columns;
+    double Left, Pitch, Width, Height; // of a panel, and from one to the next
+    static constexpr double Title = 20;
+    static constexpr double Gap = 8;
+    double RowHeight() const { return Title + Height + Gap; }
+};
+
+Panels PanelsOf(std::size_t names, double width, double labels)
+{
+    const std::size_t columns = std::min<std::size_t>(names, width >= 560 ? 3 : 2);
+    const double left = labels + 8;
+    const double gap = 14;
+    const double pitch = (width - left - 4 + gap) / static_cast<double>(columns);
+    return {columns, left, pitch, pitch - gap, columns == 1 ? 110.0 : 76.0};
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Marks
+
+void DrawDot(Drawing& drawing, const Measure& measure, double x, double y, double radius, const std::string& title)
+{
+    if (measure.Colour == Role::PH)
+        drawing.Diamond(x, y, radius * 1.3, measure.Colour, title);
+    else
+        drawing.Circle(x, y, radius, measure.Colour, title);
+}
+
+// Values of periods that follow each other are joined.
+void DrawSeries(Drawing& drawing, const Measure& measure, const Series& series, PlantPeriod period,
+                const DayScale& days, const NumberScale& values)
+{
+    std::vector<std::pair<double, double>> run;
+    const auto drawRun = [&]
+    {
+        if (run.size() > 1)
+            drawing.Polyline(run, measure.Colour);
+        else if (series.size() > MostDots)
+            DrawDot(drawing, measure, run.front().first, run.front().second, 2, {});
+        run.clear();
+    };
+    for (std::size_t i = 0; i < series.size(); ++i)
+    {
+        if (i > 0 && NextPeriod(series[i - 1].Day, period) != series[i].Day)
+            drawRun();
+        run.emplace_back(days(static_cast<double>(series[i].Day)), values(series[i].Figures.Mean));
+    }
+    drawRun();
+    if (series.size() > MostDots)
+        return;
+    for (const MeasuredPeriod& measured : series)
+        DrawDot(drawing, measure, days(static_cast<double>(measured.Day)), values(measured.Figures.Mean), 2.2,
+                DayLabel(measured.Day) + ": " + measure.Name + " " + NumberLabel(measured.Figures.Mean) + ", " +
+                    Counted(measured.Figures.Number, "entry", "entries"));
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Sections
+
+struct Section
+{
+    Measure Of;
+    Ranges Range;
+    std::vector<const NameMeasured*> Names;
+    std::size_t Rows(const Panels& panels) const { return (Names.size() + panels.Columns - 1) / panels.Columns; }
+};
+
+// The measures that were entered. The days are those of all.
+std::vector<Section> SectionsOf(const std::vector<NameMeasured>& names)
+{
+    std::vector<Section> sections;
+    Ranges both{INT64_MAX, INT64_MIN, INFINITY, -INFINITY};
+    for (const Measure& measure : {ECMeasure, PHMeasure})
+    {
+        Section section{measure, {INT64_MAX, INT64_MIN, INFINITY, -INFINITY}, {}};
+        for (const NameMeasured& name : names)
+            if (!(name.*measure.Of).empty())
+            {
+                section.Names.push_back(&name);
+                Extend(section.Range, name.*measure.Of);
+                Extend(both, name.*measure.Of);
+            }
+        if (!section.Names.empty())
+            sections.push_back(section);
+    }
+    for (Section& section : sections)
+    {
+        section.Range.First = both.First;
+        section.Range.Last = both.Last;
+    }
+    return sections;
+}
+
+constexpr double HeadingHeight = 20;
+
+double HeightOf(const Section& section, const Panels& panels)
+{
+    return HeadingHeight + static_cast<double>(section.Rows(panels)) * panels.RowHeight() + AxisHeight;
+}
+
+void DrawSection(Drawing& drawing, const Section& section, const Panels& panels, PlantPeriod period, double top)
+{
+    drawing.Text(0, top + 13, section.Of.Name, Anchor::Start, Role::Ink, 13);
+    DrawDot(drawing, section.Of, TextWidth(section.Of.Name, 13) + 8, top + 9, 3, {});
+    for (std::size_t i = 0; i < section.Names.size(); ++i)
+    {
+        const NameMeasured& name = *section.Names[i];
+        const double left = panels.Left + static_cast<double>(i % panels.Columns) * panels.Pitch;
+        const double titleTop = top + HeadingHeight + static_cast<double>(i / panels.Columns) * panels.RowHeight();
+        const double panelTop = titleTop + Panels::Title;
+        const double bottom = panelTop + panels.Height;
+        const DayScale days(section.Range.First, section.Range.Last, left + 4, left + panels.Width - 4);
+        const NumberScale values(section.Range.Least, section.Range.Most, bottom, panelTop, 3);
+
+        DrawAxisBefore(drawing, values, left, left + panels.Width, i % panels.Columns == 0);
+        DrawSeries(drawing, section.Of, name.*section.Of.Of, period, days, values);
+        drawing.Text(left, titleTop + 13, ShownName(name.Name, "(no name)"), Anchor::Start, Role::Ink, 12,
+                     panels.Width);
+        if (i + panels.Columns >= section.Names.size()) // nothing is below
+            DrawAxisBelow(drawing, days, bottom, bottom + 3, left, left + panels.Width);
+    }
+}
+
+void AddRows(PlantChart& chart, const NameMeasured& name, const Measure& measure, PlantPeriod period)
+{
+    for (const MeasuredPeriod& measured : name.*measure.Of)
+    {
+        const PlantFigures& figures = measured.Figures;
+        chart.Rows.push_back({ShownName(name.Name, ""), PeriodText(measured.Day, period), measure.Name,
+                              NumberLabel(static_cast<double>(figures.Number)), NumberLabel(figures.Mean),
+                              NumberLabel(figures.Least), NumberLabel(figures.Most)});
+    }
+}
+
+std::string MeasurementsSentence(const std::vector<Section>& sections, std::size_t names, std::size_t more,
+                                 PlantPeriod period)
+{
+    std::string sentence = std::string("The mean of each ") + PeriodName(period) + ", " +
+                           DaysLabel(sections.front().Range.First, sections.front().Range.Last) + ":";
+    for (const Section& section : sections)
+        sentence += std::string(&section == &sections.front() ? " " : "; ") + section.Of.Name + " from " +
+                    NumberLabel(section.Range.Least) + " to " + NumberLabel(section.Range.Most);
+    sentence += ". A line is interrupted where nothing was entered.";
+    if (more > 0)
+        sentence += " The " + std::to_string(names) + " with the most entries are drawn; " +
+                    NumberLabel(static_cast<double>(more)) + " more are not.";
+    return sentence;
+}
+
+} // namespace
+
+} // namespace plant_report
+
+PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals, PlantPeriod period, double width)
+{
+    using namespace plant_report;
+    PlantChart chart{"EC and pH",
+                     "No feeding and no watering has an EC or a pH.",
+                     {},
+                     {"Name", "Date", "Measure", "Entries", "Mean", "Least", "Most"},
+                     {}};
+    std::vector<NameMeasured> names = NamesOf(totals);
+    if (names.empty())
+        return chart;
+    const std::size_t more = names.size() - std::min(names.size(), MostNames);
+    names.resize(names.size() - more);
+    const std::vector<Section> sections = SectionsOf(names);
+
+    double labels = 0;
+    for (const Section& section : sections)
+        labels = std::max(labels, LabelsWidth(NumberScale(section.Range.Least, section.Range.Most, 0, 1, 3)));
+    const Panels panels = PanelsOf(names.size(), DrawnWidth(width), labels);
+
+    double height = 0;
+    for (const Section& section : sections)
+        height += HeightOf(section, panels);
+    Drawing drawing(DrawnWidth(width), height);
+    double top = 0;
+    for (const Section& section : sections)
+    {
+        DrawSection(drawing, section, panels, period, top);
+        top += HeightOf(section, panels);
+    }
+
+    chart.Sentence = MeasurementsSentence(sections, names.size(), more, period);
+    for (const NameMeasured& name : names)
+        for (const Measure& measure : {ECMeasure, PHMeasure})
+            AddRows(chart, name, measure, period);
+    chart.SVG = drawing.SVG("plant-measurements", chart.Heading, chart.Sentence);
+    return chart;
+}

@@ -1,0 +1,225 @@
+#include "axes.h"
+#include "care_days.h"
+#include "text.h"
+#include "words.h"
+
+#include "days.h"
+
+#include <algorithm>
+#include <array>
+
+namespace plant_report
+{
+
+namespace
+{
+
+constexpr std::size_t MostYears = 10;
+constexpr std::int64_t DaysOfYear = 366; // 29 February has a place in each year
+
+constexpr std::array<const char*, 12> Months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Data
+
+// The care of a calendar year: how much there was from its beginning to each day of care. Days are counted from 0.
+struct CareYear
+{
+    std::string Year;
+    std::map<std::int64_t, std::int64_t> UpTo;
+
+    std::int64_t Until(std::int64_t day) const
+    {
+        const auto after = UpTo.upper_bound(day);
+        return after == UpTo.begin() ? 0 : std::prev(after)->second;
+    }
+    std::int64_t Sum() const { return UpTo.rbegin()->second; }
+    std::int64_t LastDay() const { return UpTo.rbegin()->first; }
+};
+
+// The place of a day, `-MM-DD`, in a year of 366 days.
+std::int64_t DayInYear(const std::string& monthAndDay)
+{
+    return *plant_query::DaysSinceEpoch("2000" + monthAndDay) - *plant_query::DaysSinceEpoch("2000-01-01");
+}
+
+// Oldest first.
+std::vector<CareYear> YearsOf(const std::map<std::int64_t, CareCount>& days)
+{
+    std::vector<CareYear> years;
+    for (const auto& [day, care] : days)
+    {
+        const std::string date = plant_query::DayText(day);
+        if (years.empty() || years.back().Year != date.substr(0, 4))
+            years.push_back({date.substr(0, 4), {}});
+        CareYear& year = years.back();
+        const std::int64_t before = year.UpTo.empty() ? 0 : year.Sum();
+        year.UpTo[DayInYear(date.substr(4))] = before + care.Number();
+    }
+    return years;
+}
+
+std::int64_t LastDayOfMonth(std::size_t month)
+{
+    if (month + 1 == Months.size())
+        return DaysOfYear - 1;
+    const std::string next = std::to_string(month + 2);
+    return DayInYear((next.size() < 2 ? "-0" : "-") + next + "-01") - 1;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Scales
+
+struct YearScale
+{
+    double Left, Right;
+    double operator()(std::int64_t day) const
+    {
+        return Left + static_cast<double>(day) / static_cast<double>(DaysOfYear) * (Right - Left);
+    }
+};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Marks
+
+// The line of a year. That of an earlier one goes on to the end of the year.
+void DrawYear(Drawing& drawing, const CareYear& year, bool isLatest, const YearScale& days, const NumberScale& numbers)
+{
+    std::vector<std::pair<double, double>> line = {{days(0), numbers(0)}};
+    double y = numbers(0);
+    for (const auto& [day, sum] : year.UpTo)
+    {
+        line.emplace_back(days(day), y);
+        y = numbers(static_cast<double>(sum));
+        line.emplace_back(days(day), y);
+    }
+    if (isLatest)
+    {
+        drawing.Polyline(line, Role::Mark, 3);
+        drawing.Circle(line.back().first, y, 4.5, Role::Mark,
+                       year.Year + ": " + Counted(year.Sum(), "feeding or watering", "feedings and waterings"));
+        return;
+    }
+    line.emplace_back(days.Right, y);
+    drawing.Polyline(line, Role::Faint, 1.2);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Axes and words
+
+// The names of the earlier years after their lines, at distances at which they can be read.
+void DrawEarlierNames(Drawing& drawing, const std::vector<CareYear>& years, double right, const NumberScale& numbers)
+{
+    constexpr double distance = 14;
+    std::vector<std::pair<double, std::string>> names; // from the bottom up
+    for (std::size_t i = 0; i + 1 < years.size(); ++i)
+        names.emplace_back(numbers(static_cast<double>(years[i].Sum())), years[i].Year);
+    std::sort(names.rbegin(), names.rend());
+    double lowest = numbers(0) + distance;
+    for (auto& [y, name] : names)
+        lowest = y = std::min(y, lowest - distance);
+    // Names that were pushed over the top move down again.
+    double highest = numbers.Ticks().empty() ? 0 : numbers(numbers.Ticks().back().Value) - distance;
+    for (auto name = names.rbegin(); name != names.rend(); ++name)
+        highest = name->first = std::max(name->first, highest + distance);
+    for (const auto& [y, name] : names)
+        drawing.Text(right + 6, y + 4, name, Anchor::Start, Role::Faint);
+}
+
+void DrawLatestName(Drawing& drawing, const CareYear& year, const YearScale& days, const NumberScale& numbers)
+{
+    const double x = days(year.LastDay());
+    const double y = numbers(static_cast<double>(year.Sum()));
+    const double width = TextWidth(year.Year, 13);
+    const double left = std::max(x - width - 10, 0.0);
+    drawing.Rect(left - 2, y - 12, width + 4, 16, Role::Ground);
+    drawing.Text(left, y + 1, year.Year, Anchor::Start, Role::Ink, 13);
+}
+
+void DrawMonths(Drawing& drawing, const YearScale& days, double top, double bottom)
+{
+    std::vector<Tick> ticks;
+    std::vector<double> places;
+    for (std::size_t month = 0; month < Months.size(); ++month)
+    {
+        const std::int64_t first = month == 0 ? 0 : LastDayOfMonth(month - 1) + 1;
+        ticks.push_back({static_cast<double>(first), Months.at(month)});
+        places.push_back(days(first));
+    }
+    if (places[1] - places[0] < TextWidth("Mar", 12) + 6) // every third has room
+        for (std::size_t month = 0; month < Months.size(); ++month)
+            if (month % 3 != 0)
+                ticks[month].Label.clear();
+    DrawTicksBelow(drawing, ticks, places, top, bottom, 0, drawing.Width());
+}
+
+std::string YearsSentence(const std::vector<CareYear>& years, std::size_t more)
+{
+    const CareYear& latest = years.back();
+    const CareYear& before = years[years.size() - 2];
+    const std::string day = DayLabel(*plant_query::DaysSinceEpoch("2000-01-01") + latest.LastDay());
+    std::string sentence = "By " + day.substr(0, day.rfind(' ')) + ", " + latest.Year + " had " +
+                           Counted(latest.Sum(), "feeding or watering", "feedings and waterings") + "; " + before.Year +
+                           " had " + NumberLabel(static_cast<double>(before.Until(latest.LastDay()))) +
+                           " by the same day.";
+    if (more > 0)
+        sentence += " " + Counted(more, "earlier year is", "earlier years are") + " not drawn.";
+    return sentence;
+}
+
+void AddRows(PlantChart& chart, const std::vector<CareYear>& years)
+{
+    chart.Columns = {"By the end of"};
+    for (const CareYear& year : years)
+        chart.Columns.push_back(year.Year);
+    for (std::size_t month = 0; month < Months.size(); ++month)
+    {
+        std::vector<std::string> row = {Months.at(month)};
+        const std::int64_t before = month == 0 ? -1 : LastDayOfMonth(month - 1);
+        for (const CareYear& year : years)
+            row.push_back(&year == &years.back() && year.LastDay() <= before
+                              ? ""
+                              : NumberLabel(static_cast<double>(year.Until(LastDayOfMonth(month)))));
+        chart.Rows.push_back(std::move(row));
+    }
+}
+
+} // namespace
+
+} // namespace plant_report
+
+PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double width)
+{
+    using namespace plant_report;
+    PlantChart chart{
+        "Care of this year and the years before", "There is no care in a second calendar year.", {}, {}, {}};
+    std::vector<CareYear> years = YearsOf(CareByDay(days));
+    if (years.size() < 2)
+        return chart;
+    const std::size_t more = years.size() - std::min(years.size(), MostYears);
+    years.erase(years.begin(), years.begin() + static_cast<std::ptrdiff_t>(more));
+
+    constexpr double top = 24;
+    constexpr double bottom = 224;
+    std::int64_t most = 0;
+    for (const CareYear& year : years)
+        most = std::max(most, year.Sum());
+    const NumberScale numbers(0, static_cast<double>(most), bottom, top, 4);
+    const double left = LabelsWidth(numbers) + 8;
+    const YearScale scale{left, DrawnWidth(width) - TextWidth("2000", 12) - 8};
+
+    Drawing drawing(DrawnWidth(width), bottom + AxisHeight);
+    DrawAxisBefore(drawing, numbers, left, scale.Right, true);
+    DrawMonths(drawing, scale, top, bottom);
+    for (const CareYear& year : years)
+        DrawYear(drawing, year, &year == &years.back(), scale, numbers);
+
+    DrawEarlierNames(drawing, years, scale.Right, numbers);
+    DrawLatestName(drawing, years.back(), scale, numbers);
+    drawing.Text(0, 12, "Feedings and waterings since 1 January", Anchor::Start, Role::Faint);
+    chart.Sentence = YearsSentence(years, more);
+    AddRows(chart, years);
+    chart.SVG = drawing.SVG("plant-years", chart.Heading, chart.Sentence);
+    return chart;
+}
