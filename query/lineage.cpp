@@ -23,13 +23,14 @@ class Family
 
   private:
     std::vector<PlantRelative> Ancestors(const SetPlant& plant);
+    // Leaves out the ancestors, of which some are descendants, too, where there is a cycle.
     std::vector<PlantRelative> Descendants(const SetPlant& plant);
     PlantRelative Relative(const SetPlant& plant, std::int64_t generation);
 
     std::vector<SetPlant> Plants; // sorted by name
     std::unordered_map<std::string, const SetPlant*> PlantsByUUID;
     std::unordered_map<std::string, std::vector<const SetPlant*>> Clones; // by the UUID of the mother
-    std::unordered_set<const SetPlant*> Seen;
+    std::unordered_set<const SetPlant*> PlantAndAncestors;
     HarvestReader Harvests;
 };
 
@@ -54,7 +55,7 @@ PlantLineage Family::Of(const std::string& plantUUID)
     const auto plant = PlantsByUUID.find(plantUUID);
     if (plant == PlantsByUUID.end())
         return lineage;
-    Seen = {plant->second};
+    PlantAndAncestors = {plant->second};
     lineage.Ancestors = Ancestors(*plant->second);
     lineage.Descendants = Descendants(*plant->second);
     return lineage;
@@ -64,7 +65,7 @@ std::vector<PlantRelative> Family::Ancestors(const SetPlant& plant)
 {
     std::vector<PlantRelative> ancestors;
     auto mother = PlantsByUUID.find(plant.MotherUUID);
-    while (mother != PlantsByUUID.end() && Seen.insert(mother->second).second)
+    while (mother != PlantsByUUID.end() && PlantAndAncestors.insert(mother->second).second)
     {
         ancestors.push_back(Relative(*mother->second, -1 - static_cast<std::int64_t>(ancestors.size())));
         mother = PlantsByUUID.find(mother->second->MotherUUID);
@@ -75,6 +76,7 @@ std::vector<PlantRelative> Family::Ancestors(const SetPlant& plant)
 std::vector<PlantRelative> Family::Descendants(const SetPlant& plant)
 {
     std::vector<PlantRelative> descendants;
+    std::unordered_set<const SetPlant*> visited = {&plant};
     std::vector<std::pair<const SetPlant*, std::int64_t>> next; // the last one is listed first
     const auto addClones = [&](const SetPlant& mother, std::int64_t generation)
     {
@@ -89,9 +91,10 @@ std::vector<PlantRelative> Family::Descendants(const SetPlant& plant)
     {
         const auto [descendant, generation] = next.back();
         next.pop_back();
-        if (!Seen.insert(descendant).second)
+        if (!visited.insert(descendant).second)
             continue;
-        descendants.push_back(Relative(*descendant, generation));
+        if (PlantAndAncestors.count(descendant) == 0)
+            descendants.push_back(Relative(*descendant, generation));
         addClones(*descendant, generation + 1);
     }
     return descendants;

@@ -34,11 +34,59 @@ std::vector<Query> ActivityQueries()
                 { return QueryPlantCalendar(database, {}, out); })};
 }
 
+std::vector<Query> StatusQueries()
+{
+    using Statuses = std::vector<PlantStatus>;
+    PlantSet mother;
+    mother.UUIDs = {"11111111-1111-4111-8111-111111111111"};
+    const std::string today = "2025-06-30";
+    return {QueryOf("Status", Statuses(2),
+                    [=](PlantDatabase& database, Statuses& out) { return QueryPlantStatus(database, {}, today, out); }),
+            QueryOf("StatusOfNamedPlants", Statuses(2),
+                    [=](PlantDatabase& database, Statuses& out)
+                    { return QueryPlantStatus(database, mother, today, out); })};
+}
+
+std::vector<Query> TotalQueries()
+{
+    using Totals = std::vector<PlantTotal>;
+    PlantTotalFilter selected;
+    selected.Plants.Stages = {PlantStage::Veg, PlantStage::Harvested};
+    selected.To = "9999";
+    selected.Group = PlantTotalGroup::Plant;
+    selected.Period = PlantPeriod::Month;
+    return {QueryOf("Totals", Totals(2),
+                    [](PlantDatabase& database, Totals& out) { return QueryPlantTotals(database, {}, out); }),
+            QueryOf("TotalsOfPlants", Totals(2),
+                    [=](PlantDatabase& database, Totals& out) { return QueryPlantTotals(database, selected, out); })};
+}
+
+std::vector<Query> HarvestQueries()
+{
+    using Comparisons = std::vector<PlantComparison>;
+    const std::string clone = "22222222-2222-4222-8222-222222222222";
+    const std::vector<PlantComparedSet> sets = {{"all", {}}, {"harvested", {{}, {}, {}, {PlantStage::Harvested}}}};
+    PlantLineage old;
+    old.Ancestors.resize(2);
+    old.Descendants.resize(2);
+    return {
+        QueryOf("Comparison", Comparisons(2),
+                [=](PlantDatabase& database, Comparisons& out) { return QueryPlantComparison(database, sets, out); }),
+        QueryOf("Lineage", old,
+                [=](PlantDatabase& database, PlantLineage& out) { return QueryPlantLineage(database, clone, out); })};
+}
+
 } // namespace
 
 const std::vector<Query>& Queries()
 {
-    static const std::vector<Query> queries = ActivityQueries();
+    static const std::vector<Query> queries = []
+    {
+        std::vector<Query> all = ActivityQueries();
+        for (const auto& some : {StatusQueries(), TotalQueries(), HarvestQueries()})
+            all.insert(all.end(), some.begin(), some.end());
+        return all;
+    }();
     return queries;
 }
 
