@@ -127,7 +127,7 @@ PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings, const 
                                 PlantPeriod period, double width)
 {
     using namespace plant_report;
-    constexpr double titleHeight = 22;
+    constexpr double titleHeight = 26;
     constexpr double panelHeight = 100;
     PlantChart chart{
         "Water and feed", "No feeding and no watering has an amount.", {}, {"Date", "Water, ml", "Feed, ml"}, {}};
@@ -146,7 +146,7 @@ PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings, const 
     const DayScale days(range.First, range.Last, left, right);
 
     Drawing drawing(DrawnWidth(width),
-                    static_cast<double>(givens.size()) * (titleHeight + panelHeight + 8) + AxisHeight);
+                    static_cast<double>(givens.size()) * (titleHeight + panelHeight + 10) + AxisHeight);
     double top = 0;
     for (const Given& given : givens)
     {
@@ -157,7 +157,7 @@ PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings, const 
         drawing.Text(0, top + 12, std::string(given.Title) + ", " + unit.Name + " a " + PeriodName(period));
         if (&given == &givens.back())
             DrawAxisBelow(drawing, days, bottom, bottom + 4, 0, drawing.Width());
-        top = bottom + 8;
+        top = bottom + 10;
     }
 
     chart.Sentence = AmountsSentence(givens, range, period);

@@ -84,19 +84,23 @@ struct CountStep
     std::int64_t Least;
     std::int64_t Most;
     Role Colour;
-    double Share; // of the cell that is filled: the size says what the colour says
+    double Side;   // of the square of a day, as a part of the cell: the size says what the colour says
+    double Height; // of the bar of a week or month, as a part of the cell
 };
 
 std::vector<CountStep> StepsOf(std::int64_t most)
 {
     constexpr std::array<Role, 4> colours = {Role::Count1, Role::Count2, Role::Count3, Role::Count4};
+    constexpr std::array<double, 4> sides = {0.56, 0.68, 0.8, 0.92};
+    constexpr std::array<double, 4> heights = {0.23, 0.46, 0.69, 0.92};
     const std::int64_t length = most / 4 + (most % 4 > 0 ? 1 : 0);
+    const std::int64_t number = most / length + (most % length > 0 ? 1 : 0);
     std::vector<CountStep> steps;
-    for (std::int64_t least = 1; least <= most; least += length)
+    for (std::int64_t i = 0; i < number; ++i)
     {
-        const std::size_t i = steps.size();
+        const auto look = static_cast<std::size_t>(4 - number + i); // the greatest number has the last look
         steps.push_back(
-            {least, std::min(least + length - 1, most), colours.at(i), 0.45 + 0.15 * static_cast<double>(i)});
+            {i * length + 1, std::min((i + 1) * length, most), colours.at(look), sides.at(look), heights.at(look)});
     }
     return steps;
 }
@@ -195,7 +199,7 @@ void DrawCells(Drawing& drawing, const CareCells& cells, const CalendarGrid& gri
     {
         const auto [x, y] = TopLeftOf(grid, cells.Period, day);
         const CountStep& step = StepOf(steps, care.Number());
-        const double height = step.Share * grid.Height;
+        const double height = (isSquare ? step.Side : step.Height) * grid.Height;
         const double width = isSquare ? height : grid.Width - 1;
         // Squares are in the middle of their cells; the bars of weeks and months stand on the line of their year.
         drawing.Rect(x + (grid.Width - width) / 2, y + (isSquare ? (grid.Height - height) / 2 : grid.Height - height),
@@ -252,21 +256,44 @@ void DrawMonthsAndYears(Drawing& drawing, const CalendarGrid& grid)
     }
 }
 
-void DrawKey(Drawing& drawing, const std::vector<CountStep>& steps, PlantPeriod period, double top)
+constexpr double KeyCell = 15;
+
+std::string StepLabel(const CountStep& step)
 {
-    constexpr double cell = 15;
-    const std::string what = std::string("Feedings and waterings a ") + PeriodName(period);
-    KeyLines key(0, drawing.Width(), top);
-    drawing.Text(key.Place(TextWidth(what, LabelSize)), key.Baseline(), what, Anchor::Start, Role::Faint, LabelSize);
+    const std::string least = NumberLabel(static_cast<double>(step.Least));
+    return step.Most == step.Least ? least : least + "–" + NumberLabel(static_cast<double>(step.Most));
+}
+
+// The words of the key, and the steps after them or, where there is no room, below them.
+struct CalendarKey
+{
+    CalendarKey(const std::vector<CountStep>& steps, PlantPeriod period, double width, double top)
+        : Words(std::string("Feedings and waterings a ") + PeriodName(period)), Top(top)
+    {
+        const double words = TextWidth(Words, LabelSize) + 14;
+        double room = words;
+        for (const CountStep& step : steps)
+            room += KeyCell + 18 + TextWidth(StepLabel(step), LabelSize);
+        StepsLeft = room <= width + 14 ? words : 0;
+        StepsTop = room <= width + 14 ? top : top + 20;
+    }
+
+    std::string Words;
+    double Top, StepsLeft, StepsTop;
+    double Bottom() const { return StepsTop + 20; }
+};
+
+void DrawKey(Drawing& drawing, const std::vector<CountStep>& steps, const CalendarKey& key)
+{
+    drawing.Text(0, key.Top + 12, key.Words, Anchor::Start, Role::Faint, LabelSize);
+    KeyLines line(key.StepsLeft, drawing.Width(), key.StepsTop);
     for (const CountStep& step : steps)
     {
-        std::string label = NumberLabel(static_cast<double>(step.Least));
-        if (step.Most > step.Least)
-            label += "–" + NumberLabel(static_cast<double>(step.Most));
-        const double x = key.Place(cell + 4 + TextWidth(label, LabelSize));
-        const double side = cell * step.Share;
-        drawing.Rect(x + (cell - side) / 2, key.Middle() - side / 2, side, side, step.Colour);
-        drawing.Text(x + cell + 4, key.Baseline(), label, Anchor::Start, Role::Faint, LabelSize);
+        const std::string label = StepLabel(step);
+        const double x = line.Place(KeyCell + 4 + TextWidth(label, LabelSize));
+        const double side = KeyCell * step.Side;
+        drawing.Rect(x + (KeyCell - side) / 2, line.Middle() - side / 2, side, side, step.Colour);
+        drawing.Text(x + KeyCell + 4, line.Baseline(), label, Anchor::Start, Role::Faint, LabelSize);
     }
 }
 
@@ -274,8 +301,8 @@ std::string CalendarSentence(const CareCells& cells)
 {
     std::string sentence = Counted(cells.CareDays, "day", "days") + " of care " + DaysLabel(cells.First, cells.Last) +
                            ": " + CareLabel(cells.Sum) +
-                           ". The larger and darker a cell, the more care there was in the " +
-                           PeriodName(cells.Period) + ".";
+                           ". The larger and darker a cell, the more care there was that " + PeriodName(cells.Period) +
+                           ".";
     if (cells.IsCut)
         sentence += " Earlier years are left out.";
     return sentence;
@@ -302,14 +329,15 @@ PlantChart DrawPlantCareCalendar(const std::vector<PlantCalendarDay>& days, doub
     const CalendarGrid grid = GridOf(cells, DrawnWidth(width));
     const double bottom = BottomOf(grid, cells.Period);
 
-    Drawing drawing(DrawnWidth(width), bottom + 54);
+    const CalendarKey key(steps, cells.Period, DrawnWidth(width), bottom + 12);
+    Drawing drawing(DrawnWidth(width), key.Bottom());
     DrawCells(drawing, cells, grid, steps);
 
     if (cells.Period == PlantPeriod::Day)
         DrawMonthsAndDays(drawing, grid);
     else
         DrawMonthsAndYears(drawing, grid);
-    DrawKey(drawing, steps, cells.Period, bottom + 12);
+    DrawKey(drawing, steps, key);
     chart.Sentence = CalendarSentence(cells);
     for (const auto& [day, care] : cells.Care)
         chart.Rows.push_back({PeriodText(day, cells.Period), NumberLabel(static_cast<double>(care.Feedings)),

@@ -37,8 +37,9 @@ struct StrainWeights
 struct Weighed
 {
     const char* Title;
+    const char* Weights;
     double HarvestRecord::*Weight;
-    std::vector<StrainWeights> Strains; // those with most plants first
+    std::vector<StrainWeights> Strains; // those with most plants, the greatest mean first
     std::size_t More = 0;               // strains that are not drawn
 };
 
@@ -69,6 +70,8 @@ void AddStrains(Weighed& weighed, const std::vector<PlantHarvest>& harvests)
                      { return a.Weights.size() > b.Weights.size(); });
     weighed.More = weighed.Strains.size() - std::min(weighed.Strains.size(), MostStrains);
     weighed.Strains.resize(weighed.Strains.size() - weighed.More);
+    std::stable_sort(weighed.Strains.begin(), weighed.Strains.end(),
+                     [](const StrainWeights& a, const StrainWeights& b) { return a.Mean() > b.Mean(); });
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -147,6 +150,8 @@ void DrawStrain(Drawing& drawing, const StrainWeights& strain, const NumberScale
     const double height = DotsHeight(strain, scale);
     const double middle = dotsTop + height / 2;
     const double mean = scale(strain.Mean());
+    for (const Tick& tick : scale.Ticks())
+        drawing.Line(scale(tick.Value), dotsTop, scale(tick.Value), dotsTop + height, Role::Line);
     drawing.Line(0, middle, right, middle, Role::Line);
     const std::vector<int> levels = LevelsOf(strain, scale);
     for (std::size_t i = 0; i < levels.size(); ++i)
@@ -161,7 +166,7 @@ void DrawStrain(Drawing& drawing, const StrainWeights& strain, const NumberScale
 void DrawWeighed(Drawing& drawing, const Weighed& weighed, const NumberScale& scale, double top)
 {
     const double bottom = top + HeightOf(weighed, scale) - AxisHeight - 10;
-    DrawAxisBelow(drawing, scale, top + HeadingHeight, bottom, 0, drawing.Width());
+    DrawAxisBelow(drawing, scale, bottom, bottom + 3, 0, drawing.Width());
     drawing.Text(0, top + 13, weighed.Title, Anchor::Start, Role::Ink, 13);
     KeyLines key(TextWidth(weighed.Title, 13) + 20, drawing.Width(), top);
     const double dot = key.Place(16 + TextWidth("a plant", 12));
@@ -179,21 +184,28 @@ void DrawWeighed(Drawing& drawing, const Weighed& weighed, const NumberScale& sc
     }
 }
 
-std::string HarvestSentence(const std::vector<Weighed>& sections)
+std::string HarvestSentence(const Weighed& weighed)
 {
-    std::string sentence;
-    for (const Weighed& weighed : sections)
-    {
-        std::size_t plants = 0;
-        for (const StrainWeights& strain : weighed.Strains)
-            plants += strain.Weights.size();
-        sentence += (sentence.empty() ? "" : " ") + std::string(weighed.Title) + " of " +
-                    Counted(plants, "plant", "plants") + " of " + Counted(weighed.Strains.size(), "strain", "strains") +
-                    ".";
-        if (weighed.More > 0)
-            sentence += " These are the strains with the most plants; " +
-                        Counted(weighed.More, "more strain is", "more strains are") + " not drawn.";
-    }
+    std::size_t plants = 0;
+    double sum = 0;
+    double least = INFINITY;
+    double most = 0;
+    for (const StrainWeights& strain : weighed.Strains)
+        for (const auto& [weight, harvest] : strain.Weights)
+        {
+            ++plants;
+            sum += weight;
+            least = std::min(least, weight);
+            most = std::max(most, weight);
+        }
+    std::string sentence = std::string(weighed.Weights) + " of " + Counted(plants, "plant", "plants") + " of " +
+                           Counted(weighed.Strains.size(), "strain", "strains") + ": " + WeightLabel(least);
+    if (plants > 1)
+        sentence += " to " + WeightLabel(most) + ", mean " + WeightLabel(sum / static_cast<double>(plants));
+    sentence += ".";
+    if (weighed.More > 0)
+        sentence += " These are the strains with the most plants; " +
+                    Counted(weighed.More, "more strain is", "more strains are") + " not drawn.";
     return sentence;
 }
 
@@ -204,23 +216,21 @@ std::string HarvestSentence(const std::vector<Weighed>& sections)
 PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests, double width)
 {
     using namespace plant_report;
-    PlantChart chart{"Harvests by strain",
-                     "No harvest has a weight.",
-                     {},
-                     {"Strain", "Plant", "Harvested", "Dry weight, g", "Wet weight, g"},
-                     {}};
+    PlantChart chart{
+        "Harvests by strain", {}, {}, {"Strain", "Plant", "Harvested", "Dry weight, g", "Wet weight, g"}, {}};
     std::vector<Weighed> sections;
-    for (const auto& [title, weight] :
-         {std::pair{"Dry weight, grams", &HarvestRecord::DryWeightG},
-          {"Wet weight, grams, of plants without a dry weight", &HarvestRecord::WetWeightG}})
+    for (Weighed weighed : {Weighed{"Dry weight, grams", "Dry weights", &HarvestRecord::DryWeightG, {}},
+                            Weighed{"Only wet weight, grams", "Wet weights", &HarvestRecord::WetWeightG, {}}})
     {
-        Weighed weighed{title, weight, {}};
         AddStrains(weighed, harvests);
         if (!weighed.Strains.empty())
             sections.push_back(std::move(weighed));
     }
     if (sections.empty())
+    {
+        chart.Sentence = "No harvest has a weight.";
         return chart;
+    }
 
     std::vector<NumberScale> scales;
     double height = 0;
@@ -238,17 +248,19 @@ PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests, double w
         top += HeightOf(sections[i], scales[i]);
     }
 
-    chart.Sentence = HarvestSentence(sections);
     for (const Weighed& weighed : sections)
+    {
+        chart.Sentence += (chart.Sentence.empty() ? "" : " ") + HarvestSentence(weighed);
         for (const StrainWeights& strain : weighed.Strains)
             for (const auto& [weight, harvest] : strain.Weights)
             {
                 const HarvestRecord& record = harvest->Record;
                 chart.Rows.push_back({ShownName(strain.Strain, ""), ShownName(harvest->PlantName, ""),
                                       ShownName(record.HarvestDate, ""),
-                                      IsEntered(record.DryWeightG) ? NumberLabel(record.DryWeightG, 1) : "",
-                                      IsEntered(record.WetWeightG) ? NumberLabel(record.WetWeightG, 1) : ""});
+                                      IsEntered(record.DryWeightG) ? NumberLabel(record.DryWeightG) : "",
+                                      IsEntered(record.WetWeightG) ? NumberLabel(record.WetWeightG) : ""});
             }
+    }
     chart.SVG = drawing.SVG("plant-harvests", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -19,6 +19,7 @@ namespace
 constexpr std::size_t MostIssues = 12;
 constexpr std::int64_t MostDaysByDay = 183;
 constexpr std::int64_t MostDaysByWeek = 2 * 366;
+constexpr std::int64_t MostDays = 10 * 366;
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Data
@@ -41,9 +42,9 @@ struct IssueRow
 struct HealthData
 {
     PlantPeriod Period = PlantPeriod::Day;
-    std::int64_t First = INT64_MAX; // day
-    std::int64_t Last = INT64_MIN;
-    std::int64_t Observations = 0;
+    std::int64_t First = 0; // day
+    std::int64_t Last = 0;
+    std::size_t Observations = 0;
     std::vector<IssueRow> Issues; // those with most observations first; the last may hold the others
 };
 
@@ -91,31 +92,36 @@ void JoinOthers(std::vector<IssueRow>& issues)
     issues.push_back(std::move(others));
 }
 
-HealthData DataOf(const std::vector<PlantHealth>& observations)
+// The observations of the last ten years by their days, oldest first.
+std::multimap<std::int64_t, const PlantHealth*> DaysOf(const std::vector<PlantHealth>& observations)
 {
-    HealthData data;
+    std::multimap<std::int64_t, const PlantHealth*> days;
     for (const PlantHealth& health : observations)
         if (const auto day = plant_query::DaysSinceEpoch(health.Observation.ObservationDate))
-        {
-            data.First = std::min(data.First, *day);
-            data.Last = std::max(data.Last, *day);
-            ++data.Observations;
-        }
-    if (data.Observations == 0)
-        return data;
+            days.emplace(*day, &health);
+    if (!days.empty())
+        days.erase(days.begin(), days.upper_bound(days.rbegin()->first - MostDays));
+    return days;
+}
+
+HealthData DataOf(const std::multimap<std::int64_t, const PlantHealth*>& days)
+{
+    HealthData data;
+    data.First = days.begin()->first;
+    data.Last = days.rbegin()->first;
+    data.Observations = days.size();
     const std::int64_t length = data.Last - data.First + 1;
     if (length > MostDaysByDay)
         data.Period = length > MostDaysByWeek ? PlantPeriod::Month : PlantPeriod::Week;
 
     std::map<std::string, IssueRow> byIssue;
-    for (const PlantHealth& health : observations)
-        if (const auto day = plant_query::DaysSinceEpoch(health.Observation.ObservationDate))
-        {
-            IssueRow& row = byIssue[WithoutCase(health.Observation.Issue)];
-            if (row.Observations == 0)
-                row.Issue = ShownName(health.Observation.Issue, "(no issue named)");
-            Add(row, PeriodOf(*day, data.Period), health);
-        }
+    for (const auto& [day, health] : days)
+    {
+        IssueRow& row = byIssue[WithoutCase(health->Observation.Issue)];
+        if (row.Observations == 0)
+            row.Issue = ShownName(health->Observation.Issue, "(no issue named)");
+        Add(row, PeriodOf(day, data.Period), *health);
+    }
     for (auto& [key, row] : byIssue)
         data.Issues.push_back(std::move(row));
     std::stable_sort(data.Issues.begin(), data.Issues.end(),
@@ -158,19 +164,39 @@ void DrawSeverity(Drawing& drawing, double x, double y, int severity, const std:
     drawing.Circle(x, y, RadiusOf(severity), ColourOfSeverity(severity), title);
 }
 
+// The days of a period that is not a day are a bar.
+void DrawSeverityBar(Drawing& drawing, double x, double bottom, double width, int severity, const std::string& title)
+{
+    const double height = 4.0 * severity;
+    drawing.Rect(x, bottom - height, width, height, ColourOfSeverity(severity), title);
+}
+
+void DrawSightings(Drawing& drawing, const IssueRow& row, const HealthData& data, const DayScale& scale, double middle)
+{
+    for (const auto& [period, sighting] : row.Sightings)
+    {
+        const std::string title = PeriodText(period, data.Period) + ": severity " + std::to_string(sighting.Worst) +
+                                  ", " + Counted(sighting.Observations, "observation", "observations") + ", " +
+                                  PlantsLabel(sighting);
+        const double x = scale(static_cast<double>(period));
+        if (data.Period == PlantPeriod::Day)
+            DrawSeverity(drawing, x, middle, sighting.Worst, title);
+        else
+            DrawSeverityBar(drawing, x, middle + RowHeight / 2 - 3,
+                            std::max(1.0, 0.9 * (scale(static_cast<double>(NextPeriod(period, data.Period))) - x)),
+                            sighting.Worst, title);
+    }
+}
+
 void DrawIssues(Drawing& drawing, const HealthData& data, const DayScale& scale, double namesEnd, double top)
 {
     double middle = top + RowHeight / 2;
     for (const IssueRow& row : data.Issues)
     {
         drawing.Text(namesEnd, middle + 4, row.Issue, Anchor::End, Role::Ink, 12, namesEnd);
-        drawing.Line(namesEnd + 8, middle, drawing.Width(), middle, Role::Line);
-        for (const auto& [period, sighting] : row.Sightings)
-            DrawSeverity(drawing, scale(static_cast<double>(std::max(period, data.First))), middle, sighting.Worst,
-                         row.Issue + ", " + PeriodText(period, data.Period) + ": severity " +
-                             std::to_string(sighting.Worst) + ", " +
-                             Counted(sighting.Observations, "observation", "observations") + ", " +
-                             PlantsLabel(sighting));
+        const double line = data.Period == PlantPeriod::Day ? middle : middle + RowHeight / 2 - 3;
+        drawing.Line(namesEnd + 8, line, drawing.Width(), line, Role::Line);
+        DrawSightings(drawing, row, data, scale, middle);
         middle += RowHeight;
     }
 }
@@ -178,29 +204,36 @@ void DrawIssues(Drawing& drawing, const HealthData& data, const DayScale& scale,
 // ---------------------------------------------------------------------------------------------------------------------
 // Axes and words
 
-constexpr double KeyHeight = 30;
+constexpr double KeyHeight = 34;
 
-void DrawSeverityKey(Drawing& drawing)
+void DrawSeverityKey(Drawing& drawing, PlantPeriod period)
 {
-    KeyLines key(0, drawing.Width(), 2);
+    KeyLines key(0, drawing.Width(), 4);
     drawing.Text(key.Place(TextWidth("Severity", 12)), key.Baseline(), "Severity", Anchor::Start, Role::Faint);
     for (int severity = 1; severity <= 5; ++severity)
     {
         const std::string label = severity == 1 ? "1 slight" : severity == 5 ? "5 severe" : std::to_string(severity);
-        const double radius = RadiusOf(severity);
-        const double x = key.Place(2 * radius + 4 + TextWidth(label, 12));
-        DrawSeverity(drawing, x + radius, key.Middle(), severity, {});
-        drawing.Text(x + 2 * radius + 4, key.Baseline(), label, Anchor::Start, Role::Faint);
+        const double mark = period == PlantPeriod::Day ? 2 * RadiusOf(severity) : 6;
+        const double x = key.Place(mark + 4 + TextWidth(label, 12));
+        if (period == PlantPeriod::Day)
+            DrawSeverity(drawing, x + mark / 2, key.Middle(), severity, {});
+        else
+            DrawSeverityBar(drawing, x, key.Middle() + 8, mark, severity, {});
+        drawing.Text(x + mark + 4, key.Baseline(), label, Anchor::Start, Role::Faint);
     }
 }
 
-std::string HealthSentence(const HealthData& data)
+std::string HealthSentence(const HealthData& data, std::size_t others)
 {
     std::string sentence =
         Counted(data.Observations, "observation", "observations") + " " + DaysLabel(data.First, data.Last) + ".";
     if (data.Period != PlantPeriod::Day)
         sentence += std::string(" Each mark is the worst severity of a ") + PeriodName(data.Period) + ".";
-    return sentence + " The larger and darker a mark, the more severe was the problem.";
+    sentence += " The larger and darker a mark, the more severe was the problem.";
+    if (others > 0)
+        sentence += " " + Counted(others, "observation is", "observations are") +
+                    " left out: not of the last ten years, or without a day.";
+    return sentence;
 }
 
 } // namespace
@@ -215,23 +248,27 @@ PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations, double 
                      {},
                      {"Issue", "Date", "Worst severity", "Observations", "Plants"},
                      {}};
-    const HealthData data = DataOf(observations);
-    if (data.Observations == 0)
+    const std::multimap<std::int64_t, const PlantHealth*> days = DaysOf(observations);
+    if (days.empty())
         return chart;
+    const HealthData data = DataOf(days);
 
     double names = 0;
     for (const IssueRow& row : data.Issues)
         names = std::max(names, TextWidth(row.Issue, 12));
     const double namesEnd = std::min(names, DrawnWidth(width) * 0.32);
-    const DayScale scale(data.First, data.Last, namesEnd + 20, DrawnWidth(width) - RadiusOf(5) - 2);
+    const bool byDay = data.Period == PlantPeriod::Day;
+    const DayScale scale(byDay ? data.First : PeriodOf(data.First, data.Period),
+                         byDay ? data.Last : NextPeriod(PeriodOf(data.Last, data.Period), data.Period), namesEnd + 20,
+                         DrawnWidth(width) - RadiusOf(5) - 2);
     const double bottom = KeyHeight + static_cast<double>(data.Issues.size()) * RowHeight;
 
     Drawing drawing(DrawnWidth(width), bottom + AxisHeight);
     DrawAxisBelow(drawing, scale, KeyHeight, bottom, namesEnd, drawing.Width());
     DrawIssues(drawing, data, scale, namesEnd, KeyHeight);
 
-    DrawSeverityKey(drawing);
-    chart.Sentence = HealthSentence(data);
+    DrawSeverityKey(drawing, data.Period);
+    chart.Sentence = HealthSentence(data, observations.size() - data.Observations);
     for (const IssueRow& row : data.Issues)
         for (const auto& [period, sighting] : row.Sightings)
             chart.Rows.push_back({row.Issue, PeriodText(period, data.Period), std::to_string(sighting.Worst),

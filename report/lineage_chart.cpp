@@ -137,8 +137,8 @@ void AddRow(PlantChart& chart, const PlantRelative& plant)
     const bool isWet = plant.Harvest && IsEntered(plant.Harvest->WetWeightG);
     chart.Rows.push_back({ShownName(plant.Name, ""), ShownName(plant.Strain, ""),
                           NumberLabel(static_cast<double>(std::max<std::int64_t>(plant.Generation, 0)), 0),
-                          PlantStageName(plant.Stage), DryWeightOf(plant) > 0 ? NumberLabel(DryWeightOf(plant), 1) : "",
-                          isWet ? NumberLabel(plant.Harvest->WetWeightG, 1) : ""});
+                          PlantStageName(plant.Stage), DryWeightOf(plant) > 0 ? NumberLabel(DryWeightOf(plant)) : "",
+                          isWet ? NumberLabel(plant.Harvest->WetWeightG) : ""});
 }
 
 std::string LineageSentence(const std::vector<Tree>& trees, std::size_t drawn)

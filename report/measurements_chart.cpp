@@ -100,8 +100,8 @@ struct Panels
 {
     std::size_t Columns;
     double Left, Pitch, Width, Height; // of a panel, and from one to the next
-    static constexpr double Title = 20;
-    static constexpr double Gap = 8;
+    static constexpr double Title = 22;
+    static constexpr double Gap = 12;
     double RowHeight() const { return Title + Height + Gap; }
 };
 
@@ -190,7 +190,7 @@ std::vector<Section> SectionsOf(const std::vector<NameMeasured>& names)
     return sections;
 }
 
-constexpr double HeadingHeight = 20;
+constexpr double HeadingHeight = 26;
 
 double HeightOf(const Section& section, const Panels& panels)
 {

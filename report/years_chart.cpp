@@ -102,29 +102,43 @@ void DrawYear(Drawing& drawing, const CareYear& year, bool isLatest, const YearS
         return;
     }
     line.emplace_back(days.Right, y);
-    drawing.Polyline(line, Role::Faint, 1.2);
+    drawing.Polyline(line, Role::Faint, 1);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Axes and words
 
-// The names of the earlier years after their lines, at distances at which they can be read.
+constexpr double NamesGap = 18; // from the ends of the lines
+
+// The names of the earlier years after their lines, at distances at which they can be read. A thin line leads to each.
 void DrawEarlierNames(Drawing& drawing, const std::vector<CareYear>& years, double right, const NumberScale& numbers)
 {
     constexpr double distance = 14;
-    std::vector<std::pair<double, std::string>> names; // from the bottom up
+    struct Name
+    {
+        double End; // of the line
+        double Y;
+        const std::string* Year;
+    };
+    std::vector<Name> names; // from the bottom up
     for (std::size_t i = 0; i + 1 < years.size(); ++i)
-        names.emplace_back(numbers(static_cast<double>(years[i].Sum())), years[i].Year);
-    std::sort(names.rbegin(), names.rend());
-    double lowest = numbers(0) + distance;
-    for (auto& [y, name] : names)
-        lowest = y = std::min(y, lowest - distance);
+    {
+        const double end = numbers(static_cast<double>(years[i].Sum()));
+        names.push_back({end, end, &years[i].Year});
+    }
+    std::stable_sort(names.begin(), names.end(), [](const Name& a, const Name& b) { return a.End > b.End; });
+    double before = numbers(0) + distance;
+    for (Name& name : names)
+        before = name.Y = std::min(name.Y, before - distance);
     // Names that were pushed over the top move down again.
-    double highest = numbers.Ticks().empty() ? 0 : numbers(numbers.Ticks().back().Value) - distance;
+    before = numbers(numbers.Ticks().back().Value) - distance;
     for (auto name = names.rbegin(); name != names.rend(); ++name)
-        highest = name->first = std::max(name->first, highest + distance);
-    for (const auto& [y, name] : names)
-        drawing.Text(right + 6, y + 4, name, Anchor::Start, Role::Faint);
+        before = name->Y = std::max(name->Y, before + distance);
+    for (const Name& name : names)
+    {
+        drawing.Line(right + 1, name.End, right + NamesGap - 3, name.Y, Role::Line);
+        drawing.Text(right + NamesGap, name.Y + 4, *name.Year, Anchor::Start, Role::Faint);
+    }
 }
 
 void DrawLatestName(Drawing& drawing, const CareYear& year, const YearScale& days, const NumberScale& numbers)
@@ -132,9 +146,9 @@ void DrawLatestName(Drawing& drawing, const CareYear& year, const YearScale& day
     const double x = days(year.LastDay());
     const double y = numbers(static_cast<double>(year.Sum()));
     const double width = TextWidth(year.Year, 13);
-    const double left = std::max(x - width - 10, 0.0);
-    drawing.Rect(left - 2, y - 12, width + 4, 16, Role::Ground);
-    drawing.Text(left, y + 1, year.Year, Anchor::Start, Role::Ink, 13);
+    const double left = x + 10 + width < days.Right ? x + 10 : x - 10 - width;
+    drawing.Rect(left - 2, y - 8, width + 4, 16, Role::Ground);
+    drawing.Text(left, y + 4, year.Year, Anchor::Start, Role::Ink, 13);
 }
 
 void DrawMonths(Drawing& drawing, const YearScale& days, double top, double bottom)
@@ -192,8 +206,7 @@ void AddRows(PlantChart& chart, const std::vector<CareYear>& years)
 PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double width)
 {
     using namespace plant_report;
-    PlantChart chart{
-        "Care of this year and the years before", "There is no care in a second calendar year.", {}, {}, {}};
+    PlantChart chart{"Care by calendar year", "There is no care in a second calendar year.", {}, {}, {}};
     std::vector<CareYear> years = YearsOf(CareByDay(days));
     if (years.size() < 2)
         return chart;
@@ -207,7 +220,7 @@ PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double widt
         most = std::max(most, year.Sum());
     const NumberScale numbers(0, static_cast<double>(most), bottom, top, 4);
     const double left = LabelsWidth(numbers) + 8;
-    const YearScale scale{left, DrawnWidth(width) - TextWidth("2000", 12) - 8};
+    const YearScale scale{left, DrawnWidth(width) - TextWidth("2000", 12) - NamesGap - 2};
 
     Drawing drawing(DrawnWidth(width), bottom + AxisHeight);
     DrawAxisBefore(drawing, numbers, left, scale.Right, true);
