@@ -132,7 +132,8 @@ struct PlantReportOptions
     std::function<std::string(const PlantPhoto& photo)> PhotoSource;
 };
 
-/// Returns the style sheet of the page, for charts that a front end shows by itself.
+/// Returns the style sheet of the charts, for front ends that show charts by themselves: it makes them light or dark as
+/// the reader prefers. It has no rules for anything outside of a chart.
 PLANTJOURNAL_REPORT_API std::string PlantReportStyle();
 
 /// Writes a report as one HTML text in XML syntax. The text refers to no other file than the photos, holds no script,

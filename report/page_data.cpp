@@ -1,0 +1,203 @@
+#include "page_data.h"
+
+#include "days.h"
+#include "family_trees.h"
+#include "read.h"
+#include "stage_spans.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace plant_report
+{
+
+namespace
+{
+
+using ActivitiesByPlant = std::unordered_map<std::string, std::vector<PlantActivity>>;
+
+template <typename Value> bool IsOneOf(const std::vector<Value>& wanted, const Value& value)
+{
+    return wanted.empty() || std::find(wanted.begin(), wanted.end(), value) != wanted.end();
+}
+
+bool IsInSet(const PlantSet& set, const Plant& plant)
+{
+    return IsOneOf(set.UUIDs, plant.UUID) && IsOneOf(set.Strains, plant.Strain) && IsOneOf(set.Tents, plant.Tent) &&
+           IsOneOf(set.Stages, plant.Stage);
+}
+
+PlantActivityFilter FilterOf(const PlantReportOptions& options)
+{
+    PlantActivityFilter filter;
+    filter.Plants = options.Plants;
+    filter.From = options.From;
+    filter.To = options.To;
+    return filter;
+}
+
+void ReadPlants(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
+{
+    PlantRepository repository(database);
+    repository.ListPlants(data.Plants);
+    RequireRead(database.NativeHandle(), "reading the plants");
+    data.Plants.erase(std::remove_if(data.Plants.begin(), data.Plants.end(),
+                                     [&](const Plant& plant) { return !IsInSet(options.Plants, plant); }),
+                      data.Plants.end());
+    for (const Plant& plant : data.Plants)
+        data.NameOf.emplace(plant.UUID, plant.Name);
+}
+
+void ReadCalendar(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
+{
+    std::vector<PlantCalendarDay> days;
+    RequireAnswer(QueryPlantCalendar(database, FilterOf(options), days));
+    for (PlantCalendarDay& day : days)
+    {
+        data.Entries += day.Number;
+        if (!plant_query::DaysSinceEpoch(day.Date))
+            continue;
+        if (data.FirstDate.empty())
+            data.FirstDate = day.Date;
+        data.LastDate = day.Date;
+        if (day.Kind == PlantCareActionName(PlantCareAction::Feed) ||
+            day.Kind == PlantCareActionName(PlantCareAction::Water))
+            data.Care.push_back(std::move(day));
+    }
+}
+
+// The last day on which each plant was fed or watered.
+std::unordered_map<std::string, std::int64_t> LastCareDays(PlantDatabase& database, const PlantReportOptions& options)
+{
+    std::vector<PlantStatus> plants;
+    RequireAnswer(QueryPlantStatus(database, options.Plants, options.Today, plants));
+    std::unordered_map<std::string, std::int64_t> days;
+    for (const PlantStatus& plant : plants)
+        for (const std::string& date : {plant.LastFeedDate, plant.LastWaterDate})
+            if (const auto day = plant_query::DaysSinceEpoch(date))
+            {
+                std::int64_t& last = days.emplace(plant.PlantUUID, *day).first->second;
+                last = std::max(last, *day);
+            }
+    return days;
+}
+
+void ReadStages(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
+{
+    PlantActivityFilter filter = FilterOf(options);
+    filter.Kinds = KindsOfStages();
+    filter.From.clear(); // the stage of a plant on the first day began before it
+    filter.Order = PlantActivityOrder::OldestFirst;
+    std::vector<PlantActivity> activities;
+    RequireAnswer(QueryPlantActivity(database, filter, activities));
+    ActivitiesByPlant ofPlant;
+    for (PlantActivity& activity : activities)
+        ofPlant[activity.PlantUUID].push_back(std::move(activity));
+
+    const auto lastCare = LastCareDays(database, options);
+    const std::int64_t today = plant_query::DaysSinceEpoch(options.Today).value_or(0);
+    const std::int64_t lastDay = std::min(today, plant_query::DaysSinceEpoch(options.To).value_or(today));
+    for (const Plant& plant : data.Plants)
+    {
+        const auto care = lastCare.find(plant.UUID);
+        for (PlantStageSpan& span :
+             StageSpansOf(plant, ofPlant[plant.UUID], care == lastCare.end() ? INT64_MIN : care->second, lastDay))
+            if (span.To >= options.From)
+            {
+                if (plant_query::DaysSinceEpoch(options.From))
+                    span.From = std::max(span.From, options.From);
+                data.Stages.push_back(std::move(span));
+            }
+    }
+}
+
+// The length of time between the first and the last care.
+std::int64_t DaysOfCare(const PageData& data)
+{
+    if (data.Care.empty())
+        return 0;
+    return plant_query::DaysSinceEpoch(data.Care.back().Date).value_or(0) -
+           plant_query::DaysSinceEpoch(data.Care.front().Date).value_or(0);
+}
+
+void ReadTotals(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
+{
+    constexpr std::int64_t mostDaysByDay = 200;
+    constexpr std::int64_t mostDaysByWeek = 3 * 366;
+    constexpr std::int64_t mostDaysOfDailyAmounts = 31;
+    constexpr std::size_t mostPlants = 12;
+    const std::int64_t days = DaysOfCare(data);
+    const PlantPeriod longPeriod = days <= mostDaysByWeek ? PlantPeriod::Week : PlantPeriod::Month;
+    data.MeasurementPeriod = days <= mostDaysByDay ? PlantPeriod::Day : longPeriod;
+    data.AmountPeriod = days <= mostDaysOfDailyAmounts ? PlantPeriod::Day : longPeriod;
+
+    PlantTotalFilter filter;
+    filter.Plants = options.Plants;
+    filter.From = options.From;
+    filter.To = options.To;
+    filter.Group = data.Plants.size() <= mostPlants ? PlantTotalGroup::Plant : PlantTotalGroup::Strain;
+    filter.Period = data.MeasurementPeriod;
+    RequireAnswer(QueryPlantTotals(database, filter, data.Measurements));
+    filter.Group = PlantTotalGroup::All;
+    filter.Period = data.AmountPeriod;
+    filter.Actions = {PlantCareAction::Water};
+    RequireAnswer(QueryPlantTotals(database, filter, data.Waterings));
+    filter.Actions = {PlantCareAction::Feed};
+    RequireAnswer(QueryPlantTotals(database, filter, data.Feedings));
+}
+
+// The records that are read plant by plant.
+void ReadRecords(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
+{
+    PlantRepository repository(database);
+    sqlite3* connection = database.NativeHandle();
+    std::vector<PlantHealthObservation> health;
+    std::vector<PlantPhoto> photos;
+    for (const Plant& plant : data.Plants)
+    {
+        HarvestRecord harvest;
+        const bool isHarvested = repository.GetHarvestRecord(plant.UUID, harvest);
+        RequireRead(connection, "reading the harvest records");
+        if (isHarvested && IsBetweenDates(options, harvest.HarvestDate))
+            data.Harvests.push_back({plant.Name, plant.Strain, std::move(harvest)});
+        repository.ListPlantHealthObservations(plant.UUID, health);
+        RequireRead(connection, "reading the health observations");
+        for (PlantHealthObservation& observation : health)
+            if (IsBetweenDates(options, observation.ObservationDate))
+                data.Health.push_back({plant.Name, std::move(observation)});
+        repository.ListPlantPhotos(plant.UUID, photos);
+        RequireRead(connection, "reading the photos");
+        for (PlantPhoto& photo : photos)
+            if (IsBetweenDates(options, photo.PhotoDate))
+                data.Photos.push_back(std::move(photo));
+    }
+    std::stable_sort(data.Health.begin(), data.Health.end(),
+                     [](const PlantHealth& a, const PlantHealth& b)
+                     { return a.Observation.ObservationDate < b.Observation.ObservationDate; });
+    std::stable_sort(data.Photos.begin(), data.Photos.end(),
+                     [](const PlantPhoto& a, const PlantPhoto& b) { return a.PhotoDate > b.PhotoDate; });
+}
+
+} // namespace
+
+bool IsBetweenDates(const PlantReportOptions& options, const std::string& date)
+{
+    return date >= options.From &&
+           (options.To.empty() || date <= options.To || date.compare(0, options.To.size(), options.To) == 0);
+}
+
+PageData ReadPageData(PlantDatabase& database, const PlantReportOptions& options)
+{
+    PageData data;
+    ReadPlants(database, options, data);
+    if (data.Plants.empty())
+        return data;
+    ReadCalendar(database, options, data);
+    ReadStages(database, options, data);
+    ReadTotals(database, options, data);
+    ReadRecords(database, options, data);
+    data.Lineage = ReadFamilyTrees(database, data.Plants);
+    return data;
+}
+
+} // namespace plant_report

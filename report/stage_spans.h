@@ -1,0 +1,28 @@
+// The stages of a plant over time.
+#pragma once
+
+#include "plant_report.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace plant_report
+{
+
+// The kinds of activities that say something about stages.
+std::vector<std::string> KindsOfStages();
+
+// The spans of the plant's stages, oldest first, as its dated activities say: its own dates, and its events.
+//
+// A plant that is in the stage Veg was growing since it was sown or cut, unless an event says when Veg began;
+// transplanting ends the stages Seed and Clone. The present stage lasts until `lastDay`; Harvested and Archived have no
+// length, since nothing more happens. Where the beginning of the present stage is unknown, the stage before it lasts
+// until `lastCare` or, if the plant is growing, until `lastDay`.
+//
+// @param activities  The plant's activities of KindsOfStages(), oldest first.
+// @param lastCare  The day of the plant's last care, counted from 1970-01-01; any lower number if there is none.
+std::vector<PlantStageSpan> StageSpansOf(const Plant& plant, const std::vector<PlantActivity>& activities,
+                                         std::int64_t lastCare, std::int64_t lastDay);
+
+} // namespace plant_report
