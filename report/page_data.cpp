@@ -6,6 +6,7 @@
 #include "stage_spans.h"
 
 #include <algorithm>
+#include <set>
 #include <unordered_map>
 
 namespace plant_report
@@ -120,22 +121,44 @@ std::int64_t DaysOfCare(const PageData& data)
            plant_query::DaysSinceEpoch(data.Care.front().Date).value_or(0);
 }
 
+// The number of plants or strains that the measurements are drawn of.
+std::size_t MeasuredNames(const PageData& data, PlantTotalGroup group)
+{
+    if (group == PlantTotalGroup::Plant)
+        return data.Plants.size();
+    std::set<std::string> strains;
+    for (const Plant& plant : data.Plants)
+        strains.insert(plant.Strain);
+    return strains.size();
+}
+
+// The shortest period with which a picture and its table hold what a person can read.
+PlantPeriod ReadablePeriod(std::int64_t days, std::size_t names)
+{
+    constexpr std::int64_t mostValues = 400;
+    const std::int64_t values = days * static_cast<std::int64_t>(names);
+    if (values <= mostValues)
+        return PlantPeriod::Day;
+    return values <= 7 * mostValues ? PlantPeriod::Week : PlantPeriod::Month;
+}
+
 void ReadTotals(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
 {
-    constexpr std::int64_t mostDaysByDay = 200;
+    constexpr std::int64_t mostDaysByDay = 31;
     constexpr std::int64_t mostDaysByWeek = 3 * 366;
-    constexpr std::int64_t mostDaysOfDailyAmounts = 31;
     constexpr std::size_t mostPlants = 12;
     const std::int64_t days = DaysOfCare(data);
-    const PlantPeriod longPeriod = days <= mostDaysByWeek ? PlantPeriod::Week : PlantPeriod::Month;
-    data.MeasurementPeriod = days <= mostDaysByDay ? PlantPeriod::Day : longPeriod;
-    data.AmountPeriod = days <= mostDaysOfDailyAmounts ? PlantPeriod::Day : longPeriod;
+    const PlantTotalGroup group = data.Plants.size() <= mostPlants ? PlantTotalGroup::Plant : PlantTotalGroup::Strain;
+    data.MeasurementPeriod = ReadablePeriod(days, MeasuredNames(data, group));
+    data.AmountPeriod = days <= mostDaysByDay    ? PlantPeriod::Day
+                        : days <= mostDaysByWeek ? PlantPeriod::Week
+                                                 : PlantPeriod::Month;
 
     PlantTotalFilter filter;
     filter.Plants = options.Plants;
     filter.From = options.From;
     filter.To = options.To;
-    filter.Group = data.Plants.size() <= mostPlants ? PlantTotalGroup::Plant : PlantTotalGroup::Strain;
+    filter.Group = group;
     filter.Period = data.MeasurementPeriod;
     RequireAnswer(QueryPlantTotals(database, filter, data.Measurements));
     filter.Group = PlantTotalGroup::All;

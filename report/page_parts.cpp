@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr double TelephoneWidth = 360;
-constexpr std::size_t MostRows = 1000;
+constexpr std::size_t MostRows = 500;
 constexpr std::size_t MostLettersOfCell = 200;
 constexpr std::size_t MostLettersOfCaption = 500;
 

@@ -28,19 +28,46 @@ bool WasCut(const Plant& plant, const PlantActivity& activity, bool isFirst)
     return plant.CloneDate.empty() ? isFirst && !plant.MotherPlantUUID.empty() : activity.Date == plant.CloneDate;
 }
 
+// The date on which a stage begins that only one date begins: the plant's own, or else that of the newest event.
+std::string OnlyDate(const std::string& own, const char* kind, const std::vector<PlantActivity>& activities)
+{
+    if (!own.empty())
+        return own;
+    const auto newest = std::find_if(activities.rbegin(), activities.rend(),
+                                     [&](const PlantActivity& activity) { return activity.Kind == kind; });
+    return newest == activities.rend() ? std::string() : newest->Date;
+}
+
+// What begins the stages of a plant.
+struct StageDates
+{
+    std::string Flip;
+    std::string Harvest;
+    bool HasVegEvent;
+};
+
+StageDates DatesOf(const Plant& plant, const std::vector<PlantActivity>& activities)
+{
+    const bool hasVegEvent =
+        std::any_of(activities.begin(), activities.end(),
+                    [](const PlantActivity& activity) { return activity.Kind == "Stage" && activity.Text == "Veg"; });
+    return {OnlyDate(plant.FlipDate, "Flip", activities), OnlyDate(plant.HarvestDate, "Harvest", activities),
+            hasVegEvent};
+}
+
 // The stage that begins with the activity, after the stages that have begun before.
-std::optional<PlantStage> StageBegunBy(const Plant& plant, const PlantActivity& activity,
+std::optional<PlantStage> StageBegunBy(const Plant& plant, const StageDates& dates, const PlantActivity& activity,
                                        const std::vector<StageBegin>& before)
 {
     if (activity.Kind == "Sown")
         return PlantStage::Seed;
     if (activity.Kind == "Clone" && WasCut(plant, activity, before.empty()))
         return PlantStage::Clone;
-    if (activity.Kind == "Transplant" && !before.empty() && IsYoung(before.back().Stage))
+    if (activity.Kind == "Transplant" && !dates.HasVegEvent && (before.empty() || IsYoung(before.back().Stage)))
         return PlantStage::Veg;
-    if (activity.Kind == "Flip")
+    if (activity.Kind == "Flip" && activity.Date == dates.Flip)
         return PlantStage::Flower;
-    if (activity.Kind == "Harvest")
+    if (activity.Kind == "Harvest" && activity.Date == dates.Harvest)
         return PlantStage::Harvested;
     if (activity.Kind == "Stage")
         if (const PlantStage stage = PlantStageFromName(activity.Text); activity.Text == PlantStageName(stage))
@@ -50,13 +77,14 @@ std::optional<PlantStage> StageBegunBy(const Plant& plant, const PlantActivity& 
 
 std::vector<StageBegin> BeginsOf(const Plant& plant, const std::vector<PlantActivity>& activities)
 {
+    const StageDates dates = DatesOf(plant, activities);
     std::vector<StageBegin> begins;
     for (const PlantActivity& activity : activities)
     {
         const std::optional<std::int64_t> day = plant_query::DaysSinceEpoch(activity.Date);
         if (!day)
             continue;
-        const std::optional<PlantStage> stage = StageBegunBy(plant, activity, begins);
+        const std::optional<PlantStage> stage = StageBegunBy(plant, dates, activity, begins);
         if (!stage || (!begins.empty() && begins.back().Stage == *stage))
             continue;
         if (!begins.empty() && begins.back().Day == *day)
