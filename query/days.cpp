@@ -2,8 +2,8 @@
 // and civil_from_days): years begin in March, so that the leap day is the last day of a year.
 #include "days.h"
 
-#include <array>
-#include <cstdio>
+#include <algorithm>
+#include <cstdlib>
 
 namespace plant_query
 {
@@ -44,6 +44,12 @@ CivilDay ToCivil(std::int64_t daysSinceEpoch)
     return {year, month, dayOfYear - (153 * shifted + 2) / 5 + 1};
 }
 
+std::string Padded(std::int64_t number, std::size_t width)
+{
+    const std::string digits = std::to_string(number);
+    return std::string(width - std::min(width, digits.size()), '0') + digits;
+}
+
 } // namespace
 
 std::optional<std::int64_t> DaysSinceEpoch(std::string_view date)
@@ -68,10 +74,8 @@ std::optional<std::int64_t> DaysSinceEpoch(std::string_view date)
 std::string DayText(std::int64_t daysSinceEpoch)
 {
     const CivilDay day = ToCivil(daysSinceEpoch);
-    std::array<char, 80> text{};
-    std::snprintf(text.data(), text.size(), "%04lld-%02lld-%02lld", static_cast<long long>(day.Year),
-                  static_cast<long long>(day.Month), static_cast<long long>(day.Day));
-    return text.data();
+    return (day.Year < 0 ? "-" : "") + Padded(std::abs(day.Year), 4) + '-' + Padded(day.Month, 2) + '-' +
+           Padded(day.Day, 2);
 }
 
 std::int64_t MondayOf(std::int64_t daysSinceEpoch)

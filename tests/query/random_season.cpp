@@ -1,29 +1,19 @@
 #include "query/random_season.h"
 
 #include "query/listed_plants.h"
+#include "query/random_journal.h"
 #include "testing/plain_connection.h"
-
-#include <limits>
 
 #include <gtest/gtest.h>
 
 namespace support
 {
 
-namespace
-{
-
 using namespace std::string_literals;
-
-const std::vector<std::string> Strains = {"", "mint", "Mint", "Genovese"};
-const std::vector<std::string> Tents = {"", "Window", "window", "Win\0dow"s};
-
-} // namespace
 
 void RandomSeason::Fill()
 {
-    const std::size_t plants = Below(7);
-    for (std::size_t i = 0; i < plants; ++i)
+    for (std::size_t count = Below(7); count > 0; --count)
         AddPlant();
     for (const Plant& plant : Plants) // a repository refuses cycles
         if (Below(3) != 0)
@@ -37,13 +27,19 @@ void RandomSeason::Fill()
                                     "PRAGMA ignore_check_constraints=OFF;");
 }
 
+void RandomSeason::FillWithOddRows()
+{
+    FillAtRandom(Database.NativeHandle(), Random);
+    EXPECT_TRUE(PlantRepository(Database).ListPlants(Plants));
+}
+
 void RandomSeason::AddPlant()
 {
     PlantRepository repository(Database);
     Plant plant;
     plant.Name = OneOf({"basil", "Basil", "thyme", "", "mint"});
-    plant.Strain = OneOf(Strains);
-    plant.Tent = OneOf(Tents);
+    plant.Strain = OneOf({"", "mint", "Mint", "Genovese"});
+    plant.Tent = OneOf({"", "Window", "window", "Win\0dow"s});
     plant.Stage = UpTo(PlantStage::Archived);
     for (std::string* date : {&plant.SeedDate, &plant.CloneDate, &plant.TransplantDate, &plant.FlipDate})
         *date = Date();
@@ -148,9 +144,9 @@ PlantSet RandomSeason::AnySet()
     if (Below(3) == 0)
         set.UUIDs = {AnyPlant(), AnyPlant(), AnyPlant()};
     if (Below(3) == 0)
-        set.Strains = {OneOf(Strains), OneOf(Strains)};
+        set.Strains = {TextOfAPlant(&Plant::Strain), TextOfAPlant(&Plant::Strain)};
     if (Below(4) == 0)
-        set.Tents = {OneOf({"", "Window", "window", "Win"}), "Win"};
+        set.Tents = {TextOfAPlant(&Plant::Tent), "Win"};
     if (Below(4) == 0)
         set.Stages = {UpTo(PlantStage::Archived), PlantStage::Veg, PlantStage::Harvested};
     return set;
@@ -180,7 +176,12 @@ std::vector<PlantComparedSet> RandomSeason::AnyComparedSets()
 
 std::string RandomSeason::AnyPlant()
 {
-    return Plants.empty() || Below(8) == 0 ? OneOf({"", "unknown"}) : Plants.at(Below(Plants.size())).UUID;
+    return TextOfAPlant(&Plant::UUID);
+}
+
+std::string RandomSeason::TextOfAPlant(std::string Plant::*text)
+{
+    return Plants.empty() || Below(8) == 0 ? OneOf({"", "unknown"}) : Plants.at(Below(Plants.size())).*text;
 }
 
 } // namespace support

@@ -16,8 +16,10 @@ class RandomSeason
   public:
     RandomSeason(std::mt19937_64& random, PlantDatabase& database) : Random(random), Database(database) {}
 
-    // Stores some plants with their records.
+    // Stores some plants with their records, so many that each has a rhythm of care.
     void Fill();
+    // Stores rows of other programs instead.
+    void FillWithOddRows();
 
     PlantSet AnySet();
     PlantTotalFilter AnyTotalFilter();
@@ -33,6 +35,7 @@ class RandomSeason
     void AddRecords(const Plant& plant);
 
     std::string Date();
+    std::string TextOfAPlant(std::string Plant::*text);
     double Number();
     std::string OneOf(const std::vector<std::string>& texts) { return texts.at(Below(texts.size())); }
     std::size_t Below(std::size_t count) { return static_cast<std::size_t>(Random() % count); }

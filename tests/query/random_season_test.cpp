@@ -18,12 +18,15 @@ template <typename Ask> void AskRandomSeasons(const Ask& ask)
     std::mt19937_64 random(Seed());
     const TimeLimit limit;
     int answers = 0;
-    for (int journal = 0; journal < 60 || (IsLongForm() && !limit.IsOver()); ++journal)
+    for (int journal = 0; journal < 100 || (IsLongForm() && !limit.IsOver()); ++journal)
     {
         PlantDatabase database;
         ASSERT_TRUE(database.Open(":memory:"));
         RandomSeason content(random, database);
-        content.Fill();
+        if (journal % 2 == 0)
+            content.Fill();
+        else
+            content.FillWithOddRows();
         const std::vector<ListedPlant> listed = ListPlants(database);
         for (int question = 0; question < 20; ++question)
         {

@@ -163,6 +163,8 @@ TEST_F(TotalsTest, APeriodIsADayAWeekOrAMonth)
     EXPECT_EQ(Rows(PlantTotalGroup::All, PlantPeriod::Week), "2025-02-24|||9\n2025-03-03|||22\n");
     EXPECT_EQ(Rows(PlantTotalGroup::All, PlantPeriod::Month), "2025-02|||8\n2025-03|||23\n");
     EXPECT_EQ(Rows(PlantTotalGroup::All, PlantPeriod::All), "|||31\n");
+    Water(plant, "0000-01-01", 3);
+    EXPECT_EQ(Rows(PlantTotalGroup::All, PlantPeriod::Week).substr(0, 14), "-0001-12-27|||");
 }
 
 TEST_F(TotalsTest, DatesThatAreNoDaysAreARowWithoutPeriod)
