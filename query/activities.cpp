@@ -203,7 +203,7 @@ void ActivityReader::AddOwnDates()
 
 void KeepThoseWithText(const PlantActivityFilter& filter, std::vector<PlantActivity>& activities)
 {
-    const std::function<std::string(const std::string&)> fold = filter.Fold ? filter.Fold : WithoutCase;
+    const auto fold = [&](const std::string& text) { return filter.Fold ? filter.Fold(text) : WithoutCase(text); };
     const std::string wanted = fold(filter.Text);
     const auto contains = [&](const std::string& text) { return fold(text).find(wanted) != std::string::npos; };
     const auto isUnfit = [&](const PlantActivity& activity)

@@ -19,7 +19,7 @@ TEST(LayoutTest, NoFileOutsideTheLibraryIsTooLong)
     const std::set<std::string> extensions = {".cmake", ".cpp", ".h", ".py", ".sh", ".txt"};
     int files = 0;
     for (const std::string directory :
-         {"file", "validation", "tools", "examples", "testing", "tests", "bench", "docs", "cmake"})
+         {"file", "query", "report", "validation", "tools", "examples", "testing", "tests", "bench", "docs", "cmake"})
     {
         const std::filesystem::path root = PLANTJOURNAL_SOURCE_DIR "/" + directory;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root))

@@ -1,7 +1,9 @@
-// A program that uses both libraries: stores a plant under a UUID that it creates, and inspects the file.
+// A program that uses three libraries: stores a plant under a UUID that it creates, inspects the file, and asks how the
+// plant is.
 
 #include "plant_database.h"
 #include "plant_file.h"
+#include "plant_query.h"
 
 #include <iostream>
 
@@ -17,5 +19,9 @@ int main()
     PlantFileInspection file;
     if (!journal.Open("journal.db") || !basil.Save(repository) || !InspectPlantDatabase("journal.db", file))
         return 1;
-    std::cout << PlantFileKindName(file.Kind) << ", " << PlantStageName(basil.Stage) << '\n';
+    std::vector<PlantStatus> plants;
+    if (!QueryPlantStatus(journal, {}, PlantEventCurrentDate(), plants) || plants.size() != 1)
+        return 1;
+    std::cout << PlantFileKindName(file.Kind) << ", " << PlantStageName(plants[0].Stage) << ", " << plants[0].Name
+              << '\n';
 }

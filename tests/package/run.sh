@@ -43,7 +43,7 @@ build_with_cmake() {
 # works PROGRAM
 works() {
     rm -f journal.db
-    "$1" | expect 'The output of the program' 'Current, Veg'
+    "$1" | expect 'The output of the program' 'Current, Veg, Basil'
 }
 
 # find_package OPTION...
@@ -101,10 +101,10 @@ test_each_header_compiles_alone() {
     local compiler standard header
     for compiler in g++ clang++; do
         for standard in c++17 c++20 c++2b; do # c++2b is C++23 in older compilers, too
-            for header in src/plant.h src/plant_database.h file/plant_file.h; do
+            for header in src/plant.h src/plant_database.h file/plant_file.h query/plant_query.h report/plant_report.h; do
                 printf '#include "%s"\n' "${header##*/}" |
                     "$compiler" -std=$standard -fsyntax-only -Wall -Wextra -Wpedantic -Wundef -Werror \
-                        -I "$project/${header%/*}" -x c++ - || fail "$header, $compiler, $standard"
+                        -I "$project/${header%/*}" -I "$project/src" -I "$project/query" -x c++ - || fail "$header, $compiler, $standard"
             done
         done
     done
@@ -114,6 +114,8 @@ test_shared_libraries_export_the_listed_symbols() {
     exports "$build/libplantjournal.so" | expect 'The exports of libplantjournal' "@$here/exports/plantjournal.txt"
     exports "$build/file/libplantjournal_file.so" |
         expect 'The exports of libplantjournal_file' "@$here/exports/plantjournal_file.txt"
+    exports "$build/query/libplantjournal_query.so" |
+        expect 'The exports of libplantjournal_query' "@$here/exports/plantjournal_query.txt"
 }
 
 test_install_shared() {
@@ -204,7 +206,9 @@ test_debian_packages_have_their_dependencies() {
     [[ $(depends plantjournal) == "libplantjournal1 (= $version), "* ]] || fail 'plantjournal: no libraries'
     dpkg-deb -I "$build/libplantjournal1_${version}"_*.deb shlibs |
         sort | expect 'The dependencies of programs' "libplantjournal 1 libplantjournal1 (>= $version)
-libplantjournal_file 1 libplantjournal1 (>= $version)"
+libplantjournal_file 1 libplantjournal1 (>= $version)
+libplantjournal_query 1 libplantjournal1 (>= $version)
+libplantjournal_report 1 libplantjournal1 (>= $version)"
 }
 
 test_a_program_builds_with_the_debian_packages() {
