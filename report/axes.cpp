@@ -21,12 +21,13 @@ void DrawTicksBelow(Drawing& drawing, const std::vector<Tick>& ticks, const std:
                     double bottom, double left, double right)
 {
     constexpr double gap = 6;
+    constexpr double edge = 0.5; // places are rounded
     double taken = left - gap;
     for (std::size_t i = 0; i < ticks.size(); ++i)
     {
         drawing.Line(places[i], top, places[i], bottom, Role::Line);
         const double width = TextWidth(ticks[i].Label, LabelSize);
-        const double begin = std::min(std::max(places[i] - width / 2, left), right - width);
+        const double begin = std::min(std::max(places[i] - width / 2, left + edge), right - width - edge);
         if (begin < taken + gap)
             continue;
         drawing.Text(begin + width / 2, bottom + 15, ticks[i].Label, Anchor::Middle, Role::Faint, LabelSize);
@@ -63,7 +64,7 @@ double KeyLines::Place(double width)
         Top += 20;
     }
     const double place = Next;
-    Next += width + 14;
+    Next += width + 12;
     return place;
 }
 

@@ -115,8 +115,8 @@ void AddRows(PlantChart& chart, const Amounts& water, const Amounts& feed, Plant
     for (const auto& [day, ml] : feed)
         byPeriod[day].second = ml;
     for (const auto& [day, ml] : byPeriod)
-        chart.Rows.push_back({PeriodText(day, period), ml.first > 0 ? NumberLabel(ml.first, 1) : "",
-                              ml.second > 0 ? NumberLabel(ml.second, 1) : ""});
+        chart.Rows.push_back({PeriodText(day, period), ml.first > 0 ? NumberLabel(ml.first) : "",
+                              ml.second > 0 ? NumberLabel(ml.second) : ""});
 }
 
 } // namespace

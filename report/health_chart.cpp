@@ -193,7 +193,7 @@ void DrawIssues(Drawing& drawing, const HealthData& data, const DayScale& scale,
     double middle = top + RowHeight / 2;
     for (const IssueRow& row : data.Issues)
     {
-        drawing.Text(namesEnd, middle + 4, row.Issue, Anchor::End, Role::Ink, 12, namesEnd);
+        drawing.Text(namesEnd, middle + 4, row.Issue, Anchor::End, Role::Ink, 12, namesEnd - 0.5);
         const double line = data.Period == PlantPeriod::Day ? middle : middle + RowHeight / 2 - 3;
         drawing.Line(namesEnd + 8, line, drawing.Width(), line, Role::Line);
         DrawSightings(drawing, row, data, scale, middle);
@@ -208,7 +208,7 @@ constexpr double KeyHeight = 34;
 
 void DrawSeverityKey(Drawing& drawing, PlantPeriod period)
 {
-    KeyLines key(0, drawing.Width(), 4);
+    KeyLines key(1, drawing.Width(), 4);
     drawing.Text(key.Place(TextWidth("Severity", 12)), key.Baseline(), "Severity", Anchor::Start, Role::Faint);
     for (int severity = 1; severity <= 5; ++severity)
     {
@@ -256,7 +256,7 @@ PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations, double 
     double names = 0;
     for (const IssueRow& row : data.Issues)
         names = std::max(names, TextWidth(row.Issue, 12));
-    const double namesEnd = std::min(names, DrawnWidth(width) * 0.32);
+    const double namesEnd = std::min(names + 1, DrawnWidth(width) * 0.32);
     const bool byDay = data.Period == PlantPeriod::Day;
     const DayScale scale(byDay ? data.First : PeriodOf(data.First, data.Period),
                          byDay ? data.Last : NextPeriod(PeriodOf(data.Last, data.Period), data.Period), namesEnd + 20,

@@ -76,7 +76,7 @@ LineageLayout LayoutOf(const Tree& rows, double width)
     double labels = 0;
     for (const PlantRelative* plant : rows)
         labels = std::max(labels, TextWidth(YieldLabel(*plant), 12));
-    return {width >= 560 ? 22.0 : 13.0, width * 0.56, width - std::min(labels, width * 0.25) - 8};
+    return {width >= 560 ? 22.0 : 13.0, width * 0.56, std::max(width * 0.56 + 1, width - labels - 8)};
 }
 
 std::int64_t DepthOf(const PlantRelative& plant)

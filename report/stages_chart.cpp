@@ -1,4 +1,5 @@
 #include "axes.h"
+#include "text.h"
 #include "words.h"
 
 #include "days.h"
@@ -44,8 +45,7 @@ const StageLook& LookOf(PlantStage stage)
                                                         {Role::Cure, "Cu"},
                                                         {Role::Harvested, "H"},
                                                         {Role::Archived, "A"}}};
-    const auto number = static_cast<std::size_t>(stage);
-    return looks.at(number < looks.size() ? number : static_cast<std::size_t>(PlantStage::Veg));
+    return looks.at(static_cast<std::size_t>(stage));
 }
 
 // The plants in the order in which they began. Spans of one name are those of one plant as long as each begins where
@@ -61,7 +61,7 @@ std::vector<PlantBars> BarsOf(const std::vector<PlantStageSpan>& spans)
             continue;
         if (plants.empty() || plants.back().Name != span.PlantName || *from < plants.back().Bars.back().To)
             plants.push_back({span.PlantName, {}});
-        plants.back().Bars.push_back({span.Stage, *from, *to});
+        plants.back().Bars.push_back({PlantStageFromName(PlantStageName(span.Stage)), *from, *to}); // a known one
     }
     std::stable_sort(plants.begin(), plants.end(),
                      [](const PlantBars& a, const PlantBars& b) { return a.Bars.front().From < b.Bars.front().From; });
@@ -101,7 +101,7 @@ StagesLayout::StagesLayout(const std::vector<PlantBars>& plants, double width)
             Last = std::max(Last, bar.To);
         }
     }
-    NamesEnd = std::min(names, width * 0.3);
+    NamesEnd = std::min(names + 1, width * 0.3);
     KeyLines key(0, width, 0);
     for (const PlantStage stage : Stages)
         key.Place(KeyWidth(stage));
@@ -141,7 +141,7 @@ void DrawPlants(Drawing& drawing, const std::vector<PlantBars>& plants, const St
     for (const PlantBars& plant : plants)
     {
         drawing.Text(layout.NamesEnd, y + layout.RowHeight / 2 + 4, ShownName(plant.Name, "(no name)"), Anchor::End,
-                     Role::Ink, 12, layout.NamesEnd);
+                     Role::Ink, 12, layout.NamesEnd - 0.5);
         for (const StageBar& bar : plant.Bars)
         {
             const double x = scale(static_cast<double>(bar.From));
@@ -189,7 +189,7 @@ PlantChart DrawPlantStages(const std::vector<PlantStageSpan>& spans, double widt
     for (const PlantBars& plant : plants)
         for (const StageBar& bar : plant.Bars)
             chart.Rows.push_back({ShownName(plant.Name, ""), PlantStageName(bar.Stage), plant_query::DayText(bar.From),
-                                  plant_query::DayText(bar.To), Counted(bar.To - bar.From, "", "")});
+                                  plant_query::DayText(bar.To), NumberLabel(static_cast<double>(bar.To - bar.From))});
     chart.SVG = drawing.SVG("plant-stages", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -151,21 +151,18 @@ void DrawLatestName(Drawing& drawing, const CareYear& year, const YearScale& day
     drawing.Text(left, y + 4, year.Year, Anchor::Start, Role::Ink, 13);
 }
 
+// A line where each month begins, and the name below its middle; each third where all have no room.
 void DrawMonths(Drawing& drawing, const YearScale& days, double top, double bottom)
 {
-    std::vector<Tick> ticks;
-    std::vector<double> places;
-    for (std::size_t month = 0; month < Months.size(); ++month)
+    const double month = days(31) - days(0);
+    const std::size_t named = month < TextWidth("Mar", 12) + 6 ? 3 : 1;
+    for (std::size_t i = 0; i < Months.size(); ++i)
     {
-        const std::int64_t first = month == 0 ? 0 : LastDayOfMonth(month - 1) + 1;
-        ticks.push_back({static_cast<double>(first), Months.at(month)});
-        places.push_back(days(first));
+        const double x = days(i == 0 ? 0 : LastDayOfMonth(i - 1) + 1);
+        drawing.Line(x, top, x, bottom, Role::Line);
+        if (i % named == 0)
+            drawing.Text(x + month / 2, bottom + 15, Months.at(i), Anchor::Middle, Role::Faint);
     }
-    if (places[1] - places[0] < TextWidth("Mar", 12) + 6) // every third has room
-        for (std::size_t month = 0; month < Months.size(); ++month)
-            if (month % 3 != 0)
-                ticks[month].Label.clear();
-    DrawTicksBelow(drawing, ticks, places, top, bottom, 0, drawing.Width());
 }
 
 std::string YearsSentence(const std::vector<CareYear>& years, std::size_t more)
