@@ -1,4 +1,5 @@
 #include "command_line/parser.h"
+#include "commands/arguments.h"
 #include "commands/commands.h"
 #include "commands/print.h"
 #include "commands/selection.h"
@@ -43,20 +44,6 @@ FilteredPlants Filtered(const std::vector<Plant>& plants, const PlantFilter& fil
         else
             filtered.Shown.push_back(plant);
     return filtered;
-}
-
-std::string ObjectionToStage(const std::string& text)
-{
-    try
-    {
-        PlantStage stage{};
-        ParseValue(text, &stage);
-        return {};
-    }
-    catch (const BadValue& bad)
-    {
-        return bad.what();
-    }
 }
 
 // A plant that was harvested grows no older.
@@ -127,11 +114,7 @@ void AddPlantListCommand(CLI::App& plantGroup, Session& session)
     CLI::App& list = AddCommand(plantGroup, "list", "List the plants with their age and last care",
                                 "plant list\nplant list --stage flower --tent South\nplant list --all --json",
                                 [&session, filter] { ListPlants(session, *filter); });
-    const PlantStage anyStage{};
-    AddFlag(list,
-            {"--stage", "list the plants in this stage", Joined(EnumerationNames(&anyStage), "|"), Need::Optional,
-             ObjectionToStage},
-            filter->Stage);
+    AddStageFlag(list, "list the plants in this stage", filter->Stage);
     AddFlag(list, {"--strain", "list the plants of this strain", "STRAIN"}, filter->Strain);
     AddFlag(list, {"--tent", "list the plants in this tent", "TENT"}, filter->Tent);
     AddSwitch(list, "--all", "list archived plants, too", filter->All);

@@ -18,20 +18,6 @@ struct ListRequest
     std::optional<std::string> Newest; // only this many of the newest records of each plant
 };
 
-std::string ObjectionToNewest(const std::string& text)
-{
-    const bool valid = IsDigits(text) && text.find_first_not_of('0') != std::string::npos;
-    return valid ? "" : InQuotes(text) + " is not a number of records; write a whole number above 0";
-}
-
-std::size_t LimitFrom(const std::optional<std::string>& text)
-{
-    std::int64_t number = INT64_MAX;
-    if (text)
-        ParseValue(*text, &number);
-    return static_cast<std::size_t>(number);
-}
-
 template <typename Record> std::vector<Record> NewestOf(Session& session, const Plant& plant, std::size_t newest)
 {
     std::vector<Record> records = RecordsOf<Record>(session, plant);
@@ -49,7 +35,8 @@ template <typename Record> void List(Session& session, const ListRequest& reques
     JSON array = JSON::Array();
     std::vector<Row> rows;
     for (const Plant& plant : plants)
-        for (const Record& record : NewestOf<Record>(session, plant, LimitFrom(request.Newest)))
+        for (const Record& record :
+             NewestOf<Record>(session, plant, static_cast<std::size_t>(NumberFrom(request.Newest))))
         {
             array.Add(RecordJSON(record, plant));
             rows.push_back(RowOf(record));
@@ -79,10 +66,7 @@ template <typename Record> void AddListCommand(CLI::App& group, Session& session
                                 name + " list Basil\n" + name + " list --newest 5 --json",
                                 [&session, request] { List<Record>(session, *request); });
     AddPlantArgument(list, request->Given, Need::Optional);
-    AddFlag(list,
-            {"--newest", "list only this many of the newest records of each plant", "NUMBER", Need::Optional,
-             ObjectionToNewest},
-            request->Newest);
+    AddNewest(list, "list only this many of the newest records of each plant", request->Newest);
 }
 
 template void AddListCommand<PlantEvent>(CLI::App& group, Session& session);

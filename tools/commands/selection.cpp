@@ -11,12 +11,6 @@
 namespace
 {
 
-bool IsGrowing(PlantStage stage)
-{
-    return stage == PlantStage::Seed || stage == PlantStage::Clone || stage == PlantStage::Veg ||
-           stage == PlantStage::Flower;
-}
-
 std::string StageObjection(const std::string& text)
 {
     try
@@ -65,6 +59,12 @@ Plant FindNamed(const std::vector<Plant>& plants, const std::string& name)
 }
 
 } // namespace
+
+bool IsGrowing(PlantStage stage)
+{
+    return stage == PlantStage::Seed || stage == PlantStage::Clone || stage == PlantStage::Veg ||
+           stage == PlantStage::Flower;
+}
 
 bool Fits(const std::optional<std::string>& wanted, const std::string& text)
 {

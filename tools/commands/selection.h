@@ -37,3 +37,6 @@ bool IsExactName(const std::vector<Plant>& plants, const std::string& text);
 
 // Whether a field of a plant has the value that an option wants, regardless of case; true without the option.
 bool Fits(const std::optional<std::string>& wanted, const std::string& text);
+
+// Whether the stage is Seed, Clone, Veg or Flower.
+bool IsGrowing(PlantStage stage);

@@ -74,6 +74,12 @@ PlantRepository& Session::Read()
     return Repository;
 }
 
+PlantDatabase& Session::ReadDatabase()
+{
+    Open(false);
+    return Database;
+}
+
 PlantRepository& Session::Write()
 {
     Open(true);
@@ -143,4 +149,12 @@ void Session::Require(bool done, const std::string& what, const std::string& adv
 void Session::RequireList(bool done, const std::string& what) const
 {
     Require(done && !ReadingFailed(Connection()), what);
+}
+
+void Session::RequireAnswer(const PlantQueryResult& result) const
+{
+    if (!result)
+        throw Refusal(Joined({Path() + ": " + result.Error,
+                              AdviceAfter(LastSQLError(Connection()), "try again; if that fails, restore a backup")},
+                             "; "));
 }

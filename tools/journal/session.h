@@ -2,6 +2,7 @@
 
 #include "journal/undo.h"
 #include "plant_database.h"
+#include "plant_query.h"
 
 #include <optional>
 #include <string>
@@ -32,6 +33,9 @@ class Session
     PlantRepository& Read();
     PlantRepository& Write();
 
+    // As Read(), for the queries of plant_query.h.
+    PlantDatabase& ReadDatabase();
+
     // Adds a line that describes a change which the command has made. `undo` shows these lines.
     void AddSummary(const std::string& line) { Summaries.push_back(line); }
 
@@ -43,6 +47,8 @@ class Session
     void Require(bool done, const std::string& what, const std::string& advice = {}) const;
     // Likewise after reading a list, also where reading ended early.
     void RequireList(bool done, const std::string& what) const;
+    // Likewise after a query of plant_query.h.
+    void RequireAnswer(const PlantQueryResult& result) const;
 
     // Stores what `undo` needs after an import: `copy` holds the journal from before. See UndoRecording::SaveCopy().
     void SaveCopyForUndo(const std::string& copy) const;
