@@ -78,7 +78,7 @@ struct PlantFigures
 enum class PlantActivityRecord : std::int32_t
 {
     Plant,             ///< A date in the plant's own record.
-    Event,             ///< A `PlantEvent` that no care entry and no harvest record owns.
+    Event,             ///< A `PlantEvent` that no care entry and no harvest record of the plant owns.
     CareEntry,         ///< A `PlantCareEntry`; its event is not listed again.
     HarvestRecord,     ///< A `HarvestRecord`; its event is not listed again.
     JournalEntry,      ///< A `PlantJournalEntry`.
@@ -104,12 +104,14 @@ struct PlantActivity
 };
 
 /// Lists everything dated of one plant, newest first. Activities of one date are sorted by `Record`, the last
-/// enumerator first, then by row ID, highest first.
+/// enumerator first, then by row ID, highest first. If the plant's own dates are equal, they are listed as `Harvest`,
+/// `Flip`, `Transplant`, `Clone`, `Sown`.
 ///
-/// A date in the plant's own record is listed only where no other activity of the same date and kind exists. The text
-/// of a care entry is that of PlantRepository::CareTimelineDetails(). The parts of other texts are separated by ` | `:
-/// cure outcome and notes of a harvest record, preceded by its weights; issue with severity, treatment and notes of a
-/// health observation; path and caption of a photo.
+/// A date in the plant's own record is listed only where no other activity of the plant has the same date and kind. The
+/// text of a care entry is that of PlantRepository::CareTimelineDetails(). The parts of other texts are separated by
+/// ` | `: weights, seeds, quality, cure outcome and notes of a harvest record, as in the details of its event; issue
+/// with severity, treatment and notes of a health observation; path and caption of a photo. A stored name that is
+/// unknown is read as PlantRepository reads it.
 ///
 /// Cost: proportional to the number of the plant's records.
 /// @param plantUUID  The plant. An unknown UUID gives an empty list.
@@ -119,7 +121,7 @@ PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantTimeline(PlantDatabase& databa
 /// The order of a list of activities.
 enum class PlantActivityOrder : std::int32_t
 {
-    NewestFirst, ///< As QueryPlantTimeline() sorts; activities of one date and record are sorted by row ID.
+    NewestFirst, ///< As QueryPlantTimeline() sorts. Plants are not kept apart.
     OldestFirst  ///< The reverse.
 };
 
@@ -135,16 +137,18 @@ struct PlantActivityFilter
     /// A part of `Kind` or `Text`; empty for no limit. Upper and lower case ASCII letters are equal.
     std::string Text;
     /// Where it is set, `Text` is searched in the folded texts instead: the function returns a text in the form in
-    /// which equal letters are equal bytes, for example without case in every alphabet.
+    /// which equal letters are equal bytes, for example without case in every alphabet. It must not use the database.
     std::function<std::string(const std::string& text)> Fold;
     PlantActivityOrder Order = PlantActivityOrder::NewestFirst; ///< The order.
-    std::int64_t AtMost = 0; ///< How many activities to return, the first ones in `Order`; 0 for all.
+    std::int64_t AtMost = 0; ///< How many activities to return, the first ones in `Order`; 0 or less for all.
 };
 
 /// Lists the activities of several plants.
 ///
 /// Cost: where `Plants` selects all plants, the function reads every row of the tables that the kinds need, since no
-/// index of a journal begins with a date. Otherwise it reads the records of the selected plants between the dates.
+/// index of a journal begins with a date. Otherwise it reads the records of the selected plants between the dates. If
+/// it finds events, it also reads all care entries of these plants, which may own the events. `Text` and `AtMost` do
+/// not reduce what is read.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantActivity(PlantDatabase& database, const PlantActivityFilter& filter,
                                                            std::vector<PlantActivity>& out);
 
