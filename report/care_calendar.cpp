@@ -229,8 +229,10 @@ void DrawMonthsAndDays(Drawing& drawing, const CalendarGrid& grid)
         const bool beginsMonth = month >= monday;
         const double x = grid.ColumnLeft(week % grid.Columns);
         std::string label = DayLabel(month).substr(2); // without the "1 "
-        if (!beginsStrip && label.substr(0, 3) != "Jan")
-            label.resize(3);
+        const std::string name = label.substr(0, 3);
+        const bool isBeforeJanuary = name == "Dec" && grid.Columns > 5 && grid.Last - monday > 35;
+        if (name != "Jan" && (!beginsStrip || isBeforeJanuary)) // the year is named once
+            label = name;
         if (!(beginsStrip || beginsMonth) || x < taken || x + TextWidth(label, LabelSize) > drawing.Width())
             continue;
         drawing.Text(x, top - 6, label, Anchor::Start, Role::Faint, LabelSize);

@@ -37,7 +37,7 @@ constexpr std::array<RoleColour, 27> Colours = {{
     {Role::Count1, "count1", "#b4dfca", "#1d4436"},
     {Role::Count2, "count2", "#74bf9f", "#2f7259"},
     {Role::Count3, "count3", "#2f9170", "#43a984"},
-    {Role::Count4, "count4", "#0b5d42", "#8fe3c0"},
+    {Role::Count4, "count4", "#11654a", "#8fe3c0"},
 }};
 
 // The rules that give each class its colour.

@@ -123,6 +123,21 @@ TEST(CareCalendarTest, OneDayIsDrawn)
         EXPECT_EQ(std::count(words.begin(), words.end(), word), 1) << word;
 }
 
+TEST(CareCalendarTest, TheYearIsNamedAtTheBeginningAndInJanuary)
+{
+    const auto has = [](const std::vector<PlantCalendarDay>& days, const std::string& word)
+    {
+        const std::vector<std::string> words = SVGPicture(DrawPlantCareCalendar(days).SVG).Words();
+        return std::count(words.begin(), words.end(), word) == 1;
+    };
+    const std::vector<PlantCalendarDay> winter = {{"2023-12-20", "Feed", 1}, {"2024-03-01", "Feed", 1}};
+    EXPECT_TRUE(has(winter, "Dec")); // January follows
+    EXPECT_TRUE(has(winter, "Jan 2024"));
+    EXPECT_TRUE(has(winter, "Feb"));
+    EXPECT_TRUE(has({{"2023-12-20", "Feed", 1}}, "Dec 2023"));
+    EXPECT_TRUE(has({{"2023-10-20", "Feed", 1}, {"2023-12-20", "Feed", 1}}, "Oct 2023"));
+}
+
 TEST(CareCalendarTest, TwoYearsHaveACellADayInStripsThatFit)
 {
     const std::vector<PlantCalendarDay> days = Waterings(2 * 366, 3);
