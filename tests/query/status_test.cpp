@@ -254,6 +254,12 @@ TEST_F(StatusTest, TheLastFeedingAndWateringAreTheNewest)
         AddCare(plant, {"2025-06-" + std::to_string(day)}, PlantCareAction::Feed);
     EXPECT_EQ(StatusOf(plant).LastFeedDate, "2025-06-29");
     EXPECT_EQ(StatusOf(plant).LastWaterDate, "2025-05-01");
+    const Plant other = StoredPlantOf(PlantStage::Veg);
+    AddCare(other, {"2025-05-01"}, PlantCareAction::Feed);
+    for (int day = 10; day < 30; ++day)
+        AddCare(other, {"2025-06-" + std::to_string(day)});
+    EXPECT_EQ(StatusOf(other).LastFeedDate, "2025-05-01");
+    EXPECT_EQ(StatusOf(other).LastWaterDate, "2025-06-29");
 }
 
 TEST_F(StatusTest, HealthIsTheNewestOfEachIssueInThirtyDays)

@@ -226,8 +226,12 @@ TEST_F(TotalsTest, EntriesWithoutAPlantDoNotCount)
     Water(plant, "2025-06-01", 1);
     Water(plant, "2025-06-01", 2);
     RunSQL("PRAGMA foreign_keys=OFF;");
-    RunSQL("UPDATE PlantCareEntries SET PlantUUID='gone' WHERE AmountMl=2;");
-    EXPECT_EQ(Rows(PlantTotalGroup::All, PlantPeriod::All), "|||1\n");
+    for (const std::string uuid : {"'gone'", "PlantUUID||char(0)||'x'"})
+    {
+        RunSQL("UPDATE PlantCareEntries SET PlantUUID=" + uuid + " WHERE AmountMl=2;");
+        EXPECT_EQ(Rows(PlantTotalGroup::All, PlantPeriod::All), "|||1\n") << uuid;
+        RunSQL("UPDATE PlantCareEntries SET PlantUUID='" + plant.UUID + "';");
+    }
 }
 
 TEST_F(TotalsTest, ActionsWithUnknownNamesAreWaterings)
