@@ -19,7 +19,7 @@ struct PlantYield
     double WetWeightG = 0;
     double DryWeightG = 0;
     double Quality = 0;
-    double CareMl = 0;
+    double CareMl = 0; // read only for a plant with a dry weight
 };
 
 class YieldReader
@@ -111,7 +111,7 @@ void ComparedPlants::Add(const SetPlant& plant, const PlantYield& yield)
     Quality.AddMeasured(yield.Quality);
     if (IsMeasured(yield.WetWeightG) && IsMeasured(yield.DryWeightG))
         DryingLossPercent.Add(100 * (yield.WetWeightG - yield.DryWeightG) / yield.WetWeightG);
-    if (IsMeasured(yield.CareMl) && IsMeasured(yield.DryWeightG))
+    if (IsMeasured(yield.CareMl))
         MlPerGram.Add(yield.CareMl / yield.DryWeightG);
 }
 

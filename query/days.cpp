@@ -65,8 +65,7 @@ std::optional<std::int64_t> DaysSinceEpoch(std::string_view date)
     const CivilDay written{digit(0) * 1'000 + digit(1) * 100 + digit(2) * 10 + digit(3), digit(5) * 10 + digit(6),
                            digit(8) * 10 + digit(9)};
     const std::int64_t days = FromCivil(written);
-    const CivilDay day = ToCivil(days);
-    if (day.Month != written.Month || day.Day != written.Day) // for example 2025-02-30
+    if (ToCivil(days).Month != written.Month) // for example 2025-02-30
         return std::nullopt;
     return days;
 }

@@ -42,6 +42,11 @@ void Statement::Reset()
     sqlite3_reset(Handle);
 }
 
+std::string Statement::Text(int column) const
+{
+    return Characters(column);
+}
+
 std::string_view Statement::WholeView(int column) const
 {
     const char* text = Characters(column);
@@ -63,6 +68,12 @@ void Statement::FailWithError() const
     if (sqlite3_errcode(Connection) == SQLITE_NOMEM)
         throw std::bad_alloc();
     throw Failure{What, sqlite3_errmsg(Connection)};
+}
+
+ReadTransaction::ReadTransaction(sqlite3* connection)
+    : Opened(connection, "beginning to read", "SELECT 1 FROM sqlite_master;")
+{
+    Opened.Step();
 }
 
 } // namespace plant_query

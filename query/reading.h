@@ -37,7 +37,7 @@ class Statement
     void Reset();
 
     // The text up to its first zero byte, as the repository reads texts.
-    std::string Text(int column) const { return Characters(column); }
+    std::string Text(int column) const;
     // The same without a copy. Valid until the next Step() or Reset().
     std::string_view View(int column) const { return Characters(column); }
     // With all its zero bytes. Valid until the next Step() or Reset().
@@ -59,11 +59,7 @@ class Statement
 class ReadTransaction
 {
   public:
-    explicit ReadTransaction(sqlite3* connection)
-        : Opened(connection, "beginning to read", "SELECT 1 FROM sqlite_master;")
-    {
-        Opened.Step();
-    }
+    explicit ReadTransaction(sqlite3* connection);
 
   private:
     Statement Opened;

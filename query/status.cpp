@@ -125,7 +125,8 @@ void StatusReader::ReadDates(const SetPlant& plant, PlantStatus& status)
     while ((status.StageDate.empty() || flipDate.empty()) && Events.Step())
     {
         const PlantEventType type = PlantEventTypeFromName(Events.Text(1));
-        if (status.StageDate.empty() && BeginsStage(plant.Stage, type, Events.Text(2)))
+        const std::string details = Events.Text(2);
+        if (status.StageDate.empty() && BeginsStage(plant.Stage, type, details))
             status.StageDate = Events.Text(0);
         if (flipDate.empty() && type == PlantEventType::Flip)
             flipDate = Events.Text(0);
