@@ -30,6 +30,7 @@ void AddCommands(CLI::App& program, Session& session)
     AddStepCommands(program, session);
     AddRecordCommands(program, session);
     AddFileCommands(program, session);
+    AddReportCommand(program, session);
     AddExportCommand(program, session);
     AddImportCommand(program, session);
     AddUndoCommand(program, session);

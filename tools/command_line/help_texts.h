@@ -24,7 +24,7 @@ inline const std::vector<HelpHeading>& HelpHeadings()
         {"Keep the journal",
          {"plant", "feed", "water", "note", "stage", "transplant", "top", "train", "defoliate", "clone", "harvest",
           "photo", "health", "archive", "undo"}},
-        {"Look", {"timeline", "plant list", "plant show", "plant tree"}},
+        {"Look", {"timeline", "plant list", "plant show", "plant tree", "report"}},
         {"Correct and complete", {"strain", "care", "event"}},
         {"Look after the file", {"info", "check", "backup", "export", "import"}},
     };

@@ -16,6 +16,7 @@ void AddCloneCommand(CLI::App& program, Session& session);
 void AddStepCommands(CLI::App& program, Session& session);
 void AddRecordCommands(CLI::App& program, Session& session);
 void AddFileCommands(CLI::App& program, Session& session);
+void AddReportCommand(CLI::App& program, Session& session);
 void AddExportCommand(CLI::App& program, Session& session);
 void AddImportCommand(CLI::App& program, Session& session);
 void AddUndoCommand(CLI::App& program, Session& session);

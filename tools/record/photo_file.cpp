@@ -88,3 +88,19 @@ std::string DateTaken(const std::string& path)
             return day;
     return {};
 }
+
+int OrientationOf(const std::string& imageBytes)
+{
+    constexpr int last = 8;
+    const std::unique_ptr<ExifData, decltype(&exif_data_unref)> data(
+        exif_data_new_from_data(reinterpret_cast<const unsigned char*>(imageBytes.data()),
+                                static_cast<unsigned>(imageBytes.size())),
+        &exif_data_unref);
+    if (data == nullptr)
+        return 1;
+    const ExifEntry* const entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+    if (entry == nullptr || entry->data == nullptr || entry->format != EXIF_FORMAT_SHORT || entry->components != 1)
+        return 1;
+    const int orientation = exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
+    return orientation >= 1 && orientation <= last ? orientation : 1;
+}

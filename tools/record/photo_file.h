@@ -13,3 +13,6 @@ std::string PhotoFileProblem(const std::string& path);
 
 // Returns the day on which the photo was taken (`YYYY-MM-DD`) from the EXIF data of the image; empty where it has none.
 std::string DateTaken(const std::string& path);
+
+// Returns how the picture must be turned, as EXIF numbers it: 1 for not at all, up to 8. 1 where it has no such data.
+int OrientationOf(const std::string& imageBytes);

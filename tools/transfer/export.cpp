@@ -1,7 +1,6 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
 #include "commands/outcome.h"
-#include "journal/file_descriptor.h"
 #include "journal/file_result.h"
 #include "journal/session.h"
 #include "journal/sql.h"
@@ -13,23 +12,16 @@
 #include "refusal.h"
 #include "terminal/interrupt.h"
 #include "terminal/progress.h"
+#include "transfer/new_file.h"
 #include "transfer/tables.h"
-#include "transfer/temporary_name.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace
 {
@@ -149,51 +141,11 @@ template <typename Record> std::string CSVText(const RecordList<Record>& records
     return text;
 }
 
-[[noreturn]] void FailToWrite(const std::filesystem::path& path, const std::string& step)
-{
-    throw Refusal(path.string() + ": " + step + ": " + std::strerror(errno) +
-                  "; nothing was written; check the destination, or name another");
-}
-
-// Writes a new file and syncs it.
-void WriteFile(const std::filesystem::path& path, const std::string& bytes)
-{
-    constexpr mode_t everyone = 0666; // less the umask
-    const FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, everyone));
-    if (!file.IsOpen())
-        FailToWrite(path, "creating");
-    for (std::size_t written = 0; written < bytes.size();)
-    {
-        const ssize_t count = write(file.Number, bytes.data() + written, bytes.size() - written);
-        if (count < 0 && errno != EINTR)
-            FailToWrite(path, "writing");
-        written += count > 0 ? static_cast<std::size_t>(count) : 0;
-        StopIfInterrupted();
-    }
-    if (fsync(file.Number) != 0)
-        FailToWrite(path, "syncing");
-}
-
 void WriteCSVDirectory(const std::filesystem::path& directory, const AllRecords& all)
 {
-    constexpr mode_t everyone = 0777; // less the umask
-    if (mkdir(directory.c_str(), everyone) != 0)
-        FailToWrite(directory, "creating");
+    MakeDirectory(directory);
     ForEachTable(all, [&]<typename Record>(const RecordList<Record>& records)
                  { WriteFile(directory / (std::string(Describe<Record>().Table) + ".csv"), CSVText(records)); });
-}
-
-// Calls `write` with a temporary name, and then renames what it made to `destination`, where nothing may be.
-void WriteAtomically(const std::string& destination, const std::function<void(const std::filesystem::path&)>& write)
-{
-    std::error_code ignored; // a destination that cannot be examined cannot be written either
-    if (std::filesystem::exists(std::filesystem::symlink_status(destination, ignored)))
-        throw Refusal(destination + ": already exists; nothing was written; name another destination");
-    const TemporaryName partial(destination + ".partial-");
-    write(partial.Path());
-    // The flag prevents the replacement of what another process created meanwhile.
-    if (renameat2(AT_FDCWD, partial.Path().c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE) != 0)
-        FailToWrite(destination, "renaming");
 }
 
 void Export(Session& session, const std::string& destination, bool asCSV)
@@ -208,10 +160,11 @@ void Export(Session& session, const std::string& destination, bool asCSV)
         return;
     }
     if (asCSV)
-        WriteAtomically(destination,
+        WriteAtomically(destination, Existing::Keep,
                         [&](const std::filesystem::path& directory) { WriteCSVDirectory(directory, all); });
     else
-        WriteAtomically(destination, [&](const std::filesystem::path& file) { WriteFile(file, JSONText(all)); });
+        WriteAtomically(destination, Existing::Keep,
+                        [&](const std::filesystem::path& file) { WriteFile(file, JSONText(all)); });
     ReportCopy(session, "Exported " + session.Path() + " to " + destination);
 }
 
