@@ -10,6 +10,15 @@
 namespace plant_query
 {
 
+template <typename Value> bool Fits(const std::vector<Value>& wanted, const Value& value)
+{
+    return wanted.empty() || std::find(wanted.begin(), wanted.end(), value) != wanted.end();
+}
+
+// The other files use these.
+template bool Fits(const std::vector<std::string>& wanted, const std::string& value);
+template bool Fits(const std::vector<PlantCareAction>& wanted, const PlantCareAction& value);
+
 namespace
 {
 

@@ -3,7 +3,6 @@
 
 #include "reading.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -28,10 +27,7 @@ struct SetPlant
 };
 
 // Whether a list of wanted values is empty or contains the value.
-template <typename Value> bool Fits(const std::vector<Value>& wanted, const Value& value)
-{
-    return wanted.empty() || std::find(wanted.begin(), wanted.end(), value) != wanted.end();
-}
+template <typename Value> bool Fits(const std::vector<Value>& wanted, const Value& value);
 
 // The plants of a set in the order of PlantRepository::ListPlants(). Plants of one strain and name are sorted by row
 // ID.

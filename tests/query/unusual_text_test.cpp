@@ -35,27 +35,30 @@ TEST_F(UnusualTextTest, ATextWithoutMemoryIsNoEmptyText)
 {
     const Plant plant = NewPlant("Basil");
     Stored(PlantCareEntry{}, plant, &PlantRepository::CreatePlantCareEntry);
-    const std::string letters(5'000, 'a');
-    RunSQL("UPDATE Plants SET Strain=CAST('" + letters + "' AS BLOB);");
-    ASSERT_EQ(Totals().at(0).Key, letters);
-    PlantTotalFilter filter;
-    filter.Group = PlantTotalGroup::Strain;
-    std::vector<PlantTotal> out;
-    bool happened = true;
-    for (int number = 1; happened; ++number)
+    for (std::size_t length = 5'000; length < 5'016; ++length) // SQLite has room for a zero byte after some
     {
-        try
+        const std::string letters(length, 'a');
+        RunSQL("UPDATE Plants SET Strain=CAST('" + letters + "' AS BLOB);");
+        ASSERT_EQ(Totals().at(0).Key, letters);
+        PlantTotalFilter filter;
+        filter.Group = PlantTotalGroup::Strain;
+        std::vector<PlantTotal> out;
+        bool happened = true;
+        for (int number = 1; happened; ++number)
         {
-            const AllocationFailure failure(Allocator::SQLite, number);
-            const PlantQueryResult result = QueryPlantTotals(Database, filter, out);
-            happened = failure.Happened();
-            EXPECT_TRUE(!result || out.at(0).Key == letters) << "allocation " << number;
+            try
+            {
+                const AllocationFailure failure(Allocator::SQLite, number);
+                const PlantQueryResult result = QueryPlantTotals(Database, filter, out);
+                happened = failure.Happened();
+                EXPECT_TRUE(!result || out.at(0).Key == letters) << "allocation " << number;
+            }
+            catch (const std::bad_alloc&)
+            {
+                EXPECT_TRUE(out.empty());
+            }
+            ExpectNothingOpen();
         }
-        catch (const std::bad_alloc&)
-        {
-            EXPECT_TRUE(out.empty());
-        }
-        ExpectNothingOpen();
     }
 }
 
