@@ -15,6 +15,7 @@ std::vector<PlantCalendarDay> CountedDays(PlantDatabase& database, const PlantAc
     for (PlantActivity& activity : SelectedActivities(database, filter, ActivityTexts::LeftEmpty))
         ++numbers[{std::move(activity.Date), std::move(activity.Kind)}];
     std::vector<PlantCalendarDay> days;
+    days.reserve(numbers.size());
     for (const auto& [day, number] : numbers)
         days.push_back({day.first, day.second, number});
     return days;

@@ -113,8 +113,9 @@ struct PlantActivity
 /// with severity, treatment and notes of a health observation; path and caption of a photo. A stored name that is
 /// unknown is read as PlantRepository reads it.
 ///
+/// An unknown `plantUUID` gives an empty list.
+///
 /// Cost: proportional to the number of the plant's records.
-/// @param plantUUID  The plant. An unknown UUID gives an empty list.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantTimeline(PlantDatabase& database, const std::string& plantUUID,
                                                            std::vector<PlantActivity>& out);
 
@@ -209,7 +210,8 @@ struct PlantStatus
 /// Cost: every plant is read, and for each plant of the set a few of its newest records. Where the newest feeding, the
 /// newest watering, the begin of the stage or the flip is not among them, the function reads all care entries or all
 /// events of the plant. The number of records of other plants has no effect.
-/// @param today  The day to compute from, `YYYY-MM-DD`; usually PlantEventCurrentDate(). Any other text is an error.
+///
+/// `today` is the day to compute from, `YYYY-MM-DD`; usually PlantEventCurrentDate(). Any other text is an error.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantStatus(PlantDatabase& database, const PlantSet& plants,
                                                          const std::string& today, std::vector<PlantStatus>& out);
 
@@ -335,7 +337,8 @@ struct PlantLineage
 /// where a damaged journal has a cycle of mothers: the plants of the cycle are then ancestors.
 ///
 /// Cost: every plant is read, and the harvest record of each relative.
-/// @param plantUUID  The plant. An unknown UUID gives an empty lineage.
+///
+/// An unknown `plantUUID` gives an empty lineage.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantLineage(PlantDatabase& database, const std::string& plantUUID,
                                                           PlantLineage& out);
 
