@@ -31,34 +31,35 @@ TEST_F(UnusualTextTest, AMissingTextIsEmpty)
     EXPECT_EQ(Totals().at(0).Key, "");
 }
 
+// A harvest record is the only row of its statement, so no later step reports the failure.
 TEST_F(UnusualTextTest, ATextWithoutMemoryIsNoEmptyText)
 {
-    const Plant plant = NewPlant("Basil");
-    Stored(PlantCareEntry{}, plant, &PlantRepository::CreatePlantCareEntry);
+    const Plant mother = NewPlant("Basil");
+    Plant clone = NewPlant("Clone", "", mother.UUID);
+    HarvestRecord record;
+    EXPECT_TRUE(Repository.SaveHarvestRecord(clone, record));
     for (std::size_t length = 5'000; length < 5'016; ++length) // SQLite has room for a zero byte after some
     {
         const std::string letters(length, 'a');
-        RunSQL("UPDATE Plants SET Strain=CAST('" + letters + "' AS BLOB);");
-        ASSERT_EQ(Totals().at(0).Key, letters);
-        PlantTotalFilter filter;
-        filter.Group = PlantTotalGroup::Strain;
-        std::vector<PlantTotal> out;
+        RunSQL("UPDATE HarvestRecords SET Notes=CAST('" + letters + "' AS BLOB);");
+        PlantLineage out;
         bool happened = true;
         for (int number = 1; happened; ++number)
         {
             try
             {
                 const AllocationFailure failure(Allocator::SQLite, number);
-                const PlantQueryResult result = QueryPlantTotals(Database, filter, out);
+                const PlantQueryResult result = QueryPlantLineage(Database, mother.UUID, out);
                 happened = failure.Happened();
-                EXPECT_TRUE(!result || out.at(0).Key == letters) << "allocation " << number;
+                EXPECT_TRUE(!result || out.Descendants.at(0).Harvest->Notes == letters) << "allocation " << number;
             }
             catch (const std::bad_alloc&)
             {
-                EXPECT_TRUE(out.empty());
+                EXPECT_TRUE(out.Descendants.empty());
             }
             ExpectNothingOpen();
         }
+        EXPECT_EQ(out.Descendants.at(0).Harvest->Notes, letters);
     }
 }
 
