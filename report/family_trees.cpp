@@ -12,7 +12,7 @@ namespace plant_report
 namespace
 {
 
-PlantRelative RelativeOf(PlantRepository& repository, sqlite3* connection, const Plant& plant)
+PlantRelative RelativeOf(PlantDatabase& database, const Plant& plant)
 {
     PlantRelative relative;
     relative.UUID = plant.UUID;
@@ -20,11 +20,7 @@ PlantRelative RelativeOf(PlantRepository& repository, sqlite3* connection, const
     relative.Strain = plant.Strain;
     relative.MotherPlantUUID = plant.MotherPlantUUID;
     relative.Stage = plant.Stage;
-    HarvestRecord harvest;
-    const bool isHarvested = repository.GetHarvestRecord(plant.UUID, harvest);
-    RequireRead(connection, "reading the harvest records");
-    if (isHarvested)
-        relative.Harvest = std::move(harvest);
+    relative.Harvest = ReadHarvestRecord(database, plant.UUID);
     return relative;
 }
 
@@ -33,10 +29,9 @@ std::vector<PlantRelative> ReadFamilyOf(PlantDatabase& database, const Plant& pl
 {
     PlantLineage lineage;
     RequireAnswer(QueryPlantLineage(database, plant.UUID, lineage));
-    PlantRepository repository(database);
     std::vector<PlantRelative> family(lineage.Ancestors.rbegin(), lineage.Ancestors.rend());
     const auto generation = static_cast<std::int64_t>(family.size());
-    family.push_back(RelativeOf(repository, database.NativeHandle(), plant));
+    family.push_back(RelativeOf(database, plant));
     family.insert(family.end(), lineage.Descendants.begin(), lineage.Descendants.end());
     for (PlantRelative& relative : family)
         relative.Generation += generation;
@@ -59,7 +54,6 @@ std::vector<PlantRelative> ReadFamilyTrees(PlantDatabase& database, const std::v
         std::sort(siblings.begin(), siblings.end(),
                   [](const Plant* a, const Plant* b) { return std::tie(a->Name, a->ID) > std::tie(b->Name, b->ID); });
 
-    PlantRepository repository(database);
     std::vector<PlantRelative> trees;
     std::vector<std::pair<const Plant*, std::int64_t>> waiting; // plants and their generations, the next one last
     for (const Plant* root : clones[{}])
@@ -69,7 +63,7 @@ std::vector<PlantRelative> ReadFamilyTrees(PlantDatabase& database, const std::v
     {
         const auto [plant, generation] = waiting.back();
         waiting.pop_back();
-        trees.push_back(RelativeOf(repository, database.NativeHandle(), *plant));
+        trees.push_back(RelativeOf(database, *plant));
         trees.back().Generation = generation;
         if (const auto found = clones.find(plant->UUID); found != clones.end())
             for (const Plant* clone : found->second)

@@ -75,13 +75,17 @@ std::string NamedValues(const char* name, const std::vector<std::string>& values
 }
 
 // The limits of the report, where there are some.
-std::string Limits(const PlantReportOptions& options)
+std::string Limits(const PageData& data, const PlantReportOptions& options)
 {
+    std::vector<std::string> plants;
+    for (const Plant& plant : data.Plants)
+        if (!options.Plants.UUIDs.empty() && data.Plants.size() > 1)
+            plants.push_back(plant.Name);
     std::vector<std::string> stages;
     for (const PlantStage stage : options.Plants.Stages)
         stages.emplace_back(PlantStageName(stage));
-    std::string html = NamedValues("Strain", options.Plants.Strains) + NamedValues("Tent", options.Plants.Tents) +
-                       NamedValues("Stage", stages);
+    std::string html = NamedValues("Plants", plants) + NamedValues("Strain", options.Plants.Strains) +
+                       NamedValues("Tent", options.Plants.Tents) + NamedValues("Stage", stages);
     std::string dates;
     if (!options.From.empty())
         dates = "From " + NameInSentence(options.From);
@@ -121,7 +125,7 @@ std::string Page(PlantDatabase& database, const PlantReportOptions& options, std
     const PageParts parts = isOfOnePlant ? PlantParts(database, data, options) : SeasonParts(data, options);
     const std::string title = Shortened(options.Title, MostLettersOfTitle);
     std::string html = Head(title) + "<body>\n<header>\n" + TextElement("h1", title) + "\n" +
-                       TextElement("p", Summary(data)) + "\n" + Limits(options) +
+                       TextElement("p", Summary(data)) + "\n" + Limits(data, options) +
                        (isOfOnePlant ? PlantFacts(data) : std::string()) + parts.Contents() + "</header>\n<main>\n";
     html += parts.Sections();
     return html + "</main>\n<footer>\n" +

@@ -4,8 +4,10 @@
 #include "family_trees.h"
 #include "read.h"
 #include "stage_spans.h"
+#include "words.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <unordered_map>
 
@@ -40,8 +42,7 @@ PlantActivityFilter FilterOf(const PlantReportOptions& options)
 void ReadPlants(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
 {
     PlantRepository repository(database);
-    repository.ListPlants(data.Plants);
-    RequireRead(database.NativeHandle(), "reading the plants");
+    RequireRead(repository.ListPlants(data.Plants), database.NativeHandle(), "reading the plants");
     data.Plants.erase(std::remove_if(data.Plants.begin(), data.Plants.end(),
                                      [&](const Plant& plant) { return !IsInSet(options.Plants, plant); }),
                       data.Plants.end());
@@ -83,11 +84,46 @@ std::unordered_map<std::string, std::int64_t> LastCareDays(PlantDatabase& databa
     return days;
 }
 
+// The first and the last day of a date such as `2025-03`; no value for a text that is neither year, month nor day.
+std::optional<std::int64_t> FirstDayOfDate(const std::string& date)
+{
+    constexpr std::size_t yearDigits = 4;
+    return FirstDayOf(date.size() == yearDigits ? date + "-01-01" : date);
+}
+
+std::optional<std::int64_t> LastDayOfDate(const std::string& date)
+{
+    constexpr std::size_t yearDigits = 4;
+    constexpr std::size_t monthDigits = 7;
+    const std::optional<std::int64_t> first = FirstDayOf(date.size() == yearDigits ? date + "-12-01" : date);
+    const bool isDay = date.size() != yearDigits && date.size() != monthDigits;
+    return first && !isDay ? std::optional(NextPeriod(*first, PlantPeriod::Month) - 1) : first;
+}
+
+// Leaves out what is not between the dates of the page.
+void LimitSpans(const PlantReportOptions& options, std::vector<PlantStageSpan>& spans)
+{
+    const std::optional<std::int64_t> firstDay = FirstDayOfDate(options.From);
+    const std::optional<std::int64_t> lastDay = LastDayOfDate(options.To);
+    const std::string first = firstDay ? plant_query::DayText(*firstDay) : std::string();
+    const std::string last = lastDay ? plant_query::DayText(*lastDay) : std::string();
+    spans.erase(std::remove_if(spans.begin(), spans.end(),
+                               [&](const PlantStageSpan& span)
+                               { return span.To < first || (lastDay && span.From > last); }),
+                spans.end());
+    for (PlantStageSpan& span : spans)
+    {
+        span.From = std::max(span.From, first);
+        if (lastDay)
+            span.To = std::min(span.To, last);
+    }
+}
+
 void ReadStages(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
 {
-    PlantActivityFilter filter = FilterOf(options);
+    PlantActivityFilter filter; // of any date: a stage may begin before the page and end after it
+    filter.Plants = options.Plants;
     filter.Kinds = KindsOfStages();
-    filter.From.clear(); // the stage of a plant on the first day began before it
     filter.Order = PlantActivityOrder::OldestFirst;
     std::vector<PlantActivity> activities;
     RequireAnswer(QueryPlantActivity(database, filter, activities));
@@ -97,18 +133,14 @@ void ReadStages(PlantDatabase& database, const PlantReportOptions& options, Page
 
     const auto lastCare = LastCareDays(database, options);
     const std::int64_t today = plant_query::DaysSinceEpoch(options.Today).value_or(0);
-    const std::int64_t lastDay = std::min(today, plant_query::DaysSinceEpoch(options.To).value_or(today));
+    const std::int64_t lastDay = std::min(today, LastDayOfDate(options.To).value_or(today));
     for (const Plant& plant : data.Plants)
     {
         const auto care = lastCare.find(plant.UUID);
-        for (PlantStageSpan& span :
-             StageSpansOf(plant, ofPlant[plant.UUID], care == lastCare.end() ? INT64_MIN : care->second, lastDay))
-            if (span.To >= options.From)
-            {
-                if (plant_query::DaysSinceEpoch(options.From))
-                    span.From = std::max(span.From, options.From);
-                data.Stages.push_back(std::move(span));
-            }
+        std::vector<PlantStageSpan> spans =
+            StageSpansOf(plant, ofPlant[plant.UUID], care == lastCare.end() ? INT64_MIN : care->second, lastDay);
+        LimitSpans(options, spans);
+        std::move(spans.begin(), spans.end(), std::back_inserter(data.Stages));
     }
 }
 
@@ -178,18 +210,15 @@ void ReadRecords(PlantDatabase& database, const PlantReportOptions& options, Pag
     std::vector<PlantPhoto> photos;
     for (const Plant& plant : data.Plants)
     {
-        HarvestRecord harvest;
-        const bool isHarvested = repository.GetHarvestRecord(plant.UUID, harvest);
-        RequireRead(connection, "reading the harvest records");
-        if (isHarvested && IsBetweenDates(options, harvest.HarvestDate))
-            data.Harvests.push_back({plant.Name, plant.Strain, std::move(harvest)});
-        repository.ListPlantHealthObservations(plant.UUID, health);
-        RequireRead(connection, "reading the health observations");
+        if (const auto harvest = ReadHarvestRecord(database, plant.UUID);
+            harvest && IsBetweenDates(options, harvest->HarvestDate))
+            data.Harvests.push_back({plant.Name, plant.Strain, *harvest});
+        RequireRead(repository.ListPlantHealthObservations(plant.UUID, health), connection,
+                    "reading the health observations");
         for (PlantHealthObservation& observation : health)
             if (IsBetweenDates(options, observation.ObservationDate))
                 data.Health.push_back({plant.Name, std::move(observation)});
-        repository.ListPlantPhotos(plant.UUID, photos);
-        RequireRead(connection, "reading the photos");
+        RequireRead(repository.ListPlantPhotos(plant.UUID, photos), connection, "reading the photos");
         for (PlantPhoto& photo : photos)
             if (IsBetweenDates(options, photo.PhotoDate))
                 data.Photos.push_back(std::move(photo));

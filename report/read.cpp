@@ -1,6 +1,7 @@
 #include "read.h"
 
 #include <new>
+#include <utility>
 
 #include <sqlite3.h>
 
@@ -35,11 +36,19 @@ ReadTransaction::~ReadTransaction()
     sqlite3_finalize(Opened);
 }
 
-void RequireRead(sqlite3* connection, const char* step)
+void RequireRead(bool listed, sqlite3* connection, const char* step)
 {
     const int code = sqlite3_errcode(connection);
-    if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE)
+    if (!listed || (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE))
         FailWithError(connection, step);
+}
+
+std::optional<HarvestRecord> ReadHarvestRecord(PlantDatabase& database, const std::string& plantUUID)
+{
+    HarvestRecord record;
+    const bool exists = PlantRepository(database).GetHarvestRecord(plantUUID, record);
+    RequireRead(true, database.NativeHandle(), "reading the harvest records");
+    return exists ? std::optional(std::move(record)) : std::nullopt;
 }
 
 void RequireAnswer(const PlantQueryResult& result)

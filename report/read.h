@@ -3,6 +3,7 @@
 
 #include "plant_report.h"
 
+#include <optional>
 #include <string>
 
 struct sqlite3_stmt; // SQLite's statement
@@ -30,9 +31,12 @@ class ReadTransaction
     sqlite3_stmt* Opened = nullptr;
 };
 
-// Throws ReadFailure where the last statement of a repository's operation failed, and std::bad_alloc where it had no
-// memory. Lists end early without saying so.
-void RequireRead(sqlite3* connection, const char* step);
+// Throws ReadFailure where a repository did not list all records, and std::bad_alloc where it had no memory. `listed`
+// is what the operation returned: it is also true where the reading broke off.
+void RequireRead(bool listed, sqlite3* connection, const char* step);
+
+// The harvest record of a plant. Throws as RequireRead().
+std::optional<HarvestRecord> ReadHarvestRecord(PlantDatabase& database, const std::string& plantUUID);
 
 // Throws ReadFailure where the query failed.
 void RequireAnswer(const PlantQueryResult& result);
