@@ -17,20 +17,21 @@ double DrawnWidth(double width)
     return width > 320 ? std::min(width, 1600.0) : 320; // not a number, too
 }
 
-void DrawTicksBelow(Drawing& drawing, const std::vector<Tick>& ticks, const std::vector<double>& places, double top,
-                    double bottom, double left, double right)
+void DrawAxisBelow(Drawing& drawing, const std::vector<Tick>& ticks, const std::function<double(double)>& place,
+                   double top, double bottom, double left, double right)
 {
     constexpr double gap = 6;
     constexpr double edge = 0.5; // places are rounded
     double taken = left - gap;
-    for (std::size_t i = 0; i < ticks.size(); ++i)
+    for (const Tick& tick : ticks)
     {
-        drawing.Line(places[i], top, places[i], bottom, Role::Line);
-        const double width = TextWidth(ticks[i].Label, LabelSize);
-        const double begin = std::min(std::max(places[i] - width / 2, left + edge), right - width - edge);
+        const double x = place(tick.Value);
+        drawing.Line(x, top, x, bottom, Role::Line);
+        const double width = TextWidth(tick.Label, LabelSize);
+        const double begin = std::min(std::max(x - width / 2, left + edge), right - width - edge);
         if (begin < taken + gap)
             continue;
-        drawing.Text(begin + width / 2, bottom + 15, ticks[i].Label, Anchor::Middle, Role::Faint, LabelSize);
+        drawing.Text(begin + width / 2, bottom + 15, tick.Label, Anchor::Middle, Role::Faint, LabelSize);
         taken = begin + width;
     }
 }

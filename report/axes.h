@@ -4,7 +4,9 @@
 #include "scale.h"
 #include "svg.h"
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace plant_report
 {
@@ -17,17 +19,8 @@ double DrawnWidth(double width);
 
 // Draws a line at each tick from `top` to `bottom`, and the labels below. Labels stay between `left` and `right`; one
 // that would touch another is left out.
-void DrawTicksBelow(Drawing& drawing, const std::vector<Tick>& ticks, const std::vector<double>& places, double top,
-                    double bottom, double left, double right);
-
-template <typename Scale>
-void DrawAxisBelow(Drawing& drawing, const Scale& scale, double top, double bottom, double left, double right)
-{
-    std::vector<double> places;
-    for (const Tick& tick : scale.Ticks())
-        places.push_back(scale(tick.Value));
-    DrawTicksBelow(drawing, scale.Ticks(), places, top, bottom, left, right);
-}
+void DrawAxisBelow(Drawing& drawing, const std::vector<Tick>& ticks, const std::function<double(double)>& place,
+                   double top, double bottom, double left, double right);
 
 // Draws a line at each tick from `left` to `right`, and with `labels` the label before it.
 void DrawAxisBefore(Drawing& drawing, const NumberScale& scale, double left, double right, bool labels);

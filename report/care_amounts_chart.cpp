@@ -115,8 +115,7 @@ void AddRows(PlantChart& chart, const Amounts& water, const Amounts& feed, Plant
     for (const auto& [day, ml] : feed)
         byPeriod[day].second = ml;
     for (const auto& [day, ml] : byPeriod)
-        chart.Rows.push_back({PeriodText(day, period), ml.first > 0 ? NumberLabel(ml.first) : "",
-                              ml.second > 0 ? NumberLabel(ml.second) : ""});
+        AddRow(chart, {PeriodText(day, period), EnteredLabel(ml.first), EnteredLabel(ml.second)});
 }
 
 } // namespace
@@ -129,8 +128,8 @@ PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings, const 
     using namespace plant_report;
     constexpr double titleHeight = 26;
     constexpr double panelHeight = 100;
-    PlantChart chart{
-        "Water and feed", "No feeding and no watering has an amount.", {}, {"Date", "Water, ml", "Feed, ml"}, {}};
+    PlantChart chart =
+        EmptyChart("Water and feed", "No feeding and no watering has an amount.", {"Date", "Water, ml", "Feed, ml"});
     std::vector<Given> givens;
     if (const Amounts amounts = AmountsOf(waterings); !amounts.empty())
         givens.push_back({"Water", "water", Role::Water, amounts});
@@ -156,7 +155,7 @@ PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings, const 
         DrawBars(drawing, given, period, days, amounts, unit);
         drawing.Text(0, top + 12, std::string(given.Title) + ", " + unit.Name + " a " + PeriodName(period));
         if (&given == &givens.back())
-            DrawAxisBelow(drawing, days, bottom, bottom + 4, 0, drawing.Width());
+            DrawAxisBelow(drawing, days.Ticks(), days, bottom, bottom + 4, 0, drawing.Width());
         top = bottom + 10;
     }
 

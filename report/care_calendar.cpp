@@ -262,8 +262,10 @@ constexpr double KeyCell = 15;
 
 std::string StepLabel(const CountStep& step)
 {
-    const std::string least = NumberLabel(static_cast<double>(step.Least));
-    return step.Most == step.Least ? least : least + "–" + NumberLabel(static_cast<double>(step.Most));
+    std::string label = CountLabel(step.Least);
+    if (step.Most > step.Least)
+        label += "–" + CountLabel(step.Most);
+    return label;
 }
 
 // The words of the key, and the steps after them or, where there is no room, below them.
@@ -317,11 +319,8 @@ std::string CalendarSentence(const CareCells& cells)
 PlantChart DrawPlantCareCalendar(const std::vector<PlantCalendarDay>& days, double width)
 {
     using namespace plant_report;
-    PlantChart chart{"Calendar of care",
-                     "No feeding and no watering has a day of the calendar.",
-                     {},
-                     {"Date", "Feedings", "Waterings"},
-                     {}};
+    PlantChart chart = EmptyChart("Calendar of care", "No feeding and no watering has a day of the calendar.",
+                                  {"Date", "Feedings", "Waterings"});
     std::map<std::int64_t, CareCount> byDay = CareByDay(days);
     if (byDay.empty())
         return chart;
@@ -342,8 +341,7 @@ PlantChart DrawPlantCareCalendar(const std::vector<PlantCalendarDay>& days, doub
     DrawKey(drawing, steps, key);
     chart.Sentence = CalendarSentence(cells);
     for (const auto& [day, care] : cells.Care)
-        chart.Rows.push_back({PeriodText(day, cells.Period), NumberLabel(static_cast<double>(care.Feedings)),
-                              NumberLabel(static_cast<double>(care.Waterings))});
+        AddRow(chart, {PeriodText(day, cells.Period), CountLabel(care.Feedings), CountLabel(care.Waterings)});
     chart.SVG = drawing.SVG("plant-care-calendar", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -166,7 +166,7 @@ void DrawStrain(Drawing& drawing, const StrainWeights& strain, const NumberScale
 void DrawWeighed(Drawing& drawing, const Weighed& weighed, const NumberScale& scale, double top)
 {
     const double bottom = top + HeightOf(weighed, scale) - AxisHeight - 10;
-    DrawAxisBelow(drawing, scale, bottom, bottom + 3, 0, drawing.Width());
+    DrawAxisBelow(drawing, scale.Ticks(), scale, bottom, bottom + 3, 0, drawing.Width());
     drawing.Text(0, top + 13, weighed.Title, Anchor::Start, Role::Ink, 13);
     KeyLines key(TextWidth(weighed.Title, 13) + 20, drawing.Width(), top);
     const double dot = key.Place(16 + TextWidth("a plant", 12));
@@ -216,8 +216,8 @@ std::string HarvestSentence(const Weighed& weighed)
 PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests, double width)
 {
     using namespace plant_report;
-    PlantChart chart{
-        "Harvests by strain", {}, {}, {"Strain", "Plant", "Harvested", "Dry weight, g", "Wet weight, g"}, {}};
+    PlantChart chart = EmptyChart("Harvests by strain", "No harvest has a weight.",
+                                  {"Strain", "Plant", "Harvested", "Dry weight, g", "Wet weight, g"});
     std::vector<Weighed> sections;
     for (Weighed weighed : {Weighed{"Dry weight, grams", "Dry weights", &HarvestRecord::DryWeightG, {}},
                             Weighed{"Only wet weight, grams", "Wet weights", &HarvestRecord::WetWeightG, {}}})
@@ -227,10 +227,7 @@ PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests, double w
             sections.push_back(std::move(weighed));
     }
     if (sections.empty())
-    {
-        chart.Sentence = "No harvest has a weight.";
         return chart;
-    }
 
     std::vector<NumberScale> scales;
     double height = 0;
@@ -248,6 +245,7 @@ PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests, double w
         top += HeightOf(sections[i], scales[i]);
     }
 
+    chart.Sentence.clear();
     for (const Weighed& weighed : sections)
     {
         chart.Sentence += (chart.Sentence.empty() ? "" : " ") + HarvestSentence(weighed);
@@ -255,10 +253,9 @@ PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests, double w
             for (const auto& [weight, harvest] : strain.Weights)
             {
                 const HarvestRecord& record = harvest->Record;
-                chart.Rows.push_back({ShownName(strain.Strain, ""), ShownName(harvest->PlantName, ""),
-                                      ShownName(record.HarvestDate, ""),
-                                      IsEntered(record.DryWeightG) ? NumberLabel(record.DryWeightG) : "",
-                                      IsEntered(record.WetWeightG) ? NumberLabel(record.WetWeightG) : ""});
+                AddRow(chart, {ShownName(strain.Strain, ""), ShownName(harvest->PlantName, ""),
+                               ShownName(record.HarvestDate, ""), EnteredLabel(record.DryWeightG),
+                               EnteredLabel(record.WetWeightG)});
             }
     }
     chart.SVG = drawing.SVG("plant-harvests", chart.Heading, chart.Sentence);

@@ -208,11 +208,12 @@ constexpr double KeyHeight = 34;
 
 void DrawSeverityKey(Drawing& drawing, PlantPeriod period)
 {
+    constexpr std::array<const char*, 5> labels = {"1 slight", "2", "3", "4", "5 severe"};
     KeyLines key(1, drawing.Width(), 4);
     drawing.Text(key.Place(TextWidth("Severity", 12)), key.Baseline(), "Severity", Anchor::Start, Role::Faint);
     for (int severity = 1; severity <= 5; ++severity)
     {
-        const std::string label = severity == 1 ? "1 slight" : severity == 5 ? "5 severe" : std::to_string(severity);
+        const std::string label = labels.at(static_cast<std::size_t>(severity - 1));
         const double mark = period == PlantPeriod::Day ? 2 * RadiusOf(severity) : 6;
         const double x = key.Place(mark + 4 + TextWidth(label, 12));
         if (period == PlantPeriod::Day)
@@ -243,11 +244,8 @@ std::string HealthSentence(const HealthData& data, std::size_t others)
 PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations, double width)
 {
     using namespace plant_report;
-    PlantChart chart{"Health problems",
-                     "No health observation has a day of the calendar.",
-                     {},
-                     {"Issue", "Date", "Worst severity", "Observations", "Plants"},
-                     {}};
+    PlantChart chart = EmptyChart("Health problems", "No health observation has a day of the calendar.",
+                                  {"Issue", "Date", "Worst severity", "Observations", "Plants"});
     const std::multimap<std::int64_t, const PlantHealth*> days = DaysOf(observations);
     if (days.empty())
         return chart;
@@ -264,15 +262,15 @@ PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations, double 
     const double bottom = KeyHeight + static_cast<double>(data.Issues.size()) * RowHeight;
 
     Drawing drawing(DrawnWidth(width), bottom + AxisHeight);
-    DrawAxisBelow(drawing, scale, KeyHeight, bottom, namesEnd, drawing.Width());
+    DrawAxisBelow(drawing, scale.Ticks(), scale, KeyHeight, bottom, namesEnd, drawing.Width());
     DrawIssues(drawing, data, scale, namesEnd, KeyHeight);
 
     DrawSeverityKey(drawing, data.Period);
     chart.Sentence = HealthSentence(data, observations.size() - data.Observations);
     for (const IssueRow& row : data.Issues)
         for (const auto& [period, sighting] : row.Sightings)
-            chart.Rows.push_back({row.Issue, PeriodText(period, data.Period), std::to_string(sighting.Worst),
-                                  NumberLabel(static_cast<double>(sighting.Observations)), PlantsLabel(sighting)});
+            AddRow(chart, {row.Issue, PeriodText(period, data.Period), std::to_string(sighting.Worst),
+                           CountLabel(sighting.Observations), PlantsLabel(sighting)});
     chart.SVG = drawing.SVG("plant-health", chart.Heading, chart.Sentence);
     return chart;
 }

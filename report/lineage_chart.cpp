@@ -132,13 +132,11 @@ void DrawRows(Drawing& drawing, const Tree& rows, const LineageLayout& layout, c
     }
 }
 
-void AddRow(PlantChart& chart, const PlantRelative& plant)
+void AddPlant(PlantChart& chart, const PlantRelative& plant)
 {
-    const bool isWet = plant.Harvest && IsEntered(plant.Harvest->WetWeightG);
-    chart.Rows.push_back({ShownName(plant.Name, ""), ShownName(plant.Strain, ""),
-                          NumberLabel(static_cast<double>(std::max<std::int64_t>(plant.Generation, 0)), 0),
-                          PlantStageName(plant.Stage), DryWeightOf(plant) > 0 ? NumberLabel(DryWeightOf(plant)) : "",
-                          isWet ? NumberLabel(plant.Harvest->WetWeightG) : ""});
+    AddRow(chart, {ShownName(plant.Name, ""), ShownName(plant.Strain, ""),
+                   CountLabel(std::max<std::int64_t>(plant.Generation, 0)), PlantStageName(plant.Stage),
+                   EnteredLabel(DryWeightOf(plant)), EnteredLabel(plant.Harvest.value_or(HarvestRecord()).WetWeightG)});
 }
 
 std::string LineageSentence(const std::vector<Tree>& trees, std::size_t drawn)
@@ -161,11 +159,8 @@ std::string LineageSentence(const std::vector<Tree>& trees, std::size_t drawn)
 PlantChart DrawPlantLineage(const std::vector<PlantRelative>& plants, double width)
 {
     using namespace plant_report;
-    PlantChart chart{"Mothers and clones",
-                     "No plant has a mother in the journal.",
-                     {},
-                     {"Plant", "Strain", "Generation", "Stage", "Dry weight, g", "Wet weight, g"},
-                     {}};
+    PlantChart chart = EmptyChart("Mothers and clones", "No plant has a mother in the journal.",
+                                  {"Plant", "Strain", "Generation", "Stage", "Dry weight, g", "Wet weight, g"});
     const std::vector<Tree> trees = TreesOf(plants);
     if (trees.empty())
         return chart;
@@ -185,7 +180,7 @@ PlantChart DrawPlantLineage(const std::vector<PlantRelative>& plants, double wid
     drawing.Text(layout.BarLeft, 12, most > 0 ? "Dry weight, grams" : "Stage", Anchor::Start, Role::Faint);
     chart.Sentence = LineageSentence(trees, rows.size());
     for (const PlantRelative* plant : rows)
-        AddRow(chart, *plant);
+        AddPlant(chart, *plant);
     chart.SVG = drawing.SVG("plant-lineage", chart.Heading, chart.Sentence);
     return chart;
 }

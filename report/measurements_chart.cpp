@@ -216,7 +216,7 @@ void DrawSection(Drawing& drawing, const Section& section, const Panels& panels,
         drawing.Text(left, titleTop + 13, ShownName(name.Name, "(no name)"), Anchor::Start, Role::Ink, 12,
                      panels.Width);
         if (i + panels.Columns >= section.Names.size()) // nothing is below
-            DrawAxisBelow(drawing, days, bottom, bottom + 3, left, left + panels.Width);
+            DrawAxisBelow(drawing, days.Ticks(), days, bottom, bottom + 3, left, left + panels.Width);
     }
 }
 
@@ -225,9 +225,9 @@ void AddRows(PlantChart& chart, const NameMeasured& name, const Measure& measure
     for (const MeasuredPeriod& measured : name.*measure.Of)
     {
         const PlantFigures& figures = measured.Figures;
-        chart.Rows.push_back({ShownName(name.Name, ""), PeriodText(measured.Day, period), measure.Name,
-                              NumberLabel(static_cast<double>(figures.Number)), NumberLabel(figures.Mean),
-                              NumberLabel(figures.Least), NumberLabel(figures.Most)});
+        AddRow(chart,
+               {ShownName(name.Name, ""), PeriodText(measured.Day, period), measure.Name, CountLabel(figures.Number),
+                NumberLabel(figures.Mean), NumberLabel(figures.Least), NumberLabel(figures.Most)});
     }
 }
 
@@ -253,11 +253,8 @@ std::string MeasurementsSentence(const std::vector<Section>& sections, std::size
 PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals, PlantPeriod period, double width)
 {
     using namespace plant_report;
-    PlantChart chart{"EC and pH",
-                     "No feeding and no watering has an EC or a pH.",
-                     {},
-                     {"Name", "Date", "Measure", "Entries", "Mean", "Least", "Most"},
-                     {}};
+    PlantChart chart = EmptyChart("EC and pH", "No feeding and no watering has an EC or a pH.",
+                                  {"Name", "Date", "Measure", "Entries", "Mean", "Least", "Most"});
     std::vector<NameMeasured> names = NamesOf(totals);
     if (names.empty())
         return chart;

@@ -1,5 +1,4 @@
 #include "axes.h"
-#include "text.h"
 #include "words.h"
 
 #include "days.h"
@@ -169,8 +168,8 @@ std::string StagesSentence(const std::vector<PlantBars>& plants, const StagesLay
 PlantChart DrawPlantStages(const std::vector<PlantStageSpan>& spans, double width)
 {
     using namespace plant_report;
-    PlantChart chart{
-        "Stages", "No plant has a date at which a stage began.", {}, {"Plant", "Stage", "From", "To", "Days"}, {}};
+    PlantChart chart =
+        EmptyChart("Stages", "No plant has a date at which a stage began.", {"Plant", "Stage", "From", "To", "Days"});
     std::vector<PlantBars> plants = BarsOf(spans);
     if (plants.empty())
         return chart;
@@ -181,15 +180,16 @@ PlantChart DrawPlantStages(const std::vector<PlantStageSpan>& spans, double widt
     const DayScale scale(layout.First, layout.Last, layout.NamesEnd + 10, layout.Right);
 
     Drawing drawing(DrawnWidth(width), layout.Bottom(plants.size()) + AxisHeight);
-    DrawAxisBelow(drawing, scale, layout.Top, layout.Bottom(plants.size()), layout.NamesEnd, drawing.Width());
+    DrawAxisBelow(drawing, scale.Ticks(), scale, layout.Top, layout.Bottom(plants.size()), layout.NamesEnd,
+                  drawing.Width());
     DrawPlants(drawing, plants, layout, scale);
     DrawKey(drawing, layout);
 
     chart.Sentence = StagesSentence(plants, layout, more);
     for (const PlantBars& plant : plants)
         for (const StageBar& bar : plant.Bars)
-            chart.Rows.push_back({ShownName(plant.Name, ""), PlantStageName(bar.Stage), plant_query::DayText(bar.From),
-                                  plant_query::DayText(bar.To), NumberLabel(static_cast<double>(bar.To - bar.From))});
+            AddRow(chart, {ShownName(plant.Name, ""), PlantStageName(bar.Stage), plant_query::DayText(bar.From),
+                           plant_query::DayText(bar.To), CountLabel(bar.To - bar.From)});
     chart.SVG = drawing.SVG("plant-stages", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -22,9 +22,36 @@ int DayOfMonth(std::int64_t day)
 
 } // namespace
 
+PlantChart EmptyChart(const char* heading, const char* missing, std::initializer_list<const char*> columns)
+{
+    PlantChart chart;
+    chart.Heading = heading;
+    chart.Sentence = missing;
+    chart.Columns.assign(columns.begin(), columns.end());
+    return chart;
+}
+
+void AddRow(PlantChart& chart, std::initializer_list<std::string_view> cells)
+{
+    chart.Rows.emplace_back(cells.begin(), cells.end());
+}
+
+std::string EnteredLabel(double number)
+{
+    std::string label;
+    if (IsEntered(number))
+        label = NumberLabel(number);
+    return label;
+}
+
+std::string CountLabel(std::int64_t count)
+{
+    return NumberLabel(static_cast<double>(count), 0);
+}
+
 std::string Counted(std::int64_t number, const char* one, const char* many)
 {
-    return NumberLabel(static_cast<double>(number), 0) + " " + (number == 1 ? one : many);
+    return CountLabel(number) + " " + (number == 1 ? one : many);
 }
 
 std::string Counted(std::size_t number, const char* one, const char* many)
@@ -44,12 +71,16 @@ std::string DayLabel(std::int64_t day)
 
 std::string DaysLabel(std::int64_t first, std::int64_t last)
 {
-    return first == last ? "on " + DayLabel(first) : "from " + DayLabel(first) + " to " + DayLabel(last);
+    if (first == last)
+        return "on " + DayLabel(first);
+    return "from " + DayLabel(first) + " to " + DayLabel(last);
 }
 
 std::string ShownName(const std::string& name, const char* unnamed)
 {
-    return name.empty() ? unnamed : Shortened(name, MostLettersOfName);
+    if (name.empty())
+        return unnamed;
+    return Shortened(name, MostLettersOfName);
 }
 
 std::optional<std::int64_t> FirstDayOf(const std::string& period)

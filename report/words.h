@@ -5,11 +5,26 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace plant_report
 {
+
+// A chart without a picture and figures: its heading, the sentence that says what is missing, and the headings of the
+// figures.
+PlantChart EmptyChart(const char* heading, const char* missing, std::initializer_list<const char*> columns);
+
+// Adds a row of figures.
+void AddRow(PlantChart& chart, std::initializer_list<std::string_view> cells);
+
+// The number for a table; empty where it was not entered.
+std::string EnteredLabel(double number);
+
+// A count for a label or a table.
+std::string CountLabel(std::int64_t count);
 
 // "1 plant", "2 plants", "1,000 plants".
 std::string Counted(std::int64_t number, const char* one, const char* many);

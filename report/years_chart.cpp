@@ -51,8 +51,9 @@ std::vector<CareYear> YearsOf(const std::map<std::int64_t, CareCount>& days)
     for (const auto& [day, care] : days)
     {
         const std::string date = plant_query::DayText(day);
-        if (years.empty() || years.back().Year != date.substr(0, 4))
-            years.push_back({date.substr(0, 4), {}});
+        const std::string number = date.substr(0, 4);
+        if (years.empty() || years.back().Year != number)
+            years.push_back({number, {}});
         CareYear& year = years.back();
         const std::int64_t before = year.UpTo.empty() ? 0 : year.Sum();
         year.UpTo[DayInYear(date.substr(4))] = before + care.Number();
@@ -179,20 +180,21 @@ std::string YearsSentence(const std::vector<CareYear>& years, std::size_t more)
     return sentence;
 }
 
-void AddRows(PlantChart& chart, const std::vector<CareYear>& years)
+void AddMonths(PlantChart& chart, const std::vector<CareYear>& years)
 {
-    chart.Columns = {"By the end of"};
     for (const CareYear& year : years)
         chart.Columns.push_back(year.Year);
     for (std::size_t month = 0; month < Months.size(); ++month)
     {
-        std::vector<std::string> row = {Months.at(month)};
+        AddRow(chart, {Months.at(month)});
         const std::int64_t before = month == 0 ? -1 : LastDayOfMonth(month - 1);
         for (const CareYear& year : years)
-            row.push_back(&year == &years.back() && year.LastDay() <= before
-                              ? ""
-                              : NumberLabel(static_cast<double>(year.Until(LastDayOfMonth(month)))));
-        chart.Rows.push_back(std::move(row));
+        {
+            const bool isOver = &year != &years.back() || year.LastDay() > before;
+            chart.Rows.back().emplace_back();
+            if (isOver) // at least in part
+                chart.Rows.back().back() = CountLabel(year.Until(LastDayOfMonth(month)));
+        }
     }
 }
 
@@ -203,7 +205,8 @@ void AddRows(PlantChart& chart, const std::vector<CareYear>& years)
 PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double width)
 {
     using namespace plant_report;
-    PlantChart chart{"Care by calendar year", "There is no care in a second calendar year.", {}, {}, {}};
+    PlantChart chart =
+        EmptyChart("Care by calendar year", "There is no care in a second calendar year.", {"By the end of"});
     std::vector<CareYear> years = YearsOf(CareByDay(days));
     if (years.size() < 2)
         return chart;
@@ -229,7 +232,7 @@ PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double widt
     DrawLatestName(drawing, years.back(), scale, numbers);
     drawing.Text(0, 12, "Feedings and waterings since 1 January", Anchor::Start, Role::Faint);
     chart.Sentence = YearsSentence(years, more);
-    AddRows(chart, years);
+    AddMonths(chart, years);
     chart.SVG = drawing.SVG("plant-years", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -89,7 +89,8 @@ TEST(CareCalendarTest, MoreCareIsLargerAndDarker)
 
 TEST(CareCalendarTest, FeedingsAndWateringsOfADayAreAddedUp)
 {
-    const PlantChart chart = DrawPlantCareCalendar({{Day(0), "Feed", 2},
+    const PlantChart chart = DrawPlantCareCalendar({{Day(0), "Feed", 1},
+                                                    {Day(0), "Feed", 1},
                                                     {Day(0), "Water", 3},
                                                     {Day(0), "Note", 99},
                                                     {Day(1), "Photo", 1},

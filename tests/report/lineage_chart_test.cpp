@@ -123,6 +123,17 @@ TEST(LineageChartTest, ManyGenerationsStayInThePicture)
     EXPECT_EQ(dots[8]["cx"], dots[29]["cx"]);
 }
 
+TEST(LineageChartTest, ABranchNeverLeadsToAnotherTree)
+{
+    const SVGPicture picture(DrawPlantLineage({Relative("One", 0), Relative("Clone", 1), Relative("Two", 0),
+                                               Relative("Clone of a plant that is missing", 2)})
+                                 .SVG);
+    const std::vector<Element> dots = picture.Marks("circle", "mark");
+    const auto points = PointsOf(picture.Marks("polyline", "faint").at(1));
+    EXPECT_EQ(points.front().first, dots[2].Number("cx"));
+    EXPECT_EQ(points.front().second, dots[2].Number("cy") + 5);
+}
+
 TEST(LineageChartTest, AnAncestorBeginsATree)
 {
     const PlantChart chart = DrawPlantLineage({Relative("Mother's mother", -2), Relative("Mother", -1, 10),

@@ -105,6 +105,27 @@ TEST(MeasurementsChartTest, SmallChartsHaveOneScale)
     EXPECT_EQ(CountOf(picture, "B"), 1U);
 }
 
+TEST(MeasurementsChartTest, ADayHasOnePlaceForECAndPH)
+{
+    const SVGPicture picture(DrawPlantMeasurements({Total("A", Day(0), 1, 0), Total("A", Day(50), 2, 5),
+                                                    Total("A", Day(100), 0, 6), Total("B", Day(0), 4, 0)},
+                                                   PlantPeriod::Day, 720)
+                                 .SVG);
+    const std::vector<Element> ec = Dots(picture, "circle", "ec");
+    ASSERT_EQ(ec.size(), 3U);
+    EXPECT_NEAR(ec[2].Number("cy"), AxisPlace(picture, "4"), 0.1); // the scale holds the values of all names
+    EXPECT_NEAR(ec[1].Number("cy"), AxisPlace(picture, "2"), 0.1);
+    ASSERT_EQ(Dots(picture, "path", "ph").size(), 2U);
+    const DrawChart alone = [](double width)
+    {
+        return DrawPlantMeasurements(
+            {Total("A", Day(0), 1, 5), Total("A", Day(50), 2, 5), Total("A", Day(100), 3, 6), Total("B", Day(0), 4, 5)},
+            PlantPeriod::Day, width);
+    };
+    const std::vector<Element> whole = Dots(SVGPicture(alone(720).SVG), "circle", "ec");
+    EXPECT_EQ(ec[1]["cx"], whole[1]["cx"]); // the days are those of EC and pH
+}
+
 TEST(MeasurementsChartTest, TheTableHoldsEachMean)
 {
     const PlantChart chart = DrawPlantMeasurements(
