@@ -81,11 +81,11 @@ CareCells CellsOf(std::map<std::int64_t, CareCount> days)
 // A range of numbers that look alike. There are up to four, of equal length.
 struct CountStep
 {
-    std::int64_t Least;
-    std::int64_t Most;
-    Role Colour;
-    double Side;   // of the square of a day, as a part of the cell: the size says what the colour says
-    double Height; // of the bar of a week or month, as a part of the cell
+    std::int64_t Least = 0;
+    std::int64_t Most = 0;
+    Role Colour = Role::Count1;
+    double Side = 0;   // of the square of a day, as a part of the cell: the size says what the colour says
+    double Height = 0; // of the bar of a week or month, as a part of the cell
 };
 
 std::vector<CountStep> StepsOf(std::int64_t most)
@@ -99,8 +99,12 @@ std::vector<CountStep> StepsOf(std::int64_t most)
     for (std::int64_t i = 0; i < number; ++i)
     {
         const auto look = static_cast<std::size_t>(4 - number + i); // the greatest number has the last look
-        steps.push_back(
-            {i * length + 1, std::min((i + 1) * length, most), colours.at(look), sides.at(look), heights.at(look)});
+        CountStep& step = steps.emplace_back();
+        step.Least = i * length + 1;
+        step.Most = std::min((i + 1) * length, most);
+        step.Colour = colours.at(look);
+        step.Side = sides.at(look);
+        step.Height = heights.at(look);
     }
     return steps;
 }
