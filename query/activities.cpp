@@ -84,7 +84,8 @@ std::vector<PlantActivity> ActivityReader::Read()
     for (const ActivityTable& table : ActivityTables())
     {
         const auto isWanted = [&](const std::string& kind) { return Fits(Filter.Kinds, kind); };
-        if (std::any_of(table.Kinds.begin(), table.Kinds.end(), isWanted))
+        const std::vector<std::string> kinds = table.Kinds();
+        if (std::any_of(kinds.begin(), kinds.end(), isWanted))
             ReadTable(table);
         if (table.Record == PlantActivityRecord::Event)
             RemoveOwnedEvents();
@@ -143,7 +144,7 @@ void ActivityReader::AddRows(const ActivityTable& table, Statement& rows)
 // No index finds the owner of an event, so the owners of all events are read at once.
 void ActivityReader::RemoveOwnedEvents()
 {
-    if (Found.empty()) // only events were read yet
+    if (Found.empty()) // only events were read before
         return;
     std::unordered_map<std::int64_t, std::size_t> events;
     for (std::size_t i = 0; i < Found.size(); ++i)
@@ -193,22 +194,34 @@ void ActivityReader::AddOwnDates()
         for (const OwnDate& own : OwnDates)
         {
             const std::string& date = plant.*own.Date;
+            const std::string kind = own.Kind;
             const bool isBetween = date >= Filter.From && (Filter.To.empty() || date < AfterTo);
-            if (!date.empty() && isBetween && Fits<std::string>(Filter.Kinds, own.Kind) &&
-                known.count({plant.UUID, own.Kind, date}) == 0)
-                added.push_back({date, own.Kind, "", plant.UUID, plant.Name, PlantActivityRecord::Plant, plant.ID});
+            if (!date.empty() && isBetween && Fits(Filter.Kinds, kind) && known.count({plant.UUID, kind, date}) == 0)
+                added.push_back({date, kind, "", plant.UUID, plant.Name, PlantActivityRecord::Plant, plant.ID});
         }
     Found.insert(Found.end(), std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()));
 }
 
 void KeepThoseWithText(const PlantActivityFilter& filter, std::vector<PlantActivity>& activities)
 {
-    const auto fold = [&](const std::string& text) { return filter.Fold ? filter.Fold(text) : WithoutCase(text); };
+    const auto fold = [&](const std::string& text)
+    {
+        if (filter.Fold)
+            return filter.Fold(text);
+        return WithoutCase(text);
+    };
     const std::string wanted = fold(filter.Text);
     const auto contains = [&](const std::string& text) { return fold(text).find(wanted) != std::string::npos; };
     const auto isUnfit = [&](const PlantActivity& activity)
     { return !contains(activity.Kind) && !contains(activity.Text); };
     activities.erase(std::remove_if(activities.begin(), activities.end(), isUnfit), activities.end());
+}
+
+using SortKey = std::tuple<std::string_view, PlantActivityRecord, std::int64_t, std::ptrdiff_t>;
+
+SortKey SortKeyOf(const PlantActivity& activity)
+{
+    return {activity.Date, activity.Record, activity.RowID, NumberOfOwnDate(activity)};
 }
 
 } // namespace
@@ -227,14 +240,7 @@ std::vector<PlantActivity> SelectedActivities(PlantDatabase& database, const Pla
 void SortNewestFirst(std::vector<PlantActivity>& activities)
 {
     const auto isNewer = [](const PlantActivity& left, const PlantActivity& right)
-    {
-        const auto key = [](const PlantActivity& activity)
-        {
-            return std::make_tuple(std::string_view(activity.Date), activity.Record, activity.RowID,
-                                   NumberOfOwnDate(activity));
-        };
-        return key(left) > key(right);
-    };
+    { return SortKeyOf(left) > SortKeyOf(right); };
     std::sort(activities.begin(), activities.end(), isNewer);
 }
 

@@ -2,8 +2,6 @@
 
 #include <array>
 #include <charconv>
-#include <initializer_list>
-#include <utility>
 
 namespace plant_query
 {
@@ -20,14 +18,11 @@ template <typename Enum> std::vector<std::string> NamesUpTo(Enum last, const cha
     return names;
 }
 
-// Joins the texts that are not empty.
-std::string Joined(std::initializer_list<std::string> texts)
+void AppendPart(std::string& text, const std::string& part)
 {
-    std::string joined;
-    for (const std::string& text : texts)
-        if (!text.empty())
-            joined += (joined.empty() ? "" : " | ") + text;
-    return joined;
+    if (!text.empty() && !part.empty())
+        text += " | ";
+    text += part;
 }
 
 // The number with one digit after the decimal point, in every locale alike.
@@ -54,21 +49,29 @@ std::string CareText(const PlantRepository& repository, const Statement& row)
 // As the repository writes it to the event of the record.
 std::string HarvestText(const PlantRepository& /*repository*/, const Statement& row)
 {
-    const double quality = row.Number(5);
-    const auto seeds = row.Integer(6);
-    return Joined({"Wet " + WithTenths(row.Number(3)) + " g", "Dry " + WithTenths(row.Number(4)) + " g",
-                   seeds > 0 ? "Seeds " + std::to_string(seeds) : "",
-                   quality > 0 ? "Quality " + WithTenths(quality) + "/10" : "", row.Text(7), row.Text(8)});
+    std::string text = "Wet " + WithTenths(row.Number(3)) + " g | Dry " + WithTenths(row.Number(4)) + " g";
+    if (row.Integer(6) > 0)
+        AppendPart(text, "Seeds " + std::to_string(row.Integer(6)));
+    if (row.Number(5) > 0)
+        AppendPart(text, "Quality " + WithTenths(row.Number(5)) + "/10");
+    AppendPart(text, row.Text(7));
+    AppendPart(text, row.Text(8));
+    return text;
 }
 
 std::string HealthText(const PlantRepository& /*repository*/, const Statement& row)
 {
-    return Joined({row.Text(3) + " (" + std::to_string(row.Integer(4)) + " of 5)", row.Text(5), row.Text(6)});
+    std::string text = row.Text(3) + " (" + std::to_string(row.Integer(4)) + " of 5)";
+    AppendPart(text, row.Text(5));
+    AppendPart(text, row.Text(6));
+    return text;
 }
 
 std::string PhotoText(const PlantRepository& /*repository*/, const Statement& row)
 {
-    return Joined({row.Text(3), row.Text(4)});
+    std::string text = row.Text(3);
+    AppendPart(text, row.Text(4));
+    return text;
 }
 
 std::string FourthColumn(const PlantRepository& /*repository*/, const Statement& row)
@@ -76,50 +79,51 @@ std::string FourthColumn(const PlantRepository& /*repository*/, const Statement&
     return row.Text(4);
 }
 
+std::string EventKind(const Statement& row)
+{
+    return PlantEventTypeName(PlantEventTypeFromName(row.Text(3)));
+}
+
+std::string CareKind(const Statement& row)
+{
+    return PlantCareActionName(PlantCareActionFromName(row.Text(3)));
+}
+
+std::string EntryKind(const Statement& row)
+{
+    return PlantJournalTypeName(PlantJournalTypeFromName(row.Text(3)));
+}
+
+constexpr std::array<ActivityTable, 6> Tables = {{
+    {PlantActivityRecord::Event, "reading the events",
+     "SELECT ID,PlantUUID,EventDate,EventType,Details FROM PlantEvents", "EventDate",
+     [] { return NamesUpTo(PlantEventType::Note, PlantEventTypeName); }, EventKind, FourthColumn},
+    {PlantActivityRecord::CareEntry, "reading the care entries",
+     "SELECT ID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,RunoffMl,Notes FROM PlantCareEntries", "CareDate",
+     [] { return NamesUpTo(PlantCareAction::Water, PlantCareActionName); }, CareKind, CareText},
+    {PlantActivityRecord::HarvestRecord, "reading the harvest records",
+     "SELECT ID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,SeedYield,CureOutcome,Notes "
+     "FROM HarvestRecords",
+     "HarvestDate", [] { return std::vector<std::string>(1, "Harvest"); },
+     [](const Statement&) -> std::string { return "Harvest"; }, HarvestText},
+    {PlantActivityRecord::JournalEntry, "reading the journal entries",
+     "SELECT ID,PlantUUID,EntryDate,Type,Details FROM PlantJournalEntries", "EntryDate",
+     [] { return NamesUpTo(PlantJournalType::Milestone, PlantJournalTypeName); }, EntryKind, FourthColumn},
+    {PlantActivityRecord::HealthObservation, "reading the health observations",
+     "SELECT ID,PlantUUID,ObservationDate,Issue,Severity,Treatment,Notes FROM PlantHealthObservations",
+     "ObservationDate", [] { return std::vector<std::string>(1, "Health"); },
+     [](const Statement&) -> std::string { return "Health"; }, HealthText},
+    {PlantActivityRecord::Photo, "reading the photos",
+     "SELECT ID,PlantUUID,PhotoDate,FilePath,Caption FROM PlantPhotos", "PhotoDate",
+     [] { return std::vector<std::string>(1, "Photo"); }, [](const Statement&) -> std::string { return "Photo"; },
+     PhotoText},
+}};
+
 } // namespace
 
-const std::vector<ActivityTable>& ActivityTables()
+const std::array<ActivityTable, 6>& ActivityTables()
 {
-    static const std::vector<ActivityTable> tables = {
-        {PlantActivityRecord::Event, "reading the events",
-         "SELECT ID,PlantUUID,EventDate,EventType,Details FROM PlantEvents", "EventDate",
-         NamesUpTo(PlantEventType::Note, PlantEventTypeName),
-         [](const Statement& row) -> std::string { return PlantEventTypeName(PlantEventTypeFromName(row.Text(3))); },
-         FourthColumn},
-        {PlantActivityRecord::CareEntry, "reading the care entries",
-         "SELECT ID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,RunoffMl,Notes FROM PlantCareEntries", "CareDate",
-         NamesUpTo(PlantCareAction::Water, PlantCareActionName),
-         [](const Statement& row) -> std::string { return PlantCareActionName(PlantCareActionFromName(row.Text(3))); },
-         CareText},
-        {PlantActivityRecord::HarvestRecord,
-         "reading the harvest records",
-         "SELECT ID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,SeedYield,CureOutcome,Notes "
-         "FROM HarvestRecords",
-         "HarvestDate",
-         {"Harvest"},
-         [](const Statement&) -> std::string { return "Harvest"; },
-         HarvestText},
-        {PlantActivityRecord::JournalEntry, "reading the journal entries",
-         "SELECT ID,PlantUUID,EntryDate,Type,Details FROM PlantJournalEntries", "EntryDate",
-         NamesUpTo(PlantJournalType::Milestone, PlantJournalTypeName),
-         [](const Statement& row) -> std::string
-         { return PlantJournalTypeName(PlantJournalTypeFromName(row.Text(3))); },
-         FourthColumn},
-        {PlantActivityRecord::HealthObservation,
-         "reading the health observations",
-         "SELECT ID,PlantUUID,ObservationDate,Issue,Severity,Treatment,Notes FROM PlantHealthObservations",
-         "ObservationDate",
-         {"Health"},
-         [](const Statement&) -> std::string { return "Health"; },
-         HealthText},
-        {PlantActivityRecord::Photo,
-         "reading the photos",
-         "SELECT ID,PlantUUID,PhotoDate,FilePath,Caption FROM PlantPhotos",
-         "PhotoDate",
-         {"Photo"},
-         [](const Statement&) -> std::string { return "Photo"; },
-         PhotoText}};
-    return tables;
+    return Tables;
 }
 
 } // namespace plant_query

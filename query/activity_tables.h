@@ -3,6 +3,7 @@
 
 #include "reading.h"
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -12,14 +13,15 @@ namespace plant_query
 struct ActivityTable
 {
     PlantActivityRecord Record;
-    const char* Step;               // in an error
-    const char* Select;             // the row ID, the plant's UUID, the date, and what Kind and Text need
-    const char* Date;               // the column of the date
-    std::vector<std::string> Kinds; // all that Kind returns
+    const char* Step;                    // in an error
+    const char* Select;                  // the row ID, the plant's UUID, the date, and what Kind and Text need
+    const char* Date;                    // the column of the date
+    std::vector<std::string> (*Kinds)(); // all that Kind returns
     std::string (*Kind)(const Statement& row);
     std::string (*Text)(const PlantRepository& repository, const Statement& row);
 };
 
-const std::vector<ActivityTable>& ActivityTables();
+// The events come first.
+const std::array<ActivityTable, 6>& ActivityTables();
 
 } // namespace plant_query

@@ -8,7 +8,7 @@ PlantQueryResult QueryPlantTimeline(PlantDatabase& database, const std::string& 
                                               [&](sqlite3* /*connection*/)
                                               {
                                                   PlantActivityFilter filter;
-                                                  filter.Plants.UUIDs = {plantUUID};
+                                                  filter.Plants.UUIDs.push_back(plantUUID);
                                                   std::vector<PlantActivity> activities =
                                                       SelectedActivities(database, filter, ActivityTexts::Read);
                                                   SortNewestFirst(activities);
