@@ -15,8 +15,8 @@ namespace plant_report
 namespace
 {
 
-constexpr std::int64_t MostDaysByDay = 2 * 366;
-constexpr std::int64_t MostDaysByWeek = 10 * 366;
+constexpr std::int64_t MostDaysByDay = 732;
+constexpr std::int64_t MostDaysByWeek = 3660;
 constexpr std::int64_t MostYears = 40;
 constexpr double LabelSize = 11;
 constexpr double LabelHeight = 18;
@@ -183,7 +183,7 @@ std::pair<double, double> TopLeftOf(const CalendarGrid& grid, PlantPeriod period
 
 std::string CellTitle(std::int64_t day, PlantPeriod period)
 {
-    const std::string label = DayLabel(day);
+    std::string label = DayLabel(day);
     if (period == PlantPeriod::Day)
         return label;
     return period == PlantPeriod::Week ? "The week of " + label : label.substr(label.find(' ') + 1);

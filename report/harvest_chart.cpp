@@ -79,20 +79,20 @@ void AddStrains(Weighed& weighed, const std::vector<PlantHarvest>& harvests)
 
 NumberScale ScaleOf(const Weighed& weighed, double begin, double end)
 {
-    double least = INFINITY;
-    double most = -INFINITY;
+    double least = HUGE_VAL;
+    double most = -HUGE_VAL;
     for (const StrainWeights& strain : weighed.Strains)
     {
         least = std::min(least, strain.Weights.front().first);
         most = std::max(most, strain.Weights.back().first);
     }
-    return NumberScale(least, most, begin, end, 4);
+    return {least, most, begin, end, 4};
 }
 
 // The level of each dot: the lowest on which it touches no other, 0 in the middle, then above and below in turns.
 std::vector<int> LevelsOf(const StrainWeights& strain, const NumberScale& scale)
 {
-    std::vector<double> ends(MostLevels, -INFINITY); // of the last dot of each level
+    std::vector<double> ends(MostLevels, -HUGE_VAL); // of the last dot of each level
     std::vector<int> levels;
     for (const auto& [weight, harvest] : strain.Weights)
     {
@@ -188,7 +188,7 @@ std::string HarvestSentence(const Weighed& weighed)
 {
     std::size_t plants = 0;
     double sum = 0;
-    double least = INFINITY;
+    double least = HUGE_VAL;
     double most = 0;
     for (const StrainWeights& strain : weighed.Strains)
         for (const auto& [weight, harvest] : strain.Weights)

@@ -18,8 +18,8 @@ namespace
 
 constexpr std::size_t MostIssues = 12;
 constexpr std::int64_t MostDaysByDay = 183;
-constexpr std::int64_t MostDaysByWeek = 2 * 366;
-constexpr std::int64_t MostDays = 10 * 366;
+constexpr std::int64_t MostDaysByWeek = 732;
+constexpr std::int64_t MostDays = 3660;
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Data

@@ -65,9 +65,9 @@ std::string YieldLabel(const PlantRelative& plant)
 
 struct LineageLayout
 {
-    double Indent;  // of a generation
-    double BarLeft; // of the yields
-    double Right;
+    double Indent = 0;  // of a generation
+    double BarLeft = 0; // of the yields
+    double Right = 0;
     double Top = 22;
 };
 
@@ -117,15 +117,19 @@ void DrawRows(Drawing& drawing, const Tree& rows, const LineageLayout& layout, c
         const std::string name = ShownName(plant->Name, "(no name)");
         const std::string yield = YieldLabel(*plant);
         const double dry = DryWeightOf(*plant);
-        drawing.Circle(x, middle, 4, Role::Mark,
-                       name + ", " + ShownName(plant->Strain, "no strain") + ", " + PlantStageName(plant->Stage));
+        std::string title = name;
+        title.append(", ")
+            .append(ShownName(plant->Strain, "no strain"))
+            .append(", ")
+            .append(PlantStageName(plant->Stage));
+        drawing.Circle(x, middle, 4, Role::Mark, title);
         drawing.Text(x + 10, middle + 4, name, Anchor::Start, Role::Ink, 12, layout.BarLeft - x - 20);
         double labelLeft = layout.BarLeft;
         if (dry > 0)
         {
             labelLeft = scale(dry) + 6;
             drawing.Rect(layout.BarLeft, middle - 7, std::max(1.0, scale(dry) - layout.BarLeft), 14, Role::Harvested,
-                         name + ": " + yield);
+                         std::string(name).append(": ").append(yield));
         }
         drawing.Text(labelLeft, middle + 4, yield, Anchor::Start, dry > 0 ? Role::Ink : Role::Faint);
         middle += RowHeight;

@@ -53,6 +53,7 @@ std::vector<NameMeasured> NamesOf(const std::vector<PlantTotal>& totals)
             measured.PH.push_back({*day, total.PH});
     }
     std::vector<NameMeasured> names;
+    names.reserve(byKey.size());
     for (auto& [key, measured] : byKey)
         names.push_back(std::move(measured));
     std::stable_sort(names.begin(), names.end(),
@@ -168,10 +169,10 @@ struct Section
 std::vector<Section> SectionsOf(const std::vector<NameMeasured>& names)
 {
     std::vector<Section> sections;
-    Ranges both{INT64_MAX, INT64_MIN, INFINITY, -INFINITY};
+    Ranges both{INT64_MAX, INT64_MIN, HUGE_VAL, -HUGE_VAL};
     for (const Measure& measure : {ECMeasure, PHMeasure})
     {
-        Section section{measure, {INT64_MAX, INT64_MIN, INFINITY, -INFINITY}, {}};
+        Section section{measure, {INT64_MAX, INT64_MIN, HUGE_VAL, -HUGE_VAL}, {}};
         for (const NameMeasured& name : names)
             if (!(name.*measure.Of).empty())
             {
@@ -204,8 +205,9 @@ void DrawSection(Drawing& drawing, const Section& section, const Panels& panels,
     for (std::size_t i = 0; i < section.Names.size(); ++i)
     {
         const NameMeasured& name = *section.Names[i];
+        const std::size_t row = i / panels.Columns;
         const double left = panels.Left + static_cast<double>(i % panels.Columns) * panels.Pitch;
-        const double titleTop = top + HeadingHeight + static_cast<double>(i / panels.Columns) * panels.RowHeight();
+        const double titleTop = top + HeadingHeight + static_cast<double>(row) * panels.RowHeight();
         const double panelTop = titleTop + Panels::Title;
         const double bottom = panelTop + panels.Height;
         const DayScale days(section.Range.First, section.Range.Last, left + 4, left + panels.Width - 4);
