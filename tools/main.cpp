@@ -24,6 +24,12 @@ void AddCommands(CLI::App& program, Session& session)
     AddSwitch(program, "-q,--quiet", "after a change, print only the identifier of what was stored", session.Quiet);
     AddPlantCommands(program, session);
     AddTimelineCommand(program, session);
+    AddStatusCommand(program, session);
+    AddDueCommand(program, session);
+    AddLogCommand(program, session);
+    AddSearchCommand(program, session);
+    AddTotalsCommand(program, session);
+    AddCompareCommand(program, session);
     AddStrainCommands(program, session);
     AddFeedAndWater(program, session);
     AddCloneCommand(program, session);

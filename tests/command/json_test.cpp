@@ -140,10 +140,12 @@ TEST_F(RecordJSONTest, JSONHoldsEveryRecordUnderItsFieldNames)
     EXPECT_EQ(Parsed({"note", "list"}), ArrayOf(Notes, NoteFields, "Cutting")); // of all Plants
 }
 
-TEST_F(RecordJSONTest, JSONOfATreeHoldsTheClones)
+TEST_F(RecordJSONTest, JSONOfATreeHoldsTheClonesAndHarvests)
 {
     JSON tree = ObjectOf(Plants[0], PlantFields);
+    tree["Harvest"] = ArrayOf(std::vector{Harvest}, HarvestFields, "Basil").at(0);
     tree["Clones"] = JSON::array({ObjectOf(Plants[1], PlantFields)});
+    tree["Clones"][0]["Harvest"] = nullptr;
     tree["Clones"][0]["Clones"] = JSON::array();
     EXPECT_EQ(Parsed({"plant", "tree"}), JSON::array({tree}));
 }

@@ -24,7 +24,9 @@ inline const std::vector<HelpHeading>& HelpHeadings()
         {"Keep the journal",
          {"plant", "feed", "water", "note", "stage", "transplant", "top", "train", "defoliate", "clone", "harvest",
           "photo", "health", "archive", "undo"}},
-        {"Look", {"timeline", "plant list", "plant show", "plant tree", "report"}},
+        {"Look",
+         {"status", "due", "log", "search", "totals", "compare", "timeline", "plant list", "plant show", "plant tree",
+          "report"}},
         {"Correct and complete", {"strain", "care", "event"}},
         {"Look after the file", {"info", "check", "backup", "export", "import"}},
     };
@@ -55,6 +57,9 @@ command lists them and does nothing.
 
 The options --all, --strain, --tent and --stage of a command that changes plants select plants in the stages Seed,
 Clone, Veg and Flower. They select by the state of today, whatever --date is.
+
+The options --strain, --tent and --stage of a command that reads select plants in every stage. Archived plants are left
+out unless they are named or --all or --stage archived is given; `status` and `due` show growing plants only.
 )"},
     {"VALUES", R"(
 A date is YYYY-MM-DD, YYYY-MM, YYYY, today, yesterday, tomorrow, a weekday such as monday or mon (the last one, today
@@ -69,7 +74,8 @@ A change is reported in one line. With --quiet, only the identifier of what was 
 the name of a strain, or the row ID of another record. A deletion then prints nothing.
 
 --json prints records with the names of their fields. A text that is not UTF-8 is printed as an object with its bytes
-in hexadecimal digits, {"Hex": "..."}. Output to a terminal has colours unless NO_COLOR is set.
+in hexadecimal digits, {"Hex": "..."}. The commands that read across plants also print CSV, with --csv. Output to a
+terminal has colours unless NO_COLOR is set.
 )"},
 };
 

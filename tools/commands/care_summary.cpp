@@ -9,13 +9,6 @@
 namespace
 {
 
-std::string Hundredths(double number)
-{
-    std::array<char, 400> text{}; // enough for the largest number
-    const std::to_chars_result result = std::to_chars(text.begin(), text.end(), number, std::chars_format::fixed, 2);
-    return {text.begin(), result.ptr};
-}
-
 // What was measured, or nothing for 0, which stands for not measured.
 std::string Measured(const std::string& name, double number)
 {
@@ -28,6 +21,13 @@ std::string Millilitres(const std::string& name, double number)
 }
 
 } // namespace
+
+std::string Hundredths(double number)
+{
+    std::array<char, 400> text{}; // enough for the largest number
+    const std::to_chars_result result = std::to_chars(text.begin(), text.end(), number, std::chars_format::fixed, 2);
+    return {text.begin(), result.ptr};
+}
 
 std::string OnDate(const std::string& date)
 {

@@ -13,3 +13,6 @@ std::string CareSummary(const Plant& plant, const PlantCareEntry& entry);
 
 // " on 2026-05-01", or nothing for today.
 std::string OnDate(const std::string& date);
+
+// A number with two decimals: "1.80".
+std::string Hundredths(double number);

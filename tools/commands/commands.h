@@ -10,6 +10,12 @@ class Session;
 // Each function adds commands to the program. `session` must live as long as the program.
 void AddPlantCommands(CLI::App& program, Session& session);
 void AddTimelineCommand(CLI::App& program, Session& session);
+void AddStatusCommand(CLI::App& program, Session& session);
+void AddDueCommand(CLI::App& program, Session& session);
+void AddLogCommand(CLI::App& program, Session& session);
+void AddSearchCommand(CLI::App& program, Session& session);
+void AddTotalsCommand(CLI::App& program, Session& session);
+void AddCompareCommand(CLI::App& program, Session& session);
 void AddStrainCommands(CLI::App& program, Session& session);
 void AddFeedAndWater(CLI::App& program, Session& session);
 void AddCloneCommand(CLI::App& program, Session& session);

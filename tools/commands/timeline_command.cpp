@@ -6,6 +6,7 @@
 #include "journal/timeline.h"
 #include "terminal/printable.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace
@@ -30,12 +31,21 @@ JSON ItemJSON(const OwnDate& date, const Plant& plant)
     return object;
 }
 
-void ShowTimeline(Session& session, const std::string& named)
+struct TimelineRequest
 {
-    const Plant plant = FindPlant(session, named);
+    Arguments Of;
+    bool OldestFirst = false;
+};
+
+void ShowTimeline(Session& session, const TimelineRequest& request)
+{
+    const Plant plant = FindPlant(session, request.Of.Plant);
+    std::vector<TimelineItem> items = TimelineOf(session, plant);
+    if (request.OldestFirst)
+        std::reverse(items.begin(), items.end());
     JSON array = JSON::Array();
     std::vector<Row> rows;
-    for (const TimelineItem& item : TimelineOf(session, plant))
+    for (const TimelineItem& item : items)
     {
         array.Add(std::visit([&](const auto& record) { return ItemJSON(record, plant); }, item.Record));
         rows.push_back({item.Date, item.Kind, item.Details});
@@ -54,9 +64,10 @@ void ShowTimeline(Session& session, const std::string& named)
 
 void AddTimelineCommand(CLI::App& program, Session& session)
 {
-    auto of = std::make_shared<Arguments>();
-    AddPlantArgument(AddCommand(program, "timeline", "List everything dated of a plant, the newest first",
-                                "timeline Basil\ntimeline Basil --json",
-                                [&session, of] { ShowTimeline(session, of->Plant); }),
-                     *of);
+    auto request = std::make_shared<TimelineRequest>();
+    CLI::App& timeline = AddCommand(program, "timeline", "List everything dated of a plant, the newest first",
+                                    "timeline Basil\ntimeline Basil --oldest-first\ntimeline Basil --json",
+                                    [&session, request] { ShowTimeline(session, *request); });
+    AddPlantArgument(timeline, request->Of);
+    AddSwitch(timeline, "--oldest-first", "list the oldest record first", request->OldestFirst);
 }

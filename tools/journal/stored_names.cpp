@@ -25,6 +25,8 @@ std::string StatementFor(const std::string& type)
         return "SELECT Name FROM Strains;";
     if (type == "TENT")
         return "SELECT DISTINCT Tent FROM Plants;";
+    if (type == "STRAIN-OR-PLANT")
+        return "SELECT Name FROM Strains UNION SELECT CASE Name WHEN '' THEN UUID ELSE Name END FROM Plants;";
     return {};
 }
 

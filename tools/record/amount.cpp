@@ -3,6 +3,7 @@
 #include "record/text.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -50,6 +51,19 @@ double MillilitresFrom(const std::string& text)
         throw BadValue(reason);
     }
     return millilitres;
+}
+
+std::string SumText(double millilitres)
+{
+    constexpr double mostInMillilitres = 9999;
+    constexpr double perLitre = 1000;
+    if (millilitres == 0)
+        return {};
+    const double rounded = std::fabs(millilitres) < 10 ? millilitres : std::round(millilitres);
+    if (std::fabs(rounded) <= mostInMillilitres)
+        return RoundedTextOf(&rounded) + " ml";
+    const double litres = std::round(millilitres / perLitre * 10) / 10;
+    return RoundedTextOf(&litres) + " l";
 }
 
 std::string WithoutWeightUnit(const std::string& text)

@@ -3,8 +3,6 @@
 #include "plant_validation.h"
 #include "record/text.h"
 
-#include <cstdint>
-
 namespace
 {
 
@@ -23,8 +21,11 @@ std::int64_t DaysBetween(const std::string& from, const std::string& until)
 std::string AgeText(const std::string& from, const std::string& until)
 {
     const std::int64_t days = DaysBetween(from, until);
-    if (days < 0)
-        return {};
+    return days < 0 ? "" : AgeText(days);
+}
+
+std::string AgeText(std::int64_t days)
+{
     if (days < 2 * DaysOfWeek)
         return std::to_string(days) + " d";
     const std::int64_t rest = days % DaysOfWeek;
@@ -37,4 +38,14 @@ std::string AgoText(const std::string& date, const std::string& today)
     if (days < 0)
         return date;
     return days == 0 ? "today" : days == 1 ? "yesterday" : std::to_string(days) + " d ago";
+}
+
+std::string DueText(const std::string& date, const std::string& today)
+{
+    std::int64_t days = 0;
+    if (!DaysBetweenPlantDates(today, date, days))
+        return date;
+    if (days < 0)
+        return std::to_string(-days) + " d overdue";
+    return days == 0 ? "today" : days == 1 ? "tomorrow" : "in " + std::to_string(days) + " d";
 }

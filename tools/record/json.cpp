@@ -92,6 +92,11 @@ JSON JSON::Object()
     return JSON(std::make_unique<Tree>(Tree{ordered_json::object()}));
 }
 
+JSON JSON::Null()
+{
+    return JSON(std::make_unique<Tree>(Tree{nullptr}));
+}
+
 void JSON::Add(JSON element)
 {
     Root->Value.push_back(std::move(element.Root->Value));

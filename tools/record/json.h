@@ -13,6 +13,7 @@ class JSON
   public:
     static JSON Array();
     static JSON Object();
+    static JSON Null();
     ~JSON();
     JSON(const JSON&) = delete;
     JSON& operator=(const JSON&) = delete;
