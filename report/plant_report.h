@@ -6,7 +6,9 @@
 /// returns one HTML text. Threads and exceptions: as in plant_query.h.
 ///
 /// The drawing is written here, because no C++ library in Debian makes SVG that needs no script, follows a light or
-/// dark style sheet and describes itself to a screen reader. These were looked at: LIBRARIES.
+/// dark style sheet and describes itself to a screen reader. Of those looked at, Cairo draws letters as
+/// outlines, and Qt's generator, PLplot, MathGL, GNU libplot and gnuplot write fixed colours and neither a class nor a
+/// title for a mark.
 ///
 /// Every text of a record is escaped. An SVG text is a whole `svg` element in the SVG namespace with a `viewBox`, a
 /// `title` and a `desc`. Each mark has its colour of the light palette as attributes, so that any program can draw it,

@@ -55,6 +55,11 @@ TEST(WallTest, OnlyOneFileIncludesLibexif)
     EXPECT_EQ(FilesThatInclude("libexif/"), Names{"record/photo_file.cpp"});
 }
 
+TEST(WallTest, OnlyOneFileIncludesTheLibrariesForPictures)
+{
+    EXPECT_EQ(FilesThatInclude("stb"), Names{"record/picture.cpp"});
+}
+
 TEST(WallTest, OnlyTwoFilesIncludeSQLite)
 {
     EXPECT_EQ(FilesThatInclude("sqlite3.h"), (Names{"journal/change_set.cpp", "journal/sql.cpp"}));

@@ -1,9 +1,10 @@
-// A program that uses three libraries: stores a plant under a UUID that it creates, inspects the file, and asks how the
-// plant is.
+// A program that uses four libraries: stores a plant under a UUID that it creates, inspects the file, asks how the plant
+// is, and writes a report.
 
 #include "plant_database.h"
 #include "plant_file.h"
 #include "plant_query.h"
+#include "plant_report.h"
 
 #include <iostream>
 
@@ -21,6 +22,11 @@ int main()
         return 1;
     std::vector<PlantStatus> plants;
     if (!QueryPlantStatus(journal, {}, PlantEventCurrentDate(), plants) || plants.size() != 1)
+        return 1;
+    PlantReportOptions options;
+    options.Today = PlantEventCurrentDate();
+    std::string page;
+    if (!WritePlantReport(journal, options, page) || page.find("<html") == std::string::npos)
         return 1;
     std::cout << PlantFileKindName(file.Kind) << ", " << PlantStageName(plants[0].Stage) << ", " << plants[0].Name
               << '\n';

@@ -116,6 +116,8 @@ test_shared_libraries_export_the_listed_symbols() {
         expect 'The exports of libplantjournal_file' "@$here/exports/plantjournal_file.txt"
     exports "$build/query/libplantjournal_query.so" |
         expect 'The exports of libplantjournal_query' "@$here/exports/plantjournal_query.txt"
+    exports "$build/report/libplantjournal_report.so" |
+        expect 'The exports of libplantjournal_report' "@$here/exports/plantjournal_report.txt"
 }
 
 test_install_shared() {
