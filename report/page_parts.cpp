@@ -14,6 +14,7 @@ namespace
 
 constexpr double TelephoneWidth = 360;
 constexpr std::size_t MostRows = 500;
+constexpr std::size_t MostColumnsOfNarrowTable = 3; // on paper, three such tables stand side by side
 constexpr std::size_t MostLettersOfCell = 200;
 constexpr std::size_t MostLettersOfCaption = 500;
 
@@ -71,10 +72,11 @@ std::string FoldedTable(const PlantChart& chart)
     for (std::size_t i = 0; i < chart.Columns.size(); ++i)
         areNumbers.push_back(IsColumnOfNumbers(chart, i));
     const std::size_t shown = std::min(chart.Rows.size(), MostRows);
+    const bool isNarrow = chart.Columns.size() <= MostColumnsOfNarrowTable;
     std::string html = "<details><summary>Figures: " + Counted(chart.Rows.size(), "row", "rows") +
-                       "</summary>\n<div class=\"table\" role=\"region\" tabindex=\"0\" aria-label=\"" +
-                       Escaped("Figures: " + chart.Heading) + "\"><table>\n<thead>" +
-                       Row("th", chart.Columns, areNumbers) + "</thead>\n<tbody>\n";
+                       "</summary>\n<div class=\"" + (isNarrow ? "narrow-table " : "") +
+                       "table\" role=\"region\" tabindex=\"0\" aria-label=\"" + Escaped("Figures: " + chart.Heading) +
+                       "\"><table>\n<thead>" + Row("th", chart.Columns, areNumbers) + "</thead>\n<tbody>\n";
     for (std::size_t i = 0; i < shown; ++i)
         html += Row("td", chart.Rows[i], areNumbers);
     html += "</tbody></table></div>\n";
@@ -93,16 +95,21 @@ void PageParts::AddChart(const std::string& id, const DrawChart& draw)
         Missing += "<li>" + TextElement("b", chart.Heading) + ": " + Escaped(chart.Sentence) + "</li>\n";
         return;
     }
-    AddSection(id, chart.Heading,
-               TextElement("p", chart.Sentence) + "\n<figure class=\"wide\">" + chart.SVG +
-                   "</figure>\n<figure class=\"narrow\">" + draw(TelephoneWidth).SVG + "</figure>\n" +
-                   FoldedTable(chart));
+    Add(id, chart.Heading,
+        "<div class=\"picture\">\n" + TextElement("h2", chart.Heading) + "\n" + TextElement("p", chart.Sentence) +
+            "\n<figure class=\"wide\">" + chart.SVG + "</figure>\n<figure class=\"narrow\">" +
+            draw(TelephoneWidth).SVG + "</figure>\n</div>\n" + FoldedTable(chart));
 }
 
 void PageParts::AddSection(const std::string& id, const std::string& heading, const std::string& content)
 {
+    Add(id, heading, TextElement("h2", heading) + "\n" + content);
+}
+
+void PageParts::Add(const std::string& id, const std::string& heading, const std::string& html)
+{
     Headings.emplace_back(id, heading);
-    HTML += "<section id=\"" + id + "\">\n" + TextElement("h2", heading) + "\n" + content + "</section>\n";
+    HTML += "<section id=\"" + id + "\">\n" + html + "</section>\n";
 }
 
 std::string PageParts::Contents() const

@@ -30,6 +30,8 @@ class PageParts
     std::string Sections() const;
 
   private:
+    void Add(const std::string& id, const std::string& heading, const std::string& html);
+
     std::vector<std::pair<std::string, std::string>> Headings; // with their IDs
     std::string HTML;
     std::string Missing;

@@ -58,10 +58,10 @@ body{padding:0;max-width:none;font-size:10pt}
 nav{display:none}
 section{border:0}
 h2,h3,summary{break-after:avoid}
-figure,tr,.history li{break-inside:avoid}
-section>p{break-after:avoid}
+.picture,tr,.history li,.photos li{break-inside:avoid}
 details::details-content{display:block;content-visibility:visible;height:auto}
 .table{overflow:visible;max-height:none}
+.narrow-table{columns:3}
 thead{display:table-header-group}
 th{position:static}
 }

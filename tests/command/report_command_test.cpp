@@ -4,11 +4,13 @@
 
 #include "command/basil_test.h"
 #include "record/photo_file.h"
-#include "support/page.h"
+#include "testing/plain_connection.h"
 
 #include <array>
 #include <filesystem>
 #include <string>
+
+#include <sys/resource.h>
 
 using namespace support;
 
@@ -249,6 +251,42 @@ TEST_F(ReportCommandTest, APhotoThatCannotBeReadIsANotice)
     EXPECT_FALSE(Contains(Page("linked.html"), "a.jpg"));
     EXPECT_TRUE(Contains(Page("linked.html"), "src=\"b.jpg\""));
     Sound = false;
+}
+
+// The user and system time that the programs of this test have taken so far.
+double SecondsOfPrograms()
+{
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    constexpr double microsecond = 1e-6;
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           microsecond * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
+}
+
+TEST_F(ReportCommandTest, AReportTakesAtMostTenTimesTheTimeOfAnExport)
+{
+    Keep(
+        [](PlantRepository& repository)
+        {
+            for (int i = 0; i < 100; ++i)
+            {
+                Plant plant;
+                plant.Name = "P" + std::to_string(i);
+                ASSERT_TRUE(repository.CreatePlant(plant));
+            }
+        });
+    PlainConnection(Journal).RunSQL(
+        "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i+1 FROM n WHERE i<199) INSERT INTO PlantCareEntries"
+        "(PlantUUID,CareDate,Action,AmountMl,EC) SELECT UUID,date('2016-01-01','+'||(ID*30+i)||' days'),'Feed',500,1.5 "
+        "FROM Plants,n;");
+    const double begin = SecondsOfPrograms();
+    Done({"export", "journal.json"});
+    const double afterExport = SecondsOfPrograms();
+    Done({"report", "season.html"});
+    const double ratio = (SecondsOfPrograms() - afterExport) / (afterExport - begin);
+    EXPECT_LE(ratio, 10);
+    RecordProperty("Ratio", std::to_string(ratio));
+    Sound = false; // the entries have no events
 }
 
 TEST_F(ReportCommandTest, AReportChangesNothing)
