@@ -172,11 +172,10 @@ void WriteReport(Session& session, const ReportArguments& arguments)
 void AddReportCommand(CLI::App& program, Session& session)
 {
     auto arguments = std::make_shared<ReportArguments>();
-    CLI::App& command =
-        AddCommand(program, "report", "Write a page with pictures: the season, or the history of one plant",
-                   "report season.html\nreport basil.html Basil --embed-photos\n"
-                   "report summer.html --tent South --from 2026-06 --to 2026-08",
-                   [&session, arguments] { WriteReport(session, *arguments); });
+    CLI::App& command = AddCommand(program, "report", "Write a page with pictures of a season or of one plant",
+                                   "report season.html\nreport basil.html Basil --embed-photos\n"
+                                   "report summer.html --tent South --from 2026-06 --to 2026-08",
+                                   [&session, arguments] { WriteReport(session, *arguments); });
     AddArgument(command, "DESTINATION", "the HTML file to write, or - for standard output", arguments->Destination);
     AddPlantNames(command, arguments->Plants);
     AddPlantFlag(command, arguments->Plants);
