@@ -158,7 +158,7 @@ TEST_F(ReportCommandTest, APhotoThatCannotBeReadIsANotice)
     Done({"photo", "add", "Basil", "a.jpg"});
     Done({"photo", "add", "Basil", "b.jpg"});
     EXPECT_EQ(NoticesOf({"report", "embedded.html", "--embed-photos"}),
-              "notice: photo \"" + Scratch.File("b.jpg") +
+              "notice: photo \"" + Scratch.File("a.jpg") +
                   "\" and 1 more: the file is not a JPEG or PNG picture; "
                   "the page is without it\n");
     fs::remove(Scratch.File("a.jpg"));
