@@ -1,5 +1,5 @@
-// A program that uses four libraries: stores a plant under a UUID that it creates, inspects the file, asks how the plant
-// is, and writes a report.
+// A program that uses four libraries: stores a plant under a UUID that it creates, inspects the file, asks how the
+// plant is, and writes a report.
 
 #include "plant_database.h"
 #include "plant_file.h"

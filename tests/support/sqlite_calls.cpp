@@ -142,7 +142,8 @@ extern "C"
     {
         static const auto original = support::CallGate::Original<decltype(sqlite3_bind_text64)>("sqlite3_bind_text64");
         return support::CallGate::Through(support::SQLiteCall::Bind, sqlite3_sql(statement),
-                                          [&] { return original(statement, index, text, bytes, destructor, encoding); });
+                                          [&]
+                                          { return original(statement, index, text, bytes, destructor, encoding); });
     }
 
     int sqlite3_bind_int(sqlite3_stmt* statement, int index, int value)
