@@ -84,16 +84,13 @@ PLANTJOURNAL_REPORT_API PlantChart DrawPlantCareCalendar(const std::vector<Plant
                                                          double width = PlantChartWidth);
 
 /// Draws EC and pH over time, a small chart for each `Name` of the totals. Nothing is drawn where nothing was entered,
-/// and no line joins values with such a gap between them. Draws the 12 names with the most care entries.
-/// @param totals  Rows of any group.
-/// @param period  The length of time of a row: a day, a week or a month.
+/// and no line joins values with such a gap between them. Draws the 12 names with the most care entries. The totals may
+/// be of any group; `period` is the length of time of each row: a day, a week or a month.
 PLANTJOURNAL_REPORT_API PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals, PlantPeriod period,
                                                          double width = PlantChartWidth);
 
-/// Draws the millilitres of water and feed for each period.
-/// @param waterings  Totals of the action `Water`, one row a period.
-/// @param feedings  Totals of the action `Feed`, one row a period.
-/// @param period  The length of time of a row: a day, a week or a month.
+/// Draws the millilitres of water and feed for each period. `waterings` are totals of the action `Water` and `feedings`
+/// of the action `Feed`, one row a period; `period` is the length of time of each row: a day, a week or a month.
 PLANTJOURNAL_REPORT_API PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings,
                                                         const std::vector<PlantTotal>& feedings, PlantPeriod period,
                                                         double width = PlantChartWidth);
@@ -103,8 +100,8 @@ PLANTJOURNAL_REPORT_API PlantChart DrawPlantCareAmounts(const std::vector<PlantT
 PLANTJOURNAL_REPORT_API PlantChart DrawPlantHarvests(const std::vector<PlantHarvest>& harvests,
                                                      double width = PlantChartWidth);
 
-/// Draws mothers and their clones with their yields.
-/// @param plants  The roots and their descendants, in the order of `PlantLineage`; `Generation` 0 begins a tree.
+/// Draws mothers and their clones with their yields. `plants` are the roots and their descendants, in the order of
+/// `PlantLineage`; `Generation` 0 begins a tree.
 PLANTJOURNAL_REPORT_API PlantChart DrawPlantLineage(const std::vector<PlantRelative>& plants,
                                                     double width = PlantChartWidth);
 
@@ -141,8 +138,8 @@ PLANTJOURNAL_REPORT_API std::string PlantReportStyle();
 /// Writes a report as one HTML text in XML syntax. The text refers to no other file than the photos, holds no script,
 /// and forbids everything else by its Content-Security-Policy.
 ///
-/// Large journals are summed by week or month until a chart holds what a person can read.
-/// @param out  Receives the text; empty after an error.
+/// Large journals are summed by week or month until a chart holds what a person can read. `out` receives the text; it
+/// is empty after an error.
 PLANTJOURNAL_REPORT_API PlantQueryResult WritePlantReport(PlantDatabase& database, const PlantReportOptions& options,
                                                           std::string& out);
 
