@@ -129,7 +129,8 @@ PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings, const 
     constexpr double titleHeight = 26;
     constexpr double panelHeight = 100;
     PlantChart chart =
-        EmptyChart("Water and feed", "No feeding and no watering has an amount.", {"Date", "Water, ml", "Feed, ml"});
+        EmptyChart("Water and feed", "No feeding and no watering has an amount and a day of the calendar.",
+                   {"Date", "Water, ml", "Feed, ml"});
     std::vector<Given> givens;
     if (const Amounts amounts = AmountsOf(waterings); !amounts.empty())
         givens.push_back({"Water", "water", Role::Water, amounts});

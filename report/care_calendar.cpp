@@ -308,9 +308,8 @@ void DrawKey(Drawing& drawing, const std::vector<CountStep>& steps, const Calend
 std::string CalendarSentence(const CareCells& cells)
 {
     std::string sentence = Counted(cells.CareDays, "day", "days") + " of care " + DaysLabel(cells.First, cells.Last) +
-                           ": " + CareLabel(cells.Sum) +
-                           ". The larger and darker a cell, the more care there was that " + PeriodName(cells.Period) +
-                           ".";
+                           ": " + CareLabel(cells.Sum) + ". The larger a cell, the more care there was that " +
+                           PeriodName(cells.Period) + ".";
     if (cells.IsCut)
         sentence += " Earlier years are left out.";
     return sentence;

@@ -230,7 +230,7 @@ std::string HealthSentence(const HealthData& data, std::size_t others)
         Counted(data.Observations, "observation", "observations") + " " + DaysLabel(data.First, data.Last) + ".";
     if (data.Period != PlantPeriod::Day)
         sentence += std::string(" Each mark is the worst severity of a ") + PeriodName(data.Period) + ".";
-    sentence += " The larger and darker a mark, the more severe was the problem.";
+    sentence += " The larger a mark, the more severe was the problem.";
     if (others > 0)
         sentence += " " + Counted(others, "observation is", "observations are") +
                     " left out: not of the last ten years, or without a day.";

@@ -177,7 +177,7 @@ PlantPeriod ReadablePeriod(std::int64_t days, std::size_t names)
 void ReadTotals(PlantDatabase& database, const PlantReportOptions& options, PageData& data)
 {
     constexpr std::int64_t mostDaysByDay = 31;
-    constexpr std::int64_t mostDaysByWeek = 3 * 366;
+    constexpr std::int64_t mostDaysByWeek = 1098; // three years
     constexpr std::size_t mostPlants = 12;
     const std::int64_t days = DaysOfCare(data);
     const PlantTotalGroup group = data.Plants.size() <= mostPlants ? PlantTotalGroup::Plant : PlantTotalGroup::Strain;

@@ -54,8 +54,8 @@ std::string Photo(const std::string& name, const PlantPhoto& photo, const std::s
     std::string caption = DateLabel(photo.PhotoDate);
     if (!photo.Caption.empty())
         caption += (caption.empty() ? "" : ": ") + Shortened(photo.Caption, MostLettersOfCaption);
-    return "<li><figure><img src=\"" + Escaped(source) + "\" alt=\"" + Escaped("Photo of " + NameInSentence(name)) +
-           "\" loading=\"lazy\"/><figcaption>" + TextElement("b", Shortened(name, MostLettersOfCell)) + " " +
+    return R"(<li><figure><img src=")" + Escaped(source) + R"(" alt=")" + Escaped("Photo of " + NameInSentence(name)) +
+           R"(" loading="lazy"/><figcaption>)" + TextElement("b", Shortened(name, MostLettersOfCell)) + " " +
            TextElement("span", caption) + "</figcaption></figure></li>\n";
 }
 
@@ -73,9 +73,9 @@ std::string FoldedTable(const PlantChart& chart)
         areNumbers.push_back(IsColumnOfNumbers(chart, i));
     const std::size_t shown = std::min(chart.Rows.size(), MostRows);
     const bool isNarrow = chart.Columns.size() <= MostColumnsOfNarrowTable;
-    std::string html = "<details><summary>Figures: " + Counted(chart.Rows.size(), "row", "rows") +
-                       "</summary>\n<div class=\"" + (isNarrow ? "narrow-table " : "") +
-                       "table\" role=\"region\" tabindex=\"0\" aria-label=\"" + Escaped("Figures: " + chart.Heading) +
+    std::string html = "<details><summary>Figures: " + Counted(chart.Rows.size(), "row", "rows") + "</summary>\n" +
+                       R"(<div class=")" + (isNarrow ? "narrow-table " : "") +
+                       R"(table" role="region" tabindex="0" aria-label=")" + Escaped("Figures: " + chart.Heading) +
                        "\"><table>\n<thead>" + Row("th", chart.Columns, areNumbers) + "</thead>\n<tbody>\n";
     for (std::size_t i = 0; i < shown; ++i)
         html += Row("td", chart.Rows[i], areNumbers);

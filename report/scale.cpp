@@ -172,8 +172,12 @@ NumberScale::NumberScale(double least, double most, double begin, double end, in
     First = firstStep * step;
     Last = lastStep * step;
     const int decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
-    for (double i = firstStep; i <= lastStep; ++i)
-        Round.push_back({i * step, TickLabel(i * step, decimals)});
+    const auto steps = static_cast<int>(std::lround(lastStep - firstStep));
+    for (int i = 0; i <= steps; ++i)
+    {
+        const double value = (firstStep + i) * step;
+        Round.push_back({value, TickLabel(value, decimals)});
+    }
 }
 
 double NumberScale::operator()(double value) const

@@ -108,11 +108,11 @@ std::string Drawing::SVG(const std::string& id, const std::string& title, const 
     const std::string width = Place(PictureWidth);
     const std::string height = Place(PictureHeight);
     const std::string unique = id + "-" + width;
-    std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"plant-chart\" width=\"" + width +
-                      "\" height=\"" + height + "\" viewBox=\"0 0 " + width + " " + height +
-                      "\" font-family=\"sans-serif\" role=\"img\" aria-labelledby=\"" + unique + "-title " + unique +
-                      "-description\"><title id=\"" + unique + "-title\">" + Escaped(title) + "</title><desc id=\"" +
-                      unique + "-description\">" + Escaped(description) + "</desc>";
+    std::string svg = R"(<svg xmlns="http://www.w3.org/2000/svg" class="plant-chart" width=")" + width +
+                      R"(" height=")" + height + R"(" viewBox="0 0 )" + width + " " + height +
+                      R"(" font-family="sans-serif" role="img" aria-labelledby=")" + unique + "-title " + unique +
+                      R"(-description"><title id=")" + unique + R"(-title">)" + Escaped(title) +
+                      R"(</title><desc id=")" + unique + R"(-description">)" + Escaped(description) + "</desc>";
     return svg + Marks + "</svg>";
 }
 

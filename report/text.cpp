@@ -105,9 +105,11 @@ double LetterWidth(std::uint32_t code)
     return IsBetween(code, 'A', 'Z') ? 0.71 : 0.62;
 }
 
-// A direction that a name opens ends with the name.
-constexpr std::string_view FirstStrongIsolate = "\xE2\x81\xA8";
-constexpr std::string_view PopDirectionalIsolate = "\xE2\x81\xA9";
+// A direction that a name opens ends with the name: between FIRST STRONG ISOLATE and POP DIRECTIONAL ISOLATE.
+std::string Isolated(const std::string& name)
+{
+    return std::string({'\xE2', '\x81', '\xA8'}).append(name).append({'\xE2', '\x81', '\xA9'});
+}
 
 // Whether the character belongs to a script that is written from right to left, or changes the direction.
 bool HasDirection(std::uint32_t code)
@@ -192,12 +194,12 @@ std::string Shortened(std::string_view text, std::size_t letters)
 
 std::string NameInSentence(std::string_view name)
 {
-    const std::string text = Shortened(name, 60);
+    std::string text = Shortened(name, 60);
     for (std::size_t i = 0; i < text.size();)
     {
         const Character next = FirstCharacter(std::string_view(text).substr(i));
         if (HasDirection(next.Code))
-            return std::string(FirstStrongIsolate).append(text).append(PopDirectionalIsolate);
+            return Isolated(text);
         i += next.Bytes;
     }
     return text;

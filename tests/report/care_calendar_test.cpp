@@ -102,8 +102,8 @@ TEST(CareCalendarTest, FeedingsAndWateringsOfADayAreAddedUp)
     EXPECT_EQ(chart.Columns, (std::vector<std::string>{"Date", "Feedings", "Waterings"}));
     const SVGPicture picture(chart.SVG);
     EXPECT_EQ(picture.TitleOf(Cells(picture)["1 Jan 2024"]), "1 Jan 2024: 2 feedings, 3 waterings");
-    EXPECT_EQ(chart.Sentence, "2 days of care from 1 Jan 2024 to 3 Jan 2024: 3 feedings, 3 waterings. The larger and "
-                              "darker a cell, the more care there was that day.");
+    EXPECT_EQ(chart.Sentence, "2 days of care from 1 Jan 2024 to 3 Jan 2024: 3 feedings, 3 waterings. The larger "
+                              "a cell, the more care there was that day.");
 }
 
 TEST(CareCalendarTest, WithoutCareNothingIsDrawn)

@@ -88,7 +88,7 @@ TEST(HealthChartTest, ObservationsOfADayAndIssueAreOneMarkOfTheWorst)
     ASSERT_EQ(marks.size(), 2U);
     EXPECT_EQ(marks[0]["class"], "severity4");
     EXPECT_EQ(picture.TitleOf(marks[0]), "2024-01-01: severity 4, 3 observations, 2 plants");
-    EXPECT_EQ(chart.Sentence, "4 observations from 1 Jan 2024 to 4 Jan 2024. The larger and darker a mark, the more "
+    EXPECT_EQ(chart.Sentence, "4 observations from 1 Jan 2024 to 4 Jan 2024. The larger a mark, the more "
                               "severe was the problem.");
 }
 
