@@ -63,6 +63,7 @@ void PrintForPrograms(const Session& session, const std::vector<AnswerField<Answ
 {
     JSON array = JSON::Array();
     std::vector<std::string> cells;
+    cells.reserve(fields.size());
     for (const AnswerField<Answer>& field : fields)
         cells.push_back(field.Name);
     std::string lines;

@@ -11,8 +11,12 @@ UUIDTexts PlantLabels(const std::vector<Plant>& plants)
     for (const Plant& plant : plants)
     {
         std::string& label = labels.at(plant.UUID);
-        if (!plant.Name.empty())
-            label = uses.at(WithoutCase(plant.Name)) == 1 ? plant.Name : plant.Name + " (" + label + ')';
+        if (plant.Name.empty())
+            continue;
+        if (uses.at(WithoutCase(plant.Name)) == 1)
+            label = plant.Name;
+        else
+            label.insert(0, plant.Name + " (").append(")");
     }
     return labels;
 }

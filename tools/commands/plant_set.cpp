@@ -92,7 +92,7 @@ std::string FirstDate(const PlantSetOptions& options)
 std::string LastDate(const PlantSetOptions& options)
 {
     const std::string first = FirstDate(options);
-    const std::string last = DateFrom(options.To.value_or(""));
+    std::string last = DateFrom(options.To.value_or(""));
     if (!last.empty() && first > last && !first.starts_with(last)) // --to 2025 includes the year
         RefuseUsage("--from " + InQuotes(first) + " is later than --to " + InQuotes(last) + "; swap them");
     return last;
