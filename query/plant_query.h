@@ -174,7 +174,7 @@ PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantCalendar(PlantDatabase& databa
 ///
 /// Records dated after `today` are left out; a date that begins with `today`, for example one with a time of day, is
 /// not after it. A number of days is known if both dates are days and the second is not the earlier one. Where "or
-/// else" names another date, it is used only if the first is empty, not where the first is no day of the calendar.
+/// else" names another date, it is used only if the first is empty. A first date that is not a calendar day is used.
 struct PlantStatus
 {
     std::string PlantUUID;              ///< The UUID of the plant.

@@ -107,7 +107,7 @@ std::vector<int> LevelsOf(const StrainWeights& strain, const NumberScale& scale)
 
 double OffsetOf(int level)
 {
-    const double steps = (level + 1) / 2; // NOLINT(bugprone-integer-division): 0, 1, 1, 2, 2 ...
+    const int steps = (level + 1) / 2; // 0, 1, 1, 2, 2 ...
     return (level % 2 == 0 ? 1 : -1) * steps * (2 * DotRadius + 0.5);
 }
 

@@ -205,8 +205,7 @@ void AddMonths(PlantChart& chart, const std::vector<CareYear>& years)
 PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double width)
 {
     using namespace plant_report;
-    PlantChart chart =
-        EmptyChart("Care by calendar year", "There is no care in a second calendar year.", {"By the end of"});
+    PlantChart chart = EmptyChart("Care by calendar year", "No second calendar year has care.", {"By the end of"});
     std::vector<CareYear> years = YearsOf(CareByDay(days));
     if (years.size() < 2)
         return chart;

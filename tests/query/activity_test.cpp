@@ -242,7 +242,7 @@ TEST_F(QueryActivityTest, AnEventHidesAnOwnDateEvenIfTheTextLeavesItOut)
     EXPECT_EQ(Texts(), Lines{"lamp"});
     Filter.Fold = [kinds = 0](const std::string& text) mutable -> std::string
     { return text == "Flip" && ++kinds == 2 ? "hidden" : text; }; // the second is the kind of the event
-    EXPECT_EQ(Texts(), Lines{}) << "the date of the plant is no second activity";
+    EXPECT_EQ(Texts(), Lines{}) << "the date of the plant is not listed a second time";
 }
 
 TEST_F(QueryActivityTest, OldestFirstIsTheReverse)

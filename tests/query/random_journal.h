@@ -9,7 +9,7 @@
 namespace support
 {
 
-// The dates of random journals. Some are no days of the calendar.
+// The dates of random journals. Some are not days of the calendar.
 const std::vector<std::string>& RandomDates();
 
 // The names of strains, tents and plants in random journals.

@@ -87,7 +87,7 @@ TEST(YearsChartTest, CareOnTheLastDayOfAMonthBelongsToIt)
 
 TEST(YearsChartTest, WithoutASecondYearNothingIsDrawn)
 {
-    const std::string missing = "There is no care in a second calendar year.";
+    const std::string missing = "No second calendar year has care.";
     ExpectNothingDrawn(DrawPlantYears({}), missing);
     ExpectNothingDrawn(DrawPlantYears({{"2024-01-01", "Feed", 1}, {"2024-12-31", "Feed", 1}}), missing);
     ExpectNothingDrawn(DrawPlantYears({{"2023", "Feed", 1}, {"2022-01-01", "Photo", 1}, {"2024-12-31", "Feed", 1}}),
