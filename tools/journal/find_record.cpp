@@ -27,6 +27,7 @@ template <typename Record>
 std::string Suggestion(const std::string& named, const std::vector<Record>& records, const std::string& otherwise)
 {
     std::vector<std::string> names;
+    names.reserve(records.size());
     for (const Record& record : records)
         names.push_back(record.Name);
     std::vector<std::string> nearest = Nearest(named, names);
