@@ -64,7 +64,7 @@ class ActivityReader
     PlantDatabase& Database;
     const PlantActivityFilter& Filter;
     ActivityTexts Texts;
-    std::string AfterTo;
+    std::optional<std::string> AfterTo;
     bool EveryPlant;
     std::vector<SetPlant> Plants;
     std::unordered_map<std::string_view, const SetPlant*> PlantsByUUID;
@@ -109,14 +109,14 @@ template <typename Add> void ActivityReader::ForPlants(Statement& rows, const Ad
 void ActivityReader::ReadTable(const ActivityTable& table)
 {
     std::string sql = std::string(table.Select) + " WHERE " + table.Date + ">=?1";
-    if (!Filter.To.empty())
+    if (AfterTo)
         sql += std::string(" AND ") + table.Date + "<?2";
     if (!EveryPlant)
         sql += " AND PlantUUID=?3";
     Statement rows(Database.NativeHandle(), table.Step, sql);
     rows.Bind(1, Filter.From);
-    if (!Filter.To.empty())
-        rows.Bind(2, AfterTo);
+    if (AfterTo)
+        rows.Bind(2, *AfterTo);
     ForPlants(rows, [&] { AddRows(table, rows); });
 }
 
@@ -195,7 +195,7 @@ void ActivityReader::AddOwnDates()
         {
             const std::string& date = plant.*own.Date;
             const std::string kind = own.Kind;
-            const bool isBetween = date >= Filter.From && (Filter.To.empty() || date < AfterTo);
+            const bool isBetween = date >= Filter.From && (!AfterTo || date < *AfterTo);
             if (!date.empty() && isBetween && Fits(Filter.Kinds, kind) && known.count({plant.UUID, kind, date}) == 0)
                 added.push_back({date, kind, "", plant.UUID, plant.Name, PlantActivityRecord::Plant, plant.ID});
         }

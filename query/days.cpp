@@ -88,9 +88,15 @@ std::int64_t FirstOfMonth(std::int64_t daysSinceEpoch)
     return daysSinceEpoch - ToCivil(daysSinceEpoch).Day + 1;
 }
 
-std::string AfterDate(const std::string& last)
+std::optional<std::string> AfterDate(std::string last)
 {
-    return last + '\xFF'; // which no UTF-8 text contains
+    constexpr char greatest = '\xFF';
+    while (!last.empty() && last.back() == greatest)
+        last.pop_back();
+    if (last.empty())
+        return std::nullopt;
+    last.back() = static_cast<char>(static_cast<unsigned char>(last.back()) + 1);
+    return last;
 }
 
 } // namespace plant_query

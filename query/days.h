@@ -21,7 +21,8 @@ std::int64_t MondayOf(std::int64_t daysSinceEpoch);
 // The first day of the day's month.
 std::int64_t FirstOfMonth(std::int64_t daysSinceEpoch);
 
-// A text that is greater than `last` and every date that begins with it, and less than all later dates.
-std::string AfterDate(const std::string& last);
+// The least text that is greater than `last` and every text that begins with it, in the order of bytes. No value where
+// every text that is greater begins with it.
+std::optional<std::string> AfterDate(std::string last);
 
 } // namespace plant_query

@@ -93,7 +93,7 @@ class StatusReader
 };
 
 StatusReader::StatusReader(sqlite3* connection, const std::string& today, std::int64_t day)
-    : Today(day), AfterToday(AfterDate(today)), FirstHealthDate(DayText(day - DaysOfHealth + 1)),
+    : Today(day), AfterToday(AfterDate(today).value_or("")), FirstHealthDate(DayText(day - DaysOfHealth + 1)),
       Events(connection, "reading the events",
              "SELECT EventDate,EventType,Details FROM PlantEvents WHERE PlantUUID=? AND EventDate<? AND "
              "EventType IN ('Clone','Flip','Harvest','Stage') ORDER BY EventDate DESC,ID DESC;"),

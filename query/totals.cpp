@@ -111,17 +111,17 @@ std::size_t CareTotals::GroupNamed(std::string_view name)
 void CareTotals::Read(sqlite3* connection)
 {
     const bool everyPlant = IsEveryPlant(Filter.Plants);
-    const std::string afterTo = AfterDate(Filter.To);
+    const std::optional<std::string> afterTo = AfterDate(Filter.To);
     std::string sql = "SELECT PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,RunoffMl FROM PlantCareEntries "
                       "WHERE CareDate>=?1";
-    if (!Filter.To.empty())
+    if (afterTo)
         sql += " AND CareDate<?2";
     if (!everyPlant)
         sql += " AND PlantUUID=?3";
     Statement rows(connection, "reading the care entries", sql);
     rows.Bind(1, Filter.From);
-    if (!Filter.To.empty())
-        rows.Bind(2, afterTo);
+    if (afterTo)
+        rows.Bind(2, *afterTo);
     if (everyPlant)
         AddEntries(rows);
     else

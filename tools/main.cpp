@@ -42,10 +42,23 @@ void AddCommands(CLI::App& program, Session& session)
     AddUndoCommand(program, session);
 }
 
+// The flags in a command line, without their values.
+TypedFlags FlagsIn(const std::vector<std::string>& arguments)
+{
+    TypedFlags flags;
+    for (const std::string& argument : arguments)
+        if (argument == "--")
+            break;
+        else if (argument.starts_with("--"))
+            flags.insert(argument.substr(0, argument.find('=')));
+    return flags;
+}
+
 // The session ends before the output is flushed: if no process reads it, that can end the process.
 int RunCommand(const std::vector<std::string>& arguments)
 {
     Session session;
+    session.Flags = FlagsIn(arguments);
     return RunProgram(
         arguments, [&](CLI::App& program) { AddCommands(program, session); }, StoredNamesOf);
 }

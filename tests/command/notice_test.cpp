@@ -73,6 +73,27 @@ TEST_F(NoticeTest, AnUnlikelyValueIsStoredWithOneLineOfNotice)
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 2U);
 }
 
+TEST_F(NoticeTest, AMessageNamesTheFlagAsItWasTyped)
+{
+    const auto flagIn = [](const std::string& message)
+    {
+        const std::size_t begin = message.find("--");
+        return message.substr(begin, message.find(' ', begin) - begin);
+    };
+    const std::string future = "9999";
+    EXPECT_EQ(flagIn(NoticesOf({"water", "b1", "--date", future})), "--date");
+    EXPECT_EQ(flagIn(NoticesOf({"water", "b1", "--care-date", future})), "--care-date");
+    EXPECT_EQ(flagIn(NoticesOf({"care", "add", "b1", "--care-date=" + future})), "--care-date");
+    EXPECT_EQ(flagIn(NoticesOf({"note", "b1", "sunny", "--entry-date", future})), "--entry-date");
+    EXPECT_EQ(flagIn(NoticesOf({"top", "b1", "--date", future})), "--date");
+    EXPECT_EQ(flagIn(NoticesOf({"harvest", "add", "b1", "--harvest-date", future, "--wet", "1"})), "--harvest-date");
+    EXPECT_EQ(flagIn(NoticesOf({"harvest", "edit", "b1", "--dry", "2g"})), "--dry");
+    EXPECT_EQ(flagIn(NoticesOf({"harvest", "edit", "b1", "--dry-weight-g", "3"})), "--dry-weight-g");
+    EXPECT_EQ(flagIn(Mistaken({"harvest", "edit", "b1", "--wet=-2"})), "--wet");
+    EXPECT_EQ(flagIn(NoticesOf({"health", "add", "b1", "--observation-date", future, "--", "--date"})),
+              "--observation-date"); // the issue is "--date"
+}
+
 TEST_F(NoticeTest, ALargeNumberIsWrittenWithoutAnExponent)
 {
     Done({"plant", "add", "Mint"});

@@ -61,4 +61,15 @@ TEST(DaysTest, AWeekBeginsOnItsMonday)
     EXPECT_EQ(monday("1900-01-01"), "1900-01-01");
 }
 
+TEST(DaysTest, TheTextAfterADateIsTheLeastOfThoseAfterIt)
+{
+    EXPECT_EQ(AfterDate("2025-03-09"), "2025-03-0:");
+    EXPECT_EQ(AfterDate("2025-03"), "2025-04");
+    EXPECT_EQ(AfterDate("2025\xFF\xFF"), "2026");
+    EXPECT_EQ(AfterDate("2025\x7F"), "2025\x80");
+    EXPECT_EQ(AfterDate(std::string("2025\0", 5)), "2025\x01");
+    EXPECT_EQ(AfterDate("\xFF\xFF"), std::nullopt);
+    EXPECT_EQ(AfterDate(""), std::nullopt);
+}
+
 } // namespace

@@ -15,25 +15,35 @@
 namespace
 {
 
+// The flag of a field as it was typed. A date that was not typed has --date.
+template <typename Record> std::string FlagOf(const Field<Record>& field, const TypedFlags& typed)
+{
+    const std::string shortName = ShortFlagName(field);
+    const std::string name = FlagName(field.Name);
+    const bool isShort = typed.contains(shortName) || (field.Used == Use::Day && !typed.contains(name));
+    return isShort ? shortName : name;
+}
+
 // The flag and the value, as in `--ph "15"`.
-template <typename Record> std::string FlagAndValue(const std::string& name, const Record& record)
+template <typename Record>
+std::string FlagAndValue(const std::string& name, const Record& record, const TypedFlags& typed)
 {
     const std::vector<Field<Record>>& fields = Describe<Record>().Fields;
     const auto field =
         std::find_if(fields.begin(), fields.end(), [&](const Field<Record>& known) { return known.Name == name; });
-    return (field->Used == Use::Day ? "--date" : FlagName(name)) + ' ' + InQuotes(TextWithoutExponent(*field, record));
+    return FlagOf(*field, typed) + ' ' + InQuotes(TextWithoutExponent(*field, record));
 }
 
 template <typename Record>
 Notices Check(const std::vector<PlantProblem>& problems, const Record& record, const std::string& what,
-              const std::optional<FieldNames>& sets)
+              const TypedFlags& typed, const std::optional<FieldNames>& sets)
 {
     Notices notices;
     for (const PlantProblem& problem : problems)
     {
         if (sets && !sets->contains(problem.Field) && !sets->contains(problem.OtherField))
             continue;
-        const std::string text = Printable(FlagAndValue(problem.Field, record) + ": " + problem.Description);
+        const std::string text = Printable(FlagAndValue(problem.Field, record, typed) + ": " + problem.Description);
         if (problem.Kind == PlantProblemKind::Impossible)
             RefuseUsage(Printable(what) + ": " + text);
         notices.push_back({Printable(what), text});
@@ -44,27 +54,30 @@ Notices Check(const std::vector<PlantProblem>& problems, const Record& record, c
 } // namespace
 
 template <typename Record>
-Notices CheckValues(const Record& record, const Plant& plant, const std::optional<FieldNames>& sets)
+Notices CheckValues(const Record& record, const Plant& plant, const TypedFlags& typed,
+                    const std::optional<FieldNames>& sets)
 {
     return Check(Validate(record, plant, PlantEventCurrentDate()), record,
-                 std::string(Describe<Record>().Command) + " of " + DisplayName(plant), sets);
+                 std::string(Describe<Record>().Command) + " of " + DisplayName(plant), typed, sets);
 }
 
-template Notices CheckValues(const PlantEvent&, const Plant&, const std::optional<FieldNames>&);
-template Notices CheckValues(const PlantCareEntry&, const Plant&, const std::optional<FieldNames>&);
-template Notices CheckValues(const HarvestRecord&, const Plant&, const std::optional<FieldNames>&);
-template Notices CheckValues(const PlantPhoto&, const Plant&, const std::optional<FieldNames>&);
-template Notices CheckValues(const PlantHealthObservation&, const Plant&, const std::optional<FieldNames>&);
-template Notices CheckValues(const PlantJournalEntry&, const Plant&, const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantEvent&, const Plant&, const TypedFlags&, const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantCareEntry&, const Plant&, const TypedFlags&, const std::optional<FieldNames>&);
+template Notices CheckValues(const HarvestRecord&, const Plant&, const TypedFlags&, const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantPhoto&, const Plant&, const TypedFlags&, const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantHealthObservation&, const Plant&, const TypedFlags&,
+                             const std::optional<FieldNames>&);
+template Notices CheckValues(const PlantJournalEntry&, const Plant&, const TypedFlags&,
+                             const std::optional<FieldNames>&);
 
 Notices CheckValues(const Plant& plant, const std::optional<FieldNames>& sets)
 {
-    return Check(Validate(plant, PlantEventCurrentDate()), plant, "plant " + DisplayName(plant), sets);
+    return Check(Validate(plant, PlantEventCurrentDate()), plant, "plant " + DisplayName(plant), {}, sets);
 }
 
 Notices CheckValues(const Strain& strain, const std::optional<FieldNames>& sets)
 {
-    return Check(Validate(strain), strain, "strain " + strain.Name, sets);
+    return Check(Validate(strain), strain, "strain " + strain.Name, {}, sets);
 }
 
 void Append(Notices& notices, const Notices& more)

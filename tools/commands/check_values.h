@@ -1,5 +1,6 @@
 #pragma once
 
+#include "journal/session.h"
 #include "record/fields.h"
 
 #include <optional>
@@ -11,7 +12,7 @@
 //
 //     Notices notices;
 //     for (const Plant& plant : plants)
-//         Append(notices, CheckValues(entry, plant));
+//         Append(notices, CheckValues(entry, plant, session.Flags));
 //     PrintNotices(notices);
 //     session.Write();
 
@@ -25,11 +26,13 @@ struct Notice
 using Notices = std::vector<Notice>;
 
 // Returns the unlikely values of a record of `plant`. Throws a mistake in the command line (exit status 2) for an
-// impossible value. An edit passes the fields that it `sets`: only problems in which one of them takes part count.
+// impossible value. A message names a flag as it was `typed`. An edit passes the fields that it `sets`: only problems
+// in which one of them takes part count.
 template <typename Record>
-[[nodiscard]] Notices CheckValues(const Record& record, const Plant& plant, const std::optional<FieldNames>& sets = {});
+[[nodiscard]] Notices CheckValues(const Record& record, const Plant& plant, const TypedFlags& typed,
+                                  const std::optional<FieldNames>& sets = {});
 
-// Likewise for a plant or a strain.
+// Likewise for a plant or a strain, whose values have one flag each.
 [[nodiscard]] Notices CheckValues(const Plant& plant, const std::optional<FieldNames>& sets = {});
 [[nodiscard]] Notices CheckValues(const Strain& strain, const std::optional<FieldNames>& sets = {});
 

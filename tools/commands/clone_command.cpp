@@ -112,7 +112,8 @@ void ClonePlant(Session& session, const CloneRequest& request)
     std::vector<NewClone> clones;
     for (const std::string& name : NewNames(plants, mother, request))
         clones.push_back(CloneOf(mother, name, date));
-    PrintNotices(CheckValues(clones.front().MothersEvent, mother)); // the other events have the same date
+    PrintNotices(
+        CheckValues(clones.front().MothersEvent, mother, session.Flags)); // the other events have the same date
     session.Write();
     const NameNotices names(session);
     StoreAll(session, clones);

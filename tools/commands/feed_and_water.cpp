@@ -168,7 +168,7 @@ void RecordCare(Session& session, const CareRequest& request, PlantCareAction ac
     const std::vector<Plant> selected = SelectPlants(plants, selection);
     Notices notices;
     for (const Plant& plant : selected)
-        Append(notices, CheckValues(entry, plant));
+        Append(notices, CheckValues(entry, plant, session.Flags));
     PrintNotices(notices);
     Outcome outcome(session, selection.RecordsStored());
     StoreForEach(session, selected, entry, outcome);

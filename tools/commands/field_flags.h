@@ -20,6 +20,15 @@
 // The flag of `FlipHeightCm` is `--flip-height-cm`.
 std::string FlagName(const std::string& field);
 
+// The second flag of a field, such as `--date` of `CareDate`; empty without one.
+template <typename Record> std::string ShortFlagName(const Field<Record>& field)
+{
+    const std::string name = field.Name;
+    if (name == "WetWeightG" || name == "DryWeightG")
+        return name == "WetWeightG" ? "--wet" : "--dry";
+    return field.Used == Use::Mother ? "--mother" : field.Used == Use::Day ? "--date" : "";
+}
+
 // How help and completion describe a field's value.
 std::string FlagType(const std::string& field, Use use, const ConstValueRef& value);
 
@@ -56,7 +65,7 @@ template <typename Record> class FieldFlags
                 continue;
             const bool positional = purpose == FlagsFor::Add && (use == Use::Title || use == Use::Words);
             AddFlag(command,
-                    {FlagName(field.Name) + Alias(field) + (positional ? std::string(",") + field.Name : ""),
+                    {Joined({FlagName(field.Name), ShortFlagName(field), positional ? field.Name : ""}, ","),
                      field.Help, FlagType(field.Name, use, ValueIn(field, defaults)),
                      positional && use == Use::Title ? Need::Required : Need::Optional,
                      [&field](const std::string& text) { return Objection(text, field); },
@@ -98,14 +107,6 @@ template <typename Record> class FieldFlags
         const Field<Record>* Of;
         std::optional<std::string> Text;
     };
-
-    static const char* Alias(const Field<Record>& field)
-    {
-        const std::string name = field.Name;
-        if (name == "WetWeightG" || name == "DryWeightG")
-            return name == "WetWeightG" ? ",--wet" : ",--dry";
-        return field.Used == Use::Mother ? ",--mother" : field.Used == Use::Day ? ",--date" : "";
-    }
 
     // What a new record gets without the flag, where a user cannot guess it.
     static std::string Default(const Field<Record>& field, const Record& defaults)

@@ -75,7 +75,7 @@ void AddNotes(Session& session, const NoteRequest& request)
     {
         entries.push_back(pattern);
         entries.back().PlantUUID = plant.UUID;
-        Append(notices, CheckValues(entries.back(), plant));
+        Append(notices, CheckValues(entries.back(), plant, session.Flags));
     }
     PrintNotices(notices);
     StoreAll(session, plants, entries);

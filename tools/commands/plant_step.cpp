@@ -68,7 +68,7 @@ void StoreAndReportSteps(Session& session, std::vector<PlantStep>& steps, Record
 {
     Notices notices;
     for (const PlantStep& step : steps)
-        Append(notices, CheckValues(step.Event, step.Of));
+        Append(notices, CheckValues(step.Event, step.Of, session.Flags));
     PrintNotices(notices);
     if (!steps.empty())
         StoreSteps(session, steps);

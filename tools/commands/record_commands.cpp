@@ -36,7 +36,8 @@ void CheckBeforeWriting(const Session& session, const Plant& plant, Record& reco
     Notices notices;
     if constexpr (std::is_same_v<Record, PlantPhoto>)
         notices = TakeValuesFromFile(record, plant, session.Path(), given);
-    Append(notices, record.ID == 0 ? CheckValues(record, plant) : CheckValues(record, plant, given));
+    Append(notices, record.ID == 0 ? CheckValues(record, plant, session.Flags)
+                                   : CheckValues(record, plant, session.Flags, given));
     PrintNotices(notices);
 }
 

@@ -5,8 +5,11 @@
 #include "plant_query.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
+
+using TypedFlags = std::set<std::string>;
 
 // One run of the command on one journal.
 class Session
@@ -15,6 +18,7 @@ class Session
     std::optional<std::string> File; // --file
     bool AsJSON = false;             // --json
     bool Quiet = false;              // --quiet
+    TypedFlags Flags;                // in the command line, as they were typed
 
     Session();
     // Stores what `undo` needs. A failure is reported as a notice on standard error.
