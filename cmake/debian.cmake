@@ -12,7 +12,8 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=") # any later version with the same major version also works
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS # not installed yet
-    ${CMAKE_BINARY_DIR} ${CMAKE_BINARY_DIR}/file ${CMAKE_BINARY_DIR}/query ${CMAKE_BINARY_DIR}/report)
+    ${CMAKE_BINARY_DIR} ${CMAKE_BINARY_DIR}/file ${CMAKE_BINARY_DIR}/query ${CMAKE_BINARY_DIR}/report
+    ${CMAKE_BINARY_DIR}/validation)
 set(what "Stores plants and their lineage, strains, a timeline, feedings, harvests,
 photos, health observations and notes in one file.")
 

@@ -1,10 +1,11 @@
-// A program that uses four libraries: stores a plant under a UUID that it creates, inspects the file, asks how the
-// plant is, and writes a report.
+// A program that uses the libraries: stores a plant under a UUID that it creates, inspects the file, asks how the plant
+// is, writes a report, and validates the plant.
 
 #include "plant_database.h"
 #include "plant_file.h"
 #include "plant_query.h"
 #include "plant_report.h"
+#include "plant_validation.h"
 
 #include <iostream>
 
@@ -27,6 +28,10 @@ int main()
     options.Today = PlantEventCurrentDate();
     std::string page;
     if (!WritePlantReport(journal, options, page) || page.find("<html") == std::string::npos)
+        return 1;
+    std::vector<PlantProblem> problems;
+    if (!Validate(basil, journal, problems) || !problems.empty() || Validate(Strain{}).size() != 1 ||
+        ParsePlantStage("Veg") != basil.Stage || Explain(journal, PlantEvent{}).find("refused") != 0)
         return 1;
     std::cout << PlantFileKindName(file.Kind) << ", " << PlantStageName(plants[0].Stage) << ", " << plants[0].Name
               << '\n';

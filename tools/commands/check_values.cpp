@@ -43,6 +43,8 @@ Notices Check(const std::vector<PlantProblem>& problems, const Record& record, c
     {
         if (sets && !sets->contains(problem.Field) && !sets->contains(problem.OtherField))
             continue;
+        if (problem.Kind == PlantProblemKind::Refused) // the command refuses it in its own words
+            continue;
         const std::string text = Printable(FlagAndValue(problem.Field, record, typed) + ": " + problem.Description);
         if (problem.Kind == PlantProblemKind::Impossible)
             RefuseUsage(Printable(what) + ": " + text);

@@ -1,5 +1,6 @@
 #include "record/text.h"
 
+#include "plant_validation.h"
 #include "record/nearest.h"
 
 #include <algorithm>
@@ -19,6 +20,28 @@ char LowerLetter(char letter)
 
 template <typename Type>
 concept Enumeration = std::is_enum_v<Type>;
+
+// All values of an enumeration, which its argument only selects.
+const auto& ValuesLike(PlantStage /*any*/)
+{
+    return PlantStages;
+}
+const auto& ValuesLike(PlantSex /*any*/)
+{
+    return PlantSexes;
+}
+const auto& ValuesLike(PlantEventType /*any*/)
+{
+    return PlantEventTypes;
+}
+const auto& ValuesLike(PlantCareAction /*any*/)
+{
+    return PlantCareActions;
+}
+const auto& ValuesLike(PlantJournalType /*any*/)
+{
+    return PlantJournalTypes;
+}
 
 const char* EnumerationName(PlantStage value)
 {
@@ -41,17 +64,15 @@ const char* EnumerationName(PlantJournalType value)
     return PlantJournalTypeName(value);
 }
 
-// Returns the names of all values, in their order. Numbers beyond the last value repeat a name.
+// Returns the names of all values, in their order.
 template <Enumeration Type> std::vector<std::string> AllNames()
 {
+    const auto& values = ValuesLike(Type{});
     std::vector<std::string> names;
-    for (int number = 0;; ++number)
-    {
-        const std::string name = EnumerationName(static_cast<Type>(number));
-        if (std::find(names.begin(), names.end(), name) != names.end())
-            return names;
-        names.push_back(name);
-    }
+    names.reserve(values.size());
+    for (const Type value : values)
+        names.emplace_back(EnumerationName(value));
+    return names;
 }
 
 template <typename Number> void ParseInto(const std::string& text, Number& out)
@@ -81,7 +102,7 @@ template <Enumeration Type> void ParseInto(const std::string& text, Type& out)
     if (name == names.end())
         throw BadValue(
             Joined({InQuotes(text) + " is not one of " + Joined(names, ", "), DidYouMean(Nearest(text, names))}, "; "));
-    out = static_cast<Type>(std::distance(names.begin(), name));
+    out = ValuesLike(Type{}).at(static_cast<std::size_t>(std::distance(names.begin(), name)));
 }
 
 template <typename Number> std::string PlainText(Number value)

@@ -47,6 +47,7 @@ void WarnOfValues(const ImportedTables& tables, const KnownPlants& plants, Impor
                  {
                      for (const ImportedRow<Record>& row : table.Rows)
                          for (const PlantProblem& problem : ProblemsOf(row.Value, plants, today))
-                             warnings.Add([&] { return WarningText(table, row, problem); });
+                             if (problem.Kind != PlantProblemKind::Refused) // transfer/rules.h refuses these rows
+                                 warnings.Add([&] { return WarningText(table, row, problem); });
                  });
 }

@@ -2,6 +2,7 @@
 
 #include "plant_validation.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -21,20 +22,40 @@ Findings TextsOf(const std::vector<PlantProblem>& problems)
 {
     Findings texts;
     for (const PlantProblem& problem : problems)
-        texts.push_back(problem.Field +
-                        (problem.Kind == PlantProblemKind::Impossible ? " impossible: " : " unlikely: ") +
-                        problem.Description);
+        texts.push_back(
+            problem.Field +
+            std::array{" refused: ", " impossible: ", " unlikely: "}.at(static_cast<std::size_t>(problem.Kind)) +
+            problem.Description);
     return texts;
+}
+
+// The record with the texts that may not be empty.
+template <typename Record> Record Complete(Record record)
+{
+    if constexpr (requires { record.PlantUUID; })
+        record.PlantUUID = "plant";
+    if constexpr (requires { record.FilePath; })
+        record.FilePath = "leaf.jpg";
+    if constexpr (requires { record.Issue; })
+        record.Issue = "Aphids";
+    if constexpr (requires { record.FloweringWeeks; })
+        record.Name = "Genovese";
+    return record;
 }
 
 template <typename Record> Findings FindingsOf(const Record& record, const Plant& plant = {})
 {
-    return TextsOf(Validate(record, plant, Today));
+    return TextsOf(Validate(Complete(record), plant, Today));
 }
 
 Findings FindingsOf(const Plant& plant)
 {
     return TextsOf(Validate(plant, Today));
+}
+
+Findings FindingsOf(const Strain& strain)
+{
+    return TextsOf(Validate(Complete(strain)));
 }
 
 Plant Sown(const std::string& seedDate, const std::string& cloneDate = {})
@@ -63,15 +84,16 @@ void ExpectRange(double Record::*member, const std::string& field, double least,
         EXPECT_EQ(with(most), Findings{}) << field;
         EXPECT_EQ(with(std::nextafter(most, infinity)), Findings{field + " impossible: " + reason});
     }
-    for (const double value : {infinity, -infinity, std::nan("")})
+    for (const double value : {infinity, -infinity})
         EXPECT_EQ(with(value), Findings{field + " impossible: the number is not finite"}) << value;
+    EXPECT_EQ(with(std::nan("")), Findings{field + " refused: the value is not a number"});
 }
 
 constexpr double NoLimit = std::numeric_limits<double>::infinity();
 
-TEST(ValidationTest, EmptyRecordsHaveNoProblems)
+TEST(ValueRuleTest, ARecordWithOnlyTheMandatoryTextsHasNoProblems)
 {
-    EXPECT_EQ(TextsOf(Validate(Strain{})), Findings{});
+    EXPECT_EQ(FindingsOf(Strain{}), Findings{});
     EXPECT_EQ(FindingsOf(Plant{}), Findings{});
     EXPECT_EQ(FindingsOf(PlantEvent{}), Findings{});
     EXPECT_EQ(FindingsOf(PlantCareEntry{}), Findings{});
@@ -81,7 +103,7 @@ TEST(ValidationTest, EmptyRecordsHaveNoProblems)
     EXPECT_EQ(FindingsOf(PlantJournalEntry{}), Findings{});
 }
 
-TEST(ValidationTest, NumbersHaveTheLimitsOfTheirKind)
+TEST(ValueRuleTest, NumbersHaveTheLimitsOfTheirKind)
 {
     ExpectRange(&PlantCareEntry::AmountMl, "AmountMl", 0, NoLimit, "the amount cannot be negative");
     ExpectRange(&PlantCareEntry::EC, "EC", 0, NoLimit, "the EC cannot be negative");
@@ -94,11 +116,11 @@ TEST(ValidationTest, NumbersHaveTheLimitsOfTheirKind)
     ExpectRange(&Plant::FinalHeightCm, "FinalHeightCm", 0, NoLimit, "the height cannot be negative");
 }
 
-TEST(ValidationTest, CountsAreNotNegative)
+TEST(ValueRuleTest, CountsAreNotNegative)
 {
     Strain strain;
     strain.FloweringWeeks = -1;
-    EXPECT_EQ(TextsOf(Validate(strain)), Findings{"FloweringWeeks impossible: the flowering time cannot be negative"});
+    EXPECT_EQ(FindingsOf(strain), Findings{"FloweringWeeks impossible: the flowering time cannot be negative"});
     HarvestRecord record;
     record.SeedYield = -1;
     EXPECT_EQ(FindingsOf(record), Findings{"SeedYield impossible: the number of seeds cannot be negative"});
@@ -106,7 +128,7 @@ TEST(ValidationTest, CountsAreNotNegative)
     EXPECT_EQ(FindingsOf(record), Findings{});
 }
 
-TEST(ValidationTest, ASeverityIsFrom1To5)
+TEST(ValueRuleTest, ASeverityIsFrom1To5)
 {
     PlantHealthObservation observation;
     for (const int severity : {1, 2, 3, 4, 5})
@@ -147,7 +169,7 @@ template <typename Check> void ForEachDate(const std::string& date, const Plant&
     checkRecord(PlantJournalEntry{}, &PlantJournalEntry::EntryDate, "EntryDate");
 }
 
-TEST(ValidationTest, EveryDateIsOneOfThreeFormsOrEmpty)
+TEST(ValueRuleTest, EveryDateIsOneOfThreeFormsOrEmpty)
 {
     int dates = 0;
     for (const char* date : {"", "2026", "2026-05", "2026-05-20"})
@@ -166,7 +188,7 @@ TEST(ValidationTest, EveryDateIsOneOfThreeFormsOrEmpty)
                 });
 }
 
-TEST(ValidationTest, ADateInTheFutureIsUnlikely)
+TEST(ValueRuleTest, ADateInTheFutureIsUnlikely)
 {
     for (const char* date : {"2026-05-21", "2026-06", "2027"})
         ForEachDate(date, {},
@@ -174,7 +196,7 @@ TEST(ValidationTest, ADateInTheFutureIsUnlikely)
                     { EXPECT_EQ(findings, Findings{field + " unlikely: the date is in the future"}); });
 }
 
-TEST(ValidationTest, ADateBeforeThePlantBeganIsUnlikely)
+TEST(ValueRuleTest, ADateBeforeThePlantBeganIsUnlikely)
 {
     const auto expect = [](const Plant& plant, const std::string& date, const std::string& reason)
     {
@@ -212,7 +234,7 @@ TEST(ValidationTest, ADateBeforeThePlantBeganIsUnlikely)
     EXPECT_EQ(records, 6);
 }
 
-TEST(ValidationTest, TheDatesOfAPlantAreInTheirOrder)
+TEST(ValueRuleTest, TheDatesOfAPlantAreInTheirOrder)
 {
     const auto findingsWith = [](std::string Plant::*member, const std::string& date, const Plant& plant)
     {
@@ -244,7 +266,7 @@ TEST(ValidationTest, TheDatesOfAPlantAreInTheirOrder)
               Findings{"HarvestDate unlikely: the date is before the flip to flower (2026-05-01)"});
 }
 
-TEST(ValidationTest, LargeAmountsAndTheECOfOtherUnitsAreUnlikely)
+TEST(ValueRuleTest, LargeAmountsAndTheECOfOtherUnitsAreUnlikely)
 {
     PlantCareEntry entry;
     entry.AmountMl = 100'000;
@@ -259,7 +281,7 @@ TEST(ValidationTest, LargeAmountsAndTheECOfOtherUnitsAreUnlikely)
                                            "RunoffMl unlikely: the runoff is above 100 l; the journal expects ml"}));
 }
 
-TEST(ValidationTest, ARunoffAboveTheAmountIsUnlikely)
+TEST(ValueRuleTest, ARunoffAboveTheAmountIsUnlikely)
 {
     PlantCareEntry entry;
     entry.RunoffMl = 500;
@@ -270,7 +292,7 @@ TEST(ValidationTest, ARunoffAboveTheAmountIsUnlikely)
     EXPECT_EQ(FindingsOf(entry), Findings{"RunoffMl unlikely: the runoff is above the amount given"});
 }
 
-TEST(ValidationTest, ADryWeightAboveTheWetWeightIsUnlikely)
+TEST(ValueRuleTest, ADryWeightAboveTheWetWeightIsUnlikely)
 {
     HarvestRecord record;
     record.DryWeightG = 100;
@@ -281,7 +303,7 @@ TEST(ValidationTest, ADryWeightAboveTheWetWeightIsUnlikely)
     EXPECT_EQ(FindingsOf(record), Findings{"DryWeightG unlikely: the dry weight is above the wet weight"});
 }
 
-TEST(ValidationTest, AFinalHeightBelowTheFlipHeightIsUnlikely)
+TEST(ValueRuleTest, AFinalHeightBelowTheFlipHeightIsUnlikely)
 {
     Plant plant;
     plant.FlipHeightCm = 40;
@@ -292,25 +314,25 @@ TEST(ValidationTest, AFinalHeightBelowTheFlipHeightIsUnlikely)
     EXPECT_EQ(FindingsOf(plant), Findings{"FinalHeightCm unlikely: the final height is below the height at the flip"});
 }
 
-TEST(ValidationTest, AFloweringTimeAbove52WeeksIsUnlikely)
+TEST(ValueRuleTest, AFloweringTimeAbove52WeeksIsUnlikely)
 {
     Strain strain;
     strain.FloweringWeeks = 52;
-    EXPECT_EQ(TextsOf(Validate(strain)), Findings{});
+    EXPECT_EQ(FindingsOf(strain), Findings{});
     strain.FloweringWeeks = 53;
-    EXPECT_EQ(TextsOf(Validate(strain)), Findings{"FloweringWeeks unlikely: the flowering time is above 52 weeks"});
+    EXPECT_EQ(FindingsOf(strain), Findings{"FloweringWeeks unlikely: the flowering time is above 52 weeks"});
 }
 
-TEST(ValidationTest, AProblemOfTwoFieldsNamesTheOther)
+TEST(ValueRuleTest, AProblemOfTwoFieldsNamesTheOther)
 {
     PlantCareEntry entry;
     entry.AmountMl = 1;
     entry.RunoffMl = 2;
-    EXPECT_EQ(Validate(entry, {}, Today).at(0).OtherField, "AmountMl");
+    EXPECT_EQ(Validate(Complete(entry), {}, Today).at(0).OtherField, "AmountMl");
     HarvestRecord record;
     record.WetWeightG = 1;
     record.DryWeightG = 2;
-    EXPECT_EQ(Validate(record, {}, Today).at(0).OtherField, "WetWeightG");
+    EXPECT_EQ(Validate(Complete(record), {}, Today).at(0).OtherField, "WetWeightG");
     Plant plant;
     plant.FlipHeightCm = 2;
     plant.FinalHeightCm = 1;
@@ -325,7 +347,7 @@ TEST(ValidationTest, AProblemOfTwoFieldsNamesTheOther)
     EXPECT_EQ(Validate(plant, Today).at(0).OtherField, "FlipDate");
     record = {};
     record.HarvestDate = "2026-05-01"; // compared with a date of another record
-    EXPECT_EQ(Validate(record, plant, Today).at(0).OtherField, "");
+    EXPECT_EQ(Validate(Complete(record), plant, Today).at(0).OtherField, "");
 }
 
 } // namespace
