@@ -15,10 +15,10 @@ namespace plant_report
 namespace
 {
 
-constexpr std::int64_t MostDaysByDay = 732;
-constexpr std::int64_t MostDaysByWeek = 3660;
+constexpr std::int64_t MostDaysOfDayCells = 732;
+constexpr std::int64_t MostDaysOfWeekCells = 3660;
 constexpr std::int64_t MostYears = 40;
-constexpr double LabelSize = 11;
+constexpr double CellLabelSize = 11;
 constexpr double LabelHeight = 18;
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -61,8 +61,8 @@ CareCells CellsOf(std::map<std::int64_t, CareCount> days)
     cells.First = days.begin()->first;
     cells.CareDays = days.size();
     const std::int64_t length = cells.Last - cells.First + 1;
-    if (length > MostDaysByDay)
-        cells.Period = length > MostDaysByWeek ? PlantPeriod::Month : PlantPeriod::Week;
+    if (length > MostDaysOfDayCells)
+        cells.Period = length > MostDaysOfWeekCells ? PlantPeriod::Month : PlantPeriod::Week;
     for (const auto& [day, care] : days)
     {
         CareCount& cell = cells.Care[CellOf(day, cells.Period)];
@@ -227,7 +227,7 @@ void DrawMonthsAndDays(Drawing& drawing, const CalendarGrid& grid)
         {
             taken = 0;
             for (const auto& [day, name] : {std::pair{0.5, "Mon"}, {2.5, "Wed"}, {4.5, "Fri"}, {6.5, "Sun"}})
-                drawing.Text(grid.Left - 6, top + day * grid.Height + 4, name, Anchor::End, Role::Faint, LabelSize);
+                drawing.Text(grid.Left - 6, top + day * grid.Height + 4, name, Anchor::End, Role::Faint, CellLabelSize);
         }
         const std::int64_t month = FirstOfMonth(monday + 6); // that of the Sunday
         const bool beginsMonth = month >= monday;
@@ -237,10 +237,10 @@ void DrawMonthsAndDays(Drawing& drawing, const CalendarGrid& grid)
         const bool isBeforeJanuary = name == "Dec" && grid.Columns > 5 && grid.Last - monday > 35;
         if (name != "Jan" && (!beginsStrip || isBeforeJanuary)) // the year is named once
             label = name;
-        if (!(beginsStrip || beginsMonth) || x < taken || x + TextWidth(label, LabelSize) > drawing.Width())
+        if (!(beginsStrip || beginsMonth) || x < taken || x + TextWidth(label, CellLabelSize) > drawing.Width())
             continue;
-        drawing.Text(x, top - 6, label, Anchor::Start, Role::Faint, LabelSize);
-        taken = x + TextWidth(label, LabelSize) + 5;
+        drawing.Text(x, top - 6, label, Anchor::Start, Role::Faint, CellLabelSize);
+        taken = x + TextWidth(label, CellLabelSize) + 5;
     }
 }
 
@@ -250,15 +250,15 @@ void DrawMonthsAndYears(Drawing& drawing, const CalendarGrid& grid)
     constexpr std::array<const char*, 12> months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     const double year = grid.Width * static_cast<double>(grid.Columns);
-    const std::size_t each = year / 12 > TextWidth("May ", LabelSize) ? 1 : 3;
+    const std::size_t each = year / 12 > TextWidth("May ", CellLabelSize) ? 1 : 3;
     for (std::size_t month = 0; month < months.size(); month += each)
         drawing.Text(grid.Left + year * static_cast<double>(month) / 12, LabelHeight - 6, months.at(month),
-                     Anchor::Start, Role::Faint, LabelSize);
+                     Anchor::Start, Role::Faint, CellLabelSize);
     for (std::int64_t row = grid.First; row <= grid.Last; ++row)
     {
         const double bottom = grid.RowTop(row + 1);
         drawing.Line(grid.Left, bottom, grid.Left + year, bottom, Role::Line);
-        drawing.Text(grid.Left - 6, bottom - 6, std::to_string(row), Anchor::End, Role::Faint, LabelSize);
+        drawing.Text(grid.Left - 6, bottom - 6, std::to_string(row), Anchor::End, Role::Faint, CellLabelSize);
     }
 }
 
@@ -278,10 +278,10 @@ struct CalendarKey
     CalendarKey(const std::vector<CountStep>& steps, PlantPeriod period, double width, double top)
         : Words(std::string("Feedings and waterings a ") + PeriodName(period)), Top(top)
     {
-        const double words = TextWidth(Words, LabelSize) + 14;
+        const double words = TextWidth(Words, CellLabelSize) + 14;
         double room = words;
         for (const CountStep& step : steps)
-            room += KeyCell + 18 + TextWidth(StepLabel(step), LabelSize);
+            room += KeyCell + 18 + TextWidth(StepLabel(step), CellLabelSize);
         StepsLeft = room <= width + 14 ? words : 0;
         StepsTop = room <= width + 14 ? top : top + 20;
     }
@@ -293,15 +293,15 @@ struct CalendarKey
 
 void DrawKey(Drawing& drawing, const std::vector<CountStep>& steps, const CalendarKey& key)
 {
-    drawing.Text(0, key.Top + 12, key.Words, Anchor::Start, Role::Faint, LabelSize);
+    drawing.Text(0, key.Top + 12, key.Words, Anchor::Start, Role::Faint, CellLabelSize);
     KeyLines line(key.StepsLeft, drawing.Width(), key.StepsTop);
     for (const CountStep& step : steps)
     {
         const std::string label = StepLabel(step);
-        const double x = line.Place(KeyCell + 4 + TextWidth(label, LabelSize));
+        const double x = line.Place(KeyCell + 4 + TextWidth(label, CellLabelSize));
         const double side = KeyCell * step.Side;
         drawing.Rect(x + (KeyCell - side) / 2, line.Middle() - side / 2, side, side, step.Colour);
-        drawing.Text(x + KeyCell + 4, line.Baseline(), label, Anchor::Start, Role::Faint, LabelSize);
+        drawing.Text(x + KeyCell + 4, line.Baseline(), label, Anchor::Start, Role::Faint, CellLabelSize);
     }
 }
 

@@ -17,8 +17,8 @@ namespace
 {
 
 constexpr std::size_t MostIssues = 12;
-constexpr std::int64_t MostDaysByDay = 183;
-constexpr std::int64_t MostDaysByWeek = 732;
+constexpr std::int64_t MostDaysOfDayMarks = 183;
+constexpr std::int64_t MostDaysOfWeekMarks = 732;
 constexpr std::int64_t MostDays = 3660;
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -111,8 +111,8 @@ HealthData DataOf(const std::multimap<std::int64_t, const PlantHealth*>& days)
     data.Last = days.rbegin()->first;
     data.Observations = days.size();
     const std::int64_t length = data.Last - data.First + 1;
-    if (length > MostDaysByDay)
-        data.Period = length > MostDaysByWeek ? PlantPeriod::Month : PlantPeriod::Week;
+    if (length > MostDaysOfDayMarks)
+        data.Period = length > MostDaysOfWeekMarks ? PlantPeriod::Month : PlantPeriod::Week;
 
     std::map<std::string, IssueRow> byIssue;
     for (const auto& [day, health] : days)
@@ -133,7 +133,7 @@ HealthData DataOf(const std::multimap<std::int64_t, const PlantHealth*>& days)
 // ---------------------------------------------------------------------------------------------------------------------
 // Scales
 
-constexpr double RowHeight = 26;
+constexpr double IssueRowHeight = 26;
 
 // The size of a mark says the severity, as its colour does.
 double RadiusOf(int severity)
@@ -182,7 +182,7 @@ void DrawSightings(Drawing& drawing, const IssueRow& row, const HealthData& data
         if (data.Period == PlantPeriod::Day)
             DrawSeverity(drawing, x, middle, sighting.Worst, title);
         else
-            DrawSeverityBar(drawing, x, middle + RowHeight / 2 - 3,
+            DrawSeverityBar(drawing, x, middle + IssueRowHeight / 2 - 3,
                             std::max(1.0, 0.9 * (scale(static_cast<double>(NextPeriod(period, data.Period))) - x)),
                             sighting.Worst, title);
     }
@@ -190,14 +190,14 @@ void DrawSightings(Drawing& drawing, const IssueRow& row, const HealthData& data
 
 void DrawIssues(Drawing& drawing, const HealthData& data, const DayScale& scale, double namesEnd, double top)
 {
-    double middle = top + RowHeight / 2;
+    double middle = top + IssueRowHeight / 2;
     for (const IssueRow& row : data.Issues)
     {
         drawing.Text(namesEnd, middle + 4, row.Issue, Anchor::End, Role::Ink, 12, namesEnd - 0.5);
-        const double line = data.Period == PlantPeriod::Day ? middle : middle + RowHeight / 2 - 3;
+        const double line = data.Period == PlantPeriod::Day ? middle : middle + IssueRowHeight / 2 - 3;
         drawing.Line(namesEnd + 8, line, drawing.Width(), line, Role::Line);
         DrawSightings(drawing, row, data, scale, middle);
-        middle += RowHeight;
+        middle += IssueRowHeight;
     }
 }
 
@@ -259,7 +259,7 @@ PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations, double 
     const DayScale scale(byDay ? data.First : PeriodOf(data.First, data.Period),
                          byDay ? data.Last : NextPeriod(PeriodOf(data.Last, data.Period), data.Period), namesEnd + 20,
                          DrawnWidth(width) - RadiusOf(5) - 2);
-    const double bottom = KeyHeight + static_cast<double>(data.Issues.size()) * RowHeight;
+    const double bottom = KeyHeight + static_cast<double>(data.Issues.size()) * IssueRowHeight;
 
     Drawing drawing(DrawnWidth(width), bottom + AxisHeight);
     DrawAxisBelow(drawing, scale.Ticks(), scale, KeyHeight, bottom, namesEnd, drawing.Width());

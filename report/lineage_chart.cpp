@@ -11,8 +11,8 @@ namespace plant_report
 namespace
 {
 
-constexpr std::size_t MostPlants = 60;
-constexpr double RowHeight = 24;
+constexpr std::size_t MostPlantsOfTrees = 60;
+constexpr double PlantRowHeight = 24;
 constexpr std::int64_t DeepestIndent = 8; // deeper generations are drawn as deep as this one
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -41,7 +41,7 @@ Tree RowsOf(const std::vector<Tree>& trees)
     Tree rows;
     for (const Tree& tree : trees)
         rows.insert(rows.end(), tree.begin(), tree.end());
-    rows.resize(std::min(rows.size(), MostPlants));
+    rows.resize(std::min(rows.size(), MostPlantsOfTrees));
     return rows;
 }
 
@@ -94,7 +94,7 @@ void DrawBranches(Drawing& drawing, const Tree& rows, const LineageLayout& layou
     for (std::size_t i = 0; i < rows.size(); ++i)
     {
         const std::int64_t depth = DepthOf(*rows[i]);
-        const double y = layout.Top + (static_cast<double>(i) + 0.5) * RowHeight;
+        const double y = layout.Top + (static_cast<double>(i) + 0.5) * PlantRowHeight;
         const double x = static_cast<double>(depth) * layout.Indent + 5;
         const auto mother = lowest.lower_bound(depth);
         if (mother != lowest.begin())
@@ -110,7 +110,7 @@ void DrawBranches(Drawing& drawing, const Tree& rows, const LineageLayout& layou
 
 void DrawRows(Drawing& drawing, const Tree& rows, const LineageLayout& layout, const NumberScale& scale)
 {
-    double middle = layout.Top + RowHeight / 2;
+    double middle = layout.Top + PlantRowHeight / 2;
     for (const PlantRelative* plant : rows)
     {
         const double x = static_cast<double>(DepthOf(*plant)) * layout.Indent + 5;
@@ -132,7 +132,7 @@ void DrawRows(Drawing& drawing, const Tree& rows, const LineageLayout& layout, c
                          std::string(name).append(": ").append(yield));
         }
         drawing.Text(labelLeft, middle + 4, yield, Anchor::Start, dry > 0 ? Role::Ink : Role::Faint);
-        middle += RowHeight;
+        middle += PlantRowHeight;
     }
 }
 
@@ -176,7 +176,7 @@ PlantChart DrawPlantLineage(const std::vector<PlantRelative>& plants, double wid
     const LineageLayout layout = LayoutOf(rows, DrawnWidth(width));
     const NumberScale scale(0, most, layout.BarLeft, layout.Right, 3);
 
-    Drawing drawing(DrawnWidth(width), layout.Top + static_cast<double>(rows.size()) * RowHeight);
+    Drawing drawing(DrawnWidth(width), layout.Top + static_cast<double>(rows.size()) * PlantRowHeight);
     DrawBranches(drawing, rows, layout);
     DrawRows(drawing, rows, layout, scale);
 

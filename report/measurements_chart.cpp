@@ -191,11 +191,11 @@ std::vector<Section> SectionsOf(const std::vector<NameMeasured>& names)
     return sections;
 }
 
-constexpr double HeadingHeight = 26;
+constexpr double SectionHeadingHeight = 26;
 
 double HeightOf(const Section& section, const Panels& panels)
 {
-    return HeadingHeight + static_cast<double>(section.Rows(panels)) * panels.RowHeight() + AxisHeight;
+    return SectionHeadingHeight + static_cast<double>(section.Rows(panels)) * panels.RowHeight() + AxisHeight;
 }
 
 void DrawSection(Drawing& drawing, const Section& section, const Panels& panels, PlantPeriod period, double top)
@@ -207,7 +207,7 @@ void DrawSection(Drawing& drawing, const Section& section, const Panels& panels,
         const NameMeasured& name = *section.Names[i];
         const std::size_t row = i / panels.Columns;
         const double left = panels.Left + static_cast<double>(i % panels.Columns) * panels.Pitch;
-        const double titleTop = top + HeadingHeight + static_cast<double>(row) * panels.RowHeight();
+        const double titleTop = top + SectionHeadingHeight + static_cast<double>(row) * panels.RowHeight();
         const double panelTop = titleTop + Panels::Title;
         const double bottom = panelTop + panels.Height;
         const DayScale days(section.Range.First, section.Range.Last, left + 4, left + panels.Width - 4);

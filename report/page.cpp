@@ -13,7 +13,6 @@ namespace plant_report
 namespace
 {
 
-constexpr std::size_t MostLettersOfTitle = 200;
 constexpr std::size_t MostPhotos = 60;
 constexpr std::size_t MostNamesOfSet = 20;
 

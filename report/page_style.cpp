@@ -68,7 +68,7 @@ th{position:static}
 )css";
 
 // The colours of what is around the charts.
-std::string Colours(const char* RoleColour::*theme)
+std::string ThemeColours(const char* RoleColour::*theme)
 {
     return std::string(":root{--ink:") + ColourOf(Role::Ink).*theme + ";--faint:" + ColourOf(Role::Faint).*theme +
            ";--line:" + ColourOf(Role::Line).*theme + ";--ground:" + ColourOf(Role::Ground).*theme + "}\n";
@@ -78,8 +78,8 @@ std::string Colours(const char* RoleColour::*theme)
 
 std::string PageStyle()
 {
-    return ":root{color-scheme:light dark}\n" + Colours(&RoleColour::Light) +
-           "@media screen and (prefers-color-scheme:dark){\n" + Colours(&RoleColour::Dark) + "}\n" + Everywhere;
+    return ":root{color-scheme:light dark}\n" + ThemeColours(&RoleColour::Light) +
+           "@media screen and (prefers-color-scheme:dark){\n" + ThemeColours(&RoleColour::Dark) + "}\n" + Everywhere;
 }
 
 } // namespace plant_report

@@ -10,7 +10,7 @@ namespace
 
 // Colours that are compared with each other differ by 12 or more in CIELAB, also for people who do not see red, green
 // or blue. Words within a bar of a stage can be read on it. The blue and the orange are near those of Okabe and Ito.
-constexpr std::array<RoleColour, 27> Colours = {{
+constexpr std::array<RoleColour, 27> RoleColours = {{
     {Role::Ink, "ink", "#1f2328", "#e8eaed"},
     {Role::Faint, "faint", "#59626c", "#a3adb8"},
     {Role::Line, "line", "#d5dae0", "#3b444d"},
@@ -44,7 +44,7 @@ constexpr std::array<RoleColour, 27> Colours = {{
 std::string Rules(const char* RoleColour::*colour)
 {
     std::string rules;
-    for (const RoleColour& role : Colours)
+    for (const RoleColour& role : RoleColours)
         rules += std::string(".plant-chart .") + role.Class + "{--colour:" + role.*colour + "}\n";
     return rules;
 }
@@ -53,7 +53,7 @@ std::string Rules(const char* RoleColour::*colour)
 
 const RoleColour& ColourOf(Role role)
 {
-    return Colours.at(static_cast<std::size_t>(role));
+    return RoleColours.at(static_cast<std::size_t>(role));
 }
 
 std::string PaletteStyle()

@@ -4,7 +4,6 @@
 #include "text.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace plant_report
@@ -48,9 +47,6 @@ double Place(double value, double first, double last, double begin, double end)
     return begin + (std::clamp(value, first, last) - first) / (last - first) * (end - begin);
 }
 
-constexpr std::array<const char*, 12> Months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-
 // A day of the calendar, by its parts.
 struct Day
 {
@@ -76,7 +72,7 @@ std::int64_t MonthBegin(std::int64_t year, std::int64_t month)
 
 const char* MonthName(const Day& day)
 {
-    return Months.at(static_cast<std::size_t>(day.Month - 1));
+    return MonthNames.at(static_cast<std::size_t>(day.Month - 1));
 }
 
 // Adds the year to the labels where it changes, or to the first label where it never does.

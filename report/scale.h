@@ -1,12 +1,17 @@
 // Scales: from the grower's units to places in a picture, with round ticks.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace plant_report
 {
+
+// The short names of the months.
+constexpr std::array<const char*, 12> MonthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 struct Tick
 {

@@ -13,7 +13,7 @@ namespace plant_report
 namespace
 {
 
-constexpr std::size_t MostPlants = 40;
+constexpr std::size_t MostPlantBars = 40;
 
 struct StageBar
 {
@@ -173,7 +173,7 @@ PlantChart DrawPlantStages(const std::vector<PlantStageSpan>& spans, double widt
     std::vector<PlantBars> plants = BarsOf(spans);
     if (plants.empty())
         return chart;
-    const std::size_t more = plants.size() - std::min(plants.size(), MostPlants);
+    const std::size_t more = plants.size() - std::min(plants.size(), MostPlantBars);
     plants.erase(plants.begin(), plants.begin() + static_cast<std::ptrdiff_t>(more));
 
     const StagesLayout layout(plants, DrawnWidth(width));

@@ -8,8 +8,6 @@ namespace plant_report
 namespace
 {
 
-constexpr std::size_t MostLettersOfTitle = 200;
-
 std::string Place(double value)
 {
     return NumberText(value, 1); // a tenth of a pixel

@@ -8,6 +8,9 @@
 namespace plant_report
 {
 
+// A longer title of a page or a mark is shortened.
+constexpr std::size_t MostLettersOfTitle = 200;
+
 // A text for XML: special characters are escaped, and what XML or HTML cannot hold (control characters, broken UTF-8)
 // becomes U+FFFD, so that the page stays well-formed whatever a journal holds.
 std::string Escaped(std::string_view text);

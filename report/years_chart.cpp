@@ -1,12 +1,12 @@
 #include "axes.h"
 #include "care_days.h"
+#include "scale.h"
 #include "text.h"
 #include "words.h"
 
 #include "days.h"
 
 #include <algorithm>
-#include <array>
 
 namespace plant_report
 {
@@ -14,11 +14,8 @@ namespace plant_report
 namespace
 {
 
-constexpr std::size_t MostYears = 10;
+constexpr std::size_t MostYearLines = 10;
 constexpr std::int64_t DaysOfYear = 366; // 29 February has a place in each year
-
-constexpr std::array<const char*, 12> Months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Data
@@ -63,7 +60,7 @@ std::vector<CareYear> YearsOf(const std::map<std::int64_t, CareCount>& days)
 
 std::int64_t LastDayOfMonth(std::size_t month)
 {
-    if (month + 1 == Months.size())
+    if (month + 1 == MonthNames.size())
         return DaysOfYear - 1;
     const std::string next = std::to_string(month + 2);
     return DayInYear((next.size() < 2 ? "-0" : "-") + next + "-01") - 1;
@@ -157,12 +154,12 @@ void DrawMonths(Drawing& drawing, const YearScale& days, double top, double bott
 {
     const double month = days(31) - days(0);
     const std::size_t named = month < TextWidth("Mar", 12) + 6 ? 3 : 1;
-    for (std::size_t i = 0; i < Months.size(); ++i)
+    for (std::size_t i = 0; i < MonthNames.size(); ++i)
     {
         const double x = days(i == 0 ? 0 : LastDayOfMonth(i - 1) + 1);
         drawing.Line(x, top, x, bottom, Role::Line);
         if (i % named == 0)
-            drawing.Text(x + month / 2, bottom + 15, Months.at(i), Anchor::Middle, Role::Faint);
+            drawing.Text(x + month / 2, bottom + 15, MonthNames.at(i), Anchor::Middle, Role::Faint);
     }
 }
 
@@ -184,9 +181,9 @@ void AddMonths(PlantChart& chart, const std::vector<CareYear>& years)
 {
     for (const CareYear& year : years)
         chart.Columns.push_back(year.Year);
-    for (std::size_t month = 0; month < Months.size(); ++month)
+    for (std::size_t month = 0; month < MonthNames.size(); ++month)
     {
-        AddRow(chart, {Months.at(month)});
+        AddRow(chart, {MonthNames.at(month)});
         const std::int64_t before = month == 0 ? -1 : LastDayOfMonth(month - 1);
         for (const CareYear& year : years)
         {
@@ -209,7 +206,7 @@ PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double widt
     std::vector<CareYear> years = YearsOf(CareByDay(days));
     if (years.size() < 2)
         return chart;
-    const std::size_t more = years.size() - std::min(years.size(), MostYears);
+    const std::size_t more = years.size() - std::min(years.size(), MostYearLines);
     years.erase(years.begin(), years.begin() + static_cast<std::ptrdiff_t>(more));
 
     constexpr double top = 24;

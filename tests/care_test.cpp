@@ -17,12 +17,14 @@ using namespace support;
 namespace
 {
 
-constexpr auto Insert = "INSERT INTO PlantCareEntries(TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,"
-                        "RunoffMl,Notes) VALUES(?,?,?,?,?,?,?,?,?,?);";
-constexpr auto Update = "UPDATE PlantCareEntries SET TimelineEventID=?,CareDate=?,Action=?,Product=?,AmountMl=?,EC=?,"
-                        "PH=?,RunoffMl=?,Notes=? WHERE ID=? AND PlantUUID=?;";
+constexpr auto InsertCare =
+    "INSERT INTO PlantCareEntries(TimelineEventID,PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,"
+    "RunoffMl,Notes) VALUES(?,?,?,?,?,?,?,?,?,?);";
+constexpr auto UpdateCare =
+    "UPDATE PlantCareEntries SET TimelineEventID=?,CareDate=?,Action=?,Product=?,AmountMl=?,EC=?,"
+    "PH=?,RunoffMl=?,Notes=? WHERE ID=? AND PlantUUID=?;";
 constexpr auto GetLink = "SELECT COALESCE(TimelineEventID,0) FROM PlantCareEntries WHERE ID=?;";
-constexpr auto Delete = "DELETE FROM PlantCareEntries WHERE ID=?;";
+constexpr auto DeleteCare = "DELETE FROM PlantCareEntries WHERE ID=?;";
 
 class CareTest : public JournalTest
 {
@@ -150,15 +152,15 @@ TEST_F(CareTest, EachOperationRunsItsStatements)
 {
     PlantCareEntry entry = Watering();
     EXPECT_EQ(StatementsOf([&] { Repository.CreatePlantCareEntry(entry); }),
-              (Statements{SQL::Begin, SQL::InsertEvent, Insert, SQL::Commit}));
+              (Statements{SQL::Begin, SQL::InsertEvent, InsertCare, SQL::Commit}));
     EXPECT_EQ(StatementsOf([&] { Repository.UpdatePlantCareEntry(entry); }),
-              (Statements{SQL::Begin, SQL::UpdateEvent, Update, SQL::Commit}));
+              (Statements{SQL::Begin, SQL::UpdateEvent, UpdateCare, SQL::Commit}));
     std::vector<PlantCareEntry> entries;
     EXPECT_EQ(StatementsOf([&] { Repository.ListPlantCareEntries(Basil.UUID, entries); }),
               (Statements{"SELECT ID,COALESCE(TimelineEventID,0),PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,"
                           "RunoffMl,Notes FROM PlantCareEntries WHERE PlantUUID=? ORDER BY CareDate DESC,ID DESC;"}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeletePlantCareEntry(entry.ID); }),
-              (Statements{GetLink, SQL::Begin, Delete, SQL::DeleteEvent, SQL::Commit}));
+              (Statements{GetLink, SQL::Begin, DeleteCare, SQL::DeleteEvent, SQL::Commit}));
     EXPECT_EQ(RowCount("PlantCareEntries"), 0);
     EXPECT_EQ(RowCount("PlantEvents"), 3);
 }
@@ -169,10 +171,10 @@ TEST_F(CareTest, AnEntryWithoutAnEventRunsOtherStatements)
     ASSERT_TRUE(Repository.DeletePlantEvent(entry.TimelineEventID));
     entry.TimelineEventID = 0;
     EXPECT_EQ(StatementsOf([&] { Repository.UpdatePlantCareEntry(entry); }),
-              (Statements{SQL::Begin, SQL::InsertEvent, Update, SQL::Commit}));
+              (Statements{SQL::Begin, SQL::InsertEvent, UpdateCare, SQL::Commit}));
     ASSERT_TRUE(Repository.DeletePlantEvent(entry.TimelineEventID));
     EXPECT_EQ(StatementsOf([&] { Repository.DeletePlantCareEntry(entry.ID); }),
-              (Statements{GetLink, SQL::Begin, Delete, SQL::Commit}));
+              (Statements{GetLink, SQL::Begin, DeleteCare, SQL::Commit}));
 }
 
 TEST_F(CareTest, AnEntryOfAnUnknownPlantIsRefused)
@@ -216,14 +218,14 @@ TEST_F(CareTest, AnActionThatTheFileDoesNotAllowIsRolledBackWithItsEvent)
 
     PlantCareEntry entry = Feeding();
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.CreatePlantCareEntry(entry)); }),
-              (Statements{SQL::Begin, SQL::InsertEvent, Insert, SQL::Rollback}));
+              (Statements{SQL::Begin, SQL::InsertEvent, InsertCare, SQL::Rollback}));
     EXPECT_EQ(entry.TimelineEventID, stored.TimelineEventID + 1);
     EXPECT_EQ(entry.ID, 98);
 
     entry = stored;
     entry.Action = PlantCareAction::Feed;
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.UpdatePlantCareEntry(entry)); }),
-              (Statements{SQL::Begin, SQL::UpdateEvent, Update, SQL::Rollback}));
+              (Statements{SQL::Begin, SQL::UpdateEvent, UpdateCare, SQL::Rollback}));
     EXPECT_EQ(Content(), before);
 }
 
@@ -292,7 +294,7 @@ TEST_F(CareTest, AnUpdateWithTheIDOfADeletedEventIsRolledBack)
     const std::string before = Content();
     entry.AmountMl = 300;
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.UpdatePlantCareEntry(entry)); }),
-              (Statements{SQL::Begin, SQL::UpdateEvent, Update, SQL::Rollback}));
+              (Statements{SQL::Begin, SQL::UpdateEvent, UpdateCare, SQL::Rollback}));
     EXPECT_EQ(entry.TimelineEventID, 4);
     EXPECT_EQ(Content(), before);
 }
@@ -387,8 +389,8 @@ TEST_F(CareTest, ADeleteThatFailsHalfWayIsRolledBack)
     NewEntry();
     const std::string before = Content();
     const std::pair<const char*, Statements> cases[] = {
-        {"DELETE FROM PlantCareEntries", {GetLink, SQL::Begin, Delete, SQL::Rollback}},
-        {"DELETE FROM PlantEvents", {GetLink, SQL::Begin, Delete, SQL::DeleteEvent, SQL::Rollback}}};
+        {"DELETE FROM PlantCareEntries", {GetLink, SQL::Begin, DeleteCare, SQL::Rollback}},
+        {"DELETE FROM PlantEvents", {GetLink, SQL::Begin, DeleteCare, SQL::DeleteEvent, SQL::Rollback}}};
     for (const auto& [statement, expected] : cases)
         for (const SQLiteCall call : {SQLiteCall::Prepare, SQLiteCall::Bind, SQLiteCall::Step})
         {

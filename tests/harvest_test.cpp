@@ -17,12 +17,12 @@ namespace
 
 constexpr auto Get = "SELECT ID,COALESCE(TimelineEventID,0),PlantUUID,HarvestDate,WetWeightG,DryWeightG,QualityRating,"
                      "SeedYield,CureOutcome,Notes FROM HarvestRecords WHERE PlantUUID=?;";
-constexpr auto Insert = "INSERT INTO HarvestRecords(TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,"
-                        "QualityRating,SeedYield,CureOutcome,Notes) VALUES(?,?,?,?,?,?,?,?,?);";
-constexpr auto Update = "UPDATE HarvestRecords SET TimelineEventID=?,HarvestDate=?,WetWeightG=?,DryWeightG=?,"
-                        "QualityRating=?,SeedYield=?,CureOutcome=?,Notes=? WHERE ID=? AND PlantUUID=?;";
+constexpr auto InsertHarvest = "INSERT INTO HarvestRecords(TimelineEventID,PlantUUID,HarvestDate,WetWeightG,DryWeightG,"
+                               "QualityRating,SeedYield,CureOutcome,Notes) VALUES(?,?,?,?,?,?,?,?,?);";
+constexpr auto UpdateHarvest = "UPDATE HarvestRecords SET TimelineEventID=?,HarvestDate=?,WetWeightG=?,DryWeightG=?,"
+                               "QualityRating=?,SeedYield=?,CureOutcome=?,Notes=? WHERE ID=? AND PlantUUID=?;";
 constexpr auto MovePlant = "UPDATE Plants SET Stage='Harvested',HarvestDate=? WHERE UUID=?;";
-constexpr auto Delete = "DELETE FROM HarvestRecords WHERE PlantUUID=?;";
+constexpr auto DeleteHarvest = "DELETE FROM HarvestRecords WHERE PlantUUID=?;";
 
 class HarvestTest : public JournalTest
 {
@@ -156,15 +156,15 @@ TEST_F(HarvestTest, EachOperationRunsItsStatements)
 {
     HarvestRecord record = Full();
     const auto save = [&] { Repository.SaveHarvestRecord(Basil, record); };
-    EXPECT_EQ(StatementsOf(save), (Statements{SQL::Begin, SQL::InsertEvent, Insert, MovePlant, SQL::Commit}));
-    EXPECT_EQ(StatementsOf(save), (Statements{SQL::Begin, SQL::UpdateEvent, Update, MovePlant, SQL::Commit}));
+    EXPECT_EQ(StatementsOf(save), (Statements{SQL::Begin, SQL::InsertEvent, InsertHarvest, MovePlant, SQL::Commit}));
+    EXPECT_EQ(StatementsOf(save), (Statements{SQL::Begin, SQL::UpdateEvent, UpdateHarvest, MovePlant, SQL::Commit}));
     ASSERT_TRUE(Repository.DeletePlantEvent(record.TimelineEventID));
     record.TimelineEventID = 0;
-    EXPECT_EQ(StatementsOf(save), (Statements{SQL::Begin, SQL::InsertEvent, Update, MovePlant, SQL::Commit}));
+    EXPECT_EQ(StatementsOf(save), (Statements{SQL::Begin, SQL::InsertEvent, UpdateHarvest, MovePlant, SQL::Commit}));
 
     EXPECT_EQ(StatementsOf([&] { Repository.GetHarvestRecord(Basil.UUID, record); }), (Statements{Get}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeleteHarvestRecord(Basil.UUID); }),
-              (Statements{Get, SQL::Begin, Delete, SQL::DeleteEvent, SQL::Commit}));
+              (Statements{Get, SQL::Begin, DeleteHarvest, SQL::DeleteEvent, SQL::Commit}));
     EXPECT_EQ(StatementsOf([&] { Repository.DeleteHarvestRecord(Basil.UUID); }), (Statements{Get}));
     EXPECT_EQ(EventsOf(Basil), Rows());
 }
@@ -177,7 +177,7 @@ TEST_F(HarvestTest, ANewRecordKeepsTheEventThatItNames)
     HarvestRecord record = Full();
     record.TimelineEventID = event.ID;
     EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.SaveHarvestRecord(Basil, record)); }),
-              (Statements{SQL::Begin, SQL::UpdateEvent, Insert, MovePlant, SQL::Commit}));
+              (Statements{SQL::Begin, SQL::UpdateEvent, InsertHarvest, MovePlant, SQL::Commit}));
     EXPECT_EQ(record.ID, 2);
     EXPECT_EQ(Stored(Basil.UUID).TimelineEventID, event.ID);
     EXPECT_EQ(EventsOf(Basil).at(0).at(2), "Harvest");
@@ -228,7 +228,7 @@ TEST_F(HarvestTest, ASecondRecordOfAPlantIsRefused)
     const Plant plant = Thyme;
     HarvestRecord second = Full();
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.SaveHarvestRecord(Thyme, second)); }),
-              (Statements{SQL::Begin, SQL::InsertEvent, Insert, SQL::Rollback}));
+              (Statements{SQL::Begin, SQL::InsertEvent, InsertHarvest, SQL::Rollback}));
     EXPECT_EQ(second.ID, 0);
     EXPECT_EQ(second.TimelineEventID, 6);
     EXPECT_EQ(Thyme, plant);
@@ -318,7 +318,7 @@ TEST_F(HarvestTest, ASaveWithTheIDOfADeletedEventIsRolledBack)
     const std::string before = Content();
     record.WetWeightG = 1;
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.SaveHarvestRecord(Basil, record)); }),
-              (Statements{SQL::Begin, SQL::UpdateEvent, Update, SQL::Rollback}));
+              (Statements{SQL::Begin, SQL::UpdateEvent, UpdateHarvest, SQL::Rollback}));
     EXPECT_EQ(Content(), before);
 }
 
@@ -346,7 +346,7 @@ TEST_F(HarvestTest, ANewRecordWithAnUnknownEventIsRefused)
     HarvestRecord record = Full();
     record.TimelineEventID = 6;
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.SaveHarvestRecord(Basil, record)); }),
-              (Statements{SQL::Begin, SQL::UpdateEvent, Insert, SQL::Rollback}));
+              (Statements{SQL::Begin, SQL::UpdateEvent, InsertHarvest, SQL::Rollback}));
     EXPECT_EQ(record.ID, 0);
     EXPECT_EQ(Basil, plant);
     EXPECT_EQ(Content(), before);
@@ -439,7 +439,7 @@ TEST_F(HarvestTest, DeleteOfARecordWithoutAnEventRemovesTheRecord)
     ASSERT_TRUE(Repository.DeletePlantEvent(NewRecord().TimelineEventID));
     const int events = RowCount("PlantEvents");
     EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DeleteHarvestRecord(Basil.UUID)); }),
-              (Statements{Get, SQL::Begin, Delete, SQL::Commit}));
+              (Statements{Get, SQL::Begin, DeleteHarvest, SQL::Commit}));
     EXPECT_EQ(RowCount("HarvestRecords"), 1);
     EXPECT_EQ(RowCount("PlantEvents"), events);
 }
@@ -462,8 +462,8 @@ TEST_F(HarvestTest, ADeleteThatFailsHalfWayIsRolledBack)
     NewRecord();
     const std::string before = Content();
     const std::pair<const char*, Statements> cases[] = {
-        {"DELETE FROM HarvestRecords", {Get, SQL::Begin, Delete, SQL::Rollback}},
-        {"DELETE FROM PlantEvents", {Get, SQL::Begin, Delete, SQL::DeleteEvent, SQL::Rollback}}};
+        {"DELETE FROM HarvestRecords", {Get, SQL::Begin, DeleteHarvest, SQL::Rollback}},
+        {"DELETE FROM PlantEvents", {Get, SQL::Begin, DeleteHarvest, SQL::DeleteEvent, SQL::Rollback}}};
     for (const auto& [statement, expected] : cases)
     {
         const CallFailure failure(SQLiteCall::Step, 1, SQLITE_FULL, statement);

@@ -9,10 +9,12 @@ using namespace support;
 namespace
 {
 
-constexpr auto Insert = "INSERT INTO PlantHealthObservations(PlantUUID,ObservationDate,Issue,Severity,Treatment,Notes) "
-                        "VALUES(?,?,?,?,?,?);";
-constexpr auto Update = "UPDATE PlantHealthObservations SET ObservationDate=?,Issue=?,Severity=?,Treatment=?,Notes=? "
-                        "WHERE ID=? AND PlantUUID=?;";
+constexpr auto InsertHealth =
+    "INSERT INTO PlantHealthObservations(PlantUUID,ObservationDate,Issue,Severity,Treatment,Notes) "
+    "VALUES(?,?,?,?,?,?);";
+constexpr auto UpdateHealth =
+    "UPDATE PlantHealthObservations SET ObservationDate=?,Issue=?,Severity=?,Treatment=?,Notes=? "
+    "WHERE ID=? AND PlantUUID=?;";
 
 class HealthTest : public JournalTest
 {
@@ -83,8 +85,8 @@ TEST_F(HealthTest, EachOperationRunsItsStatement)
 {
     PlantHealthObservation observation = Full();
     std::vector<PlantHealthObservation> observations;
-    EXPECT_EQ(StatementsOf([&] { Repository.CreatePlantHealthObservation(observation); }), (Statements{Insert}));
-    EXPECT_EQ(StatementsOf([&] { Repository.UpdatePlantHealthObservation(observation); }), (Statements{Update}));
+    EXPECT_EQ(StatementsOf([&] { Repository.CreatePlantHealthObservation(observation); }), (Statements{InsertHealth}));
+    EXPECT_EQ(StatementsOf([&] { Repository.UpdatePlantHealthObservation(observation); }), (Statements{UpdateHealth}));
     EXPECT_EQ(StatementsOf([&] { Repository.ListPlantHealthObservations(Basil.UUID, observations); }),
               (Statements{"SELECT ID,PlantUUID,ObservationDate,Issue,Severity,Treatment,Notes FROM "
                           "PlantHealthObservations WHERE PlantUUID=? ORDER BY ObservationDate DESC,ID DESC;"}));

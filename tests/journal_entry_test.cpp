@@ -9,8 +9,10 @@ using namespace support;
 namespace
 {
 
-constexpr auto Insert = "INSERT INTO PlantJournalEntries(PlantUUID,EntryDate,Type,Details) VALUES(?,?,?,?);";
-constexpr auto Update = "UPDATE PlantJournalEntries SET EntryDate=?,Type=?,Details=? WHERE ID=? AND PlantUUID=?;";
+constexpr auto InsertJournalEntry =
+    "INSERT INTO PlantJournalEntries(PlantUUID,EntryDate,Type,Details) VALUES(?,?,?,?);";
+constexpr auto UpdateJournalEntry =
+    "UPDATE PlantJournalEntries SET EntryDate=?,Type=?,Details=? WHERE ID=? AND PlantUUID=?;";
 
 class JournalEntryTest : public JournalTest
 {
@@ -73,8 +75,8 @@ TEST_F(JournalEntryTest, EachOperationRunsItsStatement)
 {
     PlantJournalEntry entry = Full();
     std::vector<PlantJournalEntry> entries;
-    EXPECT_EQ(StatementsOf([&] { Repository.CreatePlantJournalEntry(entry); }), (Statements{Insert}));
-    EXPECT_EQ(StatementsOf([&] { Repository.UpdatePlantJournalEntry(entry); }), (Statements{Update}));
+    EXPECT_EQ(StatementsOf([&] { Repository.CreatePlantJournalEntry(entry); }), (Statements{InsertJournalEntry}));
+    EXPECT_EQ(StatementsOf([&] { Repository.UpdatePlantJournalEntry(entry); }), (Statements{UpdateJournalEntry}));
     EXPECT_EQ(StatementsOf([&] { Repository.ListPlantJournalEntries(Basil.UUID, entries); }),
               (Statements{"SELECT ID,PlantUUID,EntryDate,Type,Details FROM PlantJournalEntries WHERE PlantUUID=? ORDER "
                           "BY EntryDate DESC,ID DESC;"}));

@@ -15,7 +15,7 @@ using namespace support;
 namespace
 {
 
-constexpr auto CannotOpen = "unable to open database file";
+constexpr auto NotOpened = "unable to open database file";
 
 struct Start
 {
@@ -168,7 +168,7 @@ TEST_P(InterruptionTest, AFailedSearchForAColumnCountsItAsMissing)
 
 TEST_P(InterruptionTest, AnUnpreparedEventTableQueryFailsWithoutAMessage)
 {
-    for (const std::string before : {"", CannotOpen})
+    for (const std::string before : {"", NotOpened})
     {
         if (!before.empty())
         {

@@ -9,8 +9,8 @@ using namespace support;
 namespace
 {
 
-constexpr auto Insert = "INSERT INTO PlantPhotos(UUID,PlantUUID,PhotoDate,FilePath,Caption) VALUES(?,?,?,?,?);";
-constexpr auto Update = "UPDATE PlantPhotos SET PhotoDate=?,FilePath=?,Caption=? WHERE UUID=? AND PlantUUID=?;";
+constexpr auto InsertPhoto = "INSERT INTO PlantPhotos(UUID,PlantUUID,PhotoDate,FilePath,Caption) VALUES(?,?,?,?,?);";
+constexpr auto UpdatePhoto = "UPDATE PlantPhotos SET PhotoDate=?,FilePath=?,Caption=? WHERE UUID=? AND PlantUUID=?;";
 
 class PhotoTest : public JournalTest
 {
@@ -71,8 +71,8 @@ TEST_F(PhotoTest, EachOperationRunsItsStatement)
 {
     PlantPhoto photo = Full("photo");
     std::vector<PlantPhoto> photos;
-    EXPECT_EQ(StatementsOf([&] { Repository.CreatePlantPhoto(photo); }), (Statements{Insert}));
-    EXPECT_EQ(StatementsOf([&] { Repository.UpdatePlantPhoto(photo); }), (Statements{Update}));
+    EXPECT_EQ(StatementsOf([&] { Repository.CreatePlantPhoto(photo); }), (Statements{InsertPhoto}));
+    EXPECT_EQ(StatementsOf([&] { Repository.UpdatePlantPhoto(photo); }), (Statements{UpdatePhoto}));
     EXPECT_EQ(
         StatementsOf([&] { Repository.ListPlantPhotos(Basil.UUID, photos); }),
         (Statements{"SELECT ID,UUID,PlantUUID,PhotoDate,FilePath,Caption FROM PlantPhotos WHERE PlantUUID=? ORDER "

@@ -14,12 +14,12 @@ namespace
 
 constexpr auto ListAll = "SELECT ID,Name,Breeder,FloweringWeeks,Notes FROM Strains ORDER BY Name COLLATE NOCASE;";
 constexpr auto GetOne = "SELECT ID,Name,Breeder,FloweringWeeks,Notes FROM Strains WHERE ID=?;";
-constexpr auto Insert = "INSERT INTO Strains(Name,Breeder,FloweringWeeks,Notes) VALUES(?,?,?,?);";
+constexpr auto InsertStrain = "INSERT INTO Strains(Name,Breeder,FloweringWeeks,Notes) VALUES(?,?,?,?);";
 constexpr auto GetName = "SELECT Name FROM Strains WHERE ID=?;";
-constexpr auto Update = "UPDATE Strains SET Name=?,Breeder=?,FloweringWeeks=?,Notes=? WHERE ID=?;";
+constexpr auto UpdateStrain = "UPDATE Strains SET Name=?,Breeder=?,FloweringWeeks=?,Notes=? WHERE ID=?;";
 constexpr auto Rename = "UPDATE Plants SET Strain=? WHERE Strain=?;";
 constexpr auto InUse = "SELECT 1 FROM Plants WHERE Strain=(SELECT Name FROM Strains WHERE ID=?) LIMIT 1;";
-constexpr auto Delete = "DELETE FROM Strains WHERE ID=?;";
+constexpr auto DeleteStrain = "DELETE FROM Strains WHERE ID=?;";
 constexpr auto Summarize =
     "SELECT s.ID,s.Name,COUNT(p.ID),COALESCE(SUM(p.Stage='Seed'),0),COALESCE(SUM(p.Stage='Clone'),0),"
     "COALESCE(SUM(p.Stage='Veg'),0),COALESCE(SUM(p.Stage='Flower'),0),COALESCE(SUM(p.Stage='Dry'),0),"
@@ -93,7 +93,7 @@ TEST_F(StrainTest, UpdateOverwritesEveryFieldOfThatStrainOnly)
 TEST_F(StrainTest, EachOperationRunsItsStatements)
 {
     Strain strain = Full("Genovese");
-    EXPECT_EQ(StatementsOf([&] { Repository.CreateStrain(strain); }), (Statements{Insert}));
+    EXPECT_EQ(StatementsOf([&] { Repository.CreateStrain(strain); }), (Statements{InsertStrain}));
     EXPECT_EQ(StatementsOf([&] { Repository.GetStrain(strain.ID, strain); }), (Statements{GetOne}));
     std::vector<Strain> strains;
     EXPECT_EQ(StatementsOf([&] { Repository.ListStrains(strains); }), (Statements{ListAll}));
@@ -101,11 +101,11 @@ TEST_F(StrainTest, EachOperationRunsItsStatements)
     EXPECT_EQ(StatementsOf([&] { Repository.GetStrainSummary(strain.ID, summary); }), (Statements{Summarize}));
     strain.Notes = "The same name";
     EXPECT_EQ(StatementsOf([&] { Repository.UpdateStrain(strain); }),
-              (Statements{GetName, SQL::Begin, Update, SQL::Commit}));
+              (Statements{GetName, SQL::Begin, UpdateStrain, SQL::Commit}));
     strain.Name = "genovese";
     EXPECT_EQ(StatementsOf([&] { Repository.UpdateStrain(strain); }),
-              (Statements{GetName, SQL::Begin, Update, Rename, SQL::Commit}));
-    EXPECT_EQ(StatementsOf([&] { Repository.DeleteStrain(strain.ID); }), (Statements{InUse, Delete}));
+              (Statements{GetName, SQL::Begin, UpdateStrain, Rename, SQL::Commit}));
+    EXPECT_EQ(StatementsOf([&] { Repository.DeleteStrain(strain.ID); }), (Statements{InUse, DeleteStrain}));
     EXPECT_EQ(RowCount("Strains"), 0);
 }
 
@@ -239,7 +239,7 @@ TEST_F(StrainTest, ARenameToAnotherStrainsNameChangesNothing)
     Strain genovese = Full("Thai");
     genovese.ID = 1;
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.UpdateStrain(genovese)); }),
-              (Statements{GetName, SQL::Begin, Update, SQL::Rollback}));
+              (Statements{GetName, SQL::Begin, UpdateStrain, SQL::Rollback}));
     EXPECT_EQ(Content(), before);
 }
 
@@ -251,7 +251,7 @@ TEST_F(StrainTest, ARenameThatCannotReachThePlantsIsRolledBack)
     const std::string before = Content();
     const CallFailure failure(SQLiteCall::Step, 1, SQLITE_FULL, "UPDATE Plants");
     EXPECT_EQ(StatementsOf([&] { EXPECT_FALSE(Repository.UpdateStrain(genovese)); }),
-              (Statements{GetName, SQL::Begin, Update, Rename, SQL::Rollback}));
+              (Statements{GetName, SQL::Begin, UpdateStrain, Rename, SQL::Rollback}));
     EXPECT_EQ(Content(), before);
 }
 
@@ -303,7 +303,8 @@ TEST_F(StrainTest, DeleteOfAnUnknownStrainSucceeds)
     NewPlant("Without a strain");
     const std::string before = Content();
     for (const std::int64_t id : {0, 2, -1})
-        EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DeleteStrain(id)) << id; }), (Statements{InUse, Delete}));
+        EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DeleteStrain(id)) << id; }),
+                  (Statements{InUse, DeleteStrain}));
     EXPECT_EQ(Content(), before);
 }
 
@@ -313,7 +314,7 @@ TEST_F(StrainTest, DeleteGoesAheadWhenTheSearchForItsPlantsFails)
     {
         NewPlant("A plant", "Genovese");
         const CallFailure failure(call, 1, SQLITE_IOERR);
-        EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DeleteStrain(1)); }), (Statements{InUse, Delete}));
+        EXPECT_EQ(StatementsOf([&] { EXPECT_TRUE(Repository.DeleteStrain(1)); }), (Statements{InUse, DeleteStrain}));
         EXPECT_TRUE(failure.Happened());
         EXPECT_EQ(RowCount("Strains"), 0);
     }

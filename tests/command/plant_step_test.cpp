@@ -216,19 +216,19 @@ TEST_F(PlantStepTest, EachTrainingHasItsTypeOfEvent)
 
 // ---- All steps
 
-const std::vector<Words> Steps = {{"stage", "Basil", "Chili", "flower"},
-                                  {"archive", "Basil", "Chili"},
-                                  {"transplant", "Basil", "Chili", "--pot", "11 l"},
-                                  {"top", "Basil", "Chili"},
-                                  {"train", "Basil", "Chili"},
-                                  {"defoliate", "Basil", "Chili"},
-                                  {"note", "Basil", "Chili", "four leaves"},
-                                  {"clone", "Basil", "--count", "2"},
-                                  {"plant", "edit", "Basil", "--stage", "flower"}};
+const std::vector<Words> StepCommands = {{"stage", "Basil", "Chili", "flower"},
+                                         {"archive", "Basil", "Chili"},
+                                         {"transplant", "Basil", "Chili", "--pot", "11 l"},
+                                         {"top", "Basil", "Chili"},
+                                         {"train", "Basil", "Chili"},
+                                         {"defoliate", "Basil", "Chili"},
+                                         {"note", "Basil", "Chili", "four leaves"},
+                                         {"clone", "Basil", "--count", "2"},
+                                         {"plant", "edit", "Basil", "--stage", "flower"}};
 
 TEST_F(PlantStepTest, AStepIsUndoneWhole)
 {
-    for (const Words& words : Steps)
+    for (const Words& words : StepCommands)
     {
         const std::string before = Content();
         Done(words);
@@ -240,7 +240,7 @@ TEST_F(PlantStepTest, AStepIsUndoneWhole)
 
 TEST_F(PlantStepTest, AnUnknownPlantOrDateChangesNoPlant)
 {
-    for (Words words : Steps)
+    for (Words words : StepCommands)
     {
         Words unknownDate = words;
         unknownDate.insert(unknownDate.end(), {"--date", "someday"});
@@ -256,7 +256,7 @@ TEST_F(PlantStepTest, AnUnknownPlantOrDateChangesNoPlant)
 TEST_F(PlantStepTest, AnotherProgramsLockChangesNothing)
 {
     const OtherProgram other(Journal, "BEGIN IMMEDIATE;");
-    for (const Words& words : {Steps[0], Steps[6], Steps[7], Steps[8]})
+    for (const Words& words : {StepCommands[0], StepCommands[6], StepCommands[7], StepCommands[8]})
         EXPECT_NE(Refused(words).find("another program is writing to the journal, try again when"), std::string::npos)
             << words.front();
 }

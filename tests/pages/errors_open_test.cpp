@@ -24,7 +24,7 @@ struct OpenError
     std::function<std::string(const std::string& path)> Open;
 };
 
-std::string TextOf(const std::string& path)
+std::string OpenErrorOf(const std::string& path)
 {
     PlantDatabase database;
     std::string text = "opened";
@@ -33,18 +33,18 @@ std::string TextOf(const std::string& path)
     return text;
 }
 
-std::string TextUnderALock(const std::string& path)
+std::string OpenErrorUnderALock(const std::string& path)
 {
     const PlainConnection other(path);
     other.RunSQL("BEGIN IMMEDIATE;");
-    return TextOf(path);
+    return OpenErrorOf(path);
 }
 
-std::string TextOnAFailingDisk(const std::string& path, DiskError error)
+std::string OpenErrorOnAFailingDisk(const std::string& path, DiskError error)
 {
     const FailingDisk disk;
     const DiskFailure failure({DiskCall::Write, error, true, 1});
-    return TextOf(path);
+    return OpenErrorOf(path);
 }
 
 void OldFileWith(const std::string& name, const std::string& path)
@@ -58,21 +58,21 @@ void OldFileWith(const std::string& name, const std::string& path)
 const std::vector<OpenError>& OpenErrors()
 {
     static const std::vector<OpenError> errors = {
-        {"unable to open database file", [](auto& path) { std::filesystem::create_directory(path); }, TextOf},
-        {"file is not a database", [](auto& path) { std::ofstream(path) << "a letter"; }, TextOf},
-        {"database is locked", [](auto& path) { OldFileWith("few_tables", path); }, TextUnderALock},
+        {"unable to open database file", [](auto& path) { std::filesystem::create_directory(path); }, OpenErrorOf},
+        {"file is not a database", [](auto& path) { std::ofstream(path) << "a letter"; }, OpenErrorOf},
+        {"database is locked", [](auto& path) { OldFileWith("few_tables", path); }, OpenErrorUnderALock},
         {"cannot rollback - no transaction is active", [](auto& path) { OldFileWith("seed_yield", path); },
-         TextUnderALock},
+         OpenErrorUnderALock},
         {"duplicate column name: Sex", [](auto& path) { OldFileWith("current", path); },
          [](auto& path)
          {
              const CallFailure failure(SQLiteCall::Prepare, 4, SQLITE_IOERR, "PRAGMA table_info(Plants);");
-             return TextOf(path);
+             return OpenErrorOf(path);
          }},
         {"database or disk is full", [](auto& path) { OldFileWith("few_tables", path); },
-         [](auto& path) { return TextOnAFailingDisk(path, DiskError::Full); }},
+         [](auto& path) { return OpenErrorOnAFailingDisk(path, DiskError::Full); }},
         {"disk I/O error", [](auto& path) { OldFileWith("few_tables", path); },
-         [](auto& path) { return TextOnAFailingDisk(path, DiskError::IO); }},
+         [](auto& path) { return OpenErrorOnAFailingDisk(path, DiskError::IO); }},
         {"database disk image is malformed",
          [](auto& path)
          {
@@ -81,10 +81,11 @@ const std::vector<OpenError>& OpenErrors()
              file.seekp(100);
              file << std::string(900, '\xFF');
          },
-         TextOf},
+         OpenErrorOf},
         {"no such column: Strain", [](auto& path) { PlainConnection(path).RunSQL("CREATE TABLE Plants(Genus);"); },
-         TextOf},
-        {"Could not open database", [](auto&) {}, [](auto& path) { return TextOf(path + std::string("\0.db", 4)); }},
+         OpenErrorOf},
+        {"Could not open database", [](auto&) {},
+         [](auto& path) { return OpenErrorOf(path + std::string("\0.db", 4)); }},
     };
     return errors;
 }
@@ -112,7 +113,7 @@ TEST(OpenErrorsPageTest, OpenAddsTheTablesToTheDatabaseOfAnotherProgram)
     const ScratchDirectory scratch;
     const std::string path = scratch.File("other.db");
     PlainConnection(path).RunSQL("CREATE TABLE Invoices(Sum);");
-    EXPECT_EQ(TextOf(path), "opened");
+    EXPECT_EQ(OpenErrorOf(path), "opened");
     EXPECT_EQ(PlainConnection(path).Value("SELECT COUNT(*) FROM sqlite_master WHERE type='table';"), "10");
 }
 

@@ -17,7 +17,7 @@ using namespace support;
 namespace
 {
 
-const std::string Page = "docs/file-format.md";
+const std::string FileFormatPage = "docs/file-format.md";
 
 class FileFormatPageTest : public JournalTest
 {
@@ -56,7 +56,7 @@ class FileFormatPageTest : public JournalTest
             add("may be NULL");
         if (column[1] == "Severity")
             add("1 to 5");
-        for (const auto& row : TableRows(Page, "## Stored names"))
+        for (const auto& row : TableRows(FileFormatPage, "## Stored names"))
             if (Plain(row[0]) == table + '.' + column[1])
                 add("a stored name");
         return rules;
@@ -80,7 +80,7 @@ TEST_F(FileFormatPageTest, EveryColumnIsShownAsInANewFile)
         for (const Row& column : QueryRows("PRAGMA table_info(" + table + ");"))
             columns.push_back({column[1], column[2], Default(column), Rules(table, column)});
         Rows shown;
-        for (Row row : TableRows(Page, "### " + table))
+        for (Row row : TableRows(FileFormatPage, "### " + table))
         {
             EXPECT_EQ(row.size(), 5);
             row.resize(4);
@@ -93,7 +93,7 @@ TEST_F(FileFormatPageTest, EveryColumnIsShownAsInANewFile)
 
 TEST_F(FileFormatPageTest, TheStatementsAreThoseOfANewFile)
 {
-    const std::vector<std::string> blocks = CodeBlocks(Page, "sql");
+    const std::vector<std::string> blocks = CodeBlocks(FileFormatPage, "sql");
     ASSERT_EQ(blocks.size(), 1);
     std::string statements;
     for (const std::string& definition : Definitions())
@@ -119,7 +119,7 @@ TEST_F(FileFormatPageTest, TheStoredNamesAreThoseOfTheEnumerations)
                            {"PlantJournalEntries.Type", names(PlantJournalTypeName, PlantJournalType::Milestone),
                             PlantJournalTypeName(PlantJournalEntry{}.Type)}};
     Rows shown;
-    for (Row row : TableRows(Page, "## Stored names"))
+    for (Row row : TableRows(FileFormatPage, "## Stored names"))
     {
         row[0] = Plain(row[0]);
         shown.push_back(row);
@@ -157,7 +157,7 @@ TEST_F(FileFormatPageTest, EveryEarlierSchemaIsShownWithItsMigration)
         schemas.push_back({file.Name, Grouped(found.Steps)});
     }
     Rows shown;
-    for (const Row& row : TableRows(Page, "## Earlier schemas"))
+    for (const Row& row : TableRows(FileFormatPage, "## Earlier schemas"))
         if (row.size() == 3)
             shown.push_back({Plain(row[0]), row[2]});
     EXPECT_EQ(shown, schemas);
@@ -166,7 +166,7 @@ TEST_F(FileFormatPageTest, EveryEarlierSchemaIsShownWithItsMigration)
 TEST_F(FileFormatPageTest, TheRebuildConvertsEventsAsShown)
 {
     Rows shown;
-    for (const Row& row : TableRows(Page, "## Earlier schemas"))
+    for (const Row& row : TableRows(FileFormatPage, "## Earlier schemas"))
         if (row.size() == 4)
             shown.push_back(row);
     EXPECT_EQ(shown.size(), 14);

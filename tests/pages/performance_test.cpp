@@ -16,9 +16,9 @@ using namespace support;
 namespace
 {
 
-const std::string Page = "docs/performance.md";
+const std::string PerformancePage = "docs/performance.md";
 
-using Cells = std::vector<std::string>;
+using TableCells = std::vector<std::string>;
 
 double NumberOf(std::string cell)
 {
@@ -27,16 +27,16 @@ double NumberOf(std::string cell)
 }
 
 // Expects the figures in rows of an operation, its figure and its bar to be within these bars.
-template <std::size_t Count> void ExpectWithin(const bars::Bar (&bars)[Count], const std::vector<Cells>& rows)
+template <std::size_t Count> void ExpectWithin(const bars::Bar (&bars)[Count], const std::vector<TableCells>& rows)
 {
     for (const bars::Bar& bar : bars)
     {
         SCOPED_TRACE(bar.Operation);
-        const auto row =
-            std::find_if(rows.begin(), rows.end(), [&](const Cells& cells) { return cells.at(0) == bar.Operation; });
+        const auto row = std::find_if(rows.begin(), rows.end(),
+                                      [&](const TableCells& cells) { return cells.at(0) == bar.Operation; });
         if (row == rows.end())
         {
-            ADD_FAILURE() << Page << " has no such row";
+            ADD_FAILURE() << PerformancePage << " has no such row";
             continue;
         }
         EXPECT_EQ(NumberOf(row->at(2)), bar.Most);
@@ -46,7 +46,7 @@ template <std::size_t Count> void ExpectWithin(const bars::Bar (&bars)[Count], c
 
 TEST(PerformancePageTest, InstructionsAreWithinTheirBars)
 {
-    const std::vector<Cells> rows = TableRows(Page, "## Instructions");
+    const std::vector<TableCells> rows = TableRows(PerformancePage, "## Instructions");
     ExpectWithin(bars::InstructionRatios, rows);
     ExpectWithin(bars::Instructions, rows);
     EXPECT_EQ(rows.size(), std::size(bars::InstructionRatios) + std::size(bars::Instructions));
@@ -54,15 +54,15 @@ TEST(PerformancePageTest, InstructionsAreWithinTheirBars)
 
 TEST(PerformancePageTest, AllocationsAreWithinTheirBars)
 {
-    const std::vector<Cells> rows = TableRows(Page, "## Allocations");
+    const std::vector<TableCells> rows = TableRows(PerformancePage, "## Allocations");
     ExpectWithin(bars::AllocationsPerRecord, rows);
-    EXPECT_EQ(std::count_if(rows.begin(), rows.end(), [](const Cells& cells) { return cells.at(2) != "–"; }),
+    EXPECT_EQ(std::count_if(rows.begin(), rows.end(), [](const TableCells& cells) { return cells.at(2) != "–"; }),
               std::size(bars::AllocationsPerRecord));
 }
 
 TEST(PerformancePageTest, CostsOfTheCommandAreWithinTheirBars)
 {
-    const std::vector<Cells> rows = TableRows(Page, "## The command");
+    const std::vector<TableCells> rows = TableRows(PerformancePage, "## The command");
     ExpectWithin(bars::CommandGrowth, rows);
     ExpectWithin(bars::ImportTimes, rows);
     ExpectWithin(bars::ImportInstructions, rows);
@@ -72,7 +72,7 @@ TEST(PerformancePageTest, CostsOfTheCommandAreWithinTheirBars)
 
 TEST(PerformancePageTest, ThePageStatesTheCommitThatWasMeasured)
 {
-    EXPECT_TRUE(std::regex_search(PageText(Page), std::regex("at\\s+commit\\s+[0-9a-f]{12}[,.]")));
+    EXPECT_TRUE(std::regex_search(PageText(PerformancePage), std::regex("at\\s+commit\\s+[0-9a-f]{12}[,.]")));
 }
 
 } // namespace

@@ -15,7 +15,7 @@ using namespace support;
 namespace
 {
 
-const std::string Page = "docs/processes.md";
+const std::string ProcessesPage = "docs/processes.md";
 
 // [version]
 std::int64_t DataVersion(sqlite3* db)
@@ -62,7 +62,7 @@ class ProcessesPageTest : public JournalTest
 TEST_F(ProcessesPageTest, ThePageShowsTheCasesOfTheseTests)
 {
     Rows cases;
-    for (const Row& row : TableRows(Page, "## Who waits for whom"))
+    for (const Row& row : TableRows(ProcessesPage, "## Who waits for whom"))
         cases.push_back({row[0], row[1], row[2].starts_with("no wait") ? "no wait" : "waits"});
     EXPECT_EQ(cases, (Rows{{"has the journal open", "does anything", "no wait"},
                            {"reads", "reads", "no wait"},
@@ -70,7 +70,7 @@ TEST_F(ProcessesPageTest, ThePageShowsTheCasesOfTheseTests)
                            {"commits", "reads", "waits"},
                            {"writes", "writes", "waits"},
                            {"reads", "commits", "waits"}}));
-    EXPECT_EQ(CodeBlocks(Page, "cpp"),
+    EXPECT_EQ(CodeBlocks(ProcessesPage, "cpp"),
               (std::vector{Region(__FILE__, "again"), Region(__FILE__, "timeout"), Region(__FILE__, "version")}));
 }
 

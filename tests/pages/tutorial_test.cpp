@@ -17,7 +17,7 @@ using namespace support;
 namespace
 {
 
-const std::string Page = "docs/tutorial.md";
+const std::string TutorialPage = "docs/tutorial.md";
 
 std::string InsertedBefore(std::string program, const std::string& place, const std::string& block)
 {
@@ -30,7 +30,7 @@ std::string InsertedBefore(std::string program, const std::string& place, const 
 std::vector<std::string> Steps()
 {
     std::vector<std::string> steps;
-    for (const std::string& block : CodeBlocks(Page, "cpp"))
+    for (const std::string& block : CodeBlocks(TutorialPage, "cpp"))
         if (steps.empty())
             steps.push_back(block);
         else if (block.starts_with("    commands["))
@@ -86,7 +86,7 @@ class TutorialTest : public testing::Test
     // Runs all sessions of the page in order on one journal.
     void ExpectSessions(const std::string& program) const
     {
-        for (const std::string& session : CodeBlocks(Page, "text"))
+        for (const std::string& session : CodeBlocks(TutorialPage, "text"))
         {
             std::unique_ptr<PlainConnection> other;
             if (session.find("Another program") != std::string::npos)
@@ -130,7 +130,7 @@ TEST_F(TutorialTest, TheProgramPrintsTheSessionsOfThePage)
 
 TEST_F(TutorialTest, TheCommandOfThePageBuildsTheProgram)
 {
-    const std::vector<std::string> commands = CodeBlocks(Page, "sh");
+    const std::vector<std::string> commands = CodeBlocks(TutorialPage, "sh");
     ASSERT_EQ(commands.size(), 1);
     std::filesystem::create_directory_symlink(PLANTJOURNAL_SOURCE_DIR, Scratch.File("plantjournal"));
     std::ofstream(Scratch.File("garden.cpp")) << Steps().back();

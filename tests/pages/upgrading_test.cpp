@@ -13,7 +13,7 @@ using namespace support;
 namespace
 {
 
-const std::string Page = "docs/upgrading.md";
+const std::string UpgradingPage = "docs/upgrading.md";
 
 // [backup]
 // Opens the journal. Makes a backup first if opening would migrate it.
@@ -47,7 +47,7 @@ class UpgradingPageTest : public JournalTest
 
 TEST_F(UpgradingPageTest, ThePageShowsTheCodeOfTheseTests)
 {
-    EXPECT_EQ(CodeBlocks(Page, "cpp"), std::vector{Region(__FILE__, "backup")});
+    EXPECT_EQ(CodeBlocks(UpgradingPage, "cpp"), std::vector{Region(__FILE__, "backup")});
 }
 
 TEST_F(UpgradingPageTest, AnOlderFileIsBackedUpBeforeItIsMigrated)

@@ -10,7 +10,7 @@ namespace
 {
 
 using Activities = std::vector<PlantActivity>;
-using Lines = std::vector<std::string>;
+using NameList = std::vector<std::string>;
 
 class QueryActivityTest : public QueryTest
 {
@@ -46,25 +46,25 @@ class QueryActivityTest : public QueryTest
 
     Activities Found() { return AnswerOf<Activities>(QueryPlantActivity, Filter); }
 
-    Lines Names()
+    NameList Names()
     {
-        Lines names;
+        NameList names;
         for (const PlantActivity& activity : Found())
             names.push_back(activity.PlantName);
         return names;
     }
 
-    Lines Dates()
+    NameList Dates()
     {
-        Lines dates;
+        NameList dates;
         for (const PlantActivity& activity : Found())
             dates.push_back(activity.Date);
         return dates;
     }
 
-    Lines Texts()
+    NameList Texts()
     {
-        Lines texts;
+        NameList texts;
         for (const PlantActivity& activity : Found())
             texts.push_back(activity.Text);
         return texts;
@@ -76,55 +76,55 @@ class QueryActivityTest : public QueryTest
 TEST_F(QueryActivityTest, TheDefaultFilterSelectsTheActivitiesOfAllPlants)
 {
     StorePlants();
-    EXPECT_EQ(Names(), (Lines{"Mint", "Thai", "Basil"}));
+    EXPECT_EQ(Names(), (NameList{"Mint", "Thai", "Basil"}));
 }
 
 TEST_F(QueryActivityTest, AnEmptyJournalHasNoActivities)
 {
-    EXPECT_EQ(Names(), Lines{});
+    EXPECT_EQ(Names(), NameList{});
     Filter.Plants.UUIDs = {"unknown"};
-    EXPECT_EQ(Names(), Lines{});
+    EXPECT_EQ(Names(), NameList{});
 }
 
 TEST_F(QueryActivityTest, PlantsAreSelectedByUUIDEachOnlyOnce)
 {
     StorePlants();
     Filter.Plants.UUIDs = {"uuid of Basil", "unknown", "uuid of Mint", "uuid of Basil"};
-    EXPECT_EQ(Names(), (Lines{"Mint", "Basil"}));
+    EXPECT_EQ(Names(), (NameList{"Mint", "Basil"}));
 }
 
 TEST_F(QueryActivityTest, PlantsAreSelectedByStrainTentAndStage)
 {
     StorePlants();
     Filter.Plants.Strains = {"Genovese", "Moroccan", "siam"};
-    EXPECT_EQ(Names(), (Lines{"Mint", "Basil"})) << "letters must match exactly";
+    EXPECT_EQ(Names(), (NameList{"Mint", "Basil"})) << "letters must match exactly";
     Filter.Plants = {};
     Filter.Plants.Tents = {"Tent 1"};
-    EXPECT_EQ(Names(), (Lines{"Thai", "Basil"}));
+    EXPECT_EQ(Names(), (NameList{"Thai", "Basil"}));
     Filter.Plants.Stages = {PlantStage::Veg, PlantStage::Dry};
-    EXPECT_EQ(Names(), Lines{"Basil"}) << "a plant matches every list that is not empty";
+    EXPECT_EQ(Names(), NameList{"Basil"}) << "a plant matches every list that is not empty";
     Filter.Plants.Tents = {};
-    EXPECT_EQ(Names(), (Lines{"Mint", "Basil"}));
+    EXPECT_EQ(Names(), (NameList{"Mint", "Basil"}));
     Filter.Plants.UUIDs = {"uuid of Mint", "uuid of Thai"};
-    EXPECT_EQ(Names(), Lines{"Mint"});
+    EXPECT_EQ(Names(), NameList{"Mint"});
 }
 
 TEST_F(QueryActivityTest, KindsAreSelectedByTheirExactNames)
 {
     StoreSampleRecords(Repository);
-    const auto kinds = [&](const Lines& wanted)
+    const auto kinds = [&](const NameList& wanted)
     {
         Filter.Kinds = wanted;
-        Lines found;
+        NameList found;
         for (const PlantActivity& activity : Found())
             found.push_back(activity.Kind);
         std::sort(found.begin(), found.end());
         return found;
     };
-    EXPECT_EQ(kinds({}), (Lines{"Harvest", "Health", "Note", "Observation", "Photo", "Water", "Water"}));
-    EXPECT_EQ(kinds({"Photo", "Harvest"}), (Lines{"Harvest", "Photo"}));
-    EXPECT_EQ(kinds({"Water"}), (Lines{"Water", "Water"}));
-    EXPECT_EQ(kinds({"water", "Nothing", ""}), Lines{});
+    EXPECT_EQ(kinds({}), (NameList{"Harvest", "Health", "Note", "Observation", "Photo", "Water", "Water"}));
+    EXPECT_EQ(kinds({"Photo", "Harvest"}), (NameList{"Harvest", "Photo"}));
+    EXPECT_EQ(kinds({"Water"}), (NameList{"Water", "Water"}));
+    EXPECT_EQ(kinds({"water", "Nothing", ""}), NameList{});
 }
 
 TEST_F(QueryActivityTest, AFilterOfKindsDoesNotMakeAnOwnedEventVisible)
@@ -148,17 +148,17 @@ TEST_F(QueryActivityTest, FromAndToAreTheFirstAndTheLastDate)
             Filter.Plants.UUIDs = {"uuid of Basil"};
         Filter.From = "2025-03-01";
         Filter.To = "2025-03-31";
-        EXPECT_EQ(Dates(), (Lines{"2025-03-31 08:00", "2025-03-31", "2025-03-01"}));
+        EXPECT_EQ(Dates(), (NameList{"2025-03-31 08:00", "2025-03-31", "2025-03-01"}));
         Filter.To = "2025-03";
-        EXPECT_EQ(Dates(), (Lines{"2025-03-31 08:00", "2025-03-31", "2025-03-01"}));
+        EXPECT_EQ(Dates(), (NameList{"2025-03-31 08:00", "2025-03-31", "2025-03-01"}));
         Filter.From = "2025-03";
         Filter.To = "";
-        EXPECT_EQ(Dates(), (Lines{"zz", "2025-04-01", "2025-03-31 08:00", "2025-03-31", "2025-03-01"}));
+        EXPECT_EQ(Dates(), (NameList{"zz", "2025-04-01", "2025-03-31 08:00", "2025-03-31", "2025-03-01"}));
         Filter.From = "";
         Filter.To = "2025-03-01";
-        EXPECT_EQ(Dates(), (Lines{"2025-03-01", "2025-02-28"}));
+        EXPECT_EQ(Dates(), (NameList{"2025-03-01", "2025-02-28"}));
         Filter.From = "2025-03-02";
-        EXPECT_EQ(Dates(), Lines{});
+        EXPECT_EQ(Dates(), NameList{});
     }
 }
 
@@ -171,14 +171,14 @@ TEST_F(QueryActivityTest, TheDatesOfAPlantAreFilteredAsAllOthers)
     basil.HarvestDate = "2025-04-01";
     ASSERT_TRUE(Repository.UpdatePlant(basil));
     Filter.From = "2025-03-01";
-    EXPECT_EQ(Dates(), (Lines{"2025-04-01", "2025-03-31", "2025-03-01"}));
+    EXPECT_EQ(Dates(), (NameList{"2025-04-01", "2025-03-31", "2025-03-01"}));
     Filter.To = "2025-03";
-    EXPECT_EQ(Dates(), (Lines{"2025-03-31", "2025-03-01"}));
+    EXPECT_EQ(Dates(), (NameList{"2025-03-31", "2025-03-01"}));
     Filter.Kinds = {"Transplant", "Sown"};
-    EXPECT_EQ(Dates(), Lines{"2025-03-01"});
+    EXPECT_EQ(Dates(), NameList{"2025-03-01"});
     Filter = {};
     Filter.Text = "sow";
-    EXPECT_EQ(Dates(), Lines{"2025-02-28"});
+    EXPECT_EQ(Dates(), NameList{"2025-02-28"});
 }
 
 TEST_F(QueryActivityTest, ATextIsFoundInTheKindOrTheText)
@@ -188,15 +188,15 @@ TEST_F(QueryActivityTest, ATextIsFoundInTheKindOrTheText)
     for (const char* details : {"Mites below", "a termite", "", "ÄPFEL"})
         StoreNote("uuid of Basil", "2025-03-01", details);
     Filter.Text = "MITE";
-    EXPECT_EQ(Texts(), (Lines{"a termite", "Mites below"}));
+    EXPECT_EQ(Texts(), (NameList{"a termite", "Mites below"}));
     Filter.Text = "note";
-    EXPECT_EQ(Texts(), (Lines{"ÄPFEL", "", "a termite", "Mites below"})) << "the kind";
+    EXPECT_EQ(Texts(), (NameList{"ÄPFEL", "", "a termite", "Mites below"})) << "the kind";
     Filter.Text = "äpfel";
-    EXPECT_EQ(Texts(), Lines{}) << "only ASCII letters are equal without regard to case";
+    EXPECT_EQ(Texts(), NameList{}) << "only ASCII letters are equal without regard to case";
     Filter.Text = "Äpf";
-    EXPECT_EQ(Texts(), Lines{"ÄPFEL"});
+    EXPECT_EQ(Texts(), NameList{"ÄPFEL"});
     Filter.Text = "%";
-    EXPECT_EQ(Texts(), Lines{});
+    EXPECT_EQ(Texts(), NameList{});
 }
 
 TEST_F(QueryActivityTest, TextsAreSearchedInTheFormOfTheFoldingFunction)
@@ -205,9 +205,9 @@ TEST_F(QueryActivityTest, TextsAreSearchedInTheFormOfTheFoldingFunction)
     StoreNote("uuid of Basil", "2025-03-02", "xyz");
     Filter.Text = "anything";
     Filter.Fold = [](const std::string& text) { return text == "xyz" || text == "anything" ? "equal" : text; };
-    EXPECT_EQ(Texts(), Lines{"xyz"});
+    EXPECT_EQ(Texts(), NameList{"xyz"});
     Filter.Text = "A NOTE";
-    EXPECT_EQ(Texts(), Lines{}) << "this function leaves the case";
+    EXPECT_EQ(Texts(), NameList{}) << "this function leaves the case";
 }
 
 TEST_F(QueryActivityTest, AnExceptionOfTheFoldingFunctionEndsTheCall)
@@ -236,13 +236,13 @@ TEST_F(QueryActivityTest, AnEventHidesAnOwnDateEvenIfTheTextLeavesItOut)
     RunSQL("INSERT INTO PlantEvents(PlantUUID,EventDate,EventType,Details) VALUES('" + basil.UUID +
            "','2025-03-01','Flip','lamp');");
     Filter.Text = "flip";
-    EXPECT_EQ(Texts(), Lines{"lamp"}) << "once, not twice";
+    EXPECT_EQ(Texts(), NameList{"lamp"}) << "once, not twice";
     Filter.Fold = [](const std::string& text) { return text == "lamp" ? "" : text; };
     Filter.Text = "Flip";
-    EXPECT_EQ(Texts(), Lines{"lamp"});
+    EXPECT_EQ(Texts(), NameList{"lamp"});
     Filter.Fold = [kinds = 0](const std::string& text) mutable -> std::string
     { return text == "Flip" && ++kinds == 2 ? "hidden" : text; }; // the second is the kind of the event
-    EXPECT_EQ(Texts(), Lines{}) << "the date of the plant is not listed a second time";
+    EXPECT_EQ(Texts(), NameList{}) << "the date of the plant is not listed a second time";
 }
 
 TEST_F(QueryActivityTest, OldestFirstIsTheReverse)
@@ -260,9 +260,9 @@ TEST_F(QueryActivityTest, AtMostKeepsTheFirstOnesInTheOrder)
 {
     StorePlants();
     Filter.AtMost = 2;
-    EXPECT_EQ(Names(), (Lines{"Mint", "Thai"}));
+    EXPECT_EQ(Names(), (NameList{"Mint", "Thai"}));
     Filter.Order = PlantActivityOrder::OldestFirst;
-    EXPECT_EQ(Names(), (Lines{"Basil", "Thai"}));
+    EXPECT_EQ(Names(), (NameList{"Basil", "Thai"}));
     for (const std::int64_t all : {std::int64_t{3}, std::int64_t{4}, std::int64_t{0}, std::int64_t{-1},
                                    std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()})
     {
@@ -299,12 +299,12 @@ TEST_F(QueryActivityTest, TextsAndDatesEndAtAZeroByte)
     StorePlants();
     RunSQL("DELETE FROM PlantEvents WHERE PlantUUID<>'uuid of Basil';");
     RunSQL("UPDATE PlantEvents SET Details='a'||char(0)||'b',EventDate='2025-03-01'||char(0)||'x';");
-    EXPECT_EQ(Texts(), Lines{"a"});
+    EXPECT_EQ(Texts(), NameList{"a"});
     Filter.From = "2025-03-01";
     Filter.To = "2025-03-01";
-    EXPECT_EQ(Dates(), Lines{"2025-03-01"});
+    EXPECT_EQ(Dates(), NameList{"2025-03-01"});
     Filter.Text = "b";
-    EXPECT_EQ(Texts(), Lines{});
+    EXPECT_EQ(Texts(), NameList{});
 }
 
 TEST_F(QueryActivityTest, RecordsOfUnknownPlantsAreLeftOut)
@@ -312,9 +312,9 @@ TEST_F(QueryActivityTest, RecordsOfUnknownPlantsAreLeftOut)
     StorePlants();
     RunSQL("PRAGMA foreign_keys=OFF;");
     RunSQL("DELETE FROM Plants WHERE Name='Basil';");
-    EXPECT_EQ(Names(), (Lines{"Mint", "Thai"}));
+    EXPECT_EQ(Names(), (NameList{"Mint", "Thai"}));
     Filter.Plants.UUIDs = {"uuid of Basil"};
-    EXPECT_EQ(Names(), Lines{});
+    EXPECT_EQ(Names(), NameList{});
 }
 
 } // namespace

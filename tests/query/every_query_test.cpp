@@ -183,11 +183,11 @@ TEST_P(EveryQueryTest, AWriterInBetweenDoesNotChangeTheAnswer)
     }
 }
 
-std::string NameOf(const testing::TestParamInfo<Query>& test)
+std::string NameOfQuery(const testing::TestParamInfo<Query>& test)
 {
     return test.param.Name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, EveryQueryTest, testing::ValuesIn(Queries()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Of, EveryQueryTest, testing::ValuesIn(Queries()), NameOfQuery);
 
 } // namespace

@@ -156,11 +156,11 @@ TEST_P(WritingProcessTest, EveryAnswerIsThatOfOneCommittedState)
         EXPECT_GT(seen[question.Name].size(), 1U) << question.Name;
 }
 
-std::string NameOf(const testing::TestParamInfo<const char*>& mode)
+std::string NameOfMode(const testing::TestParamInfo<const char*>& mode)
 {
     return mode.param;
 }
 
-INSTANTIATE_TEST_SUITE_P(InMode, WritingProcessTest, testing::Values("DELETE", "WAL"), NameOf);
+INSTANTIATE_TEST_SUITE_P(InMode, WritingProcessTest, testing::Values("DELETE", "WAL"), NameOfMode);
 
 } // namespace

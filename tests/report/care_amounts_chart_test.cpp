@@ -2,7 +2,6 @@
 
 #include "report/charts.h"
 
-#include <algorithm>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -18,12 +17,6 @@ PlantTotal Amount(const std::string& period, double ml)
     total.Period = period;
     total.AmountMl = ml;
     return total;
-}
-
-std::size_t CountOf(const SVGPicture& picture, const std::string& word)
-{
-    const std::vector<std::string> words = picture.Words();
-    return static_cast<std::size_t>(std::count(words.begin(), words.end(), word));
 }
 
 TEST(CareAmountsChartTest, ABarStandsInItsPeriodAndIsAsHighAsTheAmount)
@@ -61,10 +54,10 @@ TEST(CareAmountsChartTest, TheTableHoldsTheMillilitresOfEachPeriod)
 TEST(CareAmountsChartTest, LargeAmountsAreInLitres)
 {
     const SVGPicture litres(DrawPlantCareAmounts({Amount("2024-01", 2000)}, {}, PlantPeriod::Month).SVG);
-    EXPECT_EQ(CountOf(litres, "Water, litres a month"), 1U);
+    EXPECT_EQ(litres.CountOf("Water, litres a month"), 1U);
     EXPECT_NEAR(litres.Marks("rect", "water").at(0).Number("y"), AxisPlace(litres, "2"), 0.1);
     const SVGPicture millilitres(DrawPlantCareAmounts({}, {Amount(Day(0), 1999)}, PlantPeriod::Day).SVG);
-    EXPECT_EQ(CountOf(millilitres, "Feed, millilitres a day"), 1U);
+    EXPECT_EQ(millilitres.CountOf("Feed, millilitres a day"), 1U);
     EXPECT_EQ(DrawPlantCareAmounts({Amount("2024-01", 123'456)}, {}, PlantPeriod::Month).Sentence,
               "123 l of water, from 1 Jan 2024 to 31 Jan 2024, by month.");
 }
@@ -73,7 +66,7 @@ TEST(CareAmountsChartTest, OnlyWhatWasGivenIsDrawn)
 {
     const SVGPicture feed(DrawPlantCareAmounts({Amount(Day(0), 0)}, {Amount(Day(0), 5)}, PlantPeriod::Day).SVG);
     EXPECT_TRUE(feed.Marks("rect", "water").empty());
-    EXPECT_EQ(CountOf(feed, "Water, millilitres a day"), 0U);
+    EXPECT_EQ(feed.CountOf("Water, millilitres a day"), 0U);
     const SVGPicture both(DrawPlantCareAmounts({Amount(Day(0), 5)}, {Amount(Day(0), 5)}, PlantPeriod::Day).SVG);
     EXPECT_GT(both.Height(), feed.Height() + 100);
 }

@@ -34,12 +34,6 @@ std::vector<Element> Dots(const SVGPicture& picture)
     return dots;
 }
 
-std::size_t CountOf(const SVGPicture& picture, const std::string& word)
-{
-    const std::vector<std::string> words = picture.Words();
-    return static_cast<std::size_t>(std::count(words.begin(), words.end(), word));
-}
-
 TEST(HarvestChartTest, ADotStandsWhereItsWeightIsAndTheMeanIsALine)
 {
     const PlantChart chart = DrawPlantHarvests(
@@ -54,7 +48,7 @@ TEST(HarvestChartTest, ADotStandsWhereItsWeightIsAndTheMeanIsALine)
                 (520.5 / 3 - 100) / 200, 0.001);
     EXPECT_LT(mean.Number("y1"), dots[0].Number("cy") - 4);
     EXPECT_GT(mean.Number("y2"), dots[0].Number("cy") + 4);
-    EXPECT_EQ(CountOf(picture, "3 plants, mean 173.5 g"), 1U);
+    EXPECT_EQ(picture.CountOf("3 plants, mean 173.5 g"), 1U);
     const std::vector<Element> words = picture.Marks("text");
     const auto label = std::find_if(words.begin(), words.end(), [](const Element& word) { return word.Text == "200"; });
     ASSERT_NE(label, words.end());
@@ -93,7 +87,7 @@ TEST(HarvestChartTest, TheStrainWithTheGreatestMeanIsTheFirst)
     EXPECT_EQ(strains[1].second, "(no strain)");
     EXPECT_EQ(strains[2].second, "Small");
     EXPECT_EQ(picture.Marks("line", "mean").size(), 4U); // of the key and of three strains
-    EXPECT_EQ(CountOf(picture, "1 plant, mean 90 g"), 1U);
+    EXPECT_EQ(picture.CountOf("1 plant, mean 90 g"), 1U);
 }
 
 TEST(HarvestChartTest, PlantsWithOnlyAWetWeightHaveAScaleOfTheirOwn)
@@ -102,10 +96,10 @@ TEST(HarvestChartTest, PlantsWithOnlyAWetWeightHaveAScaleOfTheirOwn)
         DrawPlantHarvests({Harvest("Dry", "Genovese", 100, 900), Harvest("Dry 2", "Genovese", 120, 800),
                            Harvest("Wet", "Genovese", 0, 500), Harvest("Wet 2", "Genovese", 0, 700)});
     const SVGPicture picture(chart.SVG);
-    EXPECT_EQ(CountOf(picture, "Dry weight, grams"), 1U);
-    EXPECT_EQ(CountOf(picture, "Only wet weight, grams"), 1U);
-    EXPECT_EQ(CountOf(picture, "2 plants, mean 110 g"), 1U);
-    EXPECT_EQ(CountOf(picture, "2 plants, mean 600 g"), 1U);
+    EXPECT_EQ(picture.CountOf("Dry weight, grams"), 1U);
+    EXPECT_EQ(picture.CountOf("Only wet weight, grams"), 1U);
+    EXPECT_EQ(picture.CountOf("2 plants, mean 110 g"), 1U);
+    EXPECT_EQ(picture.CountOf("2 plants, mean 600 g"), 1U);
     const std::vector<Element> dots = Dots(picture);
     ASSERT_EQ(dots.size(), 4U);
     EXPECT_LT(dots[1].Number("cy"), dots[2].Number("cy"));
@@ -149,9 +143,9 @@ TEST(HarvestChartTest, TheTwelveStrainsWithMostPlantsOfAHundredAreDrawn)
     const PlantChart chart = draw(720);
     const SVGPicture picture(chart.SVG);
     EXPECT_EQ(picture.Marks("line", "mean").size(), 13U);
-    EXPECT_EQ(CountOf(picture, "Strain 99"), 1U);
-    EXPECT_EQ(CountOf(picture, "Strain 88"), 1U);
-    EXPECT_EQ(CountOf(picture, "Strain 87"), 0U);
+    EXPECT_EQ(picture.CountOf("Strain 99"), 1U);
+    EXPECT_EQ(picture.CountOf("Strain 88"), 1U);
+    EXPECT_EQ(picture.CountOf("Strain 87"), 0U);
     EXPECT_NE(chart.Sentence.find(" These are the strains with the most plants; 88 more strains are not drawn."),
               std::string::npos);
     EXPECT_EQ(chart.Rows.size(), Dots(picture).size());
@@ -168,7 +162,7 @@ TEST(HarvestChartTest, HostileNamesAreEscapedAndCut)
     }
     const DrawChart draw = [&](double width) { return DrawPlantHarvests(harvests, width); };
     ExpectSoundAtEveryWidth(draw);
-    EXPECT_EQ(CountOf(SVGPicture(draw(720).SVG), "<script>alert(1)</script>"), 1U);
+    EXPECT_EQ(SVGPicture(draw(720).SVG).CountOf("<script>alert(1)</script>"), 1U);
     EXPECT_LT(draw(720).SVG.size(), 12'000U);
 }
 

@@ -31,12 +31,6 @@ std::vector<Element> Seen(const SVGPicture& picture, const std::string& element)
     return marks;
 }
 
-std::size_t CountOf(const SVGPicture& picture, const std::string& word)
-{
-    const std::vector<std::string> words = picture.Words();
-    return static_cast<std::size_t>(std::count(words.begin(), words.end(), word));
-}
-
 TEST(HealthChartTest, AMarkHasItsDayAndTheRowOfItsIssue)
 {
     const SVGPicture picture(DrawPlantHealth({Seen("A", Day(0), "Thrips", 1), Seen("A", Day(10), "Mites", 2),
@@ -49,8 +43,8 @@ TEST(HealthChartTest, AMarkHasItsDayAndTheRowOfItsIssue)
                 {0.25, 0.1});
     EXPECT_EQ(marks[0]["cy"], marks[2]["cy"]);
     EXPECT_EQ(marks[3].Number("cy") - marks[0].Number("cy"), 26);
-    EXPECT_EQ(CountOf(picture, "Thrips"), 1U);
-    EXPECT_EQ(CountOf(picture, "Mites"), 1U);
+    EXPECT_EQ(picture.CountOf("Thrips"), 1U);
+    EXPECT_EQ(picture.CountOf("Mites"), 1U);
 }
 
 TEST(HealthChartTest, AMoreSevereProblemIsLargerAndHasAnotherColour)
@@ -72,7 +66,7 @@ TEST(HealthChartTest, AMoreSevereProblemIsLargerAndHasAnotherColour)
     EXPECT_EQ(marks[5]["class"], "severity5");
     EXPECT_EQ(marks[6]["class"], "severity1");
     for (const char* word : {"Severity", "1 slight", "2", "3", "4", "5 severe"})
-        EXPECT_EQ(CountOf(picture, word), 1U) << word;
+        EXPECT_EQ(picture.CountOf(word), 1U) << word;
 }
 
 TEST(HealthChartTest, ObservationsOfADayAndIssueAreOneMarkOfTheWorst)
@@ -155,10 +149,10 @@ TEST(HealthChartTest, ManyIssuesBecomeTwelveRows)
     ExpectSoundAtEveryWidth(draw);
     const PlantChart chart = draw(720);
     const SVGPicture picture(chart.SVG);
-    EXPECT_EQ(CountOf(picture, "Issue 19"), 1U);
-    EXPECT_EQ(CountOf(picture, "Issue 9"), 1U);
-    EXPECT_EQ(CountOf(picture, "Issue 8"), 0U);
-    EXPECT_EQ(CountOf(picture, "9 other issues"), 1U);
+    EXPECT_EQ(picture.CountOf("Issue 19"), 1U);
+    EXPECT_EQ(picture.CountOf("Issue 9"), 1U);
+    EXPECT_EQ(picture.CountOf("Issue 8"), 0U);
+    EXPECT_EQ(picture.CountOf("9 other issues"), 1U);
     EXPECT_EQ(chart.Rows.back(), (std::vector<std::string>{"9 other issues", Day(40), "4", "1", "Plant 2"}));
     const auto others = std::find_if(chart.Rows.begin(), chart.Rows.end(),
                                      [](const auto& row) { return row.front() == "9 other issues"; });
@@ -184,7 +178,7 @@ TEST(HealthChartTest, HostileTextsAreEscapedAndCut)
         observations.push_back(Seen(text, Day(0), text, 3));
     const DrawChart draw = [&](double width) { return DrawPlantHealth(observations, width); };
     ExpectSoundAtEveryWidth(draw);
-    EXPECT_EQ(CountOf(SVGPicture(draw(720).SVG), "<script>alert(1)</script>"), 1U);
+    EXPECT_EQ(SVGPicture(draw(720).SVG).CountOf("<script>alert(1)</script>"), 1U);
     EXPECT_LT(draw(720).SVG.size(), 12'000U);
 }
 

@@ -2,8 +2,6 @@
 
 #include "report/charts.h"
 
-#include <algorithm>
-
 #include <gtest/gtest.h>
 
 using namespace support;
@@ -29,12 +27,6 @@ PlantRelative Relative(const std::string& name, std::int64_t generation, double 
 
 const std::vector<PlantRelative> Family = {Relative("Mother", 0), Relative("First", 1, 100, 400),
                                            Relative("Its clone", 2, 50), Relative("Second", 1, 0, 300)};
-
-std::size_t CountOf(const SVGPicture& picture, const std::string& word)
-{
-    const std::vector<std::string> words = picture.Words();
-    return static_cast<std::size_t>(std::count(words.begin(), words.end(), word));
-}
 
 TEST(LineageChartTest, ACloneIsBelowAndRightOfItsMotherAndJoined)
 {
@@ -70,7 +62,7 @@ TEST(LineageChartTest, ABarIsAsLongAsTheDryWeight)
     EXPECT_EQ(bars[0]["x"], bars[1]["x"]);
     EXPECT_EQ(picture.TitleOf(bars[0]), "First: 100 g");
     for (const char* word : {"100 g", "50 g", "300 g wet", "Flower", "Dry weight, grams", "Its clone"})
-        EXPECT_EQ(CountOf(picture, word), 1U) << word;
+        EXPECT_EQ(picture.CountOf(word), 1U) << word;
 }
 
 TEST(LineageChartTest, TheTableHoldsEachPlant)
@@ -104,7 +96,7 @@ TEST(LineageChartTest, WithoutYieldsTheStagesAreShown)
     ExpectSoundAtEveryWidth(draw);
     const SVGPicture picture(draw(720).SVG);
     for (const char* word : {"Stage", "Flower", "not weighed"})
-        EXPECT_EQ(CountOf(picture, word), 1U) << word;
+        EXPECT_EQ(picture.CountOf(word), 1U) << word;
     EXPECT_TRUE(picture.Marks("rect").empty());
 }
 
@@ -168,7 +160,7 @@ TEST(LineageChartTest, HostileNamesAreEscapedAndCut)
     }
     const DrawChart draw = [&](double width) { return DrawPlantLineage(plants, width); };
     ExpectSoundAtEveryWidth(draw);
-    EXPECT_EQ(CountOf(SVGPicture(draw(720).SVG), "<script>alert(1)</script>"), 1U);
+    EXPECT_EQ(SVGPicture(draw(720).SVG).CountOf("<script>alert(1)</script>"), 1U);
     EXPECT_LT(draw(720).SVG.size(), 15'000U);
 }
 

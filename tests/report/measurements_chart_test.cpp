@@ -2,7 +2,6 @@
 
 #include "report/charts.h"
 
-#include <algorithm>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -40,12 +39,6 @@ std::vector<Element> Dots(const SVGPicture& picture, const std::string& element,
     return dots;
 }
 
-std::size_t CountOf(const SVGPicture& picture, const std::string& word)
-{
-    const std::vector<std::string> words = picture.Words();
-    return static_cast<std::size_t>(std::count(words.begin(), words.end(), word));
-}
-
 TEST(MeasurementsChartTest, EachMeanHasItsPlaceOnTheDaysAndOnTheAxis)
 {
     const PlantChart chart = DrawPlantMeasurements(
@@ -58,7 +51,7 @@ TEST(MeasurementsChartTest, EachMeanHasItsPlaceOnTheDaysAndOnTheAxis)
     EXPECT_NEAR(dots[0].Number("cy"), AxisPlace(picture, "1"), 0.1);
     EXPECT_NEAR(dots[2].Number("cy"), AxisPlace(picture, "3"), 0.1);
     EXPECT_EQ(picture.TitleOf(dots[1]), "8 Jan 2024: EC 1.5, 2 entries");
-    EXPECT_EQ(CountOf(picture, "pH"), 0U); // nothing was entered
+    EXPECT_EQ(picture.CountOf("pH"), 0U); // nothing was entered
 }
 
 TEST(MeasurementsChartTest, NoLineGoesOverAPeriodWithoutAValue)
@@ -101,8 +94,8 @@ TEST(MeasurementsChartTest, SmallChartsHaveOneScale)
     EXPECT_EQ(dots[1].Number("cy"), dots[2].Number("cy"));
     EXPECT_LT(dots[1].Number("cx"), dots[2].Number("cx")); // B is after A
     EXPECT_NEAR(dots[1].Number("cx") - dots[0].Number("cx"), dots[3].Number("cx") - dots[2].Number("cx"), 0.2);
-    EXPECT_EQ(CountOf(picture, "A"), 1U);
-    EXPECT_EQ(CountOf(picture, "B"), 1U);
+    EXPECT_EQ(picture.CountOf("A"), 1U);
+    EXPECT_EQ(picture.CountOf("B"), 1U);
 }
 
 TEST(MeasurementsChartTest, ADayHasOnePlaceForECAndPH)
@@ -163,7 +156,7 @@ TEST(MeasurementsChartTest, TwoPlantsOfOneNameHaveASmallChartEach)
     PlantTotal twin = Total("Basil", Day(0), 1, 0);
     twin.Key = "another";
     const SVGPicture picture(DrawPlantMeasurements({Total("Basil", Day(0), 1, 0), twin}, PlantPeriod::Day).SVG);
-    EXPECT_EQ(CountOf(picture, "Basil"), 2U);
+    EXPECT_EQ(picture.CountOf("Basil"), 2U);
 }
 
 TEST(MeasurementsChartTest, TheTwelveNamesWithMostEntriesOfAHundredAreDrawn)
@@ -181,9 +174,9 @@ TEST(MeasurementsChartTest, TheTwelveNamesWithMostEntriesOfAHundredAreDrawn)
     ExpectSoundAtEveryWidth(draw);
     const PlantChart chart = draw(720);
     const SVGPicture picture(chart.SVG);
-    EXPECT_EQ(CountOf(picture, "Product 99"), 2U); // EC and pH
-    EXPECT_EQ(CountOf(picture, "Product 88"), 2U);
-    EXPECT_EQ(CountOf(picture, "Product 87"), 0U);
+    EXPECT_EQ(picture.CountOf("Product 99"), 2U); // EC and pH
+    EXPECT_EQ(picture.CountOf("Product 88"), 2U);
+    EXPECT_EQ(picture.CountOf("Product 87"), 0U);
     EXPECT_NE(chart.Sentence.find(" The 12 with the most entries are drawn; 88 more are not."), std::string::npos);
     EXPECT_EQ(picture.Marks("polyline", "ec").size(), 12U);
     EXPECT_EQ(picture.Marks("polyline", "ph").size(), 24U);
@@ -213,7 +206,7 @@ TEST(MeasurementsChartTest, HostileNamesAreEscapedAndCut)
         totals.push_back(Total(name, Day(0), 1, 6));
     const DrawChart draw = [&](double width) { return DrawPlantMeasurements(totals, PlantPeriod::Day, width); };
     ExpectSoundAtEveryWidth(draw);
-    EXPECT_EQ(CountOf(SVGPicture(draw(720).SVG), "(no name)"), 2U);
+    EXPECT_EQ(SVGPicture(draw(720).SVG).CountOf("(no name)"), 2U);
 }
 
 } // namespace

@@ -17,11 +17,6 @@ using namespace support;
 namespace
 {
 
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 // The parameter is whether the page is that of one plant.
 class PageReadingTest : public ReportTest, public testing::WithParamInterface<bool>
 {

@@ -14,11 +14,6 @@ namespace
 
 using Texts = std::vector<std::string>;
 
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 class PageTest : public ReportTest
 {
   protected:

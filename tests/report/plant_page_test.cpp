@@ -12,11 +12,6 @@ namespace
 
 using Texts = std::vector<std::string>;
 
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 class PlantPageTest : public ReportTest
 {
   protected:

@@ -56,6 +56,11 @@ std::string ReportPage::Section(const std::string& id) const
     return begin == std::string::npos ? std::string() : Text.substr(begin, Text.find("</section>", begin) - begin);
 }
 
+bool Contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
 ReportTest::ReportTest()
 {
     Options.Title = "A season";

@@ -35,6 +35,8 @@ class ReportPage
     std::vector<Element> Elements;
 };
 
+bool Contains(const std::string& text, const std::string& part);
+
 // An open journal and its reports, made on 2025-12-31.
 class ReportTest : public JournalTest
 {

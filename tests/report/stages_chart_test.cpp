@@ -2,8 +2,6 @@
 
 #include "report/charts.h"
 
-#include <algorithm>
-
 #include <gtest/gtest.h>
 
 using namespace support;
@@ -25,12 +23,6 @@ std::vector<Element> Bars(const SVGPicture& picture)
         std::remove_if(bars.begin(), bars.end(), [&](const Element& bar) { return picture.TitleOf(bar).empty(); }),
         bars.end());
     return bars;
-}
-
-std::size_t CountOf(const SVGPicture& picture, const std::string& word)
-{
-    const std::vector<std::string> words = picture.Words();
-    return static_cast<std::size_t>(std::count(words.begin(), words.end(), word));
 }
 
 TEST(StagesChartTest, ABarBeginsAndEndsWithItsStage)
@@ -63,7 +55,7 @@ TEST(StagesChartTest, ABarHasTheColourOfItsStageAndSaysWhatItIs)
     EXPECT_EQ(classes, "seed clone veg flower dry cure harvested archived ");
     EXPECT_EQ(picture.TitleOf(Bars(picture)[3]), "Basil: Flower from 31 Mar 2024 to 30 Apr 2024, 30 days");
     for (const char* stage : {"Seed", "Clone", "Veg", "Flower", "Dry", "Cure", "Harvested", "Archived"})
-        EXPECT_EQ(CountOf(picture, stage), 2U) << stage; // in the bar and in the key
+        EXPECT_EQ(picture.CountOf(stage), 2U) << stage; // in the bar and in the key
     EXPECT_EQ(picture.Marks("rect").size(), 16U);
 }
 
@@ -73,9 +65,9 @@ TEST(StagesChartTest, ANarrowBarHasTheLettersThatTheKeyNames)
                                               {"Basil", PlantStage::Cure, Day(100), Day(104)},
                                               {"Basil", PlantStage::Dry, Day(104), Day(105)}})
                                  .SVG);
-    EXPECT_EQ(CountOf(picture, "Cure"), 1U);
-    EXPECT_EQ(CountOf(picture, "Cu"), 2U);
-    EXPECT_EQ(CountOf(picture, "D"), 1U); // a day has no room for a letter
+    EXPECT_EQ(picture.CountOf("Cure"), 1U);
+    EXPECT_EQ(picture.CountOf("Cu"), 2U);
+    EXPECT_EQ(picture.CountOf("D"), 1U); // a day has no room for a letter
 }
 
 TEST(StagesChartTest, TheTableHoldsEachSpan)
@@ -108,7 +100,7 @@ TEST(StagesChartTest, PlantsOfOneNameHaveBarsOfTheirOwn)
     std::vector<PlantStageSpan> twins = Basil;
     twins.insert(twins.end(), Basil.begin(), Basil.end());
     const SVGPicture picture(DrawPlantStages(twins).SVG);
-    EXPECT_EQ(CountOf(picture, "Basil"), 2U);
+    EXPECT_EQ(picture.CountOf("Basil"), 2U);
     EXPECT_LT(Bars(picture)[2].Number("y"), Bars(picture)[3].Number("y"));
 }
 
@@ -159,8 +151,8 @@ TEST(StagesChartTest, HostileNamesAreEscapedAndCut)
     ExpectSoundAtEveryWidth(draw);
     const SVGPicture picture(draw(720).SVG);
     EXPECT_EQ(picture.Marks("rect", "veg").size(), spans.size() + 1); // an unknown stage is drawn as the default
-    EXPECT_EQ(CountOf(picture, "<script>alert(1)</script>"), 1U);
-    EXPECT_EQ(CountOf(picture, "(no name)"), 1U);
+    EXPECT_EQ(picture.CountOf("<script>alert(1)</script>"), 1U);
+    EXPECT_EQ(picture.CountOf("(no name)"), 1U);
     EXPECT_LT(draw(720).SVG.size(), 8'000U);
 }
 

@@ -133,6 +133,12 @@ std::vector<std::string> SVGPicture::Words() const
     return words;
 }
 
+std::size_t SVGPicture::CountOf(const std::string& text) const
+{
+    const std::vector<std::string> words = Words();
+    return static_cast<std::size_t>(std::count(words.begin(), words.end(), text));
+}
+
 std::string SVGPicture::TextOfID(const std::string& id) const
 {
     for (const Element& element : Elements)

@@ -37,6 +37,8 @@ class SVGPicture
     std::string TitleOf(const Element& mark) const;
     // The words in the picture.
     std::vector<std::string> Words() const;
+    // How many of them are this text.
+    std::size_t CountOf(const std::string& text) const;
     // Its title and description, by which a screen reader names it.
     std::string AccessibleName() const;
     std::string Description() const;

@@ -58,7 +58,7 @@ int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset
 }
 
 // Version 1 has no shared memory and no memory maps, which a journal does not use.
-const sqlite3_io_methods FileMethods = {
+const sqlite3_io_methods FailingFileMethods = {
     1,
     Pass<&sqlite3_io_methods::xClose>,
     Fail<DiskCall::Read, SQLITE_IOERR_READ, &sqlite3_io_methods::xRead>,
@@ -87,7 +87,7 @@ int Open(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* out
         return failure;
     const int result = real->xOpen(real, name, Real(file), flags, outFlags);
     if (Real(file)->pMethods != nullptr)
-        file->pMethods = &FileMethods;
+        file->pMethods = &FailingFileMethods;
     return result;
 }
 

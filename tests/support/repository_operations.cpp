@@ -39,7 +39,7 @@ Plant Seedling()
     return seedling;
 }
 
-std::vector<Operation> PlantOperations()
+std::vector<Operation> PlantCalls()
 {
     return {
         {"ListPlants", ListAll(&R::ListPlants)},
@@ -75,7 +75,7 @@ std::vector<Operation> PlantOperations()
     };
 }
 
-std::vector<Operation> StrainOperations()
+std::vector<Operation> StrainCalls()
 {
     return {
         {"ListStrains", ListAll(&R::ListStrains)},
@@ -109,7 +109,7 @@ std::vector<Operation> StrainOperations()
     };
 }
 
-std::vector<Operation> EventOperations()
+std::vector<Operation> EventCalls()
 {
     return {
         {"ListPlantEvents", ListOf(&R::ListPlantEvents)},
@@ -124,7 +124,7 @@ std::vector<Operation> EventOperations()
     };
 }
 
-std::vector<Operation> CareOperations()
+std::vector<Operation> CareCalls()
 {
     return {
         {"ListPlantCareEntries", ListOf(&R::ListPlantCareEntries)},
@@ -143,7 +143,7 @@ std::vector<Operation> CareOperations()
     };
 }
 
-std::vector<Operation> HarvestOperations()
+std::vector<Operation> HarvestCalls()
 {
     return {
         {"GetHarvestRecord",
@@ -169,7 +169,7 @@ std::vector<Operation> HarvestOperations()
     };
 }
 
-std::vector<Operation> PhotoOperations()
+std::vector<Operation> PhotoCalls()
 {
     return {
         {"ListPlantPhotos", ListOf(&R::ListPlantPhotos)},
@@ -189,7 +189,7 @@ std::vector<Operation> PhotoOperations()
     };
 }
 
-std::vector<Operation> HealthOperations()
+std::vector<Operation> HealthCalls()
 {
     return {
         {"ListPlantHealthObservations", ListOf(&R::ListPlantHealthObservations)},
@@ -206,7 +206,7 @@ std::vector<Operation> HealthOperations()
     };
 }
 
-std::vector<Operation> JournalOperations()
+std::vector<Operation> JournalEntryCalls()
 {
     return {
         {"ListPlantJournalEntries", ListOf(&R::ListPlantJournalEntries)},
@@ -233,8 +233,8 @@ const std::vector<Operation>& Operations()
     static const std::vector<Operation> operations = []
     {
         std::vector<Operation> all;
-        for (const auto& group : {PlantOperations(), StrainOperations(), EventOperations(), CareOperations(),
-                                  HarvestOperations(), PhotoOperations(), HealthOperations(), JournalOperations()})
+        for (const auto& group : {PlantCalls(), StrainCalls(), EventCalls(), CareCalls(), HarvestCalls(), PhotoCalls(),
+                                  HealthCalls(), JournalEntryCalls()})
             all.insert(all.end(), group.begin(), group.end());
         return all;
     }();

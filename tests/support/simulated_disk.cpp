@@ -286,7 +286,7 @@ int PropertiesAsOnUnix(sqlite3_file*)
     return SQLITE_IOCAP_POWERSAFE_OVERWRITE;
 }
 
-constexpr sqlite3_io_methods FileMethods = []
+constexpr sqlite3_io_methods SimulatedFileMethods = []
 {
     sqlite3_io_methods methods{};
     methods.iVersion = 1; // neither shared memory nor mapped files
@@ -331,7 +331,7 @@ int OpenFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, 
     }
     if (given != nullptr)
         *given = flags;
-    opened.Base.pMethods = &FileMethods;
+    opened.Base.pMethods = &SimulatedFileMethods;
     return SQLITE_OK;
 }
 

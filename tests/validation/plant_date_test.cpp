@@ -14,7 +14,7 @@ namespace
 
 using namespace std::chrono;
 
-std::string TextOf(const year_month_day& date)
+std::string DateText(const year_month_day& date)
 {
     char text[32];
     std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(date.year()),
@@ -56,7 +56,7 @@ TEST(PlantDateTest, EveryDayOfTheCalendarIsRead)
     std::int64_t number = 0;
     for (sys_days day = FirstDay; day <= sys_days(LastDay); day += days(1), ++number)
     {
-        const std::string text = TextOf(day);
+        const std::string text = DateText(day);
         PlantDate read;
         std::int64_t between = 0;
         ASSERT_TRUE(ReadPlantDate(text, read)) << text;
@@ -77,9 +77,9 @@ TEST(PlantDateTest, DaysAreAddedAndSubtracted)
         const sys_days from = sys_days(FirstDay) + days(any(random));
         const sys_days to = sys_days(FirstDay) + days(any(random));
         std::int64_t between = 0;
-        ASSERT_TRUE(DaysBetweenPlantDates(TextOf(from), TextOf(to), between));
+        ASSERT_TRUE(DaysBetweenPlantDates(DateText(from), DateText(to), between));
         ASSERT_EQ(between, (to - from).count());
-        ASSERT_EQ(PlantDatePlusDays(TextOf(from), between), TextOf(to));
+        ASSERT_EQ(PlantDatePlusDays(DateText(from), between), DateText(to));
     }
 }
 

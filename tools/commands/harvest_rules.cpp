@@ -16,7 +16,7 @@
 namespace
 {
 
-std::string StageObjection(const std::string& text)
+std::string HarvestStageObjection(const std::string& text)
 {
     try
     {
@@ -101,7 +101,7 @@ void AddStageAfterDeletion(CLI::App& command, Arguments& given)
     const PlantStage any{};
     AddFlag(command,
             {"--stage", "stage of the plant, whose harvest date is cleared; without it, both stay",
-             FlagType("Stage", Use::Value, &any), Need::Optional, StageObjection},
+             FlagType("Stage", Use::Value, &any), Need::Optional, HarvestStageObjection},
             given.Stage);
 }
 

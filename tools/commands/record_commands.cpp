@@ -22,8 +22,6 @@
 namespace
 {
 
-template <typename Record> constexpr bool OnePerPlant = std::is_same_v<Record, HarvestRecord>;
-
 template <typename Record> std::string NounOf()
 {
     return Describe<Record>().Noun;

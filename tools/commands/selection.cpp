@@ -11,7 +11,7 @@
 namespace
 {
 
-std::string StageObjection(const std::string& text)
+std::string GrowingStageObjection(const std::string& text)
 {
     try
     {
@@ -78,7 +78,7 @@ void AddSelectors(CLI::App& command, Selection& selection)
     AddFlag(command, {"--tent", "growing plants that are in this tent today", "TENT"}, selection.Tent);
     AddFlag(command,
             {"--stage", "growing plants that are in this stage today", "Seed|Clone|Veg|Flower", Need::Optional,
-             StageObjection},
+             GrowingStageObjection},
             selection.Stage);
 }
 

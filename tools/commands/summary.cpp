@@ -6,14 +6,11 @@
 #include "terminal/printable.h"
 
 #include <cctype>
-#include <type_traits>
 
 namespace
 {
 
 constexpr std::size_t LongestText = 60; // a longer text would hide the rest of the line
-
-template <typename Record> constexpr bool OnePerPlant = std::is_same_v<Record, HarvestRecord>;
 
 // The label as it is written within a sentence: "Pot size" becomes "pot size", "EC" stays.
 std::string LabelInSentence(std::string label)

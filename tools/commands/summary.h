@@ -3,6 +3,10 @@
 #include "record/fields.h"
 
 #include <string>
+#include <type_traits>
+
+// Whether a plant has at most one record of this kind.
+template <typename Record> constexpr bool OnePerPlant = std::is_same_v<Record, HarvestRecord>;
 
 // The lines in which a command reports what it did, such as "Fed Basil: 500 ml, EC 1.80, pH 6.20 (care 17)". The
 // parentheses contain what later commands take to name the record. Defined for every kind of record of a plant.
