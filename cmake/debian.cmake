@@ -13,7 +13,7 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=") # any later version with the same major version also works
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS # not installed yet
     ${CMAKE_BINARY_DIR} ${CMAKE_BINARY_DIR}/file ${CMAKE_BINARY_DIR}/query ${CMAKE_BINARY_DIR}/report
-    ${CMAKE_BINARY_DIR}/validation)
+    ${CMAKE_BINARY_DIR}/validation ${CMAKE_BINARY_DIR}/watch)
 set(what "Stores plants and their lineage, strains, a timeline, feedings, harvests,
 photos, health observations and notes in one file.")
 

@@ -18,8 +18,8 @@ TEST(LayoutTest, NoFileOutsideTheLibraryIsTooLong)
 {
     const std::set<std::string> extensions = {".cmake", ".cpp", ".h", ".js", ".py", ".sh", ".txt"};
     int files = 0;
-    for (const std::string directory :
-         {"file", "query", "report", "validation", "tools", "examples", "testing", "tests", "bench", "docs", "cmake"})
+    for (const std::string directory : {"file", "query", "report", "validation", "watch", "tools", "examples",
+                                        "testing", "tests", "bench", "docs", "cmake"})
     {
         const std::filesystem::path root = PLANTJOURNAL_SOURCE_DIR "/" + directory;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root))

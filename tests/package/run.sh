@@ -102,7 +102,7 @@ test_each_header_compiles_alone() {
     for compiler in g++ clang++; do
         for standard in c++17 c++20 c++2b; do # c++2b is C++23 in older compilers, too
             for header in src/plant.h src/plant_database.h file/plant_file.h query/plant_query.h report/plant_report.h \
-                validation/plant_validation.h; do
+                validation/plant_validation.h watch/plant_watcher.h; do
                 printf '#include "%s"\n' "${header##*/}" |
                     "$compiler" -std=$standard -fsyntax-only -Wall -Wextra -Wpedantic -Wundef -Werror \
                         -I "$project/${header%/*}" -I "$project/src" -I "$project/query" -x c++ - || fail "$header, $compiler, $standard"
@@ -121,6 +121,8 @@ test_shared_libraries_export_the_listed_symbols() {
         expect 'The exports of libplantjournal_report' "@$here/exports/plantjournal_report.txt"
     exports "$build/validation/libplantjournal_validation.so" |
         expect 'The exports of libplantjournal_validation' "@$here/exports/plantjournal_validation.txt"
+    exports "$build/watch/libplantjournal_watch.so" |
+        expect 'The exports of libplantjournal_watch' "@$here/exports/plantjournal_watch.txt"
 }
 
 test_install_shared() {
@@ -214,7 +216,8 @@ test_debian_packages_have_their_dependencies() {
 libplantjournal_file 1 libplantjournal1 (>= $version)
 libplantjournal_query 1 libplantjournal1 (>= $version)
 libplantjournal_report 1 libplantjournal1 (>= $version)
-libplantjournal_validation 1 libplantjournal1 (>= $version)"
+libplantjournal_validation 1 libplantjournal1 (>= $version)
+libplantjournal_watch 1 libplantjournal1 (>= $version)"
 }
 
 test_a_program_builds_with_the_debian_packages() {
