@@ -9,7 +9,7 @@ FNR == 1 {
 }
 /^```/ { code = !code }
 !code {
-    while (match($0, /\]\((\.\.\/)*(src|file|query|report|watch|examples)\/[a-z_]+\.(cpp|h)\)/)) {
+    while (match($0, /\]\((\.\.\/)*(src|file|query|report|validation|watch|examples)\/[a-z_]+\.(cpp|h)\)/)) {
         name = substr($0, RSTART + 2, RLENGTH - 3)
         sub(/.*\//, "", name)
         gsub(/_/, "__", name)

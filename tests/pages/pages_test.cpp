@@ -41,7 +41,7 @@ TEST(PagesTest, EveryLinkInTheProjectRefersToAFile)
 TEST(PagesTest, EveryPathInContributingExists)
 {
     const std::string text = PageText("CONTRIBUTING.md");
-    const std::regex path("`((src|file|query|report|watch|tools|examples|testing|tests|bench|docs|cmake)/[a-z_/.]*)`");
+    const std::regex path("`((src|file|query|report|validation|watch|tools|examples|testing|tests|bench|docs|cmake)/[a-z_/.]*)`");
     int paths = 0;
     for (std::sregex_iterator match(text.begin(), text.end(), path), end; match != end; ++match, ++paths)
         EXPECT_TRUE(std::filesystem::exists(PLANTJOURNAL_SOURCE_DIR "/" + (*match)[1].str())) << (*match)[1];
