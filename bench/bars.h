@@ -46,4 +46,10 @@ inline constexpr Bar ImportInstructions[] = {
     {"import 20,000 care entries, instructions", 3},
 };
 
+// Instructions of a write with a watcher, for each instruction of the write without.
+inline constexpr Bar WatchRatios[] = {
+    {"create a care entry, watching families", 1.01},
+    {"create a care entry, watching plants", 1.04},
+};
+
 } // namespace bars
