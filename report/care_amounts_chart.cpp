@@ -1,5 +1,6 @@
 #include "axes.h"
 #include "text.h"
+#include "usual_days.h"
 #include "words.h"
 
 #include <algorithm>
@@ -24,6 +25,34 @@ Amounts AmountsOf(const std::vector<PlantTotal>& totals)
         if (const auto day = FirstDayOf(total.Period); day && IsEntered(total.AmountMl))
             amounts[*day] += total.AmountMl;
     return amounts;
+}
+
+// Adds the number of feedings and waterings of each period.
+void CountCare(const std::vector<PlantTotal>& totals, std::map<std::int64_t, std::int64_t>& numbers)
+{
+    for (const PlantTotal& total : totals)
+        if (const auto day = FirstDayOf(total.Period); day && IsEntered(total.AmountMl))
+            numbers[*day] += total.Feedings + total.Waterings;
+}
+
+std::int64_t FarCare(const std::map<std::int64_t, std::int64_t>& numbers, const DayRange& usual)
+{
+    std::int64_t far = 0;
+    for (const auto& [day, number] : numbers)
+        far += usual.Holds(day) ? 0 : number;
+    return far;
+}
+
+// Removes the amounts of days that are years away from the others. Returns them.
+Amounts WithoutFar(Amounts& amounts, const DayRange& usual)
+{
+    Amounts far;
+    for (auto amount = amounts.begin(); amount != amounts.end();)
+        if (usual.Holds(amount->first))
+            ++amount;
+        else
+            far.insert(amounts.extract(amount++));
+    return far;
 }
 
 // Water or feed: a small chart of its own, on the scale of both.
@@ -128,16 +157,23 @@ PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings, const 
     using namespace plant_report;
     constexpr double titleHeight = 26;
     constexpr double panelHeight = 100;
-    PlantChart chart =
-        EmptyChart("Water and feed", "No feeding and no watering has an amount and a day of the calendar.",
-                   {"Date", "Water, ml", "Feed, ml"});
-    std::vector<Given> givens;
-    if (const Amounts amounts = AmountsOf(waterings); !amounts.empty())
-        givens.push_back({"Water", "water", Role::Water, amounts});
-    if (const Amounts amounts = AmountsOf(feedings); !amounts.empty())
-        givens.push_back({"Feed", "feed", Role::Feed, amounts});
-    if (givens.empty())
+    PlantChart chart = EmptyChart("Water and feed", "No feeding or watering has an amount and a complete date.",
+                                  {"Date", "Water, ml", "Feed, ml"});
+    std::map<std::int64_t, std::int64_t> numbers;
+    CountCare(waterings, numbers);
+    CountCare(feedings, numbers);
+    if (numbers.empty())
         return chart;
+    const DayRange usual = UsualDays(numbers);
+    Amounts water = AmountsOf(waterings);
+    Amounts feed = AmountsOf(feedings);
+    const Amounts farWater = WithoutFar(water, usual);
+    const Amounts farFeed = WithoutFar(feed, usual);
+    std::vector<Given> givens;
+    if (!water.empty())
+        givens.push_back({"Water", "water", Role::Water, water});
+    if (!feed.empty())
+        givens.push_back({"Feed", "feed", Role::Feed, feed});
     const AmountRange range = RangeOf(givens, period);
     const Unit& unit = range.Most >= 2 * Litres.Ml ? Litres : Millilitres;
 
@@ -160,8 +196,10 @@ PlantChart DrawPlantCareAmounts(const std::vector<PlantTotal>& waterings, const 
         top = bottom + 10;
     }
 
-    chart.Sentence = AmountsSentence(givens, range, period);
-    AddRows(chart, AmountsOf(waterings), AmountsOf(feedings), period);
+    chart.Sentence = AmountsSentence(givens, range, period) +
+                     FarSentence(FarCare(numbers, usual), "feeding or watering", "feedings and waterings");
+    AddRows(chart, farWater, farFeed, period);
+    AddRows(chart, water, feed, period);
     chart.SVG = drawing.SVG("plant-care-amounts", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -305,6 +305,12 @@ void DrawKey(Drawing& drawing, const std::vector<CountStep>& steps, const Calend
     }
 }
 
+void AddRows(PlantChart& chart, const std::map<std::int64_t, CareCount>& care, PlantPeriod period)
+{
+    for (const auto& [day, count] : care)
+        AddRow(chart, {PeriodText(day, period), CountLabel(count.Feedings), CountLabel(count.Waterings)});
+}
+
 std::string CalendarSentence(const CareCells& cells)
 {
     std::string sentence = Counted(cells.CareDays, "day", "days") + " of care " + DaysLabel(cells.First, cells.Last) +
@@ -322,12 +328,12 @@ std::string CalendarSentence(const CareCells& cells)
 PlantChart DrawPlantCareCalendar(const std::vector<PlantCalendarDay>& days, double width)
 {
     using namespace plant_report;
-    PlantChart chart = EmptyChart("Calendar of care", "No feeding and no watering has a day of the calendar.",
+    PlantChart chart = EmptyChart("Calendar of care", "No feeding or watering has a complete date.",
                                   {"Date", "Feedings", "Waterings"});
-    std::map<std::int64_t, CareCount> byDay = CareByDay(days);
-    if (byDay.empty())
+    const UsualCare care = UsualCareOf(CareByDay(days));
+    if (care.Usual.empty())
         return chart;
-    const CareCells cells = CellsOf(std::move(byDay));
+    const CareCells cells = CellsOf(care.Usual);
 
     const std::vector<CountStep> steps = StepsOf(cells.Most);
     const CalendarGrid grid = GridOf(cells, DrawnWidth(width));
@@ -342,9 +348,9 @@ PlantChart DrawPlantCareCalendar(const std::vector<PlantCalendarDay>& days, doub
     else
         DrawMonthsAndYears(drawing, grid);
     DrawKey(drawing, steps, key);
-    chart.Sentence = CalendarSentence(cells);
-    for (const auto& [day, care] : cells.Care)
-        AddRow(chart, {PeriodText(day, cells.Period), CountLabel(care.Feedings), CountLabel(care.Waterings)});
+    chart.Sentence = CalendarSentence(cells) + FarCareSentence(care.Far);
+    AddRows(chart, care.Far, PlantPeriod::Day);
+    AddRows(chart, cells.Care, cells.Period);
     chart.SVG = drawing.SVG("plant-care-calendar", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -199,8 +199,9 @@ std::string HarvestSentence(const Weighed& weighed)
             most = std::max(most, weight);
         }
     std::string sentence = std::string(weighed.Weights) + " of " + Counted(plants, "plant", "plants") + " of " +
-                           Counted(weighed.Strains.size(), "strain", "strains") + ": " + WeightLabel(least);
-    if (plants > 1)
+                           Counted(weighed.Strains.size(), "strain", "strains") + ": " +
+                           (plants > 1 && least == most ? "each " : "") + WeightLabel(least);
+    if (least < most)
         sentence += " to " + WeightLabel(most) + ", mean " + WeightLabel(sum / static_cast<double>(plants));
     sentence += ".";
     if (weighed.More > 0)

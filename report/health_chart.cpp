@@ -1,5 +1,6 @@
 #include "axes.h"
 #include "text.h"
+#include "usual_days.h"
 #include "words.h"
 
 #include "days.h"
@@ -62,10 +63,15 @@ std::int64_t PeriodOf(std::int64_t day, PlantPeriod period)
     return period == PlantPeriod::Week ? plant_query::MondayOf(day) : day;
 }
 
+int SeverityOf(const PlantHealth& health)
+{
+    return std::clamp(health.Observation.Severity, 1, 5);
+}
+
 void Add(IssueRow& row, std::int64_t period, const PlantHealth& health)
 {
     Sighting& sighting = row.Sightings[period];
-    sighting.Worst = std::max(sighting.Worst, std::clamp(health.Observation.Severity, 1, 5));
+    sighting.Worst = std::max(sighting.Worst, SeverityOf(health));
     ++sighting.Observations;
     sighting.Plants.insert(health.PlantName);
     ++row.Observations;
@@ -92,19 +98,40 @@ void JoinOthers(std::vector<IssueRow>& issues)
     issues.push_back(std::move(others));
 }
 
-// The observations of the last ten years by their days, oldest first.
-std::multimap<std::int64_t, const PlantHealth*> DaysOf(const std::vector<PlantHealth>& observations)
+// Observations by their days, oldest first.
+using ObservationDays = std::multimap<std::int64_t, const PlantHealth*>;
+
+ObservationDays DaysOf(const std::vector<PlantHealth>& observations)
 {
-    std::multimap<std::int64_t, const PlantHealth*> days;
+    ObservationDays days;
     for (const PlantHealth& health : observations)
         if (const auto day = plant_query::DaysSinceEpoch(health.Observation.ObservationDate))
             days.emplace(*day, &health);
-    if (!days.empty())
-        days.erase(days.begin(), days.upper_bound(days.rbegin()->first - MostDays));
     return days;
 }
 
-HealthData DataOf(const std::multimap<std::int64_t, const PlantHealth*>& days)
+// Removes the observations that are years away from the others. Returns them.
+ObservationDays WithoutFar(ObservationDays& days)
+{
+    std::map<std::int64_t, std::int64_t> records;
+    for (const auto& [day, health] : days)
+        ++records[day];
+    const DayRange usual = UsualDays(records);
+    const auto first = days.lower_bound(usual.First);
+    const auto last = days.upper_bound(usual.Last);
+    ObservationDays far(days.begin(), first);
+    far.insert(last, days.end());
+    days.erase(days.begin(), first);
+    days.erase(last, days.end());
+    return far;
+}
+
+std::string IssueName(const PlantHealth& health)
+{
+    return ShownName(health.Observation.Issue, "(no issue named)");
+}
+
+HealthData DataOf(const ObservationDays& days)
 {
     HealthData data;
     data.First = days.begin()->first;
@@ -119,7 +146,7 @@ HealthData DataOf(const std::multimap<std::int64_t, const PlantHealth*>& days)
     {
         IssueRow& row = byIssue[WithoutCase(health->Observation.Issue)];
         if (row.Observations == 0)
-            row.Issue = ShownName(health->Observation.Issue, "(no issue named)");
+            row.Issue = IssueName(*health);
         Add(row, PeriodOf(day, data.Period), *health);
     }
     for (auto& [key, row] : byIssue)
@@ -233,7 +260,7 @@ std::string HealthSentence(const HealthData& data, std::size_t others)
     sentence += " The larger a mark, the more severe was the problem.";
     if (others > 0)
         sentence += " " + Counted(others, "observation is", "observations are") +
-                    " left out: not of the last ten years, or without a day.";
+                    " left out: not of the last ten years, or without a complete date.";
     return sentence;
 }
 
@@ -244,11 +271,13 @@ std::string HealthSentence(const HealthData& data, std::size_t others)
 PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations, double width)
 {
     using namespace plant_report;
-    PlantChart chart = EmptyChart("Health problems", "No health observation has a day of the calendar.",
+    PlantChart chart = EmptyChart("Health problems", "No health observation has a complete date.",
                                   {"Issue", "Date", "Worst severity", "Observations", "Plants"});
-    const std::multimap<std::int64_t, const PlantHealth*> days = DaysOf(observations);
+    ObservationDays days = DaysOf(observations);
     if (days.empty())
         return chart;
+    const ObservationDays far = WithoutFar(days);
+    days.erase(days.begin(), days.upper_bound(days.rbegin()->first - MostDays));
     const HealthData data = DataOf(days);
 
     double names = 0;
@@ -266,7 +295,11 @@ PlantChart DrawPlantHealth(const std::vector<PlantHealth>& observations, double 
     DrawIssues(drawing, data, scale, namesEnd, KeyHeight);
 
     DrawSeverityKey(drawing, data.Period);
-    chart.Sentence = HealthSentence(data, observations.size() - data.Observations);
+    chart.Sentence = HealthSentence(data, observations.size() - data.Observations - far.size()) +
+                     FarSentence(static_cast<std::int64_t>(far.size()), "observation", "observations");
+    for (const auto& [day, health] : far)
+        AddRow(chart, {IssueName(*health), PeriodText(day, PlantPeriod::Day), std::to_string(SeverityOf(*health)), "1",
+                       ShownName(health->PlantName, "")});
     for (const IssueRow& row : data.Issues)
         for (const auto& [period, sighting] : row.Sightings)
             AddRow(chart, {row.Issue, PeriodText(period, data.Period), std::to_string(sighting.Worst),

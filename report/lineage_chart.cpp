@@ -11,7 +11,7 @@ namespace plant_report
 namespace
 {
 
-constexpr std::size_t MostPlantsOfTrees = 60;
+constexpr std::size_t MostPlantsOfTrees = 40;
 constexpr double PlantRowHeight = 24;
 constexpr std::int64_t DeepestIndent = 8; // deeper generations are drawn as deep as this one
 

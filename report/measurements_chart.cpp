@@ -1,5 +1,6 @@
 #include "axes.h"
 #include "text.h"
+#include "usual_days.h"
 #include "words.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@ namespace
 {
 
 constexpr std::size_t MostNames = 12;
+constexpr std::size_t FewDots = 12;  // these are large
 constexpr std::size_t MostDots = 60; // a series with more is drawn as a line, and its single values as dots
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -35,6 +37,40 @@ struct NameMeasured
     Series PH;
 };
 
+// How many times EC and pH were entered.
+std::int64_t ValuesOf(const PlantTotal& total)
+{
+    return std::max<std::int64_t>(total.EC.Number, 0) + std::max<std::int64_t>(total.PH.Number, 0);
+}
+
+// Totals without and with dates that are years away from the others.
+struct UsualTotals
+{
+    std::vector<PlantTotal> Usual;
+    std::vector<PlantTotal> Far;
+    std::int64_t FarValues = 0;
+};
+
+UsualTotals UsualTotalsOf(const std::vector<PlantTotal>& totals)
+{
+    UsualTotals split;
+    std::map<std::int64_t, std::int64_t> values;
+    for (const PlantTotal& total : totals)
+        if (const auto day = FirstDayOf(total.Period); day && ValuesOf(total) > 0)
+            values[*day] += ValuesOf(total);
+    if (values.empty())
+        return split;
+    const DayRange usual = UsualDays(values);
+    for (const PlantTotal& total : totals)
+    {
+        const auto day = FirstDayOf(total.Period);
+        const bool isFar = day && !usual.Holds(*day);
+        (isFar ? split.Far : split.Usual).push_back(total);
+        split.FarValues += isFar ? ValuesOf(total) : 0;
+    }
+    return split;
+}
+
 // The names with most entries first.
 std::vector<NameMeasured> NamesOf(const std::vector<PlantTotal>& totals)
 {
@@ -42,7 +78,7 @@ std::vector<NameMeasured> NamesOf(const std::vector<PlantTotal>& totals)
     for (const PlantTotal& total : totals)
     {
         const auto day = FirstDayOf(total.Period);
-        if (!day || (total.EC.Number <= 0 && total.PH.Number <= 0))
+        if (!day || ValuesOf(total) == 0)
             continue;
         NameMeasured& measured = byKey[{total.Name, total.Key}];
         measured.Name = total.Name;
@@ -130,6 +166,7 @@ void DrawDot(Drawing& drawing, const Measure& measure, double x, double y, doubl
 void DrawSeries(Drawing& drawing, const Measure& measure, const Series& series, PlantPeriod period,
                 const DayScale& days, const NumberScale& values)
 {
+    const double radius = series.size() <= FewDots ? 3 : 2.2;
     std::vector<std::pair<double, double>> run;
     const auto drawRun = [&]
     {
@@ -149,7 +186,7 @@ void DrawSeries(Drawing& drawing, const Measure& measure, const Series& series, 
     if (series.size() > MostDots)
         return;
     for (const MeasuredPeriod& measured : series)
-        DrawDot(drawing, measure, days(static_cast<double>(measured.Day)), values(measured.Figures.Mean), 2.2,
+        DrawDot(drawing, measure, days(static_cast<double>(measured.Day)), values(measured.Figures.Mean), radius,
                 DayLabel(measured.Day) + ": " + measure.Name + " " + NumberLabel(measured.Figures.Mean) + ", " +
                     Counted(measured.Figures.Number, "entry", "entries"));
 }
@@ -222,25 +259,36 @@ void DrawSection(Drawing& drawing, const Section& section, const Panels& panels,
     }
 }
 
-void AddRows(PlantChart& chart, const NameMeasured& name, const Measure& measure, PlantPeriod period)
+void AddRows(PlantChart& chart, const std::vector<NameMeasured>& names, PlantPeriod period)
 {
-    for (const MeasuredPeriod& measured : name.*measure.Of)
-    {
-        const PlantFigures& figures = measured.Figures;
-        AddRow(chart,
-               {ShownName(name.Name, ""), PeriodText(measured.Day, period), measure.Name, CountLabel(figures.Number),
-                NumberLabel(figures.Mean), NumberLabel(figures.Least), NumberLabel(figures.Most)});
-    }
+    for (const NameMeasured& name : names)
+        for (const Measure& measure : {ECMeasure, PHMeasure})
+            for (const MeasuredPeriod& measured : name.*measure.Of)
+            {
+                const PlantFigures& figures = measured.Figures;
+                AddRow(chart, {ShownName(name.Name, ""), PeriodText(measured.Day, period), measure.Name,
+                               CountLabel(figures.Number), NumberLabel(figures.Mean), NumberLabel(figures.Least),
+                               NumberLabel(figures.Most)});
+            }
+}
+
+// "from 1.2 to 2.4", or "1.8" where both numbers have the same label.
+std::string RangeLabel(double least, double most)
+{
+    const std::string first = NumberLabel(least);
+    const std::string last = NumberLabel(most);
+    return first == last ? first : "from " + first + " to " + last;
 }
 
 std::string MeasurementsSentence(const std::vector<Section>& sections, std::size_t names, std::size_t more,
                                  PlantPeriod period)
 {
+    const Ranges& days = sections.front().Range;
     std::string sentence = std::string("The mean of each ") + PeriodName(period) + ", " +
-                           DaysLabel(sections.front().Range.First, sections.front().Range.Last) + ":";
+                           DaysLabel(days.First, NextPeriod(days.Last, period) - 1) + ":";
     for (const Section& section : sections)
-        sentence += std::string(&section == &sections.front() ? " " : "; ") + section.Of.Name + " from " +
-                    NumberLabel(section.Range.Least) + " to " + NumberLabel(section.Range.Most);
+        sentence += std::string(&section == &sections.front() ? " " : "; ") + section.Of.Name + " " +
+                    RangeLabel(section.Range.Least, section.Range.Most);
     sentence += ". A line is interrupted where nothing was entered.";
     if (more > 0)
         sentence += " The " + std::to_string(names) + " with the most entries are drawn; " +
@@ -255,9 +303,10 @@ std::string MeasurementsSentence(const std::vector<Section>& sections, std::size
 PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals, PlantPeriod period, double width)
 {
     using namespace plant_report;
-    PlantChart chart = EmptyChart("EC and pH", "No feeding and no watering has an EC or a pH.",
+    PlantChart chart = EmptyChart("EC and pH", "No feeding or watering has a complete date and an EC or a pH.",
                                   {"Name", "Date", "Measure", "Entries", "Mean", "Least", "Most"});
-    std::vector<NameMeasured> names = NamesOf(totals);
+    const UsualTotals split = UsualTotalsOf(totals);
+    std::vector<NameMeasured> names = NamesOf(split.Usual);
     if (names.empty())
         return chart;
     const std::size_t more = names.size() - std::min(names.size(), MostNames);
@@ -280,10 +329,10 @@ PlantChart DrawPlantMeasurements(const std::vector<PlantTotal>& totals, PlantPer
         top += HeightOf(section, panels);
     }
 
-    chart.Sentence = MeasurementsSentence(sections, names.size(), more, period);
-    for (const NameMeasured& name : names)
-        for (const Measure& measure : {ECMeasure, PHMeasure})
-            AddRows(chart, name, measure, period);
+    chart.Sentence =
+        MeasurementsSentence(sections, names.size(), more, period) + FarSentence(split.FarValues, "value", "values");
+    AddRows(chart, NamesOf(split.Far), period);
+    AddRows(chart, names, period);
     chart.SVG = drawing.SVG("plant-measurements", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -49,6 +49,18 @@ PageParts SeasonParts(const PageData& data, const PlantReportOptions& options)
     return parts;
 }
 
+// The page without plants.
+PageParts EmptyParts(const PlantReportOptions& options)
+{
+    const PlantSet& set = options.Plants;
+    const bool isOfAll = set.UUIDs.empty() && set.Strains.empty() && set.Tents.empty() && set.Stages.empty();
+    PageParts parts;
+    parts.AddSection(
+        "missing", "Nothing to draw yet",
+        TextElement("p", isOfAll ? "The journal has no plant." : "The journal has no plant of this selection."));
+    return parts;
+}
+
 PageParts PlantParts(PlantDatabase& database, const PageData& data, const PlantReportOptions& options)
 {
     std::vector<PlantActivity> timeline;
@@ -60,6 +72,13 @@ PageParts PlantParts(PlantDatabase& database, const PageData& data, const PlantR
     AddCareCharts(data, parts);
     AddHarvestCharts(data, parts);
     return parts;
+}
+
+PageParts PartsOf(PlantDatabase& database, const PageData& data, const PlantReportOptions& options)
+{
+    if (data.Plants.empty())
+        return EmptyParts(options);
+    return data.Plants.size() == 1 ? PlantParts(database, data, options) : SeasonParts(data, options);
 }
 
 // "Strain: A, B"; empty without values.
@@ -121,7 +140,7 @@ std::string Page(PlantDatabase& database, const PlantReportOptions& options, std
 {
     const PageData data = ReadPageData(database, options);
     const bool isOfOnePlant = data.Plants.size() == 1;
-    const PageParts parts = isOfOnePlant ? PlantParts(database, data, options) : SeasonParts(data, options);
+    const PageParts parts = PartsOf(database, data, options);
     const std::string title = Shortened(options.Title, MostLettersOfTitle);
     std::string html = Head(title) + "<body>\n<header>\n" + TextElement("h1", title) + "\n" +
                        TextElement("p", Summary(data)) + "\n" + Limits(data, options) +

@@ -4,6 +4,7 @@
 #include "family_trees.h"
 #include "read.h"
 #include "stage_spans.h"
+#include "usual_days.h"
 #include "words.h"
 
 #include <algorithm>
@@ -144,13 +145,16 @@ void ReadStages(PlantDatabase& database, const PlantReportOptions& options, Page
     }
 }
 
-// The length of time between the first and the last care.
+// The length of time between the first and the last care, of those that are drawn.
 std::int64_t DaysOfCare(const PageData& data)
 {
-    if (data.Care.empty())
+    std::map<std::int64_t, std::int64_t> numbers;
+    for (const PlantCalendarDay& day : data.Care)
+        numbers[plant_query::DaysSinceEpoch(day.Date).value_or(0)] += day.Number;
+    if (numbers.empty())
         return 0;
-    return plant_query::DaysSinceEpoch(data.Care.back().Date).value_or(0) -
-           plant_query::DaysSinceEpoch(data.Care.front().Date).value_or(0);
+    const DayRange usual = UsualDays(numbers);
+    return usual.Last - usual.First;
 }
 
 // The number of plants or strains that the measurements are drawn of.

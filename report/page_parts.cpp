@@ -14,7 +14,8 @@ namespace
 
 constexpr double TelephoneWidth = 360;
 constexpr std::size_t MostRows = 500;
-constexpr std::size_t MostColumnsOfNarrowTable = 3; // on paper, three such tables stand side by side
+constexpr std::size_t MostColumnsOfNarrowTable = 3;
+constexpr std::size_t MostRowsOfShortTable = 12;
 constexpr std::size_t MostLettersOfCell = 200;
 constexpr std::size_t MostLettersOfCaption = 500;
 
@@ -24,20 +25,41 @@ bool IsNumber(const std::string& cell)
     return !cell.empty() && cell.find_first_not_of("0123456789.,", cell.front() == '-' ? 1 : 0) == std::string::npos;
 }
 
-// Whether the cells of the column that are not empty are numbers.
-bool IsColumnOfNumbers(const PlantChart& chart, std::size_t column)
+bool IsDate(const std::string& cell)
+{
+    return FirstDayOf(cell).has_value();
+}
+
+// Whether the cells of the column that are not empty are all of one kind.
+bool IsColumnOf(bool (*isOfKind)(const std::string&), const PlantChart& chart, std::size_t column)
 {
     return std::all_of(chart.Rows.begin(), chart.Rows.end(),
                        [&](const std::vector<std::string>& row)
-                       { return row.at(column).empty() || IsNumber(row.at(column)); });
+                       { return row.at(column).empty() || isOfKind(row.at(column)); });
 }
 
-std::string Row(const char* element, const std::vector<std::string>& cells, const std::vector<bool>& areNumbers)
+// The attribute of the cells of a column. Numbers and dates are not broken into lines.
+const char* ClassOfColumn(const PlantChart& chart, std::size_t column)
+{
+    if (IsColumnOf(IsNumber, chart, column))
+        return " class=\"number\"";
+    return IsColumnOf(IsDate, chart, column) ? " class=\"date\"" : "";
+}
+
+// How a table is set on paper: a long one in columns, so that it needs few sheets.
+const char* ClassOnPaper(const PlantChart& chart)
+{
+    if (chart.Rows.size() <= MostRowsOfShortTable)
+        return "";
+    return chart.Columns.size() <= MostColumnsOfNarrowTable ? "three-columns " : "two-columns ";
+}
+
+std::string Row(const char* element, const std::vector<std::string>& cells, const std::vector<const char*>& classes)
 {
     std::string html = "<tr>";
     for (std::size_t i = 0; i < cells.size(); ++i)
     {
-        html += std::string("<") + element + (areNumbers.at(i) ? " class=\"number\">" : ">");
+        html += std::string("<") + element + classes.at(i) + ">";
         html += Escaped(Shortened(cells[i], MostLettersOfCell)) + "</" + element + ">";
     }
     return html + "</tr>\n";
@@ -49,14 +71,16 @@ std::string DateLabel(const std::string& date)
     return day ? DayLabel(*day) : Shortened(date, MostLettersOfCell);
 }
 
-std::string Photo(const std::string& name, const PlantPhoto& photo, const std::string& source)
+// `isNamed`: whether the caption begins with the name of the plant.
+std::string Photo(const std::string& name, bool isNamed, const PlantPhoto& photo, const std::string& source)
 {
     std::string caption = DateLabel(photo.PhotoDate);
     if (!photo.Caption.empty())
         caption += (caption.empty() ? "" : ": ") + Shortened(photo.Caption, MostLettersOfCaption);
     return R"(<li><figure><img src=")" + Escaped(source) + R"(" alt=")" + Escaped("Photo of " + NameInSentence(name)) +
-           R"(" loading="lazy"/><figcaption>)" + TextElement("b", Shortened(name, MostLettersOfCell)) + " " +
-           TextElement("span", caption) + "</figcaption></figure></li>\n";
+           R"(" loading="lazy"/><figcaption>)" +
+           (isNamed ? TextElement("b", Shortened(name, MostLettersOfCell)) + " " : "") + TextElement("span", caption) +
+           "</figcaption></figure></li>\n";
 }
 
 } // namespace
@@ -68,17 +92,16 @@ std::string TextElement(const char* name, const std::string& text)
 
 std::string FoldedTable(const PlantChart& chart)
 {
-    std::vector<bool> areNumbers;
+    std::vector<const char*> classes;
     for (std::size_t i = 0; i < chart.Columns.size(); ++i)
-        areNumbers.push_back(IsColumnOfNumbers(chart, i));
+        classes.push_back(ClassOfColumn(chart, i));
     const std::size_t shown = std::min(chart.Rows.size(), MostRows);
-    const bool isNarrow = chart.Columns.size() <= MostColumnsOfNarrowTable;
     std::string html = "<details><summary>Figures: " + Counted(chart.Rows.size(), "row", "rows") + "</summary>\n" +
-                       R"(<div class=")" + (isNarrow ? "narrow-table " : "") +
-                       R"(table" role="region" tabindex="0" aria-label=")" + Escaped("Figures: " + chart.Heading) +
-                       "\"><table>\n<thead>" + Row("th", chart.Columns, areNumbers) + "</thead>\n<tbody>\n";
+                       R"(<div class=")" + ClassOnPaper(chart) + R"(table" role="region" tabindex="0" aria-label=")" +
+                       Escaped("Figures: " + chart.Heading) + "\"><table>\n<thead>" +
+                       Row("th", chart.Columns, classes) + "</thead>\n<tbody>\n";
     for (std::size_t i = 0; i < shown; ++i)
-        html += Row("td", chart.Rows[i], areNumbers);
+        html += Row("td", chart.Rows[i], classes);
     html += "</tbody></table></div>\n";
     if (shown < chart.Rows.size())
         html += TextElement("p", "These are the first " + Counted(shown, "row", "rows") + ". " +
@@ -139,7 +162,7 @@ std::string PhotoStrip(const PageData& data, const std::vector<PlantPhoto>& phot
     for (auto photo = photos.begin(); options.PhotoSource && photo != photos.end() && shown < most; ++photo)
         if (const std::string source = options.PhotoSource(*photo); !source.empty())
         {
-            html += Photo(data.NameOf.at(photo->PlantUUID), *photo, source);
+            html += Photo(data.NameOf.at(photo->PlantUUID), data.Plants.size() > 1, *photo, source);
             ++shown;
         }
     if (html.empty())

@@ -15,7 +15,7 @@ font:1rem/1.5 system-ui,-apple-system,"Segoe UI",Roboto,"Noto Sans",sans-serif;o
 h1{font-size:2rem;line-height:1.2;margin:0 0 .5rem}
 h2{font-size:1.35rem;line-height:1.3;margin:0 0 .25rem}
 h3{font-size:1.05rem;margin:1.5rem 0 .5rem}
-p{margin:0 0 1rem;max-width:44rem}
+p{margin:0 0 1rem;max-width:44rem;text-wrap:pretty}
 h1,h2,p,li,td,dd,figcaption{unicode-bidi:plaintext}
 header p,footer,figcaption span,summary,time{color:var(--faint)}
 header p{margin:0 0 .25rem}
@@ -33,7 +33,8 @@ table{border-collapse:collapse;font-size:.875rem}
 th,td{padding:.25rem 1.25rem .25rem 0;text-align:start;vertical-align:top;border-bottom:1px solid var(--line);
 max-width:24rem}
 th{position:sticky;top:0;background:var(--ground);white-space:nowrap}
-.number{text-align:right;font-variant-numeric:tabular-nums;white-space:nowrap}
+.number,.date{font-variant-numeric:tabular-nums;white-space:nowrap}
+.number{text-align:right}
 .photos{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,13rem),1fr));gap:1.25rem 1rem;
 margin:1rem 0;padding:0;list-style:none}
 .photos img{display:block;width:100%;aspect-ratio:4/3;object-fit:cover;background:var(--line);border-radius:4px}
@@ -58,12 +59,19 @@ body{padding:0;max-width:none;font-size:10pt}
 nav{display:none}
 section{border:0}
 h2,h3,summary{break-after:avoid}
+summary{list-style:none}
 .picture,tr,.history li,.photos li{break-inside:avoid}
+.photos{grid-template-columns:repeat(3,1fr)}
+.plant-chart{width:auto;max-width:100%;max-height:195mm}
 details::details-content{display:block;content-visibility:visible;height:auto}
-.table{overflow:visible;max-height:none}
-.narrow-table{columns:3}
+.table{overflow:visible;max-height:none;column-gap:8mm}
+.two-columns{columns:2}
+.three-columns{columns:3}
+table{font-size:7pt;line-height:1.35}
+:is(.two-columns,.three-columns) table{width:100%}
+th,td{padding:.1rem .4rem .1rem 0}
 thead{display:table-header-group}
-th{position:static}
+th,th.number,th.date{position:static;white-space:normal;overflow-wrap:normal}
 }
 )css";
 

@@ -35,7 +35,7 @@ std::string MonthOf(const std::string& date)
 std::string MonthHeading(const std::string& month)
 {
     const auto day = FirstDayOf(month);
-    return day ? DayLabel(*day).substr(2) : "Without a day"; // without the 1 of "1 Mar 2025"
+    return day ? DayLabel(*day).substr(2) : "Without a complete date"; // without the 1 of "1 Mar 2025"
 }
 
 std::string Item(const PlantActivity& activity)

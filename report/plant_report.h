@@ -69,6 +69,10 @@ struct PlantHealth
 /// The `width` of a picture is in pixels. A picture that is shown as wide as it was drawn has letters of 11 to 13
 /// pixels, so a telephone needs a picture of its own: WritePlantReport() draws each chart with 720 and with 360 pixels.
 /// Less than 320 counts as 320, and more than 1600 as 1600. The words and figures are the same for every width.
+///
+/// A date may have a mistyped year. A chart over time shows the days around which most records are. Records before or
+/// after a gap of more than five years, if the gap is also longer than the time of all others, are not drawn: the
+/// sentence counts them, and they are the first rows of the table, or the last columns of that of the years.
 /// @{
 
 /// The width of a picture on a desktop or on paper, in pixels.

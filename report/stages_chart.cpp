@@ -1,10 +1,12 @@
 #include "axes.h"
+#include "usual_days.h"
 #include "words.h"
 
 #include "days.h"
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <set>
 
 namespace plant_report
@@ -47,7 +49,7 @@ const StageLook& LookOf(PlantStage stage)
     return looks.at(static_cast<std::size_t>(stage));
 }
 
-// The plants in the order in which they began. Spans of one name are those of one plant as long as each begins where
+// The plants with their bars. Spans of one name are those of one plant as long as each begins where
 // or after the one before it ended.
 std::vector<PlantBars> BarsOf(const std::vector<PlantStageSpan>& spans)
 {
@@ -62,9 +64,56 @@ std::vector<PlantBars> BarsOf(const std::vector<PlantStageSpan>& spans)
             plants.push_back({span.PlantName, {}});
         plants.back().Bars.push_back({PlantStageFromName(PlantStageName(span.Stage)), *from, *to}); // a known one
     }
-    std::stable_sort(plants.begin(), plants.end(),
-                     [](const PlantBars& a, const PlantBars& b) { return a.Bars.front().From < b.Bars.front().From; });
     return plants;
+}
+
+// The days on which bars begin and end. Between those of one bar is no gap, unless the bar is so long that one of them
+// is mistyped.
+DayRange UsualDaysOf(const std::vector<PlantBars>& plants)
+{
+    constexpr std::int64_t longestBar = 7300; // twenty years
+    constexpr std::int64_t step = 365;
+    std::map<std::int64_t, std::int64_t> records;
+    for (const PlantBars& plant : plants)
+        for (const StageBar& bar : plant.Bars)
+        {
+            ++records[bar.From];
+            ++records[bar.To];
+            for (std::int64_t day = bar.From; bar.To - bar.From <= longestBar && day < bar.To; day += step)
+                records[day] += 0;
+        }
+    return UsualDays(records);
+}
+
+// Moves the bars that begin or end years away from the others to `far`, with the names of their plants. Does nothing
+// where no bar would be left.
+void MoveFar(std::vector<PlantBars>& plants, std::vector<PlantBars>& far)
+{
+    const DayRange usual = UsualDaysOf(plants);
+    std::vector<PlantBars> left;
+    for (const PlantBars& plant : plants)
+    {
+        PlantBars near{plant.Name, {}};
+        PlantBars away{plant.Name, {}};
+        for (const StageBar& bar : plant.Bars)
+            (usual.Holds(bar.From) && usual.Holds(bar.To) ? near : away).Bars.push_back(bar);
+        if (!near.Bars.empty())
+            left.push_back(std::move(near));
+        if (!away.Bars.empty())
+            far.push_back(std::move(away));
+    }
+    if (left.empty())
+        far.clear();
+    else
+        plants = std::move(left);
+}
+
+void AddRows(PlantChart& chart, const std::vector<PlantBars>& plants)
+{
+    for (const PlantBars& plant : plants)
+        for (const StageBar& bar : plant.Bars)
+            AddRow(chart, {ShownName(plant.Name, ""), PlantStageName(bar.Stage), plant_query::DayText(bar.From),
+                           plant_query::DayText(bar.To), CountLabel(bar.To - bar.From)});
 }
 
 // The places of names, bars and days in the picture.
@@ -168,11 +217,15 @@ std::string StagesSentence(const std::vector<PlantBars>& plants, const StagesLay
 PlantChart DrawPlantStages(const std::vector<PlantStageSpan>& spans, double width)
 {
     using namespace plant_report;
-    PlantChart chart =
-        EmptyChart("Stages", "No plant has a date at which a stage began.", {"Plant", "Stage", "From", "To", "Days"});
+    PlantChart chart = EmptyChart("Stages", "No plant has a complete date on which a stage began.",
+                                  {"Plant", "Stage", "From", "To", "Days"});
     std::vector<PlantBars> plants = BarsOf(spans);
     if (plants.empty())
         return chart;
+    std::vector<PlantBars> far;
+    MoveFar(plants, far);
+    std::stable_sort(plants.begin(), plants.end(),
+                     [](const PlantBars& a, const PlantBars& b) { return a.Bars.front().From < b.Bars.front().From; });
     const std::size_t more = plants.size() - std::min(plants.size(), MostPlantBars);
     plants.erase(plants.begin(), plants.begin() + static_cast<std::ptrdiff_t>(more));
 
@@ -185,11 +238,12 @@ PlantChart DrawPlantStages(const std::vector<PlantStageSpan>& spans, double widt
     DrawPlants(drawing, plants, layout, scale);
     DrawKey(drawing, layout);
 
-    chart.Sentence = StagesSentence(plants, layout, more);
-    for (const PlantBars& plant : plants)
-        for (const StageBar& bar : plant.Bars)
-            AddRow(chart, {ShownName(plant.Name, ""), PlantStageName(bar.Stage), plant_query::DayText(bar.From),
-                           plant_query::DayText(bar.To), CountLabel(bar.To - bar.From)});
+    std::int64_t farBars = 0;
+    for (const PlantBars& plant : far)
+        farBars += static_cast<std::int64_t>(plant.Bars.size());
+    chart.Sentence = StagesSentence(plants, layout, more) + FarSentence(farBars, "stage", "stages");
+    AddRows(chart, far);
+    AddRows(chart, plants);
     chart.SVG = drawing.SVG("plant-stages", chart.Heading, chart.Sentence);
     return chart;
 }

@@ -177,10 +177,12 @@ std::string YearsSentence(const std::vector<CareYear>& years, std::size_t more)
     return sentence;
 }
 
-void AddMonths(PlantChart& chart, const std::vector<CareYear>& years)
+// `far` are the years that are not drawn because they are far from the others.
+void AddMonths(PlantChart& chart, const std::vector<CareYear>& years, const std::vector<CareYear>& far)
 {
-    for (const CareYear& year : years)
-        chart.Columns.push_back(year.Year);
+    for (const auto* list : {&years, &far})
+        for (const CareYear& year : *list)
+            chart.Columns.push_back(year.Year);
     for (std::size_t month = 0; month < MonthNames.size(); ++month)
     {
         AddRow(chart, {MonthNames.at(month)});
@@ -192,6 +194,8 @@ void AddMonths(PlantChart& chart, const std::vector<CareYear>& years)
             if (isOver) // at least in part
                 chart.Rows.back().back() = CountLabel(year.Until(LastDayOfMonth(month)));
         }
+        for (const CareYear& year : far)
+            chart.Rows.back().push_back(CountLabel(year.Until(LastDayOfMonth(month))));
     }
 }
 
@@ -203,7 +207,8 @@ PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double widt
 {
     using namespace plant_report;
     PlantChart chart = EmptyChart("Care by calendar year", "No second calendar year has care.", {"By the end of"});
-    std::vector<CareYear> years = YearsOf(CareByDay(days));
+    const UsualCare care = UsualCareOf(CareByDay(days));
+    std::vector<CareYear> years = YearsOf(care.Usual);
     if (years.size() < 2)
         return chart;
     const std::size_t more = years.size() - std::min(years.size(), MostYearLines);
@@ -227,8 +232,8 @@ PlantChart DrawPlantYears(const std::vector<PlantCalendarDay>& days, double widt
     DrawEarlierNames(drawing, years, scale.Right, numbers);
     DrawLatestName(drawing, years.back(), scale, numbers);
     drawing.Text(0, 12, "Feedings and waterings since 1 January", Anchor::Start, Role::Faint);
-    chart.Sentence = YearsSentence(years, more);
-    AddMonths(chart, years);
+    chart.Sentence = YearsSentence(years, more) + FarCareSentence(care.Far);
+    AddMonths(chart, years, YearsOf(care.Far));
     chart.SVG = drawing.SVG("plant-years", chart.Heading, chart.Sentence);
     return chart;
 }

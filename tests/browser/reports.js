@@ -84,6 +84,9 @@ function writeReports(command, season, directory, picture) {
         run('plant', 'delete', 'Basil', '--yes');
     });
     const one = reports.journal('one', (run) => growPlant(run, 'Basil'));
+    const tenYears = path.join(directory, 'ten-years.db');
+    fs.copyFileSync(empty, tenYears);
+    execFileSync('sqlite3', ['-bail', tenYears], { input: fs.readFileSync(path.join(__dirname, 'ten_years.sql')) });
     const undated = reports.journal('undated', (run) => {
         run('plant', 'add', 'Basil');
         run('water', 'Basil', '500ml', '--care-date=');
@@ -95,6 +98,7 @@ function writeReports(command, season, directory, picture) {
     reports.write('plant-of-season', season, { options: ['--plant', 'Reference'] });
     reports.write('empty', empty);
     reports.write('one-plant', one);
+    reports.write('ten-years', tenYears); // a thousand plants
     reports.write('undated-plant', undated);
     reports.write('hostile-names', hostile);
     reports.write('plant-with-script', hostile, { options: ['--plant', hostileNames[0]] });

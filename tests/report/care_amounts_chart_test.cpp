@@ -73,7 +73,7 @@ TEST(CareAmountsChartTest, OnlyWhatWasGivenIsDrawn)
 
 TEST(CareAmountsChartTest, WithoutAmountsNothingIsDrawn)
 {
-    const std::string missing = "No feeding and no watering has an amount and a day of the calendar.";
+    const std::string missing = "No feeding or watering has an amount and a complete date.";
     const double infinity = std::numeric_limits<double>::infinity();
     ExpectNothingDrawn(DrawPlantCareAmounts({}, {}, PlantPeriod::Week), missing);
     ExpectNothingDrawn(DrawPlantCareAmounts({Amount(Day(0), 0), Amount("", 5)},

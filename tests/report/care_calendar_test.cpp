@@ -108,7 +108,7 @@ TEST(CareCalendarTest, FeedingsAndWateringsOfADayAreAddedUp)
 
 TEST(CareCalendarTest, WithoutCareNothingIsDrawn)
 {
-    const std::string missing = "No feeding and no watering has a day of the calendar.";
+    const std::string missing = "No feeding or watering has a complete date.";
     ExpectNothingDrawn(DrawPlantCareCalendar({}), missing);
     ExpectNothingDrawn(DrawPlantCareCalendar({{"2024", "Feed", 1}, {Day(1), "Photo", 1}}), missing);
 }
@@ -223,11 +223,16 @@ TEST(CareCalendarTest, AboveTenYearsACellIsAMonth)
 
 TEST(CareCalendarTest, TheNewestFortyYearsAreDrawn)
 {
-    const PlantChart chart =
-        DrawPlantCareCalendar({{"0024-05-05", "Feed", 1}, {"1985-01-01", "Feed", 1}, {"2024-05-05", "Feed", 2}});
-    EXPECT_EQ(chart.Rows, (Rows{{"1985-01", "1", "0"}, {"2024-05", "2", "0"}}));
+    std::vector<PlantCalendarDay> days;
+    for (int year = 1984; year <= 2024; year += 4)
+        days.push_back({std::to_string(year) + "-12-05", "Feed", 1});
+    const PlantChart chart = DrawPlantCareCalendar(days);
+    EXPECT_EQ(chart.Rows.size(), 10U);
+    EXPECT_EQ(chart.Rows.front(), (std::vector<std::string>{"1988-12", "1", "0"}));
     EXPECT_NE(chart.Sentence.find(" Earlier years are left out."), std::string::npos);
-    const PlantChart whole = DrawPlantCareCalendar({{"1985-01-01", "Feed", 1}, {"2024-05-05", "Feed", 2}});
+    days.front().Date = "1985-01-01";
+    const PlantChart whole = DrawPlantCareCalendar(days);
+    EXPECT_EQ(whole.Rows.front(), (std::vector<std::string>{"1985-01", "1", "0"}));
     EXPECT_EQ(whole.Sentence.find("Earlier years"), std::string::npos);
 }
 

@@ -114,6 +114,14 @@ TEST(HarvestChartTest, PlantsWithOnlyAWetWeightHaveAScaleOfTheirOwn)
                                                                  {"Genovese", "Wet 2", "2024-09-01", "", "700"}}));
 }
 
+TEST(HarvestChartTest, EqualWeightsAreStatedOnce)
+{
+    EXPECT_EQ(DrawPlantHarvests({Harvest("A", "Genovese", 100), Harvest("B", "Genovese", 100)}).Sentence,
+              "Dry weights of 2 plants of 1 strain: each 100 g.");
+    EXPECT_EQ(DrawPlantHarvests({Harvest("A", "Genovese", 100)}).Sentence,
+              "Dry weights of 1 plant of 1 strain: 100 g.");
+}
+
 TEST(HarvestChartTest, WithoutWeightsNothingIsDrawn)
 {
     const std::string missing = "No harvest has a weight.";

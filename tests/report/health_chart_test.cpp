@@ -88,7 +88,7 @@ TEST(HealthChartTest, ObservationsOfADayAndIssueAreOneMarkOfTheWorst)
 
 TEST(HealthChartTest, WithoutObservationsNothingIsDrawn)
 {
-    const std::string missing = "No health observation has a day of the calendar.";
+    const std::string missing = "No health observation has a complete date.";
     ExpectNothingDrawn(DrawPlantHealth({}), missing);
     ExpectNothingDrawn(DrawPlantHealth({Seen("A", "", "Thrips", 1), Seen("A", "2024-02-30", "Thrips", 1)}), missing);
 }
@@ -130,12 +130,16 @@ TEST(HealthChartTest, AboveTwoYearsABarIsAMonth)
 
 TEST(HealthChartTest, ObservationsBeforeTheLastTenYearsAreLeftOut)
 {
-    const PlantChart chart = DrawPlantHealth({Seen("A", "0024-03-01", "Thrips", 1), Seen("A", "spring", "Thrips", 1),
-                                              Seen("A", Day(0), "Thrips", 1), Seen("A", Day(3659), "Thrips", 4)});
-    EXPECT_EQ(chart.Rows.size(), 2U);
-    EXPECT_NE(chart.Sentence.find("2 observations are left out: not of the last ten years, or without a day."),
-              std::string::npos);
-    EXPECT_EQ(DrawPlantHealth({Seen("A", Day(0), "Thrips", 1), Seen("A", Day(3660), "Thrips", 4)}).Rows.size(), 1U);
+    std::vector<PlantHealth> observations = {Seen("A", Day(-1), "Thrips", 1), Seen("A", "spring", "Thrips", 1)};
+    for (const int day : {0, 1200, 2400, 3659})
+        observations.push_back(Seen("A", Day(day), "Thrips", 1));
+    const PlantChart chart = DrawPlantHealth(observations);
+    EXPECT_EQ(chart.Rows.size(), 4U);
+    EXPECT_NE(
+        chart.Sentence.find("2 observations are left out: not of the last ten years, or without a complete date."),
+        std::string::npos);
+    observations.back() = Seen("A", Day(3660), "Thrips", 1);
+    EXPECT_EQ(DrawPlantHealth(observations).Rows.size(), 3U);
 }
 
 TEST(HealthChartTest, ManyIssuesBecomeTwelveRows)

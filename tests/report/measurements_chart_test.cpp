@@ -128,15 +128,30 @@ TEST(MeasurementsChartTest, TheTableHoldsEachMean)
               (std::vector<std::vector<std::string>>{{"Basil", "2024-01", "EC", "2", "1", "0.75", "1.25"},
                                                      {"Basil", "2024-02", "EC", "2", "1.25", "1", "1.5"},
                                                      {"Basil", "2024-02", "pH", "2", "6", "5.75", "6.25"}}));
-    EXPECT_EQ(chart.Sentence, "The mean of each month, from 1 Jan 2024 to 1 Feb 2024: EC from 1 to 1.25; pH from 6 to "
-                              "6. A line is interrupted where nothing was entered.");
-    EXPECT_EQ(DrawPlantMeasurements({Total("Basil", Day(0), 1, 0)}, PlantPeriod::Day).Sentence.substr(0, 21),
-              "The mean of each day,");
+    EXPECT_EQ(chart.Sentence, "The mean of each month, from 1 Jan 2024 to 29 Feb 2024: EC from 1 to 1.25; pH 6. "
+                              "A line is interrupted where nothing was entered.");
+    EXPECT_EQ(DrawPlantMeasurements({Total("Basil", Day(0), 1, 0)}, PlantPeriod::Day).Sentence,
+              "The mean of each day, on 1 Jan 2024: EC 1. A line is interrupted where nothing was entered.");
+}
+
+TEST(MeasurementsChartTest, ASeriesOfUpToTwelveValuesHasLargeDots)
+{
+    std::vector<PlantTotal> totals;
+    for (int day = 0; day < 12; ++day)
+        totals.push_back(Total("Basil", Day(day), 1.5, 0));
+    const auto radius = [&]
+    {
+        const SVGPicture picture(DrawPlantMeasurements(totals, PlantPeriod::Day).SVG);
+        return Dots(picture, "circle", "ec").front()["r"];
+    };
+    EXPECT_EQ(radius(), "3");
+    totals.push_back(Total("Basil", Day(12), 1.5, 0));
+    EXPECT_EQ(radius(), "2.2");
 }
 
 TEST(MeasurementsChartTest, WithoutMeasurementsNothingIsDrawn)
 {
-    const std::string missing = "No feeding and no watering has an EC or a pH.";
+    const std::string missing = "No feeding or watering has a complete date and an EC or a pH.";
     ExpectNothingDrawn(DrawPlantMeasurements({}, PlantPeriod::Day), missing);
     ExpectNothingDrawn(DrawPlantMeasurements({Total("Basil", Day(0), 0, 0)}, PlantPeriod::Day), missing);
     ExpectNothingDrawn(DrawPlantMeasurements({Total("Basil", "", 1, 6)}, PlantPeriod::Day), missing);

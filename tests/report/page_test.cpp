@@ -91,6 +91,12 @@ TEST_F(PageTest, ASeasonHasItsSectionsInOrder)
     EXPECT_EQ(page.Texts("a"), page.Texts("h2"));
 }
 
+TEST_F(PageTest, APhotoOfASeasonIsCaptionedWithItsPlant)
+{
+    StoreSeason();
+    EXPECT_TRUE(Contains(Page().Section("photos"), "<figcaption><b>Basil</b> <span>2 Apr 2025: in bloom</span>"));
+}
+
 TEST_F(PageTest, EachPictureIsDrawnForADesktopAndForATelephone)
 {
     StoreSeason();
@@ -172,7 +178,7 @@ TEST_F(PageTest, AStageBeginsNotBeforeTheReport)
     Options.From = "2025-05-01";
     Options.To = "2025-05-20";
     const std::string stages = Page().Section("stages");
-    EXPECT_TRUE(Contains(stages, "<td>2025-05-01</td><td>2025-05-20</td>")) << stages;
+    EXPECT_TRUE(Contains(stages, "<td class=\"date\">2025-05-01</td><td class=\"date\">2025-05-20</td>")) << stages;
     Options.From = "2026-01-01";
     Options.To.clear();
     EXPECT_EQ(Page().Section("stages"), "");
@@ -199,8 +205,25 @@ TEST_F(PageTest, AnEmptyJournalIsAPageThatSaysWhatIsMissing)
     EXPECT_TRUE(Contains(page.HTML(), "<p>0 plants, 0 entries</p>"));
     EXPECT_EQ(page.Sections(), Texts{"missing"});
     EXPECT_EQ(page.Texts("h2"), Texts{"Nothing to draw yet"});
-    EXPECT_EQ(page.Texts("b").size(), 8U);
+    EXPECT_TRUE(Contains(page.Section("missing"), "<p>The journal has no plant.</p>"));
     EXPECT_TRUE(page.Named("nav").empty());
+}
+
+TEST_F(PageTest, ASetWithoutPlantsIsAPageThatSaysWhatIsMissing)
+{
+    NewPlant("Basil");
+    const std::string missing = "<p>The journal has no plant of this selection.</p>";
+    Options.Plants.UUIDs = {"unknown"};
+    EXPECT_TRUE(Contains(Page().Section("missing"), missing));
+    Options.Plants = {};
+    Options.Plants.Strains = {"unknown"};
+    EXPECT_TRUE(Contains(Page().Section("missing"), missing));
+    Options.Plants = {};
+    Options.Plants.Tents = {"unknown"};
+    EXPECT_TRUE(Contains(Page().Section("missing"), missing));
+    Options.Plants = {};
+    Options.Plants.Stages = {PlantStage::Cure};
+    EXPECT_TRUE(Contains(Page().Section("missing"), missing));
 }
 
 TEST_F(PageTest, AFewPlantsWithoutDatesAreAPage)
@@ -210,6 +233,7 @@ TEST_F(PageTest, AFewPlantsWithoutDatesAreAPage)
     const ReportPage page = Page();
     EXPECT_TRUE(Contains(page.HTML(), "<p>2 plants, 0 entries</p>"));
     EXPECT_EQ(page.Sections(), Texts{"missing"});
+    EXPECT_EQ(page.Texts("b").size(), 8U); // the charts
 }
 
 TEST_F(PageTest, WhatIsMissingFollowsWhatIsDrawn)
@@ -233,6 +257,21 @@ TEST_F(PageTest, TheFiguresStandInATableBelowThePicture)
     EXPECT_TRUE(Contains(section, "<td>Basil</td>"));
     EXPECT_TRUE(Contains(section, "<td class=\"number\">80</td>")) << section.substr(table);
     EXPECT_TRUE(Contains(section, "tabindex=\"0\""));
+    EXPECT_TRUE(Contains(section, "<div class=\"table\""));
+}
+
+TEST_F(PageTest, OnPaperALongTableIsSetInColumns)
+{
+    const Plant basil = Sown("Basil");
+    for (int day = 10; day < 22; ++day)
+        Care(basil, "2025-04-" + std::to_string(day), PlantCareAction::Feed, 500, 1.5);
+    EXPECT_TRUE(Contains(Page().Section("care"), "<div class=\"table\"")) << "12 rows";
+    Care(basil, "2025-04-22", PlantCareAction::Feed, 500, 1.5);
+    const ReportPage page = Page();
+    EXPECT_TRUE(Contains(page.Section("care"), "<div class=\"three-columns table\""));
+    EXPECT_TRUE(Contains(page.Section("measurements"), "<div class=\"two-columns table\""));
+    for (const char* rule : {".two-columns{columns:2}", ".three-columns{columns:3}"})
+        EXPECT_TRUE(Contains(page.HTML(), rule)) << rule;
 }
 
 TEST_F(PageTest, ALongTableIsCutAndSaysSo)

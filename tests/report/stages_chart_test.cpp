@@ -106,7 +106,7 @@ TEST(StagesChartTest, PlantsOfOneNameHaveBarsOfTheirOwn)
 
 TEST(StagesChartTest, SpansWithoutTwoDaysAreLeftOut)
 {
-    const std::string missing = "No plant has a date at which a stage began.";
+    const std::string missing = "No plant has a complete date on which a stage began.";
     ExpectNothingDrawn(DrawPlantStages({}), missing);
     ExpectNothingDrawn(DrawPlantStages({{"Basil", PlantStage::Veg, "spring", Day(3)},
                                         {"Basil", PlantStage::Veg, Day(3), "2024-02-30"},
@@ -164,6 +164,34 @@ TEST(StagesChartTest, ManyStagesAreSoundAtEveryWidth)
             spans.push_back({"A plant with number " + std::to_string(plant), static_cast<PlantStage>(stage),
                              Day(plant * 7 + stage * (plant + 3)), Day(plant * 7 + (stage + 1) * (plant + 3))});
     ExpectSoundAtEveryWidth([&](double width) { return DrawPlantStages(spans, width); });
+}
+
+TEST(StagesChartTest, AStageOfTwentyYearsIsDrawn)
+{
+    const PlantStageSpan apple = {"Apple", PlantStage::Veg, "2004-01-01", "2023-12-27"}; // 7,300 days
+    std::vector<PlantStageSpan> spans = Basil;
+    spans.push_back(apple);
+    EXPECT_EQ(Bars(SVGPicture(DrawPlantStages(spans).SVG)).size(), 4U);
+    spans.back().To = "2023-12-28";
+    EXPECT_EQ(Bars(SVGPicture(DrawPlantStages(spans).SVG)).size(), 3U);
+}
+
+TEST(StagesChartTest, APlantWithOneMistypedDateKeepsItsOtherStages)
+{
+    std::vector<PlantStageSpan> spans = Basil;
+    spans.front().From = "1924-01-01";
+    const PlantChart chart = DrawPlantStages(spans);
+    EXPECT_EQ(Bars(SVGPicture(chart.SVG)).size(), 2U);
+    EXPECT_EQ(chart.Rows.front(), (std::vector<std::string>{"Basil", "Seed", "1924-01-01", Day(10), "36,535"}));
+    EXPECT_EQ(chart.Rows.size(), 3U);
+}
+
+TEST(StagesChartTest, TheOnlyStageIsDrawnHoweverLongItIs)
+{
+    const PlantChart chart = DrawPlantStages({{"Basil", PlantStage::Seed, "1924-01-01", Day(10)}});
+    EXPECT_EQ(Bars(SVGPicture(chart.SVG)).size(), 1U);
+    EXPECT_EQ(chart.Sentence, "The stages of 1 plant, from 1 Jan 1924 to 11 Jan 2024.");
+    EXPECT_EQ(chart.Rows.size(), 1U);
 }
 
 } // namespace
