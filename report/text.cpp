@@ -1,5 +1,6 @@
 #include "text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -59,13 +60,18 @@ bool IsBetween(std::uint32_t code, std::uint32_t first, std::uint32_t last)
     return code >= first && code <= last;
 }
 
+bool IsSkinTone(std::uint32_t code)
+{
+    return IsBetween(code, 0x1F3FB, 0x1F3FF);
+}
+
 // Whether the character is drawn on or joined to the one before it: an accent, a variation selector, a skin tone, or
 // the joiner of emoji.
 bool ContinuesLetter(std::uint32_t code)
 {
     return IsBetween(code, 0x300, 0x36F) || IsBetween(code, 0x591, 0x5BD) || IsBetween(code, 0x64B, 0x65F) ||
            IsBetween(code, 0x1AB0, 0x1AFF) || IsBetween(code, 0x20D0, 0x20FF) || code == 0x200D ||
-           IsBetween(code, 0xFE00, 0xFE0F) || IsBetween(code, 0x1F3FB, 0x1F3FF) || IsBetween(code, 0xE0020, 0xE007F);
+           IsBetween(code, 0xFE00, 0xFE0F) || IsSkinTone(code) || IsBetween(code, 0xE0020, 0xE007F);
 }
 
 // The number of bytes of the letter at the beginning of `text`, with all that continues it. A letter has an end, even
@@ -86,23 +92,91 @@ std::size_t LetterBytes(std::string_view text)
     return bytes;
 }
 
-// The width of a letter in a wide font without serifs, as a part of the letters' height.
-double LetterWidth(std::uint32_t code)
+// Characters that are about as wide as each other.
+struct WidthRange
 {
-    if (code >= 0x1100)
-        return IsBetween(code, 0x1E00, 0x206F) ? 0.7 : 1.05; // Latin letters and punctuation; Asian letters and emoji
+    std::uint32_t First;
+    std::uint32_t Last;
+    double Width; // of the widest of them, as a part of the letters' height
+};
+
+// From the fonts that browsers use for these scripts. The first range that holds a character counts.
+constexpr std::array<WidthRange, 34> WidthRanges = {{
+    {0xA9, 0xAE, 1.1},        // copyright and others
+    {0xBC, 0xBE, 1.1},        // fractions
+    {0xC6, 0xC6, 1.1},        // joined Latin letters
+    {0xE6, 0xE6, 1.1},        // the same
+    {0x152, 0x153, 1.1},      // the same
+    {0x174, 0x174, 1.1},      // a W with an accent
+    {0x180, 0x2FF, 1.45},     // rare Latin letters
+    {0x416, 0x416, 1.1},      // wide Cyrillic letters
+    {0x41C, 0x41C, 1.1},      // the same
+    {0x424, 0x42B, 1.1},      // the same
+    {0x42E, 0x42E, 1.1},      // the same
+    {0x436, 0x436, 1.1},      // the same
+    {0x448, 0x449, 1.1},      // the same
+    {0x460, 0x58F, 1.25},     // rare Cyrillic letters, Armenian
+    {0x80, 0x5FF, 0.88},      // other Latin, Greek and Cyrillic letters, Hebrew
+    {0x600, 0x8FF, 1.25},     // Arabic and others
+    {0xB80, 0xBFF, 2},        // Tamil
+    {0xD00, 0xD7F, 2},        // Malayalam
+    {0x900, 0x10FF, 1.3},     // other scripts of South Asia, Georgian
+    {0x1100, 0x11FF, 1.05},   // Korean
+    {0x1E00, 0x1EFF, 1},      // Vietnamese
+    {0x1F00, 0x1FFF, 1.1},    // Greek with accents
+    {0x1200, 0x1DFF, 1.65},   // other scripts
+    {0x2030, 0x2031, 1.75},   // parts per thousand
+    {0x2000, 0x206F, 1.05},   // punctuation
+    {0x2E3A, 0x2E3B, 3},      // long dashes
+    {0x2070, 0x2E7F, 1.45},   // signs
+    {0xA000, 0xABFF, 1.4},    // other scripts
+    {0xFDFA, 0xFDFD, 12},     // whole words in Arabic
+    {0xFB00, 0xFEFF, 1.3},    // forms of Arabic letters
+    {0x12000, 0x1254F, 8},    // cuneiform
+    {0x13000, 0x143FF, 2},    // hieroglyphs
+    {0x10000, 0x1FFFF, 1.4},  // emoji and others
+    {0x2E80, 0x10FFFF, 1.05}, // Chinese, Japanese, Korean
+}};
+
+constexpr double EmojiWidth = 1.4;
+
+// The width of a character in a wide font without serifs, as a part of the letters' height.
+double CharacterWidth(std::uint32_t code)
+{
     if (code >= 0x80)
-        return 0.7;
+        return std::find_if(WidthRanges.begin(), WidthRanges.end(),
+                            [&](const WidthRange& range) { return IsBetween(code, range.First, range.Last); })
+            ->Width;
     constexpr std::string_view narrow = "!'(),-./:;I[]`fijlrt|";
-    constexpr std::string_view wide = "%&@GMNOQW+<=>mw~";
+    constexpr std::string_view wide = "#&DGHMNOQU^+<=>w~";
+    constexpr std::string_view widest = "%@Wm";
     const char letter = static_cast<char>(code);
     if (narrow.find(letter) != std::string_view::npos)
-        return 0.39;
+        return 0.42;
     if (wide.find(letter) != std::string_view::npos)
         return 0.9;
+    if (widest.find(letter) != std::string_view::npos)
+        return 1;
     if (letter == ' ')
         return 0.33;
-    return IsBetween(code, 'A', 'Z') ? 0.71 : 0.62;
+    return IsBetween(code, 'A', 'Z') ? 0.71 : 0.64;
+}
+
+// The width of a letter. Where a font lacks a joined emoji, its parts are drawn one after the other.
+double LetterWidth(std::string_view letter)
+{
+    constexpr std::uint32_t emojiSelector = 0xFE0F;
+    double width = 0;
+    for (std::size_t i = 0; i < letter.size();)
+    {
+        const Character next = FirstCharacter(letter.substr(i));
+        if (i == 0 || !ContinuesLetter(next.Code) || IsSkinTone(next.Code))
+            width += CharacterWidth(next.Code);
+        else if (next.Code == emojiSelector)
+            width = std::max(width, EmojiWidth);
+        i += next.Bytes;
+    }
+    return width;
 }
 
 // A direction that a name opens ends with the name: between FIRST STRONG ISOLATE and POP DIRECTIONAL ISOLATE.
@@ -210,8 +284,9 @@ double TextWidth(std::string_view text, double size)
     double width = 0;
     for (std::size_t i = 0; i < text.size();)
     {
-        width += LetterWidth(FirstCharacter(text.substr(i)).Code) * size;
-        i += LetterBytes(text.substr(i));
+        const std::string_view letter = text.substr(i, LetterBytes(text.substr(i)));
+        width += LetterWidth(letter) * size;
+        i += letter.size();
     }
     return width;
 }
@@ -223,8 +298,9 @@ std::string Fitting(std::string_view text, double size, double widest)
     std::size_t fitting = 0; // bytes that fit together with an ellipsis
     for (std::size_t i = 0; i < text.size();)
     {
-        width += LetterWidth(FirstCharacter(text.substr(i)).Code) * size;
-        i += LetterBytes(text.substr(i));
+        const std::string_view letter = text.substr(i, LetterBytes(text.substr(i)));
+        width += LetterWidth(letter) * size;
+        i += letter.size();
         if (width <= room)
             fitting = i;
         if (width > widest)

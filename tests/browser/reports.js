@@ -14,6 +14,8 @@ const hostileNames = [
     '\u05e2\u05d2\u05d1\u05e0\u05d9\u05d9\u05d4 \u0628\u0646\u062f\u0648\u0631\u0629',
     '\u202eright to left \u2067',
     '\u{1f345}\u{1f469}\u{1f3fd}\u200d\u{1f33e} \u0e4d\u0301\u0316',
+    'W'.repeat(70),
+    'M\u0416\u0429@%'.repeat(14) + '\u6c34\u8349\u{1f345}\u{1f469}\u{1f3fd}\u200d\u{1f33e}2\ufe0f\u20e3\u263a\ufe0f'.repeat(9),
     longName,
 ];
 

@@ -129,6 +129,44 @@ TEST(ReportTextTest, AWiderTextIsEstimatedWider)
     EXPECT_LT(TextWidth("\xE2\x80\xA6", 12), TextWidth("\xF0\x9F\x8C\xB1", 12)); // an ellipsis, an emoji
 }
 
+// The widths of runs of letters that Chromium draws with DejaVu Sans, Noto Color Emoji and Droid Sans Fallback.
+TEST(ReportTextTest, WideLettersAreNotEstimatedTooNarrow)
+{
+    const auto expectAtLeast = [](const std::string& letter, double width)
+    {
+        EXPECT_GE(TextWidth(letter, 1), width) << letter;
+        EXPECT_LE(TextWidth(letter, 1), 1.5 * width) << letter << ": names would be cut early";
+    };
+    expectAtLeast("W", 0.989);
+    expectAtLeast("M", 0.863);
+    expectAtLeast("m", 0.975);
+    expectAtLeast("@", 1);
+    expectAtLeast("%", 0.951);
+    expectAtLeast("#", 0.838);
+    expectAtLeast("D", 0.771);
+    expectAtLeast("0", 0.637);
+    expectAtLeast("r", 0.412);
+    expectAtLeast("\xC3\x86", 0.975);                  // a joined A and E
+    expectAtLeast("\xD0\xA9", 1.087);                  // a Cyrillic shcha
+    expectAtLeast("\xD0\xB0", 0.613);                  // a Cyrillic a
+    expectAtLeast("\xD8\xB3", 1.221);                  // an Arabic seen that stands alone
+    expectAtLeast("\xE2\x80\xA6", 1);                  // an ellipsis
+    expectAtLeast("\xE6\xB0\xB4", 1);                  // a Chinese sign
+    expectAtLeast("\xED\x95\x9C", 1);                  // a Korean syllable
+    expectAtLeast("\xF0\x9F\x8D\x85", 1.245);          // a tomato
+    expectAtLeast("2\xEF\xB8\x8F\xE2\x83\xA3", 1.245); // the key of a 2, an emoji
+    expectAtLeast("\xE2\x98\xBA\xEF\xB8\x8F", 1.245);  // a smile with the selector of emoji
+    EXPECT_GT(TextWidth("\xEF\xB7\xBD", 1), 5);        // an Arabic sentence in one character
+}
+
+TEST(ReportTextTest, AJoinedEmojiMayBeDrawnAsItsParts)
+{
+    const std::string woman = "\xF0\x9F\x91\xA9";
+    const std::string joiner = "\xE2\x80\x8D";
+    EXPECT_DOUBLE_EQ(TextWidth(woman + joiner + woman, 1), 2 * TextWidth(woman, 1));
+    EXPECT_DOUBLE_EQ(TextWidth(woman + "\xF0\x9F\x8F\xBD", 1), 2 * TextWidth(woman, 1)); // a skin tone
+}
+
 TEST(ReportTextTest, ATextThatIsTooWideFitsAfterItsCut)
 {
     EXPECT_EQ(Fitting("Basil", 12, 100), "Basil");
