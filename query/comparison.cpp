@@ -133,6 +133,15 @@ PlantComparison ComparedPlants::Result(const std::string& name) const
     return comparison;
 }
 
+// Whether the harvest is in the time that the set asks for.
+bool IsHarvestOf(const PlantComparedSet& set, const std::string& harvestDate)
+{
+    const std::optional<std::string> afterTo = AfterDate(set.To);
+    if (set.From.empty() && set.To.empty())
+        return true;
+    return !harvestDate.empty() && harvestDate >= set.From && (!afterTo || harvestDate < *afterTo);
+}
+
 std::vector<PlantComparison> Compare(sqlite3* connection, const std::vector<PlantComparedSet>& sets)
 {
     YieldReader yields(connection);
@@ -146,7 +155,8 @@ std::vector<PlantComparison> Compare(sqlite3* connection, const std::vector<Plan
                 continue;
             if (!yield)
                 yield = yields.Of(plant);
-            compared[i].Add(plant, *yield);
+            if (IsHarvestOf(sets[i], yield->HarvestDate))
+                compared[i].Add(plant, *yield);
         }
     }
     std::vector<PlantComparison> comparisons;

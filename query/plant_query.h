@@ -280,6 +280,9 @@ struct PlantComparedSet
 {
     std::string Name; ///< The name; it is only written back.
     PlantSet Plants;  ///< The plants.
+    /// Where this or `To` is not empty, only the plants that have a date of harvest and whose date is not before this.
+    std::string From = {};
+    std::string To = {}; ///< The last date of harvest; empty for no limit. As in `PlantActivityFilter`.
 };
 
 /// The plants of a set and their harvests. A weight or rating counts if it is above 0; 0 means that it was not entered.
@@ -303,7 +306,8 @@ struct PlantComparison
 
 /// Compares sets of plants, in the order given. A plant may be in several sets.
 ///
-/// Cost: every plant is read, and the harvest record and care entries of each harvested plant in the sets.
+/// Cost: every plant is read, the harvest record of each plant in the sets, and the care entries of those that have a dry
+/// weight.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantComparison(PlantDatabase& database,
                                                              const std::vector<PlantComparedSet>& sets,
                                                              std::vector<PlantComparison>& out);

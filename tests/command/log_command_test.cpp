@@ -179,6 +179,7 @@ TEST_F(LogCommandTest, SearchFindsTheNamesAndNotesOfPlants)
     EXPECT_EQ(Parsed({"search", "ol", "--all"}).size(), 1U);
     EXPECT_EQ(Parsed({"search", "chil", "--tent", "South"}).size(), 0U);
     EXPECT_EQ(Parsed({"search", "chil", "--from", "2025"}).size(), 0U); // a plant has no date
+    EXPECT_EQ(Parsed({"search", "chil", "--to", "9999"}).size(), 0U);
     EXPECT_EQ(Parsed({"search", "chil", "--kind", "feed"}).size(), 0U);
 }
 

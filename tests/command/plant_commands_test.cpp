@@ -201,7 +201,63 @@ TEST_F(BasilTest, TheLineageIsDrawnAsATree)
                                        "├── Cutting 1 (Genovese) Clone\n"
                                        "│   └── Süß Veg\n"
                                        "└── Cutting 2 (Genovese) Veg\n");
-    EXPECT_EQ(Done({"plant", "tree", "c1"}), "Cutting 1 (Genovese) Clone\n└── Süß Veg\n");
+}
+
+TEST_F(BasilTest, TheTreeOfAPlantHasItsAncestorsAndDescendants)
+{
+    Done({"plant", "add", "Cutting 1", "--mother", "Basil", "--strain", "Genovese", "--stage", "clone"});
+    Done({"plant", "add", "Cutting 2", "--mother", "Basil", "--strain", "Genovese"});
+    Done({"plant", "add", "Süß", "--mother", "Cutting 1", "--uuid", "c3"});
+    Done({"plant", "add", "Last", "--mother", "Süß"});
+    EXPECT_EQ(Done({"plant", "tree", "Cutting 1"}), "Basil (Genovese) Veg\n"
+                                                    "└── Cutting 1 (Genovese) Clone\n"
+                                                    "    └── Süß Veg\n"
+                                                    "        └── Last Veg\n");
+    EXPECT_EQ(Done({"plant", "tree", "c3"}), "Basil (Genovese) Veg\n"
+                                             "└── Cutting 1 (Genovese) Clone\n"
+                                             "    └── Süß Veg\n"
+                                             "        └── Last Veg\n");
+    const JSON trees = Parsed({"plant", "tree", "c3"});
+    ASSERT_EQ(trees.size(), 1U);
+    EXPECT_EQ(trees.at(0).at("Name"), "Süß") << "the plant that was named";
+    EXPECT_EQ(trees.at(0).at("Clones").at(0).at("Name"), "Last");
+    ASSERT_EQ(trees.at(0).at("Ancestors").size(), 2U);
+    EXPECT_EQ(trees.at(0).at("Ancestors").at(0).at("Name"), "Cutting 1") << "the mother first";
+    EXPECT_EQ(trees.at(0).at("Ancestors").at(1).at("Name"), "Basil");
+    EXPECT_TRUE(trees.at(0).at("Ancestors").at(1).at("Harvest").is_null());
+    EXPECT_FALSE(Parsed({"plant", "tree"}).at(0).contains("Ancestors"));
+}
+
+TEST_F(BasilTest, OptionsSelectThePlantsOfATree)
+{
+    Done({"plant", "add", "Cutting 1", "--mother", "Basil", "--strain", "Genovese", "--stage", "clone", "--tent", "B"});
+    Done({"plant", "add", "Süß", "--mother", "Cutting 1"});
+    Done({"plant", "add", "Last", "--mother", "Süß", "--tent", "B"});
+    EXPECT_EQ(Done({"plant", "tree", "--strain", "genovese"}), "Basil (Genovese) Veg\n"
+                                                               "└── Cutting 1 (Genovese) Clone\n");
+    EXPECT_EQ(Done({"plant", "tree", "--tent", "b"}), "Last Veg\nCutting 1 (Genovese) Clone\n");
+    EXPECT_EQ(Done({"plant", "tree", "Süß", "--tent", "b"}), "Cutting 1 (Genovese) Clone\n"
+                                                             "└── Süß Veg\n"
+                                                             "    └── Last Veg\n");
+    EXPECT_EQ(Done({"plant", "tree", "--stage", "dry"}),
+              "No plants match the options; `plantjournal plant tree` shows all plants.\n");
+    EXPECT_NE(Refused({"plant", "tree", "--strain", "Genovse"}).find("did you mean \"Genovese\"?"), std::string::npos);
+}
+
+TEST_F(BasilTest, TheTreeIsPrintedAsCSV)
+{
+    const std::string basil = Parsed({"plant", "show", "Basil"}).at("UUID");
+    Done({"plant", "add", "Cutting", "--mother", "Basil", "--uuid", "c1", "--stage", "clone"});
+    Done({"plant", "add", "Sprout", "--mother", "Cutting", "--uuid", "s1"});
+    Done({"harvest", "add", "Basil", "--wet", "300", "--dry", "60", "--date", "2025-07-05"});
+    const std::string names =
+        "PlantUUID,Plant,Strain,Stage,MotherPlantUUID,Generation,HarvestDate,WetWeightG,DryWeightG,QualityRating\n";
+    const std::string first = basil + ",Basil,Genovese,Harvested,,";
+    EXPECT_EQ(Done({"plant", "tree", "--csv"}), names + first + "0,2025-07-05,300,60,0\nc1,Cutting,,Clone," + basil +
+                                                    ",1,,,,\ns1,Sprout,,Veg,c1,2,,,,\n");
+    EXPECT_EQ(Done({"plant", "tree", "Sprout", "--csv"}), names + first + "-2,2025-07-05,300,60,0\nc1,Cutting,,Clone," +
+                                                              basil + ",-1,,,,\ns1,Sprout,,Veg,c1,0,,,,\n");
+    EXPECT_NE(Mistaken({"plant", "tree", "--json", "--csv"}).find("exclude each other"), std::string::npos);
 }
 
 TEST_F(BasilTest, TheClonesOfTheLastCloneAreDrawnWithoutALine)

@@ -5,8 +5,11 @@
 #include "record/picture.h"
 #include "testing/plain_connection.h"
 
+#include <chrono>
 #include <filesystem>
+#include <iterator>
 #include <string>
+#include <thread>
 
 #include <sys/resource.h>
 
@@ -204,6 +207,75 @@ TEST_F(ReportCommandTest, AReportTakesAtMostTenTimesTheTimeOfAnExport)
     EXPECT_LE(ratio, 10);
     RecordProperty("Ratio", std::to_string(ratio));
     Sound = false; // the entries have no events
+}
+
+class InterruptedReportTest : public BasilTest
+{
+  protected:
+    InterruptedReportTest()
+    {
+        fs::create_directory(Scratch.File("pages"));
+        Write("pages/kept.html", "mine");
+    }
+
+    // Expects a command that Ctrl-C ended, and the files from before.
+    void ExpectNothingWritten(const ProgramResult& outcome) const
+    {
+        EXPECT_EQ(outcome.Status, 1);
+        EXPECT_EQ(outcome.Error, "plantjournal: interrupted; nothing was changed; run the command again\n");
+        EXPECT_EQ(outcome.Out, "");
+        EXPECT_EQ(FileBytes(Scratch.File("pages/kept.html")), "mine");
+        EXPECT_EQ(Pages(), 1);
+    }
+
+    std::ptrdiff_t Pages() const
+    {
+        return std::distance(fs::directory_iterator(Scratch.File("pages")), fs::directory_iterator());
+    }
+};
+
+TEST_F(InterruptedReportTest, CtrlCDuringAReportLeavesNothing)
+{
+    for (const Words& words :
+         {Words{"report", "pages/new.html"}, {"report", "pages/kept.html", "--overwrite"}, {"report", "-"}})
+    {
+        OtherProgram other(Journal, "BEGIN EXCLUSIVE;"); // so that there is time for it
+        RunningProgram program(Line(words), Around);
+        program.Interrupt();
+        other.Finish();
+        ExpectNothingWritten(program.End());
+    }
+}
+
+TEST_F(InterruptedReportTest, CtrlCAtAnyMomentLeavesNothingOrTheWholePage)
+{
+    PlainConnection(Journal).RunSQL(
+        "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i+1 FROM n WHERE i<19999) INSERT INTO PlantCareEntries"
+        "(PlantUUID,CareDate,Action,AmountMl) SELECT UUID,date('2016-01-01','+'||i||' days'),'Feed',500 FROM Plants,n;");
+    using Clock = std::chrono::steady_clock;
+    const auto begin = Clock::now();
+    const std::string page = Done({"report", "-"});
+    const auto whole = Clock::now() - begin;
+    constexpr int moments = 10;
+    int interrupted = 0;
+    for (int moment = 0; moment < moments; ++moment)
+    {
+        RunningProgram program(Line({"report", "pages/new.html"}), Around);
+        std::this_thread::sleep_for(whole * moment / (moments - 1));
+        program.Interrupt();
+        const ProgramResult outcome = program.End();
+        interrupted += outcome.Status;
+        if (outcome.Status != 0)
+        {
+            ExpectNothingWritten(outcome);
+            continue;
+        }
+        EXPECT_EQ(FileBytes(Scratch.File("pages/new.html")), page);
+        fs::remove(Scratch.File("pages/new.html"));
+        EXPECT_EQ(Pages(), 1);
+    }
+    EXPECT_GT(interrupted, 0); // the first one for certain
+    Sound = false;             // the entries have no events
 }
 
 TEST_F(ReportCommandTest, AReportChangesNothing)

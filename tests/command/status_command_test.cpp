@@ -236,6 +236,10 @@ TEST_F(StatusCommandTest, DueWithoutDuePlantsNamesTheNextOne)
     const std::string next = Parsed({"status", "Dill"}).at(0).at("DueDate");
     EXPECT_EQ(Done({"due", "Dill"}), "Nothing is due today. Next is Dill, in 4 d (" + next + ").\n");
     EXPECT_TRUE(Done({"due", "Dill", "--within", "2d"}).starts_with("Nothing is due until 20"));
+    for (const char* date : {"5d", "2d"}) // due tomorrow
+        Done({"water", "Fennel", "1l", "--date", date});
+    Done({"plant", "edit", "Fennel", "--stage", "veg"});
+    EXPECT_TRUE(Done({"due", "Dill", "Fennel"}).starts_with("Nothing is due today. Next is Fennel, tomorrow ("));
     EXPECT_EQ(Done({"due", "Elder"}),
               "Nothing is due today. A due date is known once a plant was fed or watered on two days.\n");
     EXPECT_EQ(Parsed({"due", "Elder"}), JSON::array());
@@ -243,6 +247,22 @@ TEST_F(StatusCommandTest, DueWithoutDuePlantsNamesTheNextOne)
         EXPECT_NE(Mistaken({"due", "--within", days}).find("is not a number of days; write it like 3d or 2w"),
                   std::string::npos)
             << days;
+}
+
+TEST_F(StatusCommandTest, PlantsOfEqualNamesAreShownWithTheirUUIDs)
+{
+    const std::string first = "Basil (" + Parsed({"status", "Basil"}).at(0).at("PlantUUID").get<std::string>() + ')';
+    EXPECT_NE(NoticesOf({"plant", "add", "BASIL", "--uuid", "second"}), "");
+    for (const char* date : {"8d", "5d"})
+        Done({"water", "second", "500ml", "--date", date});
+    for (const Words& words : {Words{"status"}, {"due"}, {"log"}, {"search", "ml"}, {"totals", "--by", "plant"}})
+    {
+        const std::string shown = Done(words);
+        EXPECT_NE(shown.find(first + ' '), std::string::npos) << shown;
+        EXPECT_NE(shown.find("BASIL (second) "), std::string::npos) << shown;
+        EXPECT_NE(shown.find("Chili "), std::string::npos) << shown;
+    }
+    EXPECT_NE(Done({"status", "second"}).find("BASIL (second)\n"), std::string::npos);
 }
 
 TEST_F(StatusCommandTest, CareTomorrowIsCalledTomorrow)

@@ -165,9 +165,43 @@ TEST_F(TotalsCommandTest, CompareTakesPlantsAndArchivedPlants)
     EXPECT_EQ(Parsed({"compare", "Genovese", "--tent", "süd"}).at(0).at("Plants"), 0);
     Done({"plant", "add", "Basil, red", "--uuid", "red"}); // the comma is in the name
     EXPECT_EQ(plants("basil, RED"), 1);
+    Done({"plant", "add", "Dill", "--uuid", "abcdef"});
+    EXPECT_EQ(plants("abcd"), 1);
+    EXPECT_NE(Refused({"compare", "abc"}).find("\"abc\": no strain or plant has this name"), std::string::npos);
     Done({"strain", "add", "Opal"});
     EXPECT_EQ(plants("opal"), 0);
     EXPECT_EQ(Parsed({"compare", "opal"}).at(0).at("Name"), "Opal");
+}
+
+TEST_F(TotalsCommandTest, CompareCanLeaveOutArchivedPlants)
+{
+    HarvestAll();
+    Done({"archive", "Basil 1"});
+    EXPECT_EQ(Parsed({"compare", "Genovese", "--without-archived"}).at(0).at("Plants"), 1);
+    EXPECT_EQ(Parsed({"compare", "Basil 1", "--without-archived"}).at(0).at("Plants"), 0);
+    const auto last = [&](const Words& words) { return Lines(RunOnTerminal(words, {}, 200).Out).back(); };
+    EXPECT_EQ(last({"compare", "Genovese"}), "1 archived plant is included; --without-archived leaves it out.");
+    EXPECT_EQ(last({"compare", "Genovese", "--without-archived"}).find("archived"), std::string::npos);
+    EXPECT_EQ(last({"compare", "Cayenne"}).find("archived"), std::string::npos);
+    EXPECT_EQ(Done({"compare", "Genovese"}).find("archived"), std::string::npos);
+    Done({"archive", "Basil 2"});
+    EXPECT_EQ(last({"compare", "Genovese"}), "2 archived plants are included; --without-archived leaves them out.");
+}
+
+TEST_F(TotalsCommandTest, CompareTakesTheTimeOfTheHarvests)
+{
+    HarvestAll();
+    const auto dry = [&](Words words)
+    {
+        words.insert(words.begin(), {"compare", "Genovese"});
+        return Parsed(words).at(0).at("DryWeightGMean");
+    };
+    EXPECT_EQ(dry({}), 50.0);
+    EXPECT_EQ(dry({"--from", "2025-07-02"}), 60.0);
+    EXPECT_EQ(dry({"--to", "2025-07-01"}), 40.0);
+    EXPECT_EQ(dry({"--from", "2025-07-01", "--to", "2025-07"}), 50.0);
+    EXPECT_TRUE(dry({"--to", "2024"}).is_null());
+    EXPECT_NE(Mistaken({"compare", "Genovese", "--from", "2025", "--to", "2024"}).find("swap them"), std::string::npos);
 }
 
 TEST_F(TotalsCommandTest, CompareRefusesUnknownNamesWithTheNearest)

@@ -49,6 +49,27 @@ void ExpectFigures(const PlantFigures& figures, const PlantFigures& expected)
     EXPECT_EQ(Printed(figures), Printed(expected));
 }
 
+TEST_F(ComparisonTest, ASetCanBeLimitedToTheHarvestsOfATime)
+{
+    Plant unweighed = PlantOf("Mint"); // harvested without a record
+    unweighed.HarvestDate = "2025-07-01 08:00";
+    EXPECT_TRUE(Repository.UpdatePlant(unweighed));
+    Harvest(PlantOf("Mint"), "2025-06-30");
+    PlantOf("Mint"); // grows
+    const auto number = [&](const std::string& from, const std::string& to)
+    {
+        const PlantComparedSet set = {"", {}, from, to};
+        return AnswerOf<Comparisons>(QueryPlantComparison, std::vector<PlantComparedSet>{set}).at(0).Plants;
+    };
+    EXPECT_EQ(number("", ""), 3);
+    EXPECT_EQ(number("2025-06-30", ""), 2);
+    EXPECT_EQ(number("2025-07", ""), 1);
+    EXPECT_EQ(number("", "2025-07-01"), 2);
+    EXPECT_EQ(number("", "2025-06"), 1);
+    EXPECT_EQ(number("2025-07-02", ""), 0);
+    EXPECT_EQ(number("2025", "2025"), 2);
+}
+
 TEST_F(ComparisonTest, EachSetHasAComparisonInTheOrderGiven)
 {
     EXPECT_TRUE(AnswerOf<Comparisons>(QueryPlantComparison, std::vector<PlantComparedSet>{}).empty());

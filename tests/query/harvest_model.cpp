@@ -24,6 +24,15 @@ std::vector<double> Spans(const std::vector<const ListedPlant*>& plants, std::st
     return spans;
 }
 
+bool IsHarvestedBetween(const ListedPlant& plant, const std::string& from, const std::string& to)
+{
+    std::string date = plant.Harvest ? plant.Harvest->HarvestDate : "";
+    if (date.empty())
+        date = plant.Record.HarvestDate;
+    const bool isAsked = !from.empty() || !to.empty();
+    return !isAsked || (!date.empty() && date >= from && (to.empty() || IsUpTo(date, to)));
+}
+
 double CareModel(const ListedPlant& plant)
 {
     long double sum = 0;
@@ -83,7 +92,7 @@ std::vector<PlantComparison> ComparisonModel(const std::vector<ListedPlant>& pla
     {
         std::vector<const ListedPlant*> chosen;
         for (const ListedPlant& plant : plants)
-            if (IsOf(set.Plants, plant.Record))
+            if (IsOf(set.Plants, plant.Record) && IsHarvestedBetween(plant, set.From, set.To))
                 chosen.push_back(&plant);
         std::vector<double> wet;
         std::vector<double> dry;

@@ -170,7 +170,13 @@ std::vector<PlantComparedSet> RandomSeason::AnyComparedSets()
 {
     std::vector<PlantComparedSet> sets(Below(4));
     for (PlantComparedSet& set : sets)
+    {
         set = {OneOf({"a", "b", ""}), AnySet()};
+        if (Below(3) == 0)
+            set.From = OneOf({"2025", "2025-02", AnyDay()});
+        if (Below(3) == 0)
+            set.To = OneOf({"2025", "2025-02", "zz", AnyDay()});
+    }
     return sets;
 }
 

@@ -22,6 +22,7 @@ struct CompareRequest
 {
     std::vector<std::string> Names;
     PlantSetOptions Plants; // limit each set
+    bool WithoutArchived = false;
     bool AsCSV = false;
 };
 
@@ -170,32 +171,58 @@ std::vector<AnswerField<PlantComparison>> ComparisonFields()
     return fields;
 }
 
+std::vector<PlantComparedSet> SetsOf(Session& session, const std::vector<Plant>& plants,
+                                     const std::vector<Strain>& strains, const CompareRequest& request)
+{
+    const PlantSet limits = request.WithoutArchived ? ListedPlantSet(session, plants, request.Plants)
+                                                    : PlantSetOf(session, plants, request.Plants);
+    const std::string to = LastDate(request.Plants);
+    std::vector<PlantComparedSet> sets;
+    for (const std::string& name : request.Names)
+    {
+        PlantComparedSet& set =
+            sets.emplace_back(PlantComparedSet{name, SetNamed(name, plants, strains), FirstDate(request.Plants), to});
+        if (set.Plants.Strains.size() == 1)
+            set.Name = set.Plants.Strains.front();
+        set.Plants.Tents = limits.Tents;
+        set.Plants.Stages = limits.Stages;
+    }
+    return sets;
+}
+
+// Prints how many archived plants count, on a terminal: in a script the line would disturb the table.
+void PrintArchivedCounted(const std::vector<Plant>& plants, const std::vector<PlantComparedSet>& sets)
+{
+    const auto isCounted = [&](const Plant& plant)
+    {
+        return plant.Stage == PlantStage::Archived &&
+               std::any_of(sets.begin(), sets.end(), [&](const auto& set) { return IsIn(set.Plants, plant); });
+    };
+    const auto counted = std::count_if(plants.begin(), plants.end(), isCounted);
+    if (counted > 0 && OutputIsTerminal())
+        std::cout << (counted == 1 ? "1 archived plant is included; --without-archived leaves it out.\n"
+                                   : std::to_string(counted) +
+                                         " archived plants are included; --without-archived leaves them out.\n");
+}
+
 void Compare(Session& session, const CompareRequest& request)
 {
     const bool forPrograms = IsForPrograms(session, request.AsCSV);
     const std::vector<Plant> plants = AllPlants(session);
-    const PlantSet limits = PlantSetOf(session, plants, request.Plants);
     const std::vector<Strain> strains = AllStrains(session);
     if (plants.empty() && strains.empty() && !forPrograms)
     {
         std::cout << NoPlantsYet;
         return;
     }
-    std::vector<PlantComparedSet> sets;
-    for (const std::string& name : request.Names)
-    {
-        PlantComparedSet& set = sets.emplace_back(PlantComparedSet{name, SetNamed(name, plants, strains)});
-        if (set.Plants.Strains.size() == 1)
-            set.Name = set.Plants.Strains.front();
-        set.Plants.Tents = limits.Tents;
-        set.Plants.Stages = limits.Stages;
-    }
+    const std::vector<PlantComparedSet> sets = SetsOf(session, plants, strains, request);
     std::vector<PlantComparison> compared;
     session.RequireAnswer(QueryPlantComparison(session.ReadDatabase(), sets, compared));
     if (forPrograms)
-        PrintForPrograms(session, ComparisonFields(), compared);
-    else
-        PrintComparison(compared);
+        return PrintForPrograms(session, ComparisonFields(), compared);
+    PrintComparison(compared);
+    if (request.Plants.Stage == std::nullopt && !request.Plants.From && !request.Plants.To)
+        PrintArchivedCounted(plants, sets);
 }
 
 } // namespace
@@ -204,11 +231,16 @@ void AddCompareCommand(CLI::App& program, Session& session)
 {
     auto request = std::make_shared<CompareRequest>();
     CLI::App& compare = AddCommand(program, "compare", "Compare the harvests of strains, or of plants",
-                                   "compare Genovese Cayenne\ncompare \"Basil 1,Basil 2\" Chili",
+                                   "compare Genovese Cayenne\ncompare \"Basil 1,Basil 2\" Chili\n"
+                                   "compare Genovese Cayenne --from 2025-01 --to 2025-06",
                                    [&session, request] { Compare(session, *request); });
     AddArguments(compare, "STRAIN-OR-PLANT",
-                 "strains, plants, or several plants separated by commas; archived plants count", request->Names);
+                 "strains, plants, or several plants separated by commas; archived plants are included",
+                 request->Names);
     AddFlag(compare, {"--tent", "only plants in this tent", "TENT"}, request->Plants.Tent);
     AddStageFlag(compare, "only plants in this stage", request->Plants.Stage);
+    AddSwitch(compare, "--without-archived", "leave out archived plants", request->WithoutArchived);
+    AddDateFlag(compare, "--from", "only plants harvested on this date or later", request->Plants.From);
+    AddDateFlag(compare, "--to", "only plants harvested on this date or before", request->Plants.To);
     AddCSV(compare, request->AsCSV);
 }

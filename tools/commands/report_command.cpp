@@ -154,6 +154,7 @@ void WriteReport(Session& session, const ReportArguments& arguments)
     std::string page;
     if (const PlantQueryResult result = WritePlantReport(session.ReadDatabase(), options, page); !result)
         throw Refusal(session.Path() + ": " + result.Error + "; nothing was written; run `plantjournal check`");
+    StopIfInterrupted();
     PrintNotices(images.NoticesFound());
     if (toStandardOutput)
     {
