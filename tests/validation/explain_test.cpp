@@ -1,0 +1,335 @@
+// The sentence for each cause of a failure that is not in the record.
+
+#include "support/child_process.h"
+#include "support/journal_test.h"
+#include "support/sample_records.h"
+#include "validation/stored_records.h"
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include <sqlite3.h>
+#include <unistd.h>
+
+using namespace support;
+
+namespace
+{
+
+const std::string Locked = "locked: another process or connection was using the journal for too long; try again later";
+const std::string RolledBack = "rolled back; the cause was not recorded";
+
+// Up to the first colon.
+std::string Beginning(const std::string& sentence)
+{
+    return sentence.substr(0, sentence.find(':'));
+}
+
+class ExplainTest : public JournalTest
+{
+  protected:
+    ExplainTest() : Sample(StoreSampleRecords(Repository))
+    {
+        sqlite3_busy_timeout(Database.NativeHandle(), 0); // a test that waits takes long and shows nothing more
+    }
+
+    // The sentence after each record was not stored.
+    std::map<std::string, int> Sentences(const std::vector<StoredRecord>& records)
+    {
+        std::map<std::string, int> sentences;
+        for (const StoredRecord& record : records)
+            ++sentences[SentenceOf(record)];
+        return sentences;
+    }
+    std::string SentenceOf(const StoredRecord& record)
+    {
+        EXPECT_FALSE(record.Store(Repository)) << record;
+        return record.Explain(Database);
+    }
+    // Expects one sentence for the records that are stored in one statement, and one for the others.
+    void ExpectSentences(const std::string& ofOne, const std::string& ofTransaction)
+    {
+        for (const StoredRecord& record : AcceptedRecords())
+            EXPECT_EQ(SentenceOf(record), record.UsesTransaction ? ofTransaction : ofOne) << record;
+    }
+
+    // Overwrites the first page of a table or index.
+    void Damage(const std::string& name)
+    {
+        const int page = std::stoi(QueryRows("SELECT rootpage FROM sqlite_master WHERE name='" + name + "';")[0][0]);
+        const int size = std::stoi(QueryRows("PRAGMA page_size;")[0][0]);
+        Database.Close();
+        {
+            std::fstream file(Path, std::ios::in | std::ios::out | std::ios::binary);
+            file.seekp(static_cast<std::streamoff>(page - 1) * size);
+            file << std::string(static_cast<std::size_t>(size), '\xFF');
+        }
+        OpenJournal();
+    }
+
+    SampleRecords Sample;
+};
+
+TEST_F(ExplainTest, AClosedDatabaseIsClosed)
+{
+    Database.Close();
+    ExpectSentences("closed: the database is not open; open the journal first",
+                    "closed: the database is not open; open the journal first");
+    for (const StoredRecord& record : RecordsRefusedByThemselves())
+        EXPECT_EQ(Beginning(SentenceOf(record)), "refused") << record;
+}
+
+TEST_F(ExplainTest, TheLockOfAWriterIsALock)
+{
+    for (const char* begin : {"BEGIN IMMEDIATE;", "BEGIN EXCLUSIVE;"})
+    {
+        const PlainConnection other(Path);
+        other.RunSQL(begin);
+        ExpectSentences(Locked, Locked);
+    }
+}
+
+TEST_F(ExplainTest, TheLockOfAnotherProcessIsALock)
+{
+    ChildProcess child(
+        [&](const ParentProcess& parent)
+        {
+            const PlainConnection other(Path);
+            other.RunSQL("BEGIN IMMEDIATE;");
+            parent.Send("locked");
+            parent.Wait();
+        });
+    ASSERT_EQ(child.ReadLine(), "locked");
+    ExpectSentences(Locked, Locked);
+    child.Continue();
+    EXPECT_EQ(child.End(), "done");
+}
+
+// A record that the journal refuses was not compared with it.
+TEST_F(ExplainTest, ALockIsNamedBeforeARefusalByTheJournal)
+{
+    const PlainConnection other(Path);
+    other.RunSQL("BEGIN EXCLUSIVE;");
+    EXPECT_EQ(Sentences(RecordsRefusedByTheJournal()),
+              (std::map<std::string, int>{{Locked, static_cast<int>(RecordsRefusedByTheJournal().size())}}));
+}
+
+TEST_F(ExplainTest, ARefusalWithoutTheFileIsNamedUnderALock)
+{
+    const PlainConnection other(Path);
+    other.RunSQL("BEGIN EXCLUSIVE;");
+    for (const StoredRecord& record : RecordsRefusedByThemselves())
+        EXPECT_EQ(Beginning(SentenceOf(record)), "refused") << record;
+}
+
+// The strain of a plant is stored before its mother is checked.
+TEST_F(ExplainTest, ALockIsNamedForAPlantWithAStrainThatIsItsOwnMother)
+{
+    Plant plant = Sample.Clone;
+    plant.MotherPlantUUID = plant.UUID;
+    plant.Strain = "a new strain";
+    {
+        const PlainConnection other(Path);
+        other.RunSQL("BEGIN EXCLUSIVE;");
+        EXPECT_FALSE(Repository.UpdatePlant(plant));
+        EXPECT_EQ(Explain(Database, plant), Locked);
+    }
+    EXPECT_FALSE(Repository.UpdatePlant(plant));
+    EXPECT_EQ(Explain(Database, plant), "refused: MotherPlantUUID: a plant cannot be its own mother");
+}
+
+// SQLite still has the code of the earlier call.
+TEST_F(ExplainTest, AnEarlierCodeIsNotTheCauseOfARefusal)
+{
+    for (const StoredRecord& record : RecordsRefusedByThemselves())
+    {
+        Plant used = Sample.Clone;
+        used.ID = 0;
+        EXPECT_FALSE(Repository.CreatePlant(used));
+        EXPECT_EQ(Beginning(SentenceOf(record)), "refused") << record;
+        EXPECT_EQ(sqlite3_extended_errcode(Database.NativeHandle()), SQLITE_CONSTRAINT_UNIQUE);
+    }
+}
+
+TEST_F(ExplainTest, AReaderAtTheCommitIsNotRecorded)
+{
+    const PlainConnection other(Path);
+    other.RunSQL("BEGIN; SELECT * FROM Plants;");
+    ExpectSentences(Locked, RolledBack);
+}
+
+TEST_F(ExplainTest, AFullDiskIsRecordedWithoutATransaction)
+{
+    RunSQL("PRAGMA max_page_count=" + QueryRows("PRAGMA page_count;")[0][0] + ";");
+    ExpectSentences("disk full: the journal's disk has no room left; free some space, then try again", RolledBack);
+}
+
+// A full disk rolls back by itself, so that the code cannot be that of a refusal.
+TEST_F(ExplainTest, ARefusalIsNotTheCauseOfARollbackBySQLite)
+{
+    RunSQL("PRAGMA max_page_count=" + QueryRows("PRAGMA page_count;")[0][0] + ";");
+    PlantCareEntry entry = Sample.Care;
+    entry.EC = std::nan("");
+    entry.Notes.assign(100'000, 'x'); // the event is stored first
+    EXPECT_FALSE(Repository.UpdatePlantCareEntry(entry));
+    EXPECT_EQ(Explain(Database, entry), RolledBack);
+}
+
+// Runs Explain on all records as a user without privileges.
+std::vector<std::string> SentencesAsUser(const std::string& path, bool usesTransaction)
+{
+    ChildProcess child(
+        [&](const ParentProcess& parent)
+        {
+            constexpr uid_t nobody = 65534; // root ignores permissions
+            if (geteuid() == 0 && setuid(nobody) != 0)
+                throw std::runtime_error("cannot drop privileges");
+            PlantDatabase database;
+            PlantRepository repository(database);
+            if (!database.Open(path))
+                throw std::runtime_error(database.LastError());
+            for (const StoredRecord& record : AcceptedRecords())
+                if (record.UsesTransaction == usesTransaction && !record.Store(repository))
+                    parent.Send(record.Explain(database).substr(0, 11));
+        });
+    std::vector<std::string> lines = child.ReadLines();
+    EXPECT_EQ(child.End(), "done");
+    return lines;
+}
+
+constexpr auto OneStatement = 12;
+constexpr auto Transactions = 6;
+
+TEST_F(ExplainTest, AReadOnlyFileIsReadOnly)
+{
+    Database.Close();
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms{0777});
+    std::filesystem::permissions(Path, std::filesystem::perms{0444});
+    EXPECT_EQ(SentencesAsUser(Path, false), std::vector<std::string>(OneStatement, "read-only: "));
+    EXPECT_EQ(SentencesAsUser(Path, true), std::vector<std::string>(Transactions, "read-only: "));
+}
+
+TEST_F(ExplainTest, AReadOnlyDirectoryIsNotRecordedAfterARollback)
+{
+    Database.Close();
+    std::filesystem::permissions(Path, std::filesystem::perms{0666});
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms{0555});
+    EXPECT_EQ(SentencesAsUser(Path, false), std::vector<std::string>(OneStatement, "read-only: "));
+    EXPECT_EQ(SentencesAsUser(Path, true), std::vector<std::string>(Transactions, RolledBack.substr(0, 11)));
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms{0777});
+}
+
+TEST_F(ExplainTest, ADeletedFileWasMoved)
+{
+    std::filesystem::remove(Path);
+    ExpectSentences(
+        "moved: the journal file was moved or deleted while it was open; close the journal and open it again",
+        RolledBack);
+}
+
+TEST_F(ExplainTest, ADamagedFileIsDamaged)
+{
+    Damage("PlantEvents");
+    const std::string damaged = "damaged: the journal file is damaged; restore a backup";
+    EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
+    EXPECT_EQ(Explain(Database, Sample.Event), damaged);
+    PlantCareEntry entry = Sample.Care;
+    entry.ID = 0;
+    EXPECT_FALSE(Store(Repository, entry));
+    EXPECT_EQ(Explain(Database, entry), RolledBack);
+    EXPECT_FALSE(Store(Repository, Sample.Care));
+    EXPECT_EQ(Explain(Database, Sample.Care), RolledBack +
+                                                  "; the journal cannot be read at present: reading the timeline "
+                                                  "events: database disk image is malformed");
+}
+
+TEST_F(ExplainTest, AnOpenTransactionIsNamed)
+{
+    RunSQL("BEGIN;");
+    const std::string open = "open transaction: the operation needs a transaction of its own; commit or roll back the "
+                             "one that is open on this connection";
+    for (const StoredRecord& record : AcceptedRecords())
+    {
+        if (record.UsesTransaction)
+        {
+            EXPECT_EQ(SentenceOf(record), open) << record;
+        }
+    }
+    for (const StoredRecord& record : RecordsRefusedByTheJournal())
+        EXPECT_EQ(Beginning(SentenceOf(record)),
+                  record.UsesTransaction && record.Name != "AnUnknownStrain" ? "open transaction" : "refused")
+            << record;
+    RunSQL("ROLLBACK;");
+}
+
+TEST_F(ExplainTest, AnotherReasonOfSQLiteIsItsMessage)
+{
+    RunSQL("CREATE TEMP TRIGGER no_events BEFORE INSERT ON PlantEvents BEGIN SELECT RAISE(ABORT,'no more'); END;");
+    EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
+    EXPECT_EQ(Explain(Database, Sample.Event), "failed: no more");
+    EXPECT_EQ(SentenceOf(AcceptedRecords().at(7)), RolledBack);
+    RunSQL("DROP TRIGGER no_events;");
+
+    sqlite3_progress_handler(
+        Database.NativeHandle(), 1, [](void*) { return 1; }, nullptr);
+    EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
+    sqlite3_progress_handler(Database.NativeHandle(), 0, nullptr, nullptr);
+    EXPECT_EQ(Explain(Database, Sample.Event), "failed: interrupted");
+
+    RunSQL("ALTER TABLE PlantEvents RENAME TO Moved;");
+    EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
+    EXPECT_EQ(Explain(Database, Sample.Event), "failed: no such table: PlantEvents");
+}
+
+TEST_F(ExplainTest, EvidenceThatAnotherCallReplacedIsNotRecorded)
+{
+    Plant used = Sample.Clone;
+    used.ID = 0;
+    EXPECT_FALSE(Repository.CreatePlant(used));
+    RunSQL("DELETE FROM Plants;");
+    EXPECT_EQ(Beginning(Explain(Database, used)), "refused"); // its mother
+    used.MotherPlantUUID.clear();
+    EXPECT_EQ(Explain(Database, used), "failed: the cause was not recorded");
+}
+
+// An update of a care entry without an event writes the row ID of the new event back, even if it then fails.
+TEST_F(ExplainTest, AnEventThatWasRolledBackIsNotTheCause)
+{
+    const PlainConnection other(Path);
+    other.RunSQL("BEGIN; SELECT * FROM Plants;");
+    PlantCareEntry entry = Sample.Unlinked;
+    EXPECT_FALSE(Repository.UpdatePlantCareEntry(entry));
+    EXPECT_NE(entry.TimelineEventID, 0);
+    EXPECT_EQ(Explain(Database, entry), RolledBack);
+    HarvestRecord record = Sample.Harvest;
+    record.TimelineEventID = 0;
+    EXPECT_FALSE(Repository.SaveHarvestRecord(Sample.Mother, record));
+    EXPECT_EQ(Explain(Database, record), RolledBack);
+}
+
+TEST_F(ExplainTest, ARecordThatWasChangedByTheFailureHasItsOwnCause)
+{
+    PlantCareEntry entry = Sample.Unlinked;
+    entry.PH = std::nan("");
+    EXPECT_FALSE(Repository.UpdatePlantCareEntry(entry));
+    EXPECT_EQ(Explain(Database, entry), "refused: PH: the value is not a number");
+    HarvestRecord second;
+    second.PlantUUID = Sample.Mother.UUID;
+    EXPECT_FALSE(Repository.SaveHarvestRecord(Sample.Mother, second));
+    EXPECT_EQ(Explain(Database, second), "refused: PlantUUID: the plant already has a harvest record");
+}
+
+TEST_F(ExplainTest, AnExplanationChangesNothing)
+{
+    const std::string content = Content();
+    for (const StoredRecord& record : RecordsRefusedByTheJournal())
+        EXPECT_FALSE(SentenceOf(record).empty());
+    EXPECT_EQ(Content(), content);
+    ExpectNothingOpen();
+}
+
+} // namespace
