@@ -1,18 +1,19 @@
-// Finds the cause of a failed operation in the ways that docs/errors.md shows: the code of the connection and the log
-// of SQLite.
+// Finds the cause of a failed operation in the ways that docs/errors.md shows: Explain, the code of the connection and
+// the log of SQLite.
 
 #include "pages/errors_page.h"
+#include "plant_validation.h"
 #include "support/child_process.h"
 #include "support/disk_failure.h"
 #include "support/page.h"
 #include "support/repository_operations.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
+#include <set>
 #include <sstream>
+#include <stdexcept>
 
 #include <sqlite3.h>
 #include <unistd.h>
@@ -23,46 +24,78 @@ using namespace support;
 namespace
 {
 
+// What `work` prints on standard error.
+template <typename Work> std::string Printed(const Work& work)
+{
+    std::ostringstream printed;
+    std::streambuf* const usual = std::cerr.rdbuf(printed.rdbuf());
+    work();
+    std::cerr.rdbuf(usual);
+    return printed.str();
+}
+
 TEST_F(ErrorsPageTest, ThePageShowsTheCodeOfTheseTests)
 {
     const std::string log = PLANTJOURNAL_SOURCE_DIR "/tests/pages/errors_page.cpp";
-    EXPECT_EQ(CodeBlocks(ErrorsPage, "cpp"), (std::vector{Region(__FILE__, "reason"), Region(__FILE__, "forget"),
+    EXPECT_EQ(CodeBlocks(ErrorsPage, "cpp"), (std::vector{Region(__FILE__, "explain"), Region(__FILE__, "message"),
                                                           Region(log, "log"), Region(__FILE__, "configure")}));
 }
 
-TEST_F(ErrorsPageTest, AFailedStatementKeepsItsReason)
+TEST_F(ErrorsPageTest, TheExampleOfExplainPrintsItsSentence)
 {
-    Plant plant = NewPlant("Basil");
+    Plant basil = NewPlant("Basil");
+    HarvestRecord record;
+    EXPECT_TRUE(Repository.SaveHarvestRecord(basil, record));
+    record = {};
     PlantDatabase& journal = Database;
     PlantRepository& repository = Repository;
-    std::ostringstream printed;
-    std::streambuf* const usual = std::cerr.rdbuf(printed.rdbuf());
-    // [reason]
-    if (!repository.CreatePlant(plant))
-    {
-        sqlite3* db = journal.NativeHandle();
-        std::cerr << sqlite3_extended_errcode(db) << ": " << sqlite3_errmsg(db) << '\n';
-    }
-    // [end]
-    std::cerr.rdbuf(usual);
-    EXPECT_EQ(printed.str(), "2067: UNIQUE constraint failed: Plants.UUID\n");
-    EXPECT_NE(PageText(ErrorsPage).find("\n" + printed.str()), std::string::npos);
-
-    EXPECT_TRUE(Repository.DeletePlant(plant.UUID)); // runs a statement
-    EXPECT_EQ(Message(), "not an error");
+    const std::string printed = Printed(
+        [&]
+        {
+            // clang-format off
+            // [explain]
+            if (!repository.SaveHarvestRecord(basil, record))
+                std::cerr << Explain(journal, record) << '\n';
+            // [end]
+            // clang-format on
+        });
+    EXPECT_EQ(printed, "refused: PlantUUID: the plant already has a harvest record\n");
+    EXPECT_NE(PageText(ErrorsPage).find("\n" + printed), std::string::npos);
 }
 
-TEST_F(ErrorsPageTest, AnEmptyStatementClearsTheReason)
+TEST_F(ErrorsPageTest, AFailedReadKeepsItsMessage)
 {
-    Plant plant = NewPlant("Basil");
-    EXPECT_FALSE(Repository.CreatePlant(plant));
-    EXPECT_FALSE(Repository.DeletePlantEvent(0)); // refused before it uses the file
-    EXPECT_EQ(Code(), SQLITE_CONSTRAINT_UNIQUE);
     PlantDatabase& journal = Database;
-    // [forget]
-    sqlite3_exec(journal.NativeHandle(), "", nullptr, nullptr, nullptr);
-    // [end]
-    EXPECT_EQ(Code(), SQLITE_OK);
+    PlantRepository& repository = Repository;
+    const std::string uuid = "unknown";
+    Plant plant;
+    const auto read = [&]
+    {
+        // clang-format off
+        // [message]
+        if (!repository.GetPlant(uuid, plant))
+            std::cerr << sqlite3_errmsg(journal.NativeHandle()) << '\n';
+        // [end]
+        // clang-format on
+    };
+    EXPECT_EQ(Printed(read), "not an error\n");
+    const PlainConnection other(Path);
+    other.RunSQL("BEGIN EXCLUSIVE;");
+    EXPECT_EQ(Printed(read), "database is locked\n");
+}
+
+// The header of the library lists the same.
+TEST_F(ErrorsPageTest, ThePageListsEveryBeginningOfASentence)
+{
+    std::set<std::string> listed;
+    for (const auto& row : TableRows(ErrorsPage, "## When an operation returns `false`"))
+        listed.insert(Plain(row.at(0)));
+    EXPECT_EQ(listed,
+              (std::set<std::string>{"refused", "closed", "locked", "read-only", "moved", "disk full", "disk error",
+                                     "damaged", "out of memory", "open transaction", "failed", "rolled back"}));
+    const std::string header = PageText("validation/plant_validation.h");
+    for (const std::string& beginning : listed)
+        EXPECT_NE(header.find('`' + beginning), std::string::npos) << beginning;
 }
 
 class SuccessCodeTest : public ErrorsPageTest, public testing::WithParamInterface<Operation>
@@ -90,7 +123,7 @@ TEST_F(ErrorsPageTest, AListThatStopsEarlyReturnsTrueAndKeepsTheReason)
     EXPECT_EQ(Code(), SQLITE_BUSY);
 }
 
-// ---- Causes that can affect any operation
+// ---- Causes outside of the record
 
 class CommonErrorsTest : public ErrorsPageTest
 {
@@ -101,94 +134,93 @@ class CommonErrorsTest : public ErrorsPageTest
         Care.Notes = Event.Details = std::string(100'000, 'x'); // needs more pages than the file has
     }
 
-    // Returns the row of the page for a cause.
-    static std::vector<std::string> Shown(const std::string& cause)
+    // Returns the sentences after a failed operation of one statement, and after one with a transaction.
+    std::vector<std::string> Sentences(PlantDatabase& database) const
     {
-        for (auto row : TableRows(ErrorsPage, "## Causes that can affect any operation"))
-            if (row[0] == cause)
+        PlantRepository repository(database);
+        PlantEvent event = Event;
+        PlantCareEntry care = Care;
+        EXPECT_FALSE(repository.CreatePlantEvent(event));
+        const std::string ofOne = Explain(database, Event);
+        EXPECT_FALSE(repository.CreatePlantCareEntry(care));
+        return {ofOne, Explain(database, Care)};
+    }
+
+    // Expects that the sentences begin as the page shows.
+    static void Expect(const std::string& cause, const std::vector<std::string>& sentences)
+    {
+        for (const auto& row : TableRows(ErrorsPage, "## After a rollback"))
+            if (row.at(0) == cause)
             {
-                std::transform(row.begin(), row.end(), row.begin(), Plain);
-                return row;
+                EXPECT_TRUE(sentences.at(0).starts_with(Plain(row.at(1)))) << sentences.at(0);
+                EXPECT_TRUE(sentences.at(1).starts_with(Plain(row.at(2)))) << sentences.at(1);
+                return;
             }
         ADD_FAILURE() << "the page does not list the cause: " << cause;
-        return std::vector<std::string>(4);
     }
+    void Expect(const std::string& cause) { Expect(cause, Sentences(Database)); }
 
-    // Returns the code after a failed operation of one statement, the code after one with a transaction, and the first
-    // code in the log.
-    std::vector<std::string> Left(PlantRepository& repository, sqlite3* db)
+    // The same in a process without privileges.
+    void ExpectAsUser(const std::string& cause)
     {
-        const std::map<int, std::string> names = {
-            {SQLITE_OK, "SQLITE_OK"},          {SQLITE_ERROR, "SQLITE_ERROR"},       {SQLITE_BUSY, "SQLITE_BUSY"},
-            {SQLITE_FULL, "SQLITE_FULL"},      {SQLITE_READONLY, "SQLITE_READONLY"}, {SQLITE_IOERR, "SQLITE_IOERR"},
-            {SQLITE_CORRUPT, "SQLITE_CORRUPT"}};
-        Log.str("");
-        EXPECT_FALSE(repository.CreatePlantEvent(Event));
-        const int ofOne = sqlite3_errcode(db);
-        EXPECT_FALSE(repository.CreatePlantCareEntry(Care));
-        const int ofTransaction = sqlite3_errcode(db);
-        // The cause is logged before its consequences.
-        const std::string log = Log.str();
-        const std::string first = log.empty() ? "" : names.at(std::stoi(log) & 0xFF);
-        return {names.at(ofOne & 0xFF), names.at(ofTransaction & 0xFF), first};
-    }
-
-    void Expect(const std::string& cause)
-    {
-        const std::vector<std::string> shown = Shown(cause);
-        const std::vector<std::string> left = Left(Repository, Database.NativeHandle());
-        EXPECT_EQ(left[0], shown[1]);
-        EXPECT_TRUE(shown[2] == left[1] || shown[2] == "SQLITE_ERROR or SQLITE_OK") << left[1];
-        EXPECT_EQ(left[2], shown[3]);
+        ChildProcess child(
+            [&](const ParentProcess& parent)
+            {
+                constexpr uid_t nobody = 65534; // root ignores permissions
+                if (geteuid() == 0 && setuid(nobody) != 0)
+                    throw std::runtime_error("cannot drop privileges");
+                OpenJournal();
+                for (const std::string& sentence : Sentences(Database))
+                    parent.Send(sentence);
+            });
+        const std::vector<std::string> sentences = child.ReadLines();
+        EXPECT_EQ(child.End(), "done");
+        ASSERT_EQ(sentences.size(), 2);
+        Expect(cause, sentences);
     }
 
     PlantEvent Event;
     PlantCareEntry Care;
 };
 
-TEST_F(CommonErrorsTest, TheLockOfAWriterGivesTheCodesOnThePage)
+TEST_F(CommonErrorsTest, TheLockOfAWriterGivesTheSentencesOnThePage)
 {
     const PlainConnection other(Path);
     other.RunSQL("BEGIN IMMEDIATE;");
     Expect("Another process writes for more than 2.5 seconds");
 }
 
-TEST_F(CommonErrorsTest, TheLockOfAReaderGivesTheCodesOnThePage)
+TEST_F(CommonErrorsTest, TheLockOfAReaderGivesTheSentencesOnThePage)
 {
     const PlainConnection other(Path);
     other.RunSQL("BEGIN; SELECT * FROM Plants;");
     Expect("Another process reads for more than 2.5 seconds");
 }
 
-TEST_F(CommonErrorsTest, AReadOnlyFileGivesTheCodesOnThePage)
+TEST_F(CommonErrorsTest, AReadOnlyFileGivesTheSentencesOnThePage)
 {
     Database.Close();
     std::filesystem::permissions(Scratch.File(""), std::filesystem::perms{0755});
     std::filesystem::permissions(Path, std::filesystem::perms{0444});
-    ChildProcess child(
-        [&](const ParentProcess& parent)
-        {
-            constexpr uid_t nobody = 65534; // root ignores permissions
-            if (geteuid() == 0 && setuid(nobody) != 0)
-                throw std::runtime_error("cannot drop privileges");
-            OpenJournal();
-            for (const std::string& name : Left(Repository, Database.NativeHandle()))
-                parent.Send(name);
-        });
-    std::vector<std::string> row = child.ReadLines();
-    EXPECT_EQ(child.End(), "done");
-    row.insert(row.begin(), "The file is read-only");
-    EXPECT_EQ(row, Shown(row.front()));
+    ExpectAsUser("The file is read-only");
 }
 
-TEST_F(CommonErrorsTest, AFullDiskGivesTheCodesOnThePage)
+TEST_F(CommonErrorsTest, AReadOnlyDirectoryGivesTheSentencesOnThePage)
+{
+    Database.Close();
+    std::filesystem::permissions(Path, std::filesystem::perms{0666});
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms{0555});
+    ExpectAsUser("The directory is read-only");
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms{0755});
+}
+
+TEST_F(CommonErrorsTest, AFullDiskGivesTheSentencesOnThePage)
 {
     RunSQL("PRAGMA max_page_count=" + QueryRows("PRAGMA page_count;")[0][0] + ";");
     Expect("The disk is full");
-    EXPECT_EQ(Message(), "cannot rollback - no transaction is active");
 }
 
-TEST_F(CommonErrorsTest, AFailingDiskGivesTheCodesOnThePage)
+TEST_F(CommonErrorsTest, AFailingDiskGivesTheSentencesOnThePage)
 {
     const FailingDisk disk;
     Database.Close();
@@ -200,7 +232,7 @@ TEST_F(CommonErrorsTest, AFailingDiskGivesTheCodesOnThePage)
     Database.Close();
 }
 
-TEST_F(CommonErrorsTest, ADamagedFileGivesTheCodesOnThePage)
+TEST_F(CommonErrorsTest, ADamagedFileGivesTheSentencesOnThePage)
 {
     const int page = std::stoi(QueryRows("SELECT rootpage FROM sqlite_master WHERE name='PlantEvents';")[0][0]);
     const int size = std::stoi(QueryRows("PRAGMA page_size;")[0][0]);
@@ -216,27 +248,27 @@ TEST_F(CommonErrorsTest, ADamagedFileGivesTheCodesOnThePage)
 
 TEST_F(CommonErrorsTest, ThePageListsNoOtherCauses)
 {
-    EXPECT_EQ(TableRows(ErrorsPage, "## Causes that can affect any operation").size(), 6);
+    EXPECT_EQ(TableRows(ErrorsPage, "## After a rollback").size(), 7);
 }
 
-TEST_F(CommonErrorsTest, AnOpenTransactionMakesOperationsThatNeedOneFail)
-{
-    RunSQL("BEGIN;");
-    EXPECT_TRUE(Repository.CreatePlantEvent(Event));
-    EXPECT_FALSE(Repository.CreatePlantCareEntry(Care));
-    EXPECT_EQ(Message(), "cannot start a transaction within a transaction");
-    RunSQL("COMMIT;");
-}
-
-TEST_F(CommonErrorsTest, AClosedDatabaseKeepsNoReason)
+TEST_F(CommonErrorsTest, AClosedDatabaseHasNoCode)
 {
     Database.Close();
     EXPECT_FALSE(Repository.CreatePlantEvent(Event));
     EXPECT_EQ(Database.NativeHandle(), nullptr);
-    EXPECT_EQ(sqlite3_errcode(nullptr), SQLITE_NOMEM);
+    EXPECT_TRUE(Explain(Database, Event).starts_with("closed"));
 }
 
 // ---- The log
+
+TEST_F(CommonErrorsTest, TheLogHasTheCauseOfARollback)
+{
+    RunSQL("PRAGMA max_page_count=" + QueryRows("PRAGMA page_count;")[0][0] + ";");
+    Log.str("");
+    EXPECT_FALSE(Repository.CreatePlantCareEntry(Care));
+    EXPECT_NE(Code(), SQLITE_FULL);
+    EXPECT_TRUE(Log.str().starts_with(std::to_string(SQLITE_FULL) + ": ")) << Log.str();
+}
 
 TEST_F(ErrorsPageTest, TheLogHasTheCodeAndAShortMessageWhole)
 {
