@@ -35,7 +35,7 @@ max-width:24rem}
 th{position:sticky;top:0;background:var(--ground);white-space:nowrap}
 .number,.date{font-variant-numeric:tabular-nums;white-space:nowrap}
 .number{text-align:right}
-.photos{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,13rem),1fr));gap:1.25rem 1rem;
+.photos{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,10.5rem),1fr));gap:1.25rem 1rem;
 margin:1rem 0;padding:0;list-style:none}
 .photos img{display:block;width:100%;aspect-ratio:4/3;object-fit:cover;background:var(--line);border-radius:4px}
 figcaption{font-size:.875rem;margin-top:.35rem}
@@ -43,7 +43,8 @@ dl{display:grid;grid-template-columns:max-content 1fr;gap:.25rem 1.5rem;margin:1
 dt{color:var(--faint)}
 dd{margin:0;white-space:pre-line}
 .history{margin:0;padding:0;list-style:none}
-.history li{display:grid;grid-template-columns:6.5rem 1fr;gap:0 1rem;padding:.3rem 0}
+.history li{display:grid;grid-template-columns:7rem 1fr;gap:0 1rem;padding:.3rem 0}
+.history time{white-space:nowrap}
 .history p{margin:0;white-space:pre-line}
 footer{margin-top:3rem;padding-top:1rem;border-top:1px solid var(--line);font-size:.875rem}
 @media screen and (max-width:46rem){
