@@ -1,11 +1,11 @@
 // Tries each row of the tables in docs/processes.md, and runs its code.
 
 #include "plant_file.h"
+#include "plant_watcher.h"
 #include "support/journal_test.h"
 #include "support/page.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <functional>
 
 #include <sqlite3.h>
@@ -16,19 +16,6 @@ namespace
 {
 
 const std::string ProcessesPage = "docs/processes.md";
-
-// [version]
-std::int64_t DataVersion(sqlite3* db)
-{
-    sqlite3_stmt* statement = nullptr;
-    std::int64_t version = 0;
-    if (sqlite3_prepare_v2(db, "PRAGMA data_version;", -1, &statement, nullptr) == SQLITE_OK &&
-        sqlite3_step(statement) == SQLITE_ROW)
-        version = sqlite3_column_int64(statement, 0);
-    sqlite3_finalize(statement);
-    return version;
-}
-// [end]
 
 class ProcessesPageTest : public JournalTest
 {
@@ -71,7 +58,7 @@ TEST_F(ProcessesPageTest, ThePageShowsTheCasesOfTheseTests)
                            {"writes", "writes", "waits"},
                            {"reads", "commits", "waits"}}));
     EXPECT_EQ(CodeBlocks(ProcessesPage, "cpp"),
-              (std::vector{Region(__FILE__, "again"), Region(__FILE__, "timeout"), Region(__FILE__, "version")}));
+              (std::vector{Region(__FILE__, "again"), Region(__FILE__, "timeout"), Region(__FILE__, "watch")}));
 }
 
 TEST_F(ProcessesPageTest, AnOpenJournalBlocksNoOtherProcess)
@@ -143,13 +130,27 @@ TEST_F(ProcessesPageTest, ATimeoutStaysSetUntilTheNextOpen)
     EXPECT_EQ(QueryRows("PRAGMA busy_timeout;"), Rows{{"2500"}});
 }
 
-TEST_F(ProcessesPageTest, TheDataVersionChangesAfterAWriteOfAnother)
+TEST_F(ProcessesPageTest, AWatcherReportsAWriteOfAnother)
 {
-    const std::int64_t before = DataVersion(Database.NativeHandle());
+    PlantWatcher watcher(Database);
+    int readings = 0;
+    const auto readAgain = [&] { ++readings; };
+    const auto poll = [&]
+    {
+        // [watch]
+        PlantChanges changes;
+        if (watcher.Poll(changes) && changes.OthersChanged)
+            readAgain();
+        // [end]
+    };
     EXPECT_TRUE(Writes() && Reads());
-    EXPECT_EQ(DataVersion(Database.NativeHandle()), before); // writes of the same connection do not count
+    poll();
+    EXPECT_EQ(readings, 0); // writes of the same connection do not count
+    const std::string before = QueryRows("PRAGMA data_version;")[0][0];
     Other.RunSQL("UPDATE Plants SET Tent='by the door';");
-    EXPECT_NE(DataVersion(Database.NativeHandle()), before);
+    poll();
+    EXPECT_EQ(readings, 1);
+    EXPECT_NE(QueryRows("PRAGMA data_version;")[0][0], before);
 }
 
 TEST_F(ProcessesPageTest, AWriteWaitsForAnInspectionAndACheck)

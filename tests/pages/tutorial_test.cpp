@@ -89,7 +89,7 @@ class TutorialTest : public testing::Test
         for (const std::string& session : CodeBlocks(TutorialPage, "text"))
         {
             std::unique_ptr<PlainConnection> other;
-            if (session.find("Another program") != std::string::npos)
+            if (session.find("locked: ") != std::string::npos)
             {
                 other = std::make_unique<PlainConnection>(Scratch.File("garden.db"));
                 other->RunSQL("BEGIN IMMEDIATE;");
@@ -118,7 +118,9 @@ TEST_F(TutorialTest, TheProgramCompilesAtEveryStep)
     for (const std::string& step : Steps())
     {
         std::ofstream(Scratch.File("garden.cpp")) << step;
-        const std::string output = Run("c++ -std=c++17 -fsyntax-only -I'" PLANTJOURNAL_SOURCE_DIR "/src' garden.cpp");
+        const std::string output =
+            Run("c++ -std=c++17 -fsyntax-only -I'" PLANTJOURNAL_SOURCE_DIR "/src' -I'" PLANTJOURNAL_SOURCE_DIR
+                "/query' -I'" PLANTJOURNAL_SOURCE_DIR "/validation' garden.cpp");
         EXPECT_EQ(Status, 0) << step << output;
     }
 }
