@@ -1,9 +1,10 @@
 #include "activities.h"
 
 #include "activity_tables.h"
-#include "days.h"
 #include "letters.h"
+#include "owned_events.h"
 #include "plants.h"
+#include "record_selection.h"
 
 #include <algorithm>
 #include <array>
@@ -52,28 +53,21 @@ class ActivityReader
     std::vector<PlantActivity> Read();
 
   private:
-    void ReadTable(const ActivityTable& table);
     void AddRows(const ActivityTable& table, Statement& rows);
-    void RemoveOwnedEvents();
-    void MarkOwnedEvents(const char* step, const char* table,
-                         const std::unordered_map<std::int64_t, std::size_t>& events, std::vector<bool>& owned);
     void AddOwnDates();
-    // Runs `add` for the rows of all plants at once, or of each plant of the set. The UUID is parameter 3.
-    template <typename Add> void ForPlants(Statement& rows, const Add& add);
 
     PlantDatabase& Database;
     const PlantActivityFilter& Filter;
     ActivityTexts Texts;
-    std::optional<std::string> AfterTo;
-    bool EveryPlant;
     std::vector<SetPlant> Plants;
+    RecordSelection Selection;
     std::unordered_map<std::string_view, const SetPlant*> PlantsByUUID;
     std::vector<PlantActivity> Found;
 };
 
 ActivityReader::ActivityReader(PlantDatabase& database, const PlantActivityFilter& filter, ActivityTexts texts)
-    : Database(database), Filter(filter), Texts(texts), AfterTo(AfterDate(filter.To)),
-      EveryPlant(IsEveryPlant(filter.Plants)), Plants(PlantsOf(database.NativeHandle(), filter.Plants))
+    : Database(database), Filter(filter), Texts(texts), Plants(PlantsOf(database.NativeHandle(), filter.Plants)),
+      Selection(filter.Plants, Plants, filter.From, filter.To)
 {
     for (const SetPlant& plant : Plants)
         PlantsByUUID.emplace(plant.UUID, &plant);
@@ -86,38 +80,13 @@ std::vector<PlantActivity> ActivityReader::Read()
         const auto isWanted = [&](const std::string& kind) { return Fits(Filter.Kinds, kind); };
         const std::vector<std::string> kinds = table.Kinds();
         if (std::any_of(kinds.begin(), kinds.end(), isWanted))
-            ReadTable(table);
+            Selection.Read(Database.NativeHandle(), table.Step, table.Select, table.Date,
+                           [&](Statement& rows) { AddRows(table, rows); });
         if (table.Record == PlantActivityRecord::Event)
-            RemoveOwnedEvents();
+            RemoveOwnedEvents(Database.NativeHandle(), Selection, Found); // only events were read before
     }
     AddOwnDates();
     return std::move(Found);
-}
-
-template <typename Add> void ActivityReader::ForPlants(Statement& rows, const Add& add)
-{
-    if (EveryPlant)
-        return add();
-    for (const SetPlant& plant : Plants)
-    {
-        rows.Reset();
-        rows.Bind(3, plant.UUID);
-        add();
-    }
-}
-
-void ActivityReader::ReadTable(const ActivityTable& table)
-{
-    std::string sql = std::string(table.Select) + " WHERE " + table.Date + ">=?1";
-    if (AfterTo)
-        sql += std::string(" AND ") + table.Date + "<?2";
-    if (!EveryPlant)
-        sql += " AND PlantUUID=?3";
-    Statement rows(Database.NativeHandle(), table.Step, sql);
-    rows.Bind(1, Filter.From);
-    if (AfterTo)
-        rows.Bind(2, *AfterTo);
-    ForPlants(rows, [&] { AddRows(table, rows); });
 }
 
 void ActivityReader::AddRows(const ActivityTable& table, Statement& rows)
@@ -132,55 +101,15 @@ void ActivityReader::AddRows(const ActivityTable& table, Statement& rows)
             continue;
         activity.Date = rows.Text(2);
         if (Texts == ActivityTexts::Read)
+        {
             activity.Text = table.Text(repository, rows);
+            activity.PlantName = plant->second->Name;
+        }
         activity.PlantUUID = plant->second->UUID;
-        activity.PlantName = plant->second->Name;
         activity.Record = table.Record;
         activity.RowID = rows.Integer(0);
         Found.push_back(std::move(activity));
     }
-}
-
-// No index finds the owner of an event, so the owners of all events are read at once.
-void ActivityReader::RemoveOwnedEvents()
-{
-    if (Found.empty()) // only events were read before
-        return;
-    std::unordered_map<std::int64_t, std::size_t> events;
-    for (std::size_t i = 0; i < Found.size(); ++i)
-        events.emplace(Found[i].RowID, i);
-    std::vector<bool> owned(Found.size());
-    MarkOwnedEvents("reading the events of care entries", "PlantCareEntries", events, owned);
-    MarkOwnedEvents("reading the events of harvest records", "HarvestRecords", events, owned);
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i < Found.size(); ++i)
-        if (!owned[i])
-            std::swap(Found[kept++], Found[i]);
-    Found.resize(kept);
-}
-
-void ActivityReader::MarkOwnedEvents(const char* step, const char* table,
-                                     const std::unordered_map<std::int64_t, std::size_t>& events,
-                                     std::vector<bool>& owned)
-{
-    const auto [first, last] = std::minmax_element(Found.begin(), Found.end(),
-                                                   [](const PlantActivity& left, const PlantActivity& right)
-                                                   { return left.RowID < right.RowID; });
-    Statement rows(Database.NativeHandle(), step,
-                   std::string("SELECT TimelineEventID,PlantUUID FROM ") + table +
-                       " WHERE TimelineEventID BETWEEN ?1 AND ?2" + (EveryPlant ? "" : " AND PlantUUID=?3"));
-    rows.Bind(1, first->RowID);
-    rows.Bind(2, last->RowID);
-    ForPlants(rows,
-              [&]
-              {
-                  while (rows.Step())
-                  {
-                      const auto event = events.find(rows.Integer(0));
-                      if (event != events.end() && Found[event->second].PlantUUID == rows.WholeView(1))
-                          owned[event->second] = true;
-                  }
-              });
 }
 
 void ActivityReader::AddOwnDates()
@@ -195,8 +124,8 @@ void ActivityReader::AddOwnDates()
         {
             const std::string& date = plant.*own.Date;
             const std::string kind = own.Kind;
-            const bool isBetween = date >= Filter.From && (!AfterTo || date < *AfterTo);
-            if (!date.empty() && isBetween && Fits(Filter.Kinds, kind) && known.count({plant.UUID, kind, date}) == 0)
+            if (!date.empty() && Selection.IsBetween(date) && Fits(Filter.Kinds, kind) &&
+                known.count({plant.UUID, kind, date}) == 0)
                 added.push_back({date, kind, "", plant.UUID, plant.Name, PlantActivityRecord::Plant, plant.ID});
         }
     Found.insert(Found.end(), std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()));
@@ -217,11 +146,15 @@ void KeepThoseWithText(const PlantActivityFilter& filter, std::vector<PlantActiv
     activities.erase(std::remove_if(activities.begin(), activities.end(), isUnfit), activities.end());
 }
 
-using SortKey = std::tuple<std::string_view, PlantActivityRecord, std::int64_t, std::ptrdiff_t>;
-
-SortKey SortKeyOf(const PlantActivity& activity)
+bool IsNewer(const PlantActivity& left, const PlantActivity& right)
 {
-    return {activity.Date, activity.Record, activity.RowID, NumberOfOwnDate(activity)};
+    if (const int order = left.Date.compare(right.Date); order != 0)
+        return order > 0;
+    if (left.Record != right.Record)
+        return left.Record > right.Record;
+    if (left.RowID != right.RowID)
+        return left.RowID > right.RowID;
+    return NumberOfOwnDate(left) > NumberOfOwnDate(right);
 }
 
 } // namespace
@@ -239,9 +172,17 @@ std::vector<PlantActivity> SelectedActivities(PlantDatabase& database, const Pla
 
 void SortNewestFirst(std::vector<PlantActivity>& activities)
 {
-    const auto isNewer = [](const PlantActivity& left, const PlantActivity& right)
-    { return SortKeyOf(left) > SortKeyOf(right); };
-    std::sort(activities.begin(), activities.end(), isNewer);
+    std::vector<PlantActivity*> order; // cheaper to move than activities
+    order.reserve(activities.size());
+    for (PlantActivity& activity : activities)
+        order.push_back(&activity);
+    std::sort(order.begin(), order.end(),
+              [](const PlantActivity* left, const PlantActivity* right) { return IsNewer(*left, *right); });
+    std::vector<PlantActivity> sorted;
+    sorted.reserve(order.size());
+    for (PlantActivity* const activity : order)
+        sorted.push_back(std::move(*activity));
+    activities = std::move(sorted);
 }
 
 } // namespace plant_query

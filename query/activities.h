@@ -8,6 +8,7 @@
 namespace plant_query
 {
 
+// The members Text and PlantName.
 enum class ActivityTexts
 {
     Read,

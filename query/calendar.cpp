@@ -1,7 +1,6 @@
 #include "activities.h"
 
-#include <map>
-#include <utility>
+#include <algorithm>
 
 namespace plant_query
 {
@@ -9,15 +8,27 @@ namespace plant_query
 namespace
 {
 
+bool IsOlder(const PlantActivity* left, const PlantActivity* right)
+{
+    const int order = left->Date.compare(right->Date);
+    return order != 0 ? order < 0 : left->Kind < right->Kind;
+}
+
 std::vector<PlantCalendarDay> CountedDays(PlantDatabase& database, const PlantActivityFilter& filter)
 {
-    std::map<std::pair<std::string, std::string>, std::int64_t> numbers;
-    for (PlantActivity& activity : SelectedActivities(database, filter, ActivityTexts::LeftEmpty))
-        ++numbers[{std::move(activity.Date), std::move(activity.Kind)}];
+    const std::vector<PlantActivity> activities = SelectedActivities(database, filter, ActivityTexts::LeftEmpty);
+    std::vector<const PlantActivity*> order;
+    order.reserve(activities.size());
+    for (const PlantActivity& activity : activities)
+        order.push_back(&activity);
+    std::sort(order.begin(), order.end(), IsOlder);
     std::vector<PlantCalendarDay> days;
-    days.reserve(numbers.size());
-    for (const auto& [day, number] : numbers)
-        days.push_back({day.first, day.second, number});
+    for (const PlantActivity* const activity : order)
+    {
+        if (days.empty() || days.back().Date != activity->Date || days.back().Kind != activity->Kind)
+            days.push_back({activity->Date, activity->Kind, 0});
+        ++days.back().Number;
+    }
     return days;
 }
 

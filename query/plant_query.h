@@ -146,10 +146,11 @@ struct PlantActivityFilter
 
 /// Lists the activities of several plants.
 ///
-/// Cost: where `Plants` selects all plants, the function reads every row of the tables that the kinds need, since no
-/// index of a journal begins with a date. Otherwise it reads the records of the selected plants between the dates. If
-/// it finds events, it also reads all care entries of these plants, which may own the events. `Text` and `AtMost` do
-/// not reduce what is read.
+/// Cost: no index of a journal begins with a date. With `From` or `To`, the function searches the indexes of the
+/// records once for each plant and kind of record, and reads the records between the dates. Without them, it reads
+/// every record of the plants. If it finds events, it also reads the care entries of these plants between the dates,
+/// which may own the events, and all care entries of each plant that has an event without an owner among these. `Text`
+/// and `AtMost` do not reduce what is read.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantActivity(PlantDatabase& database, const PlantActivityFilter& filter,
                                                            std::vector<PlantActivity>& out);
 
@@ -207,9 +208,10 @@ struct PlantStatus
 
 /// Returns the status of each plant of the set, sorted as PlantRepository::ListPlants() sorts: by strain, then by name.
 ///
-/// Cost: every plant is read, and for each plant of the set a few of its newest records. Where the newest feeding, the
-/// newest watering, the begin of the stage or the flip is not among them, the function reads all care entries or all
-/// events of the plant. The number of records of other plants has no effect.
+/// Cost: every plant is read, or only those of `UUIDs` where it is not empty, and for each plant of the set a few of
+/// its newest records. Where the newest feeding, the newest watering, the begin of the stage or the flip is not among
+/// them, the function reads all care entries or all events of the plant. The number of records of other plants has no
+/// effect.
 ///
 /// `today` is the day to compute from, `YYYY-MM-DD`; usually PlantEventCurrentDate(). Any other text is an error.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantStatus(PlantDatabase& database, const PlantSet& plants,

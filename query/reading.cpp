@@ -17,7 +17,7 @@ Statement::~Statement()
     sqlite3_finalize(Handle);
 }
 
-void Statement::Bind(int number, const std::string& text)
+void Statement::Bind(int number, std::string_view text)
 {
     if (sqlite3_bind_text64(Handle, number, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8) != SQLITE_OK)
         FailWithError();

@@ -29,7 +29,7 @@ class Statement
     Statement& operator=(const Statement&) = delete;
 
     // Binds the parameter with this number, from 1. `text` must stay unchanged until the next Reset().
-    void Bind(int number, const std::string& text);
+    void Bind(int number, std::string_view text);
     void Bind(int number, std::int64_t value);
     // Moves to the next row. Returns false after the last.
     bool Step();
@@ -42,6 +42,7 @@ class Statement
     std::string_view View(int column) const { return Characters(column); }
     // With all its zero bytes. Valid until the next Step() or Reset().
     std::string_view WholeView(int column) const;
+    bool IsNull(int column) const { return sqlite3_column_type(Handle, column) == SQLITE_NULL; }
     std::int64_t Integer(int column) const { return sqlite3_column_int64(Handle, column); }
     double Number(int column) const { return sqlite3_column_double(Handle, column); }
 

@@ -1,7 +1,7 @@
 #include "days.h"
 #include "figures.h"
 #include "letters.h"
-#include "plants.h"
+#include "record_selection.h"
 
 #include <algorithm>
 #include <functional>
@@ -36,8 +36,6 @@ struct CareGroup
 
 std::optional<std::int64_t> FirstDayOf(PlantPeriod period, std::string_view date)
 {
-    if (period == PlantPeriod::All)
-        return std::nullopt;
     const std::optional<std::int64_t> day = DaysSinceEpoch(date);
     if (day && period == PlantPeriod::Week)
         return MondayOf(*day);
@@ -110,40 +108,28 @@ std::size_t CareTotals::GroupNamed(std::string_view name)
 
 void CareTotals::Read(sqlite3* connection)
 {
-    const bool everyPlant = IsEveryPlant(Filter.Plants);
-    const std::optional<std::string> afterTo = AfterDate(Filter.To);
-    std::string sql = "SELECT PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,RunoffMl FROM PlantCareEntries "
-                      "WHERE CareDate>=?1";
-    if (afterTo)
-        sql += " AND CareDate<?2";
-    if (!everyPlant)
-        sql += " AND PlantUUID=?3";
-    Statement rows(connection, "reading the care entries", sql);
-    rows.Bind(1, Filter.From);
-    if (afterTo)
-        rows.Bind(2, *afterTo);
-    if (everyPlant)
-        AddEntries(rows);
-    else
-        for (const SetPlant& plant : Plants)
-        {
-            rows.Reset();
-            rows.Bind(3, plant.UUID);
-            AddEntries(rows);
-        }
+    RecordSelection(Filter.Plants, Plants, Filter.From, Filter.To)
+        .Read(connection, "reading the care entries",
+              "SELECT PlantUUID,CareDate,Action,Product,AmountMl,EC,PH,RunoffMl FROM PlantCareEntries", "CareDate",
+              [this](Statement& rows) { AddEntries(rows); });
 }
 
 void CareTotals::AddEntries(Statement& rows)
 {
+    const std::string_view feeding = PlantCareActionName(PlantCareAction::Feed);
     while (rows.Step())
     {
         const auto plant = PlantGroups.find(rows.WholeView(0));
-        const PlantCareAction action = PlantCareActionFromName(rows.Text(2));
+        const bool isFeeding = rows.View(2) == feeding;
+        const PlantCareAction action = isFeeding ? PlantCareAction::Feed : PlantCareAction::Water;
         if (plant == PlantGroups.end() || !Fits(Filter.Actions, action))
             continue;
         const std::size_t group = Filter.Group == PlantTotalGroup::Product ? GroupNamed(rows.View(3)) : plant->second;
-        CareSums& sums = Groups[group].Periods[FirstDayOf(Filter.Period, rows.View(1))];
-        ++(action == PlantCareAction::Feed ? sums.Feedings : sums.Waterings);
+        std::optional<std::int64_t> firstDay;
+        if (Filter.Period != PlantPeriod::All)
+            firstDay = FirstDayOf(Filter.Period, rows.View(1));
+        CareSums& sums = Groups[group].Periods[firstDay];
+        ++(isFeeding ? sums.Feedings : sums.Waterings);
         sums.AmountMl.Add(rows.Number(4));
         sums.EC.AddMeasured(rows.Number(5));
         sums.PH.AddMeasured(rows.Number(6));

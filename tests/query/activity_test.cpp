@@ -70,6 +70,16 @@ class QueryActivityTest : public QueryTest
         return texts;
     }
 
+    // How many searches the statements make in an index of the records of a plant.
+    int IndexSearches()
+    {
+        int searches = 0;
+        for (const std::string& sql : StatementsOf([this] { Found(); }))
+            for (const Row& step : QueryRows("EXPLAIN QUERY PLAN " + sql))
+                searches += step.back().find("PlantUUID=?") != std::string::npos ? 1 : 0;
+        return searches;
+    }
+
     PlantActivityFilter Filter;
 };
 
@@ -275,13 +285,35 @@ TEST_F(QueryActivityTest, TheSelectedPlantsAreReadThroughTheirIndexes)
 {
     StoreSampleRecords(Repository);
     Filter.Plants.Stages = {PlantStage::Harvested};
+    EXPECT_EQ(IndexSearches(), 8) << "six tables, and the owners of events in two";
+}
+
+TEST_F(QueryActivityTest, DatesOfAllPlantsAreReadThroughTheirIndexes)
+{
+    StoreSampleRecords(Repository);
+    EXPECT_EQ(IndexSearches(), 0);
     Filter.From = "2020";
+    EXPECT_EQ(IndexSearches(), 10) << "the owners of events are searched twice";
+    Filter = {};
     Filter.To = "2030";
-    int searches = 0;
-    for (const std::string& sql : StatementsOf([&] { Found(); }))
-        for (const Row& step : QueryRows("EXPLAIN QUERY PLAN " + sql))
-            searches += step.back().find("PlantUUID=?") != std::string::npos ? 1 : 0;
-    EXPECT_EQ(searches, 8) << "six tables, and the owners of events in two";
+    EXPECT_EQ(IndexSearches(), 10);
+}
+
+TEST_F(QueryActivityTest, AnOwnerWithAnotherDateAlsoOwnsItsEvent)
+{
+    StorePlants();
+    for (const std::string name : {"Basil", "Mint"})
+    {
+        PlantCareEntry entry;
+        entry.PlantUUID = "uuid of " + name;
+        entry.CareDate = "2025-03-02";
+        ASSERT_TRUE(Repository.CreatePlantCareEntry(entry));
+    }
+    RunSQL("UPDATE PlantCareEntries SET CareDate='2025-01-01' WHERE PlantUUID='uuid of Basil';");
+    Filter.From = "2025-03-02";
+    EXPECT_EQ(Names(), NameList{"Mint"});
+    Filter.Plants.Stages = {PlantStage::Veg};
+    EXPECT_EQ(Names(), NameList{"Mint"});
 }
 
 TEST_F(QueryActivityTest, AnUnknownStoredTypeIsReadAsTheRepositoryReadsIt)
