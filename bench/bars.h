@@ -52,4 +52,20 @@ inline constexpr Bar WatchRatios[] = {
     {"create a care entry, watching plants", 1.04},
 };
 
+// Instructions of an answer of query/ that reads its records with one statement, after the plants, for each instruction
+// of the baseline.
+inline constexpr Bar AnswerRatios[] = {
+    {"totals by month, 20,000 care entries", 0.9},
+    {"totals by product, 20,000 care entries", 1.02},
+    {"activity, 1,000 photos", 0.95},
+};
+
+// Instructions of a program that prints an answer of query/, for each instruction of SQLite's shell when it prints the
+// same rows from one statement, on a journal with 1,000 plants and 200,000 care entries.
+inline constexpr Bar ShellRatios[] = {
+    {"activity of a week", 2.2},
+    {"status of 20 plants", 1},
+    {"totals by month", 0.6},
+};
+
 } // namespace bars

@@ -145,14 +145,14 @@ class Comparison
     {
         Prepare(importer);
         const auto begin = std::chrono::steady_clock::now();
-        RunProgram(importer.Words, importer.Input);
+        RunProgram(importer.Words, {.Input = importer.Input});
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     }
 
     double CountOf(const Importer& importer) const
     {
         Prepare(importer);
-        return static_cast<double>(CountInstructions(importer.Words, File("callgrind"), importer.Input));
+        return static_cast<double>(CountInstructions(importer.Words, File("callgrind"), {.Input = importer.Input}));
     }
 
     void Verify() const

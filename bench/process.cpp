@@ -22,11 +22,11 @@ void Require(int error, const std::string& what)
 class Redirections
 {
   public:
-    explicit Redirections(const std::string& input)
+    explicit Redirections(const Streams& streams)
     {
         Require(posix_spawn_file_actions_init(&Actions), "posix_spawn");
-        Add(STDIN_FILENO, input, O_RDONLY);
-        Add(STDOUT_FILENO, "/dev/null", O_WRONLY);
+        Add(STDIN_FILENO, streams.Input, O_RDONLY);
+        Add(STDOUT_FILENO, streams.Output, O_WRONLY | O_CREAT | O_TRUNC);
     }
     ~Redirections() { posix_spawn_file_actions_destroy(&Actions); }
     Redirections(const Redirections&) = delete;
@@ -37,15 +37,32 @@ class Redirections
   private:
     void Add(int descriptor, const std::string& path, int mode)
     {
-        Require(posix_spawn_file_actions_addopen(&Actions, descriptor, path.c_str(), mode, 0), path);
+        Require(posix_spawn_file_actions_addopen(&Actions, descriptor, path.c_str(), mode, 0600), path);
     }
 
     posix_spawn_file_actions_t Actions{};
 };
 
+// Runs a program under callgrind with options, and returns the total of the dump.
+std::int64_t RunUnderCallgrind(const std::vector<std::string>& options, const std::vector<std::string>& words,
+                               const std::string& dump, const Streams& streams)
+{
+    std::vector<std::string> counted = {BENCH_VALGRIND, "--quiet", "--tool=callgrind", "--callgrind-out-file=" + dump};
+    counted.insert(counted.end(), options.begin(), options.end());
+    counted.insert(counted.end(), words.begin(), words.end());
+    RunProgram(counted, streams);
+
+    std::ifstream lines(dump);
+    const std::string totals = "totals: ";
+    for (std::string line; std::getline(lines, line);)
+        if (line.rfind(totals, 0) == 0)
+            return std::stoll(line.substr(totals.size()));
+    throw std::runtime_error(dump + ": callgrind left no totals");
+}
+
 } // namespace
 
-void RunProgram(const std::vector<std::string>& words, const std::string& input)
+void RunProgram(const std::vector<std::string>& words, const Streams& streams)
 {
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
@@ -53,7 +70,7 @@ void RunProgram(const std::vector<std::string>& words, const std::string& input)
         arguments.push_back(const_cast<char*>(word.c_str())); // NOLINT(cppcoreguidelines-pro-type-const-cast): POSIX
     arguments.push_back(nullptr);
 
-    const Redirections redirections(input);
+    const Redirections redirections(streams);
     pid_t process = -1;
     Require(posix_spawn(&process, arguments.front(), redirections.Get(), nullptr, arguments.data(), environ),
             words.front());
@@ -65,16 +82,12 @@ void RunProgram(const std::vector<std::string>& words, const std::string& input)
         throw std::runtime_error(words.front() + ": failed");
 }
 
-std::int64_t CountInstructions(const std::vector<std::string>& words, const std::string& dump, const std::string& input)
+std::int64_t CountInstructions(const std::vector<std::string>& words, const std::string& dump, const Streams& streams)
 {
-    std::vector<std::string> counted = {BENCH_VALGRIND, "--quiet", "--tool=callgrind", "--callgrind-out-file=" + dump};
-    counted.insert(counted.end(), words.begin(), words.end());
-    RunProgram(counted, input);
+    return RunUnderCallgrind({}, words, dump, streams);
+}
 
-    std::ifstream lines(dump);
-    const std::string totals = "totals: ";
-    for (std::string line; std::getline(lines, line);)
-        if (line.rfind(totals, 0) == 0)
-            return std::stoll(line.substr(totals.size()));
-    throw std::runtime_error(dump + ": callgrind left no totals");
+std::int64_t CountMarkedInstructions(const std::vector<std::string>& words, const std::string& dump)
+{
+    return RunUnderCallgrind({"--instr-atstart=no"}, words, dump, {});
 }

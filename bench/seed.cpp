@@ -70,6 +70,25 @@ std::string InsertEvents(const std::string& plantUUID, int count)
            "CASE i%2 WHEN 0 THEN '500 ml' ELSE 'Bloom A | 500 ml | EC 1.80' END FROM n;";
 }
 
+std::string InsertOtherRecords(int count, int plants)
+{
+    const std::string plant =
+        "printf('%08x-0000-4000-8000-%012x',i%" + std::to_string(plants) + "+1,i%" + std::to_string(plants) + "+1)";
+    const std::string date = "date('2015-01-01','+'||(i*37%3500)||' days')";
+    const std::string values = Numbers(1, count) + "SELECT " + plant + "," + date;
+    return "INSERT INTO PlantEvents(PlantUUID,EventDate,EventType,Details) " + values +
+           ",CASE i%3 WHEN 0 THEN 'Note' WHEN 1 THEN 'Topped' ELSE 'Stage' END,"
+           "CASE i%3 WHEN 2 THEN 'Veg' ELSE 'third node' END FROM n;"
+           "INSERT INTO PlantJournalEntries(PlantUUID,EntryDate,Type,Details) " +
+           values +
+           ",'Observation','new leaves' FROM n;"
+           "INSERT INTO PlantHealthObservations(PlantUUID,ObservationDate,Issue,Severity,Treatment) " +
+           values +
+           ",CASE i%2 WHEN 0 THEN 'Thrips' ELSE 'Mites' END,i%5+1,'neem oil' FROM n;"
+           "INSERT INTO PlantPhotos(PlantUUID,PhotoDate,UUID,FilePath,Caption) " +
+           values + ",'photo '||i,'photos/'||i||'.jpg','top of the plant' FROM n;";
+}
+
 void Fill(Implementation& implementation, const Seed& seed)
 {
     std::string statements = "BEGIN;";
@@ -82,6 +101,8 @@ void Fill(Implementation& implementation, const Seed& seed)
         statements += InsertHarvests(1, seed.Plants);
     if (seed.EventsOfFirstPlant > 0)
         statements += InsertEvents(SeedUUID(1), seed.EventsOfFirstPlant);
+    if (seed.OtherRecords > 0)
+        statements += InsertOtherRecords(seed.OtherRecords, seed.Plants);
     if (!implementation.Execute(statements + "COMMIT;"))
         throw std::runtime_error("a journal cannot be filled");
 }

@@ -12,6 +12,7 @@ struct Seed
     int EventsOfFirstPlant = 0;
     int CareEntries = 0; // each with its event, for the first plants
     int CareEntriesPerPlant = 500;
+    int OtherRecords = 0; // events without an owner, and as many journal entries, health observations and photos
 };
 
 // Fills the open, empty journal. Throws std::runtime_error where the implementation fails.
@@ -27,3 +28,5 @@ std::string SeedUUID(int id);
 std::string InsertPlants(int first, int last);
 std::string InsertCareEntries(int first, int last, int perPlant);
 std::string InsertEvents(const std::string& plantUUID, int count);
+// Statements that insert `count` records of each other kind, for `plants` plants in turn.
+std::string InsertOtherRecords(int count, int plants);

@@ -60,6 +60,16 @@ TEST(PerformancePageTest, AllocationsAreWithinTheirBars)
               std::size(bars::AllocationsPerRecord));
 }
 
+TEST(PerformancePageTest, AnswersAreWithinTheirBars)
+{
+    if (PageText(PerformancePage).find("## Answers\n") == std::string::npos)
+        GTEST_SKIP() << PerformancePage << " was measured before the answers had bars; ./dev bench adds them";
+    const std::vector<TableCells> rows = TableRows(PerformancePage, "## Answers");
+    ExpectWithin(bars::AnswerRatios, rows);
+    ExpectWithin(bars::ShellRatios, rows);
+    EXPECT_EQ(rows.size(), std::size(bars::AnswerRatios) + std::size(bars::ShellRatios));
+}
+
 TEST(PerformancePageTest, CostsOfTheCommandAreWithinTheirBars)
 {
     const std::vector<TableCells> rows = TableRows(PerformancePage, "## The command");
