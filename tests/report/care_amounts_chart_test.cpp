@@ -40,6 +40,13 @@ TEST(CareAmountsChartTest, ABarStandsInItsPeriodAndIsAsHighAsTheAmount)
     EXPECT_EQ(picture.TitleOf(feed[1]), "2024-01-15: 100 ml of feed");
 }
 
+TEST(CareAmountsChartTest, OnlyAmountsWithADateAreDrawn)
+{
+    const PlantChart chart =
+        DrawPlantCareAmounts({Amount(Day(0), 500), Amount("", 700), Amount(Day(1), 0)}, {}, PlantPeriod::Day);
+    EXPECT_EQ(chart.Rows, (std::vector<std::vector<std::string>>{{Day(0), "500", ""}}));
+}
+
 TEST(CareAmountsChartTest, TheTableHoldsTheMillilitresOfEachPeriod)
 {
     const PlantChart chart = DrawPlantCareAmounts({Amount(Day(7), 1000), Amount(Day(0), 33.25), Amount(Day(0), 100)},

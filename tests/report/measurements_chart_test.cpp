@@ -149,6 +149,13 @@ TEST(MeasurementsChartTest, ASeriesOfUpToTwelveValuesHasLargeDots)
     EXPECT_EQ(radius(), "2.2");
 }
 
+TEST(MeasurementsChartTest, OnlyMeasurementsWithADateAreDrawn)
+{
+    const PlantChart chart = DrawPlantMeasurements(
+        {Total("Basil", Day(0), 1, 0), Total("Basil", "", 2, 7), Total("Basil", Day(1), 0, 0)}, PlantPeriod::Day);
+    EXPECT_EQ(chart.Rows, (std::vector<std::vector<std::string>>{{"Basil", Day(0), "EC", "2", "1", "0.75", "1.25"}}));
+}
+
 TEST(MeasurementsChartTest, WithoutMeasurementsNothingIsDrawn)
 {
     const std::string missing = "No feeding or watering has a complete date and an EC or a pH.";
