@@ -308,8 +308,8 @@ struct PlantComparison
 
 /// Compares sets of plants, in the order given. A plant may be in several sets.
 ///
-/// Cost: every plant is read, the harvest record of each plant in the sets, and the care entries of those that have a dry
-/// weight.
+/// Cost: every plant is read, the harvest record of each plant in the sets, and the care entries of those that have a
+/// dry weight.
 PLANTJOURNAL_QUERY_API PlantQueryResult QueryPlantComparison(PlantDatabase& database,
                                                              const std::vector<PlantComparedSet>& sets,
                                                              std::vector<PlantComparison>& out);
