@@ -38,6 +38,21 @@ void AddHarvestCharts(const PageData& data, PageParts& parts)
     parts.AddChart("years", [&](double width) { return DrawPlantYears(data.Care, width); });
 }
 
+// "12 photos from 3 Jan 2025 to 20 Aug 2025, the newest first."
+std::string PhotosSentence(const std::vector<PlantPhoto>& photos)
+{
+    std::vector<std::int64_t> days;
+    for (const PlantPhoto& photo : photos)
+        if (const auto day = plant_query::DaysSinceEpoch(photo.PhotoDate))
+            days.push_back(*day);
+    std::string sentence = Counted(photos.size(), "photo", "photos");
+    if (!days.empty())
+        sentence += " " + DaysLabel(days.back(), days.front());
+    if (photos.size() > 1)
+        sentence += ", the newest first";
+    return sentence + ".";
+}
+
 PageParts SeasonParts(const PageData& data, const PlantReportOptions& options)
 {
     PageParts parts;
@@ -45,7 +60,7 @@ PageParts SeasonParts(const PageData& data, const PlantReportOptions& options)
     AddCareCharts(data, parts);
     AddHarvestCharts(data, parts);
     if (const std::string photos = PhotoStrip(data, data.Photos, MostPhotos, options); !photos.empty())
-        parts.AddSection("photos", "Photos", photos);
+        parts.AddSection("photos", "Photos", TextElement("p", PhotosSentence(data.Photos)) + "\n" + photos);
     return parts;
 }
 
@@ -89,7 +104,9 @@ std::string NamedValues(const char* name, const std::vector<std::string>& values
         text += (i == 0 ? "" : ", ") + NameInSentence(values[i]);
     if (values.size() > MostNamesOfSet)
         text += " and " + NumberLabel(static_cast<double>(values.size() - MostNamesOfSet)) + " more";
-    return text.empty() ? text : TextElement("p", std::string(name) + ": " + text) + "\n";
+    if (!text.empty())
+        text = TextElement("p", std::string(name) + ": " + text) + "\n";
+    return text;
 }
 
 // The limits of the report, where there are some.
@@ -109,7 +126,9 @@ std::string Limits(const PageData& data, const PlantReportOptions& options)
         dates = "From " + NameInSentence(options.From);
     if (!options.To.empty())
         dates += (dates.empty() ? "To " : " to ") + NameInSentence(options.To);
-    return dates.empty() ? html : html + TextElement("p", dates) + "\n";
+    if (!dates.empty())
+        html += TextElement("p", dates) + "\n";
+    return html;
 }
 
 // "12 plants, 340 entries from 3 Jan 2025 to 20 Aug 2025"
@@ -117,10 +136,8 @@ std::string Summary(const PageData& data)
 {
     std::string text =
         Counted(data.Plants.size(), "plant", "plants") + ", " + Counted(data.Entries, "entry", "entries");
-    const auto first = plant_query::DaysSinceEpoch(data.FirstDate);
-    const auto last = plant_query::DaysSinceEpoch(data.LastDate);
-    if (first && last)
-        text += " " + DaysLabel(*first, *last);
+    if (data.Days)
+        text += " " + DaysLabel(data.Days->first, data.Days->second);
     return text;
 }
 

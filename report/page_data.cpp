@@ -58,11 +58,10 @@ void ReadCalendar(PlantDatabase& database, const PlantReportOptions& options, Pa
     for (PlantCalendarDay& day : days)
     {
         data.Entries += day.Number;
-        if (!plant_query::DaysSinceEpoch(day.Date))
+        const auto number = plant_query::DaysSinceEpoch(day.Date);
+        if (!number)
             continue;
-        if (data.FirstDate.empty())
-            data.FirstDate = day.Date;
-        data.LastDate = day.Date;
+        data.Days = {data.Days.value_or(std::pair(*number, *number)).first, *number};
         if (day.Kind == PlantCareActionName(PlantCareAction::Feed) ||
             day.Kind == PlantCareActionName(PlantCareAction::Water))
             data.Care.push_back(std::move(day));
@@ -76,8 +75,8 @@ std::unordered_map<std::string, std::int64_t> LastCareDays(PlantDatabase& databa
     RequireAnswer(QueryPlantStatus(database, options.Plants, options.Today, plants));
     std::unordered_map<std::string, std::int64_t> days;
     for (const PlantStatus& plant : plants)
-        for (const std::string& date : {plant.LastFeedDate, plant.LastWaterDate})
-            if (const auto day = plant_query::DaysSinceEpoch(date))
+        for (const auto date : {&PlantStatus::LastFeedDate, &PlantStatus::LastWaterDate})
+            if (const auto day = plant_query::DaysSinceEpoch(plant.*date))
             {
                 std::int64_t& last = days.emplace(plant.PlantUUID, *day).first->second;
                 last = std::max(last, *day);
@@ -85,20 +84,25 @@ std::unordered_map<std::string, std::int64_t> LastCareDays(PlantDatabase& databa
     return days;
 }
 
+constexpr std::size_t YearDigits = 4;
+constexpr std::size_t MonthDigits = 7;
+
 // The first and the last day of a date such as `2025-03`; no value for a text that is neither year, month nor day.
-std::optional<std::int64_t> FirstDayOfDate(const std::string& date)
+std::optional<std::int64_t> FirstDayOfDate(std::string date)
 {
-    constexpr std::size_t yearDigits = 4;
-    return FirstDayOf(date.size() == yearDigits ? date + "-01-01" : date);
+    if (date.size() == YearDigits)
+        date += "-01";
+    return FirstDayOf(date);
 }
 
-std::optional<std::int64_t> LastDayOfDate(const std::string& date)
+std::optional<std::int64_t> LastDayOfDate(std::string date)
 {
-    constexpr std::size_t yearDigits = 4;
-    constexpr std::size_t monthDigits = 7;
-    const std::optional<std::int64_t> first = FirstDayOf(date.size() == yearDigits ? date + "-12-01" : date);
-    const bool isDay = date.size() != yearDigits && date.size() != monthDigits;
-    return first && !isDay ? std::optional(NextPeriod(*first, PlantPeriod::Month) - 1) : first;
+    if (date.size() == YearDigits)
+        date += "-12";
+    std::optional<std::int64_t> day = FirstDayOf(date);
+    if (day && date.size() == MonthDigits)
+        day = NextPeriod(*day, PlantPeriod::Month) - 1;
+    return day;
 }
 
 // Leaves out what is not between the dates of the page.
@@ -134,12 +138,11 @@ void ReadStages(PlantDatabase& database, const PlantReportOptions& options, Page
 
     const auto lastCare = LastCareDays(database, options);
     const std::int64_t today = plant_query::DaysSinceEpoch(options.Today).value_or(0);
-    const std::int64_t lastDay = std::min(today, LastDayOfDate(options.To).value_or(today));
     for (const Plant& plant : data.Plants)
     {
         const auto care = lastCare.find(plant.UUID);
         std::vector<PlantStageSpan> spans =
-            StageSpansOf(plant, ofPlant[plant.UUID], care == lastCare.end() ? INT64_MIN : care->second, lastDay);
+            StageSpansOf(plant, ofPlant[plant.UUID], care == lastCare.end() ? INT64_MIN : care->second, today);
         LimitSpans(options, spans);
         std::move(spans.begin(), spans.end(), std::back_inserter(data.Stages));
     }

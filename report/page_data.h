@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace plant_report
@@ -16,7 +18,7 @@ struct PageData
     std::vector<Plant> Plants;                 // those of the page, as PlantRepository::ListPlants() sorts them
     std::map<std::string, std::string> NameOf; // of each plant of the page, by its UUID
     std::int64_t Entries = 0;                  // activities between the dates of the page
-    std::string FirstDate, LastDate;           // of these; empty where none has a complete date
+    std::optional<std::pair<std::int64_t, std::int64_t>> Days; // the first and the last day of these
     std::vector<PlantStageSpan> Stages;
     std::vector<PlantCalendarDay> Care;
     std::vector<PlantTotal> Measurements;

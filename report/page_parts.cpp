@@ -19,10 +19,10 @@ constexpr std::size_t MostRowsOfShortTable = 12;
 constexpr std::size_t MostLettersOfCell = 200;
 constexpr std::size_t MostLettersOfCaption = 500;
 
-// Whether a cell is a number, as NumberLabel() writes it.
+// Whether a cell is a number, as NumberLabel() writes one that was entered.
 bool IsNumber(const std::string& cell)
 {
-    return !cell.empty() && cell.find_first_not_of("0123456789.,", cell.front() == '-' ? 1 : 0) == std::string::npos;
+    return cell.find_first_not_of("0123456789.,") == std::string::npos;
 }
 
 bool IsDate(const std::string& cell)
@@ -77,10 +77,11 @@ std::string Photo(const std::string& name, bool isNamed, const PlantPhoto& photo
     std::string caption = DateLabel(photo.PhotoDate);
     if (!photo.Caption.empty())
         caption += (caption.empty() ? "" : ": ") + Shortened(photo.Caption, MostLettersOfCaption);
-    return R"(<li><figure><img src=")" + Escaped(source) + R"(" alt=")" + Escaped("Photo of " + NameInSentence(name)) +
-           R"(" loading="lazy"/><figcaption>)" +
-           (isNamed ? TextElement("b", Shortened(name, MostLettersOfCell)) + " " : "") + TextElement("span", caption) +
-           "</figcaption></figure></li>\n";
+    std::string html = R"(<li><figure><img src=")" + Escaped(source) + R"(" alt=")" +
+                       Escaped("Photo of " + NameInSentence(name)) + R"(" loading="lazy"/><figcaption>)";
+    if (isNamed)
+        html += TextElement("b", Shortened(name, MostLettersOfCell)) + " ";
+    return html + TextElement("span", caption) + "</figcaption></figure></li>\n";
 }
 
 } // namespace

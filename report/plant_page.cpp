@@ -29,13 +29,17 @@ struct Month
 // The key of the month of a date; dates that are not days come last.
 std::string MonthOf(const std::string& date)
 {
-    return plant_query::DaysSinceEpoch(date) ? date.substr(0, 7) : "other";
+    if (!plant_query::DaysSinceEpoch(date))
+        return "other";
+    return date.substr(0, 7);
 }
 
 std::string MonthHeading(const std::string& month)
 {
     const auto day = FirstDayOf(month);
-    return day ? DayLabel(*day).substr(2) : "Without a complete date"; // without the 1 of "1 Mar 2025"
+    if (!day)
+        return "Without a complete date";
+    return DayLabel(*day).substr(2); // without the 1 of "1 Mar 2025"
 }
 
 std::string Item(const PlantActivity& activity)

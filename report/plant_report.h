@@ -5,10 +5,12 @@
 /// WritePlantReport() reads an open journal from one transaction, as plant_query.h describes, draws the charts and
 /// returns one HTML text. Threads and exceptions: as in plant_query.h.
 ///
-/// The drawing is written here, because no C++ library in Debian makes SVG that needs no script, follows a light or
-/// dark style sheet and describes itself to a screen reader. Of those looked at, Cairo draws letters as
-/// outlines, and Qt's generator, PLplot, MathGL, GNU libplot and gnuplot write fixed colours and neither a class nor a
-/// title for a mark.
+/// The drawing is written here. Each mark needs a class, so that a light and a dark style sheet can change its colour,
+/// and a title, which a browser shows. Of the libraries for C and C++ in Debian 12 that were looked at, none that draws
+/// charts writes both. Cairo and MathGL write letters as outlines. Qt's generator (which QCustomPlot and Qwt use),
+/// PLplot, GNU libplot and ploticus write fixed colours, and neither a class nor a title for a mark. gnuplot is a
+/// program; it writes a class only for the lines of the grid, and a title only for each plot. Graphviz writes both, but
+/// draws only graphs. wxSVG and librsvg show SVG documents, and svgpp reads them; these three draw no charts.
 ///
 /// Every text of a record is escaped. An SVG text is a whole `svg` element in the SVG namespace with a `viewBox`, a
 /// `title` and a `desc`. Each mark has its colour of the light palette as attributes, so that any program can draw it,

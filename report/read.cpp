@@ -38,8 +38,7 @@ ReadTransaction::~ReadTransaction()
 
 void RequireRead(bool listed, sqlite3* connection, const char* step)
 {
-    const int code = sqlite3_errcode(connection);
-    if (!listed || (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE))
+    if (!listed || sqlite3_errcode(connection) != SQLITE_OK)
         FailWithError(connection, step);
 }
 

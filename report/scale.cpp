@@ -145,7 +145,10 @@ std::vector<Tick> RoundDays(std::int64_t first, std::int64_t last, double length
                     NameYears(ticks);
                 return ticks;
             }
-    return {DayTick(first), DayTick(last)};
+    std::vector<Tick> ends;
+    ends.push_back(DayTick(first));
+    ends.push_back(DayTick(last));
+    return ends;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "days.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 namespace plant_report
@@ -111,7 +112,8 @@ std::int64_t EndOfLast(PlantStage present, StageBegin& last, std::int64_t lastCa
 
 std::vector<std::string> KindsOfStages()
 {
-    return {"Sown", "Clone", "Transplant", "Flip", "Harvest", "Stage"};
+    constexpr std::array<const char*, 6> kinds = {"Sown", "Clone", "Transplant", "Flip", "Harvest", "Stage"};
+    return {kinds.begin(), kinds.end()};
 }
 
 std::vector<PlantStageSpan> StageSpansOf(const Plant& plant, const std::vector<PlantActivity>& activities,

@@ -33,8 +33,9 @@ Drawing::Drawing(double width, double height) : PictureWidth(width), PictureHeig
 
 void Drawing::Rect(double x, double y, double width, double height, Role fill, const std::string& title)
 {
-    Element("rect", fill, {{"x", Place(x)}, {"y", Place(y)}, {"width", Place(width)}, {"height", Place(height)}},
-            title);
+    const Attributes attributes = {
+        {"x", Place(x)}, {"y", Place(y)}, {"width", Place(width)}, {"height", Place(height)}};
+    Element("rect", fill, attributes, title);
 }
 
 void Drawing::Circle(double x, double y, double radius, Role fill, const std::string& title)
@@ -46,7 +47,8 @@ void Drawing::Diamond(double x, double y, double radius, Role fill, const std::s
 {
     const std::string path = "M" + Place(x) + " " + Place(y - radius) + "L" + Place(x + radius) + " " + Place(y) + "L" +
                              Place(x) + " " + Place(y + radius) + "L" + Place(x - radius) + " " + Place(y) + "Z";
-    Element("path", fill, {{"d", path}}, title);
+    const Attributes attributes = {{"d", path}};
+    Element("path", fill, attributes, title);
 }
 
 void Drawing::Line(double x1, double y1, double x2, double y2, Role stroke, double width)
@@ -66,13 +68,12 @@ void Drawing::Polyline(const std::vector<std::pair<double, double>>& points, Rol
     std::string places;
     for (const auto& [x, y] : points)
         places += (places.empty() ? "" : " ") + Place(x) + "," + Place(y);
-    Element("polyline", stroke,
-            {{"fill", "none"},
-             {"points", places},
-             {"stroke-width", NumberText(width, 1)},
-             {"stroke-linejoin", "round"},
-             {"stroke-linecap", "round"}},
-            {});
+    const Attributes attributes = {{"fill", "none"},
+                                   {"points", places},
+                                   {"stroke-width", NumberText(width, 1)},
+                                   {"stroke-linejoin", "round"},
+                                   {"stroke-linecap", "round"}};
+    Element("polyline", stroke, attributes, {});
 }
 
 void Drawing::Text(double x, double y, const std::string& text, Anchor anchor, Role fill, double size, double widest)
@@ -106,11 +107,11 @@ std::string Drawing::SVG(const std::string& id, const std::string& title, const 
     const std::string width = Place(PictureWidth);
     const std::string height = Place(PictureHeight);
     const std::string unique = id + "-" + width;
-    std::string svg = R"(<svg xmlns="http://www.w3.org/2000/svg" class="plant-chart" width=")" + width +
-                      R"(" height=")" + height + R"(" viewBox="0 0 )" + width + " " + height +
-                      R"(" font-family="sans-serif" role="img" aria-labelledby=")" + unique + "-title " + unique +
-                      R"(-description"><title id=")" + unique + R"(-title">)" + Escaped(title) +
-                      R"(</title><desc id=")" + unique + R"(-description">)" + Escaped(description) + "</desc>";
+    std::string svg =
+        R"(<svg xmlns="http://www.w3.org/2000/svg" class="plant-chart" width=")" + width + R"(" height=")" + height +
+        R"(" viewBox="0 0 )" + width + " " + height + R"(" font-family="sans-serif" role="img" aria-labelledby=")" +
+        unique + R"(-title" aria-describedby=")" + unique + R"(-description"><title id=")" + unique + R"(-title">)" +
+        Escaped(title) + R"(</title><desc id=")" + unique + R"(-description">)" + Escaped(description) + "</desc>";
     return svg + Marks + "</svg>";
 }
 

@@ -14,6 +14,7 @@ namespace
 
 constexpr std::uint32_t Replacement = 0xFFFD;
 constexpr std::string_view ReplacementText = "\xEF\xBF\xBD";
+constexpr double LargestWithoutExponent = 1e15; // larger numbers are mistakes, and would have up to 309 digits
 constexpr std::string_view Ellipsis = "\xE2\x80\xA6";
 
 // A character of a text and the number of its bytes.
@@ -23,14 +24,23 @@ struct Character
     std::size_t Bytes;
 };
 
-// The character at the beginning of `text`, which is not empty. A byte that begins no character of UTF-8 counts as one
-// replacement character.
+// Whether XML 1.0 and HTML can hold the character.
+bool IsAllowed(std::uint32_t code)
+{
+    const bool isControl =
+        (code < 0x20 && code != '\t' && code != '\n' && code != '\r') || (code >= 0x7F && code <= 0x9F);
+    const bool isNoncharacter = (code & 0xFFFEU) == 0xFFFE || (code >= 0xFDD0 && code <= 0xFDEF);
+    return !isControl && !isNoncharacter;
+}
+
+// The character at the beginning of `text`, which is not empty. A byte that begins no character of UTF-8, and a
+// character that is not allowed, count as a replacement character.
 Character FirstCharacter(std::string_view text)
 {
     const auto byte = [&](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i])); };
     const std::uint32_t first = byte(0);
     if (first < 0x80)
-        return {first, 1};
+        return {IsAllowed(first) ? first : Replacement, 1};
     const std::size_t bytes = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
     if (first < 0xC2 || first > 0xF4 || text.size() < bytes)
         return {Replacement, 1};
@@ -44,15 +54,7 @@ Character FirstCharacter(std::string_view text)
     constexpr std::array<std::uint32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000}; // of a character with so many bytes
     if (code < least.at(bytes) || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
         return {Replacement, 1};
-    return {code, bytes};
-}
-
-// Whether XML 1.0 and HTML can hold the character.
-bool IsAllowed(std::uint32_t code)
-{
-    const bool isControl = (code < 0x20 && code != '\t' && code != '\n') || (code >= 0x7F && code <= 0x9F);
-    const bool isNoncharacter = (code & 0xFFFEU) == 0xFFFE || (code >= 0xFDD0 && code <= 0xFDEF);
-    return !isControl && !isNoncharacter;
+    return {IsAllowed(code) ? code : Replacement, bytes};
 }
 
 bool IsBetween(std::uint32_t code, std::uint32_t first, std::uint32_t last)
@@ -214,7 +216,7 @@ std::string Escaped(std::string_view text)
             escaped += "&#39;";
         else if (next.Code == '\r') // the end of a line is a line feed in XML
             escaped += text.substr(i + 1, 1) == "\n" ? "" : "\n";
-        else if (next.Code == Replacement || !IsAllowed(next.Code))
+        else if (next.Code == Replacement)
             escaped += ReplacementText;
         else
             escaped += text.substr(i, next.Bytes);
@@ -237,11 +239,19 @@ std::string NumberText(double value, int decimals)
         if (text.back() == '.')
             text.pop_back();
     }
-    return text == "-0" ? "0" : text;
+    if (text == "-0")
+        return "0";
+    return text;
 }
 
 std::string NumberLabel(double value, int decimals)
 {
+    if (std::isfinite(value) && std::abs(value) > LargestWithoutExponent)
+    {
+        std::array<char, 16> digits{};
+        return {digits.data(),
+                std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::general, 3).ptr};
+    }
     std::string text = NumberText(value, decimals);
     const std::size_t firstDigit = text.front() == '-' ? 1 : 0;
     for (std::size_t i = std::min(text.find('.'), text.size()); i > firstDigit + 3;)

@@ -91,18 +91,18 @@ TEST(CareCalendarTest, FeedingsAndWateringsOfADayAreAddedUp)
 {
     const PlantChart chart = DrawPlantCareCalendar({{Day(0), "Feed", 1},
                                                     {Day(0), "Feed", 1},
-                                                    {Day(0), "Water", 3},
+                                                    {Day(0), "Water", 4},
                                                     {Day(0), "Note", 99},
                                                     {Day(1), "Photo", 1},
                                                     {Day(2), "Feed", 1},
                                                     {Day(3), "Feed", 0},
                                                     {"2024-02-30", "Feed", 7},
                                                     {"", "Water", 7}});
-    EXPECT_EQ(chart.Rows, (Rows{{"2024-01-01", "2", "3"}, {"2024-01-03", "1", "0"}}));
+    EXPECT_EQ(chart.Rows, (Rows{{"2024-01-01", "2", "4"}, {"2024-01-03", "1", "0"}}));
     EXPECT_EQ(chart.Columns, (std::vector<std::string>{"Date", "Feedings", "Waterings"}));
     const SVGPicture picture(chart.SVG);
-    EXPECT_EQ(picture.TitleOf(Cells(picture)["1 Jan 2024"]), "1 Jan 2024: 2 feedings, 3 waterings");
-    EXPECT_EQ(chart.Sentence, "2 days of care from 1 Jan 2024 to 3 Jan 2024: 3 feedings, 3 waterings. The larger "
+    EXPECT_EQ(picture.TitleOf(Cells(picture)["1 Jan 2024"]), "1 Jan 2024: 2 feedings, 4 waterings");
+    EXPECT_EQ(chart.Sentence, "2 days of care from 1 Jan 2024 to 3 Jan 2024: 3 feedings, 4 waterings. The larger "
                               "a cell, the more care there was that day.");
 }
 

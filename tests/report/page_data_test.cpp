@@ -5,6 +5,7 @@
 #include "report/report_page.h"
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace plant_report;
@@ -51,6 +52,25 @@ TEST_F(PageDataTest, AmountsAreSummedByDayThenWeekThenMonth)
     Care(basil, "2023-01-04");
     EXPECT_EQ(Data().AmountPeriod, PlantPeriod::Month);
     EXPECT_EQ(Data().Waterings.at(0).Period, "2020-01");
+}
+
+TEST_F(PageDataTest, OnlyCareBetweenTheDatesIsSummed)
+{
+    const Plant basil = Sown("Basil");
+    for (const char* date : {"2025-03-01", "2025-03-02", "2025-03-03", "2025-03-04"})
+    {
+        Care(basil, date, PlantCareAction::Water, 500, 1.5);
+        Care(basil, date, PlantCareAction::Feed);
+    }
+    Options.From = "2025-03-02";
+    Options.To = "2025-03-03";
+    const PageData data = Data();
+    for (const std::vector<PlantTotal>* totals : {&data.Measurements, &data.Waterings, &data.Feedings})
+    {
+        ASSERT_EQ(totals->size(), 2U);
+        EXPECT_EQ(totals->at(0).Period, "2025-03-02");
+        EXPECT_EQ(totals->at(1).Period, "2025-03-03");
+    }
 }
 
 TEST_F(PageDataTest, MeasurementsAreSummedUntilTheyCanBeRead)
@@ -115,13 +135,60 @@ TEST_F(PageDataTest, AGrowingPlantIsDrawnUntilTodayOrTheLastDate)
     EXPECT_EQ(Data().Stages.at(0).To, "2025-12-31");
 }
 
+TEST_F(PageDataTest, ADateWithoutADayIsTheWholeYearOrMonth)
+{
+    const auto stage = [this](const char* from, const char* to)
+    {
+        Options.From = from;
+        Options.To = to;
+        const PageData data = Data();
+        return data.Stages.empty() ? std::string() : data.Stages.at(0).From + " " + data.Stages.at(0).To;
+    };
+    Sown("Basil");
+    EXPECT_EQ(stage("", ""), "2025-03-01 2025-12-31");
+    EXPECT_EQ(stage("2025", "2025"), "2025-03-01 2025-12-31");
+    EXPECT_EQ(stage("2025-04", "2025-04"), "2025-04-01 2025-04-30");
+    EXPECT_EQ(stage("2025-04-02", "2025-04-03"), "2025-04-02 2025-04-03");
+    EXPECT_EQ(stage("spring", "2025-04-03"), "2025-03-01 2025-04-03");
+    EXPECT_EQ(stage("2026", ""), "");
+    EXPECT_EQ(stage("2025-12-31", ""), "2025-12-31 2025-12-31");
+    EXPECT_EQ(stage("", "2025-03-01"), "2025-03-01 2025-03-01");
+    EXPECT_EQ(stage("", "2025-02"), "");
+    EXPECT_EQ(stage("", "2024"), "");
+}
+
+TEST_F(PageDataTest, OnlyPlantsOfEverySetAreRead)
+{
+    const auto names = [this]
+    {
+        std::string text;
+        for (const Plant& plant : Data().Plants)
+            text += plant.Name + " ";
+        return text;
+    };
+    for (const auto& [name, strain, tent] :
+         {std::tuple("A", "Thai", "South"), {"B", "Thai", "North"}, {"C", "Lime", "South"}})
+    {
+        Plant plant = Sown(name, strain);
+        plant.Tent = tent;
+        ASSERT_TRUE(Repository.UpdatePlant(plant));
+    }
+    EXPECT_EQ(names(), "C A B ");
+    Options.Plants.Tents = {"South"};
+    EXPECT_EQ(names(), "C A ");
+    Options.Plants.Strains = {"Thai"};
+    EXPECT_EQ(names(), "A ");
+    Options.Plants.Stages = {PlantStage::Flower};
+    EXPECT_EQ(names(), "");
+}
+
 TEST_F(PageDataTest, FamiliesAreTreesWithSiblingsByName)
 {
     const Plant basil = NewPlant("Basil");
     const Plant mint = NewPlant("Mint");
     const Plant second = NewPlant("B2", "", basil.UUID);
     const Plant first = NewPlant("B1", "", basil.UUID);
-    NewPlant("B11", "", first.UUID);
+    const Plant grandchild = NewPlant("B11", "", first.UUID);
     NewPlant("M1", "", mint.UUID);
     NewPlant("Alone");
     EXPECT_EQ(Trees(), "Basil 0, B1 1, B11 2, B2 1, Mint 0, M1 1");
@@ -131,6 +198,10 @@ TEST_F(PageDataTest, FamiliesAreTreesWithSiblingsByName)
     EXPECT_EQ(Trees(), "Basil 0, B1 1, B11 2");
     Options.Plants.UUIDs = {basil.UUID};
     EXPECT_EQ(Trees(), "Basil 0, B1 1, B11 2, B2 1");
+    Options.Plants.UUIDs = {grandchild.UUID};
+    EXPECT_EQ(Trees(), "Basil 0, B1 1, B11 2");
+    Options.Plants.UUIDs = {first.UUID, grandchild.UUID};
+    EXPECT_EQ(Trees(), "B1 0, B11 1") << "their mother is not among the plants";
 }
 
 TEST_F(PageDataTest, APlantWithoutFamilyHasNoTree)

@@ -51,7 +51,13 @@ TEST_F(PageTest, APageIsXMLThatForbidsAllButItsPhotos)
     EXPECT_EQ(metas.at(1)["http-equiv"], "Content-Security-Policy");
     EXPECT_EQ(metas.at(1)["content"], "default-src 'none'; style-src 'unsafe-inline'; img-src 'self' data: file:; "
                                       "base-uri 'none'; form-action 'none'");
-    EXPECT_EQ(metas.at(2)["content"], "width=device-width, initial-scale=1");
+    Texts names;
+    for (std::size_t i = 2; i < metas.size(); ++i)
+        names.push_back(metas[i]["name"] + ": " + metas[i]["content"]);
+    EXPECT_EQ(names, (Texts{"viewport: width=device-width, initial-scale=1", "color-scheme: light dark",
+                            "referrer: no-referrer"}));
+    ASSERT_EQ(page.Named("link").size(), 1U);
+    EXPECT_EQ(page.Named("link")[0]["rel"], "icon") << "without one, a browser asks the server for it";
     EXPECT_TRUE(page.Named("script").empty());
     for (const Element& element : page.All())
         for (const auto& [attribute, value] : element.Attributes)
@@ -89,6 +95,8 @@ TEST_F(PageTest, ASeasonHasItsSectionsInOrder)
     EXPECT_EQ(links, (Texts{"#stages", "#care", "#amounts", "#measurements", "#health", "#harvests", "#lineage",
                             "#years", "#photos"}));
     EXPECT_EQ(page.Texts("a"), page.Texts("h2"));
+    ASSERT_EQ(page.Named("nav").size(), 1U);
+    EXPECT_EQ(page.Named("nav")[0]["aria-label"], "Contents");
 }
 
 TEST_F(PageTest, APhotoOfASeasonIsCaptionedWithItsPlant)
@@ -122,6 +130,18 @@ TEST_F(PageTest, EachPictureIsDrawnForADesktopAndForATelephone)
     EXPECT_EQ(std::adjacent_find(ids.begin(), ids.end()), ids.end()) << "an ID occurs twice";
 }
 
+TEST_F(PageTest, TwoSectionsNeedNoContents)
+{
+    const Plant basil = Sown("Basil");
+    Sown("Mint");
+    Photo(basil, "2025-04-02", "photos/basil.jpg");
+    EXPECT_EQ(Page().Sections(), (Texts{"stages", "photos", "missing"}));
+    EXPECT_TRUE(Page().Named("nav").empty());
+    Care(basil, "2025-04-03", PlantCareAction::Water, 0);
+    EXPECT_EQ(Page().Sections(), (Texts{"stages", "care", "photos", "missing"}));
+    EXPECT_EQ(Page().Texts("a").size(), 3U);
+}
+
 TEST_F(PageTest, TheHeadStatesTheTitlePlantsEntriesAndDates)
 {
     StoreSeason();
@@ -150,9 +170,32 @@ TEST_F(PageTest, TheHeadStatesTheLimitsOfTheReport)
     EXPECT_FALSE(Contains(html, "<p>Strain"));
 }
 
+TEST_F(PageTest, TextsOfTheHeadAreCutAndKeepTheirDirection)
+{
+    Sown("Basil", "\u05e9");
+    Sown("Mint", "\u05e9");
+    Options.Plants.Strains = {"\u05e9"};
+    Options.From = "\u05d0";
+    Options.To = "\u05d1";
+    Options.Title = std::string(10'000, 'a');
+    std::string html = Page().HTML();
+    EXPECT_TRUE(Contains(html, "<p>Strain: \u2068\u05e9\u2069</p>"));
+    EXPECT_TRUE(Contains(html, "<p>From \u2068\u05d0\u2069 to \u2068\u05d1\u2069</p>"));
+    EXPECT_EQ(Page().Texts("h1").at(0), std::string(199, 'a') + "\xE2\x80\xA6");
+    EXPECT_EQ(Page().Texts("title").at(0), Page().Texts("h1").at(0));
+    Options.From.clear();
+    html = Page().HTML();
+    EXPECT_TRUE(Contains(html, "<p>To \u2068\u05d1\u2069</p>"));
+}
+
+TEST_F(PageTest, ThePageOfOnePlantDoesNotListIt)
+{
+    Options.Plants.UUIDs = {Sown("Basil").UUID};
+    EXPECT_FALSE(Contains(Page().HTML(), "Plants:"));
+}
+
 TEST_F(PageTest, TheHeadNamesThePlantsThatWereChosen)
 {
-    std::vector<std::string> names;
     for (int i = 1; i <= 22; ++i)
         Options.Plants.UUIDs.push_back(Sown("P" + std::to_string(i)).UUID);
     const std::string html = Page().HTML();
@@ -272,6 +315,35 @@ TEST_F(PageTest, OnPaperALongTableIsSetInColumns)
     EXPECT_TRUE(Contains(page.Section("measurements"), "<div class=\"two-columns table\""));
     for (const char* rule : {".two-columns{columns:2}", ".three-columns{columns:3}"})
         EXPECT_TRUE(Contains(page.HTML(), rule)) << rule;
+}
+
+TEST_F(PageTest, ATableIsFoldedAndScrollsByItself)
+{
+    StoreSeason();
+    const ReportPage page = Page();
+    EXPECT_EQ(page.Named("details").size(), 8U);
+    EXPECT_TRUE(page.Named("details")[0].Attributes.empty()) << "folded";
+    EXPECT_TRUE(
+        Contains(page.Section("health"),
+                 "<div class=\"table\" role=\"region\" tabindex=\"0\" aria-label=\"Figures: Health problems\">"))
+        << page.Section("health");
+    EXPECT_TRUE(Contains(page.Section("health"), "<thead><tr><th>Issue</th>"));
+}
+
+TEST_F(PageTest, AColumnOfNumbersMayHaveEmptyCells)
+{
+    for (const double wet : {0.0, 250.5})
+    {
+        Plant plant = Sown(wet > 0 ? "7" : "Basil");
+        HarvestRecord harvest;
+        harvest.DryWeightG = 1234;
+        harvest.WetWeightG = wet;
+        EXPECT_TRUE(Repository.SaveHarvestRecord(plant, harvest));
+    }
+    const std::string section = Page().Section("harvests");
+    EXPECT_TRUE(Contains(section, "<td class=\"number\">1,234</td><td class=\"number\"></td>")) << section;
+    EXPECT_TRUE(Contains(section, "<th class=\"number\">Wet weight, g</th>"));
+    EXPECT_TRUE(Contains(section, "<th>Plant</th>"));
 }
 
 TEST_F(PageTest, ALongTableIsCutAndSaysSo)

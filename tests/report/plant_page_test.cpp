@@ -107,6 +107,15 @@ TEST_F(PlantPageTest, TheHistoryHoldsThePhotosOfEachMonth)
     EXPECT_LT(history.find("Mar 2025"), history.find("a.jpg"));
     EXPECT_LT(history.find("a.jpg"), history.find("<h3>Apr 2025"));
     EXPECT_TRUE(Contains(history, "<figcaption><span>2 Apr 2025: later</span>"));
+    EXPECT_FALSE(Contains(history, "<b>Photo</b>")) << "not among the entries, too";
+}
+
+TEST_F(PlantPageTest, AMonthOfOnlyPhotosThatAreLeftOutIsNotNamed)
+{
+    Photo(Sown("Basil"), "2025-04-02", "a.jpg");
+    EXPECT_EQ(Page().Texts("h3"), (Texts{"Mar 2025", "Apr 2025"}));
+    Options.PhotoSource = nullptr;
+    EXPECT_EQ(Page().Texts("h3"), Texts{"Mar 2025"});
 }
 
 TEST_F(PlantPageTest, TheHistoryKeepsToTheDates)
@@ -137,6 +146,40 @@ TEST_F(PlantPageTest, ALongHistoryKeepsTheNewestAndSaysSo)
     EXPECT_TRUE(Contains(history, "note 2."));
 }
 
+TEST_F(PlantPageTest, LongTextsAreCut)
+{
+    Plant basil = Sown("Basil");
+    basil.Notes = std::string(10'000, 'a');
+    ASSERT_TRUE(Repository.UpdatePlant(basil));
+    Note(basil, "2025-03-20", basil.Notes);
+    Photo(basil, "2025-04-02", "a.jpg", basil.Notes);
+    const ReportPage page = Page();
+    EXPECT_EQ(page.Texts("dd").back(), std::string(999, 'a') + "\xE2\x80\xA6");
+    EXPECT_TRUE(Contains(page.HTML(), "<p>" + std::string(999, 'a') + "\xE2\x80\xA6</p>"));
+    EXPECT_TRUE(Contains(page.HTML(), "<span>2 Apr 2025: " + std::string(499, 'a') + "\xE2\x80\xA6</span>"));
+}
+
+TEST_F(PlantPageTest, AMonthHoldsSixtyPhotos)
+{
+    const Plant basil = Sown("Basil");
+    for (int i = 0; i < 61; ++i)
+        Photo(basil, "2025-04-02", "p" + std::to_string(i));
+    Photo(basil, "2025-05-02", "later");
+    EXPECT_EQ(Images().size(), 61U);
+    EXPECT_TRUE(Contains(Page().Section("history"), "<p>Shown: 60 of 61 photos.</p>"));
+}
+
+TEST_F(PlantPageTest, OneOlderEntryIsCounted)
+{
+    const Plant basil = Sown("Basil");
+    RunSQL("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<1000) INSERT INTO PlantJournalEntries"
+           "(PlantUUID,EntryDate,Type,Details) SELECT '" +
+           basil.UUID + "','2025-04-01','Observation',i FROM n;");
+    const std::string history = Page().Section("history");
+    EXPECT_TRUE(Contains(history, "<p>1 older entry is left out, so that the page stays small.</p>"));
+    EXPECT_FALSE(Contains(history, "Sown"));
+}
+
 TEST_F(PlantPageTest, APlantWithoutAHistoryHasNone)
 {
     NewPlant("Basil");
@@ -151,14 +194,28 @@ TEST_F(PlantPageTest, ThePhotosOfASeasonAreAStripNewestFirst)
     Photo(basil, "2025-04-02", "b.jpg");
     Photo(mint, "2025-05-02", "c.jpg", "a <caption>");
     Photo(basil, "2025-03-02", "a \"quoted\".jpg");
-    Photo(basil, "", "d.jpg");
+    Photo(basil, "", "d.jpg", "no day");
     EXPECT_EQ(Images(), (Texts{"c.jpg", "b.jpg", "a \"quoted\".jpg", "d.jpg"}));
     const std::string photos = Page().Section("photos");
-    EXPECT_TRUE(Contains(photos, "alt=\"Photo of Mint\""));
+    EXPECT_TRUE(Contains(photos, "<p>4 photos from 2 Mar 2025 to 2 May 2025, the newest first.</p>")) << photos;
+    EXPECT_TRUE(Contains(photos, "alt=\"Photo of Mint\" loading=\"lazy\""));
     EXPECT_TRUE(Contains(photos, "<b>Mint</b> <span>2 May 2025: a &lt;caption&gt;</span>"));
+    EXPECT_TRUE(Contains(photos, "<b>Basil</b> <span>no day</span>"));
     EXPECT_FALSE(Contains(photos, "Shown:"));
     Options.From = "2025-04";
     EXPECT_EQ(Images(), (Texts{"c.jpg", "b.jpg"}));
+}
+
+TEST_F(PlantPageTest, AStripOfOnePhotoNamesItsDayOrNone)
+{
+    Photo(Sown("Basil"), "2025-04-02", "a.jpg");
+    Photo(Sown("Mint"), "some day", "b.jpg");
+    Options.To = "2025-04-02";
+    EXPECT_TRUE(Contains(Page().Section("photos"), "<p>1 photo on 2 Apr 2025.</p>"));
+    Options.From = "3";
+    Options.To.clear();
+    EXPECT_TRUE(Contains(Page().Section("photos"), "<p>1 photo.</p>"));
+    EXPECT_TRUE(Contains(Page().Section("photos"), "<span>some day</span>"));
 }
 
 TEST_F(PlantPageTest, APhotoWithoutASourceIsLeftOut)

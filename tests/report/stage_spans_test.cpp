@@ -142,6 +142,28 @@ TEST_F(StageSpansTest, ACloneBeginsOnTheDayOfItsCut)
     EXPECT_EQ(Spans(), "Clone 06-01 12-31");
 }
 
+TEST_F(StageSpansTest, TransplantingACloneBeginsVeg)
+{
+    Basil.MotherPlantUUID = "mother";
+    Happened("2025-04-01", "Clone");
+    EXPECT_EQ(Spans(), "Veg 04-01 12-31") << "as that of a seedling without the date of its stage";
+    Happened("2025-04-10", "Transplant");
+    EXPECT_EQ(Spans(), "Clone 04-01 04-10, Veg 04-10 12-31");
+}
+
+TEST_F(StageSpansTest, ACutBeforeAllOtherDatesIsThatOfAClone)
+{
+    Basil.Stage = PlantStage::Clone;
+    Happened("2025-04-01", "Clone");
+    EXPECT_EQ(Spans(), "") << "a plant without a mother";
+    Basil.MotherPlantUUID = "mother";
+    EXPECT_EQ(Spans(), "Clone 04-01 12-31");
+    Activities.insert(Activities.begin(), Activities.front());
+    Activities.front().Date = "2025-03-01";
+    Activities.front().Kind = "Flip";
+    EXPECT_EQ(Spans(), "Flower 03-01 12-31");
+}
+
 TEST_F(StageSpansTest, OnlyTheLastStageOfADayHasASpan)
 {
     Basil.Stage = PlantStage::Flower;
@@ -150,6 +172,13 @@ TEST_F(StageSpansTest, OnlyTheLastStageOfADayHasASpan)
     Happened("2025-05-01", "Stage", "Veg");
     Happened("2025-05-01", "Flip");
     EXPECT_EQ(Spans(), "Veg 03-01 05-01, Flower 05-01 12-31");
+}
+
+TEST_F(StageSpansTest, AStageThatBeginsAgainIsOneSpan)
+{
+    Happened("2025-03-01", "Stage", "Veg");
+    Happened("2025-04-01", "Stage", "Veg");
+    EXPECT_EQ(Spans(), "Veg 03-01 12-31");
 }
 
 TEST_F(StageSpansTest, AnEventThatNamesNoStageChangesNothing)

@@ -150,14 +150,12 @@ std::string SVGPicture::TextOfID(const std::string& id) const
 
 std::string SVGPicture::AccessibleName() const
 {
-    const std::string ids = Elements.front()["aria-labelledby"];
-    return TextOfID(ids.substr(0, ids.find(' ')));
+    return TextOfID(Elements.front()["aria-labelledby"]);
 }
 
 std::string SVGPicture::Description() const
 {
-    const std::string ids = Elements.front()["aria-labelledby"];
-    return TextOfID(ids.substr(ids.find(' ') + 1));
+    return TextOfID(Elements.front()["aria-describedby"]);
 }
 
 double SVGPicture::Width() const

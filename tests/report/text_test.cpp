@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -18,6 +19,12 @@ namespace
 {
 
 const std::string Unknown = "\xEF\xBF\xBD"; // U+FFFD
+
+// The first and the last of some characters, and the characters before and after them.
+struct Range
+{
+    std::string Before, First, Last, After;
+};
 
 TEST(ReportTextTest, SpecialCharactersAreEscaped)
 {
@@ -50,6 +57,7 @@ TEST(ReportTextTest, EachByteOfBrokenUTF8IsReplaced)
     EXPECT_EQ(Escaped("\xED\xA0\x80"), Unknown + Unknown + Unknown);               // a surrogate
     EXPECT_EQ(Escaped("\xF4\x90\x80\x80"), Unknown + Unknown + Unknown + Unknown); // above U+10FFFF
     EXPECT_EQ(Escaped("\xF5"), Unknown);
+    EXPECT_EQ(Escaped("\xF9\x80\x80\x80"), Unknown + Unknown + Unknown + Unknown);
 }
 
 TEST(ReportTextTest, EveryTextOfTwoBytesStaysWellFormed)
@@ -87,6 +95,14 @@ TEST(ReportTextTest, LabelsHaveCommasBetweenThousands)
     EXPECT_EQ(NumberLabel(1234567.891), "1,234,567.89");
 }
 
+TEST(ReportTextTest, ANumberThatIsAMistakeHasAShortLabel)
+{
+    EXPECT_EQ(NumberLabel(1e15), "1,000,000,000,000,000");
+    EXPECT_EQ(NumberLabel(1.25e300), "1.25e+300");
+    EXPECT_EQ(NumberLabel(-1.2345e300, 0), "-1.23e+300");
+    EXPECT_EQ(NumberLabel(std::numeric_limits<double>::infinity()), "0");
+}
+
 TEST(ReportTextTest, AShortenedTextEndsWithAnEllipsis)
 {
     EXPECT_EQ(Shortened("Basil", 5), "Basil");
@@ -107,6 +123,49 @@ TEST(ReportTextTest, AShortenedTextKeepsAccentsWithTheirLetters)
     EXPECT_LT(Shortened(pile, 5).size(), 200U);
 }
 
+TEST(ReportTextTest, WhatIsDrawnOnALetterIsAPartOfIt)
+{
+    for (const Range& range : std::vector<Range>{{"\u02FF", "\u0300", "\u036F", "\u0370"},
+                                                 {"\u0590", "\u0591", "\u05BD", "\u05BE"},
+                                                 {"\u064A", "\u064B", "\u065F", "\u0660"},
+                                                 {"\u1AAF", "\u1AB0", "\u1AFF", "\u1B00"},
+                                                 {"\u200C", "\u200D", "\u200D", "\u200E"},
+                                                 {"\u20CF", "\u20D0", "\u20FF", "\u2100"},
+                                                 {"\uFDFF", "\uFE00", "\uFE0F", "\uFE10"},
+                                                 {"\U0001F3FA", "\U0001F3FB", "\U0001F3FF", "\U0001F400"},
+                                                 {"\U000E001F", "\U000E0020", "\U000E007F", "\U000E0080"}})
+    {
+        for (const std::string& part : {range.First, range.Last})
+            EXPECT_EQ(Shortened("a" + part + "b", 2), "a" + part + "b");
+        for (const std::string& letter : {range.Before, range.After})
+            EXPECT_EQ(Shortened("a" + letter + "b", 2), "a\xE2\x80\xA6") << letter;
+    }
+}
+
+TEST(ReportTextTest, WhatFollowsAJoinerIsAPartOfTheLetter)
+{
+    EXPECT_EQ(Shortened("a\u200Dbc", 2), "a\u200Dbc");
+    EXPECT_EQ(Shortened("a\u200Dbcd", 2), "a\u200Db\xE2\x80\xA6");
+}
+
+TEST(ReportTextTest, ANameThatCanChangeTheDirectionIsIsolated)
+{
+    for (const Range& range : std::vector<Range>{{"\u058F", "\u0590", "\u08FF", "\u0900"},
+                                                 {"\u200D", "\u200E", "\u200F", "\u2010"},
+                                                 {"\u2029", "\u202A", "\u202E", "\u202F"},
+                                                 {"\u2065", "\u2066", "\u2069", "\u206A"},
+                                                 {"\uFB1C", "\uFB1D", "\uFDFF", "\uFE00"},
+                                                 {"\uFE6F", "\uFE70", "\uFEFF", "\uFF00"},
+                                                 {"\U000107FF", "\U00010800", "\U00010FFF", "\U00011000"},
+                                                 {"\U0001E7FF", "\U0001E800", "\U0001EFFF", "\U0001F000"}})
+    {
+        for (const std::string& letter : {range.First, range.Last})
+            EXPECT_EQ(NameInSentence("a" + letter), "\u2068a" + letter + "\u2069");
+        for (const std::string& letter : {range.Before, range.After})
+            EXPECT_EQ(NameInSentence("a" + letter), "a" + letter);
+    }
+}
+
 TEST(ReportTextTest, ANameInASentenceKeepsItsDirectionToItself)
 {
     const auto isolated = [](const std::string& text) { return "\xE2\x81\xA8" + text + "\xE2\x81\xA9"; };
@@ -124,7 +183,9 @@ TEST(ReportTextTest, AWiderTextIsEstimatedWider)
     EXPECT_LT(TextWidth("ae", 12), TextWidth("AE", 12));
     EXPECT_LT(TextWidth("AE", 12), TextWidth("MW", 12));
     EXPECT_LT(TextWidth(" ", 12), TextWidth("i", 12));
-    EXPECT_LT(TextWidth("\xC3\xA9", 12), TextWidth("\xE6\xA2\x85", 12));         // e with an accent, a Chinese sign
+    EXPECT_LT(TextWidth("\xC3\xA9", 12), TextWidth("\xE6\xA2\x85", 12)); // e with an accent, a Chinese sign
+    for (const std::string bad : {"\x01", "\xC2\x80", "\xFF"})
+        EXPECT_EQ(TextWidth(bad, 12), TextWidth(Unknown, 12)) << "what is drawn instead";
     EXPECT_EQ(TextWidth("e\xCC\x81", 12), TextWidth("e", 12));                   // an accent takes no room
     EXPECT_LT(TextWidth("\xE2\x80\xA6", 12), TextWidth("\xF0\x9F\x8C\xB1", 12)); // an ellipsis, an emoji
 }
