@@ -12,12 +12,15 @@ namespace plant_report
 namespace
 {
 
-// Amounts beyond it are mistakes. They are drawn at the end of the scale.
+// Amounts beyond these are mistakes. They are drawn at the end of the scale, which has labels of a few digits.
 constexpr double Largest = 1e15;
+constexpr double Smallest = 1e-6;
 
 double Limited(double value)
 {
-    return std::isnan(value) ? 0 : std::clamp(value, -Largest, Largest);
+    if (std::isnan(value) || std::abs(value) < Smallest)
+        return 0;
+    return std::clamp(value, -Largest, Largest);
 }
 
 // The least of 1, 2 and 5 times a power of ten that is not below `step`.
