@@ -277,7 +277,9 @@ std::string RangeLabel(double least, double most)
 {
     const std::string first = NumberLabel(least);
     const std::string last = NumberLabel(most);
-    return first == last ? first : "from " + first + " to " + last;
+    if (first == last)
+        return first;
+    return "from " + first + " to " + last;
 }
 
 std::string MeasurementsSentence(const std::vector<Section>& sections, std::size_t names, std::size_t more,

@@ -2,6 +2,8 @@
 
 #include "palette.h"
 
+#include <initializer_list>
+
 namespace plant_report
 {
 
@@ -18,13 +20,17 @@ bool IsLine(std::string_view element)
     return element == "line" || element == "polyline";
 }
 
+Attributes Places(std::initializer_list<std::pair<std::string_view, double>> places)
+{
+    Attributes attributes;
+    for (const auto& [name, value] : places)
+        attributes.emplace_back(name, Place(value));
+    return attributes;
+}
+
 Attributes Ends(double x1, double y1, double x2, double y2, double width)
 {
-    return {{"x1", Place(x1)},
-            {"y1", Place(y1)},
-            {"x2", Place(x2)},
-            {"y2", Place(y2)},
-            {"stroke-width", NumberText(width, 1)}};
+    return Places({{"x1", x1}, {"y1", y1}, {"x2", x2}, {"y2", y2}, {"stroke-width", width}});
 }
 
 } // namespace
@@ -33,21 +39,20 @@ Drawing::Drawing(double width, double height) : PictureWidth(width), PictureHeig
 
 void Drawing::Rect(double x, double y, double width, double height, Role fill, const std::string& title)
 {
-    const Attributes attributes = {
-        {"x", Place(x)}, {"y", Place(y)}, {"width", Place(width)}, {"height", Place(height)}};
-    Element("rect", fill, attributes, title);
+    Element("rect", fill, Places({{"x", x}, {"y", y}, {"width", width}, {"height", height}}), title);
 }
 
 void Drawing::Circle(double x, double y, double radius, Role fill, const std::string& title)
 {
-    Element("circle", fill, {{"cx", Place(x)}, {"cy", Place(y)}, {"r", Place(radius)}}, title);
+    Element("circle", fill, Places({{"cx", x}, {"cy", y}, {"r", radius}}), title);
 }
 
 void Drawing::Diamond(double x, double y, double radius, Role fill, const std::string& title)
 {
     const std::string path = "M" + Place(x) + " " + Place(y - radius) + "L" + Place(x + radius) + " " + Place(y) + "L" +
                              Place(x) + " " + Place(y + radius) + "L" + Place(x - radius) + " " + Place(y) + "Z";
-    const Attributes attributes = {{"d", path}};
+    Attributes attributes;
+    attributes.emplace_back("d", path);
     Element("path", fill, attributes, title);
 }
 
@@ -68,18 +73,19 @@ void Drawing::Polyline(const std::vector<std::pair<double, double>>& points, Rol
     std::string places;
     for (const auto& [x, y] : points)
         places += (places.empty() ? "" : " ") + Place(x) + "," + Place(y);
-    const Attributes attributes = {{"fill", "none"},
-                                   {"points", places},
-                                   {"stroke-width", NumberText(width, 1)},
-                                   {"stroke-linejoin", "round"},
-                                   {"stroke-linecap", "round"}};
+    Attributes attributes;
+    attributes.emplace_back("fill", "none");
+    attributes.emplace_back("points", places);
+    attributes.emplace_back("stroke-width", Place(width));
+    attributes.emplace_back("stroke-linejoin", "round");
+    attributes.emplace_back("stroke-linecap", "round");
     Element("polyline", stroke, attributes, {});
 }
 
 void Drawing::Text(double x, double y, const std::string& text, Anchor anchor, Role fill, double size, double widest)
 {
     const std::string shown = widest > 0 ? Fitting(text, size, widest) : text;
-    Attributes attributes = {{"x", Place(x)}, {"y", Place(y)}, {"font-size", NumberText(size, 1)}};
+    Attributes attributes = Places({{"x", x}, {"y", y}, {"font-size", size}});
     if (anchor != Anchor::Start)
         attributes.emplace_back("text-anchor", anchor == Anchor::Middle ? "middle" : "end");
     Element("text", fill, attributes, shown == text ? std::string() : text, shown);

@@ -113,7 +113,7 @@ TEST_F(PageStyleTest, TheFocusIsSeen)
 TEST_F(PageStyleTest, NumbersStandUnderEachOther)
 {
     ExpectRule("", ".number", "text-align:right");
-    ExpectRule("", ".number", "font-variant-numeric:tabular-nums");
+    ExpectRule("", ".number,.date", "font-variant-numeric:tabular-nums");
 }
 
 TEST_F(PageStyleTest, PaperHoldsAllFiguresAndCutsNone)

@@ -254,7 +254,7 @@ TEST_F(RandomPageTest, ThePageOfARandomJournalIsSound)
     const TimeLimit limit;
     for (int journal = 0; !limit.IsOver() && !HasFailure(); ++journal)
     {
-        if (!IsLongForm() && journal == 40)
+        if (!IsLongForm() && journal == 20)
             break;
         SCOPED_TRACE("journal " + std::to_string(journal) + ", seed " + std::to_string(Seed()));
         FillAtRandom(Database.NativeHandle(), Random);
