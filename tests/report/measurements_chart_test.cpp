@@ -156,6 +156,16 @@ TEST(MeasurementsChartTest, OnlyMeasurementsWithADateAreDrawn)
     EXPECT_EQ(chart.Rows, (std::vector<std::vector<std::string>>{{"Basil", Day(0), "EC", "2", "1", "0.75", "1.25"}}));
 }
 
+TEST(MeasurementsChartTest, TheSentenceCountsTheValuesOfAMistypedYear)
+{
+    const PlantChart chart = DrawPlantMeasurements(
+        {Total("Basil", Day(0), 1, 6), Total("Basil", Day(1), 1, 6), Total("Basil", "1924-01-01", 2, 7)},
+        PlantPeriod::Day);
+    EXPECT_NE(chart.Sentence.find(" 4 values are not drawn: their dates"), std::string::npos) << chart.Sentence;
+    EXPECT_EQ(chart.Rows.size(), 6U);
+    EXPECT_EQ(chart.Rows.front().at(1), "1924-01-01");
+}
+
 TEST(MeasurementsChartTest, WithoutMeasurementsNothingIsDrawn)
 {
     const std::string missing = "No feeding or watering has a complete date and an EC or a pH.";
