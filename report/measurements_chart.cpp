@@ -275,11 +275,11 @@ void AddRows(PlantChart& chart, const std::vector<NameMeasured>& names, PlantPer
 // "from 1.2 to 2.4", or "1.8" where both numbers have the same label.
 std::string RangeLabel(double least, double most)
 {
-    const std::string first = NumberLabel(least);
+    std::string label = NumberLabel(least);
     const std::string last = NumberLabel(most);
-    if (first == last)
-        return first;
-    return "from " + first + " to " + last;
+    if (label != last)
+        label = "from " + label + " to " + last;
+    return label;
 }
 
 std::string MeasurementsSentence(const std::vector<Section>& sections, std::size_t names, std::size_t more,

@@ -129,6 +129,7 @@ TEST_P(PageReadingTest, AStatementThatIsNotAllowedIsAnError)
             return action == SQLITE_SELECT && --static_cast<Reads*>(reads)->Left == 0 ? SQLITE_DENY : SQLITE_OK;
         }
     };
+    std::string errors;
     int statement = 1;
     for (;; ++statement)
     {
@@ -140,7 +141,11 @@ TEST_P(PageReadingTest, AStatementThatIsNotAllowedIsAnError)
         if (reads.Left > 0)
             break;
         ExpectRefused(result, html, ": not authorized");
+        errors += result.Error + '\n';
     }
+    for (const char* step : {"beginning to read", "reading the plants", "reading the harvest records",
+                             "reading the health observations", "reading the photos"})
+        EXPECT_TRUE(Contains(errors, step + std::string(": not authorized\n"))) << step;
     EXPECT_GT(statement, 15);
 }
 
