@@ -3,6 +3,7 @@
 #include "validate.h"
 
 #include <algorithm>
+#include <functional>
 #include <string_view>
 #include <type_traits>
 
@@ -29,60 +30,37 @@ struct Evidence
     std::int64_t LastRowID;
 };
 
-// Whether the operations that store the record begin a transaction of their own.
-template <typename Record> bool UsesTransaction(const Record& record)
+// What depends on the kind of the record.
+struct Operation
 {
-    if constexpr (std::is_same_v<Record, Strain>)
-        return record.ID != 0;
-    else
-        return std::is_same_v<Record, PlantCareEntry> || std::is_same_v<Record, HarvestRecord>;
-}
-
-std::string Sentence(const PlantProblem& problem)
-{
-    return "refused: " + problem.Field + ": " + problem.Description;
-}
+    std::string RefusalWithoutFile; // then the evidence is that of an earlier call
+    bool UsesTransaction = false;
+    std::int64_t EventID = 0; // that of the record, which the operation may have written back
+    std::function<Problems(sqlite3* journal)> FindProblems;
+};
 
 // The first refusal, or nothing.
 std::string FirstRefusal(const Problems& problems)
 {
-    return problems.empty() || problems.front().Kind != PlantProblemKind::Refused ? "" : Sentence(problems.front());
-}
-
-// The refusals for which the operation does not use the file, so that the evidence is that of an earlier call.
-template <typename Record> std::string RefusalWithoutFile(const Record& record)
-{
-    if constexpr (std::is_same_v<Record, Plant>)
-        if (!record.Strain.empty())
-            return {}; // the strain is stored first
-    Checker check({});
-    RefuseByItself(check, record);
-    return FirstRefusal(check.Take());
-}
-
-// Whether the problem may only show that the operation inserted an event and rolled it back.
-template <typename Record>
-bool CanBeWrittenBack(const PlantProblem& problem, const Record& record, const Evidence& evidence)
-{
-    if constexpr (std::is_same_v<Record, PlantCareEntry> || std::is_same_v<Record, HarvestRecord>)
-        return problem.Field == "TimelineEventID" && record.TimelineEventID == evidence.LastRowID;
-    else
-        return false;
+    if (problems.empty() || problems.front().Kind != PlantProblemKind::Refused)
+        return {};
+    return "refused: " + problems.front().Field + ": " + problems.front().Description;
 }
 
 // For evidence that neither shows nor excludes a refusal.
-template <typename Record>
-std::string RefusalOr(const std::string& otherwise, PlantDatabase& database, const Record& record,
+std::string RefusalOr(const std::string& otherwise, sqlite3* journal, const Operation& operation,
                       const Evidence& evidence)
 {
     try
     {
-        const ReadTransaction transaction(database.NativeHandle());
-        Problems problems = ProblemsInJournal(record, database.NativeHandle(), {});
-        problems.erase(std::remove_if(problems.begin(), problems.end(),
-                                      [&](const PlantProblem& problem)
-                                      { return CanBeWrittenBack(problem, record, evidence); }),
-                       problems.end());
+        const ReadTransaction transaction(journal);
+        Problems problems = operation.FindProblems(journal);
+        // The operation may have inserted the event and rolled it back.
+        if (operation.EventID == evidence.LastRowID)
+            problems.erase(std::remove_if(problems.begin(), problems.end(),
+                                          [](const PlantProblem& problem)
+                                          { return problem.Field == "TimelineEventID"; }),
+                           problems.end());
         const std::string refusal = FirstRefusal(problems);
         return refusal.empty() ? otherwise : refusal;
     }
@@ -119,32 +97,33 @@ std::string CauseOf(int code)
 }
 
 // The cause where the operation left no code and did not refuse the record.
-template <typename Record> std::string CauseWithoutCode(PlantDatabase& database, const Record& record)
+std::string CauseWithoutCode(sqlite3* journal, const Operation& operation)
 {
-    if (!UsesTransaction(record)) // the journal or the evidence has changed since
+    if (!operation.UsesTransaction) // the journal or the evidence has changed since
         return "failed: the cause was not recorded";
-    // The transaction can begin, but its first write fails.
-    return sqlite3_db_readonly(database.NativeHandle(), "main") == 1 ? CauseOf(SQLITE_READONLY) : NotRecorded;
+    // In a read-only file, the transaction can begin, but its first write fails.
+    return sqlite3_db_readonly(journal, "main") == 1 ? CauseOf(SQLITE_READONLY) : NotRecorded;
 }
 
-template <typename Record> std::string ExplainRecord(PlantDatabase& database, const Record& record)
+std::string ExplainOperation(PlantDatabase& database, const Operation& operation)
 {
-    if (std::string refusal = RefusalWithoutFile(record); !refusal.empty())
-        return refusal;
+    if (!operation.RefusalWithoutFile.empty())
+        return operation.RefusalWithoutFile;
     if (!database.IsOpen())
         return "closed: the database is not open; open the journal first";
-    const Evidence evidence(database.NativeHandle());
+    sqlite3* const journal = database.NativeHandle();
+    const Evidence evidence(journal);
     if (std::string cause = CauseOf(evidence.Code); !cause.empty())
         return cause;
     switch (evidence.Code & 0xFF)
     {
     case SQLITE_OK: // a refusal before the write, or a rollback
-        return RefusalOr(CauseWithoutCode(database, record), database, record, evidence);
+        return RefusalOr(CauseWithoutCode(journal, operation), journal, operation, evidence);
     case SQLITE_CONSTRAINT:
     case SQLITE_TOOBIG:
-        return RefusalOr("failed: " + evidence.Message, database, record, evidence);
+        return RefusalOr("failed: " + evidence.Message, journal, operation, evidence);
     case SQLITE_ERROR:
-        if (UsesTransaction(record) && evidence.InTransaction)
+        if (operation.UsesTransaction && evidence.InTransaction)
             return "open transaction: the operation needs a transaction of its own; commit or roll back the one that "
                    "is open on this connection";
         if (std::string_view(evidence.Message).substr(0, 15) == "cannot rollback") // SQLite had rolled back by itself
@@ -154,6 +133,26 @@ template <typename Record> std::string ExplainRecord(PlantDatabase& database, co
         break;
     }
     return "failed: " + evidence.Message;
+}
+
+template <typename Record> std::string ExplainRecord(PlantDatabase& database, const Record& record)
+{
+    Operation operation;
+    operation.FindProblems = [&](sqlite3* journal) { return ProblemsInJournal(record, journal, {}); };
+    Checker check({});
+    RefuseByItself(check, record);
+    operation.RefusalWithoutFile = FirstRefusal(check.Take());
+    if constexpr (std::is_same_v<Record, Plant>)
+        if (!record.Strain.empty())
+            operation.RefusalWithoutFile.clear(); // the strain is stored first
+    if constexpr (std::is_same_v<Record, Strain>)
+        operation.UsesTransaction = record.ID != 0;
+    if constexpr (std::is_same_v<Record, PlantCareEntry> || std::is_same_v<Record, HarvestRecord>)
+    {
+        operation.UsesTransaction = true;
+        operation.EventID = record.TimelineEventID;
+    }
+    return ExplainOperation(database, operation);
 }
 
 } // namespace

@@ -1,11 +1,13 @@
 // Each refusal, with the sentence for it.
 
+#include "support/allocation_failure.h"
 #include "support/journal_test.h"
 #include "support/sample_records.h"
 #include "validation/stored_records.h"
 
 #include <cmath>
 #include <map>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -132,6 +134,15 @@ TEST_F(RefusalTest, ARecordByItselfIsRefusedWithoutTheJournal)
     plant.ID = 1;
     EXPECT_EQ(TextsOf(Validate(plant)),
               Findings{"refused: MotherPlantUUID: a plant without a UUID cannot have a mother (UUID)"});
+}
+
+TEST_F(RefusalTest, ANewRecordWithoutAPlantHasOneProblem)
+{
+    const Findings expected{"refused: PlantUUID: the record has no plant; its UUID is empty"};
+    EXPECT_EQ(FindingsOf(PlantEvent()), expected);
+    EXPECT_EQ(FindingsOf(PlantCareEntry()), expected);
+    EXPECT_EQ(FindingsOf(HarvestRecord()), expected);
+    EXPECT_EQ(FindingsOf(PlantJournalEntry()), expected);
 }
 
 TEST_F(RefusalTest, AMotherUnderACycleIsRefused)
@@ -299,6 +310,38 @@ TEST_F(RefusalTest, ANameOnRowZeroIsInUse)
     strain.Name = "zero";
     EXPECT_EQ(FindingsOf(strain), Findings{"refused: Name: another strain has this name"});
     EXPECT_FALSE(Repository.CreateStrain(strain));
+}
+
+// SQLite allocates the texts that it returns from a file in UTF-16. A UUID read as empty would look unknown.
+TEST(RefusalMemoryTest, ATextLostToLackOfMemoryIsNotReadAsEmpty)
+{
+    const ScratchDirectory scratch;
+    PlainConnection(scratch.File("journal.db"))
+        .RunSQL("PRAGMA encoding='UTF-16'; CREATE TABLE SchemaMeta(Key, Value);");
+    PlantDatabase database;
+    ASSERT_TRUE(database.Open(scratch.File("journal.db")));
+    PlantRepository repository(database);
+    Plant plant = StoreSampleRecords(repository).Clone;
+    bool happened = true;
+    int failures = 0;
+    for (int number = 1; happened; ++number)
+    {
+        std::vector<PlantProblem> problems;
+        {
+            const AllocationFailure failure(Allocator::SQLite, number);
+            try
+            {
+                EXPECT_TRUE(Validate(plant, database, problems));
+            }
+            catch (const std::bad_alloc&)
+            {
+                ++failures;
+            }
+            happened = failure.Happened();
+        }
+        EXPECT_EQ(TextsOf(problems), Findings{});
+    }
+    EXPECT_GT(failures, 5);
 }
 
 // The schema of another program can allow NULL.

@@ -116,6 +116,19 @@ TEST(ValueRuleTest, NumbersHaveTheLimitsOfTheirKind)
     ExpectRange(&Plant::FinalHeightCm, "FinalHeightCm", 0, NoLimit, "the height cannot be negative");
 }
 
+TEST(ValueRuleTest, AnInfiniteNumberIsNotCompared)
+{
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    PlantCareEntry entry;
+    entry.AmountMl = 1;
+    entry.RunoffMl = infinity;
+    EXPECT_EQ(FindingsOf(entry), Findings{"RunoffMl impossible: the number is not finite"});
+    Plant plant;
+    plant.FlipHeightCm = infinity;
+    plant.FinalHeightCm = 1;
+    EXPECT_EQ(FindingsOf(plant), Findings{"FlipHeightCm impossible: the number is not finite"});
+}
+
 TEST(ValueRuleTest, CountsAreNotNegative)
 {
     Strain strain;
