@@ -102,7 +102,9 @@ std::string CauseWithoutCode(sqlite3* journal, const Operation& operation)
     if (!operation.UsesTransaction) // the journal or the evidence has changed since
         return "failed: the cause was not recorded";
     // In a read-only file, the transaction can begin, but its first write fails.
-    return sqlite3_db_readonly(journal, "main") == 1 ? CauseOf(SQLITE_READONLY) : NotRecorded;
+    if (sqlite3_db_readonly(journal, "main") == 1)
+        return CauseOf(SQLITE_READONLY);
+    return NotRecorded;
 }
 
 std::string ExplainOperation(PlantDatabase& database, const Operation& operation)

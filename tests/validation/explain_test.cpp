@@ -1,5 +1,6 @@
 // The sentence for each cause of a failure that is not in the record.
 
+#include "support/allocation_failure.h"
 #include "support/child_process.h"
 #include "support/journal_test.h"
 #include "support/sample_records.h"
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -321,6 +323,35 @@ TEST_F(ExplainTest, ARecordThatWasChangedByTheFailureHasItsOwnCause)
     second.PlantUUID = Sample.Mother.UUID;
     EXPECT_FALSE(Repository.SaveHarvestRecord(Sample.Mother, second));
     EXPECT_EQ(Explain(Database, second), "refused: PlantUUID: the plant already has a harvest record");
+}
+
+TEST_F(ExplainTest, AnExplanationWithoutMemoryThrowsOrIsRight)
+{
+    PlantCareEntry entry = Sample.Care;
+    entry.TimelineEventID = 99;
+    bool happened = true;
+    int thrown = 0;
+    for (int number = 1; happened; ++number)
+    {
+        EXPECT_FALSE(Store(Repository, entry));
+        std::string sentence = "thrown";
+        {
+            const AllocationFailure failure(Allocator::SQLite, number);
+            try
+            {
+                sentence = Explain(Database, entry);
+            }
+            catch (const std::bad_alloc&)
+            {
+                ++thrown;
+            }
+            happened = failure.Happened();
+        }
+        EXPECT_TRUE(sentence == "thrown" || sentence == "refused: TimelineEventID: no timeline event has this row ID")
+            << sentence;
+        ExpectNothingOpen();
+    }
+    EXPECT_GT(thrown, 3);
 }
 
 TEST_F(ExplainTest, AnExplanationChangesNothing)
