@@ -2,8 +2,6 @@
 
 #include "tables.h"
 
-#include <exception>
-
 namespace plant_watch
 {
 namespace
@@ -29,7 +27,7 @@ void ChangeSet::AddPlant(std::string_view uuid) noexcept
     {
         Plants.emplace(uuid);
     }
-    catch (const std::exception&)
+    catch (...) // lack of memory
     {
         AddAnyPlant();
     }

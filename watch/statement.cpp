@@ -24,13 +24,24 @@ Statement::~Statement()
     sqlite3_finalize(Handle);
 }
 
-int Statement::Value() const
+std::optional<int> Statement::ValueUnlessLocked() const
 {
     sqlite3_step(Handle);
     const int value = sqlite3_column_int(Handle, 0);
-    if (sqlite3_reset(Handle) != SQLITE_OK) // returns the failure of the step
+    const int code = sqlite3_reset(Handle); // the failure of the step
+    if ((code & 0xFF) == SQLITE_BUSY)       // without the details of an extended code
+        return std::nullopt;
+    if (code != SQLITE_OK)
         Fail(Connection);
     return value;
+}
+
+int Statement::Value() const
+{
+    const std::optional<int> value = ValueUnlessLocked();
+    if (!value)
+        Fail(Connection);
+    return *value;
 }
 
 void Statement::Run() const

@@ -1,6 +1,7 @@
 // Runs statements on the watched connection without waiting for locks.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <sqlite3.h>
@@ -29,6 +30,8 @@ class Statement
 
     // Runs the statement, and returns the first column of its one row.
     int Value() const;
+    // The same, but returns nothing if another connection holds a lock.
+    std::optional<int> ValueUnlessLocked() const;
     // Runs the statement, which returns no row.
     void Run() const;
     // The number of the column with this name in a row, from 0; -1 if none has it.

@@ -45,16 +45,7 @@ void Watch::AddEverything() noexcept
 
 PlantChanges Watch::TakeChanges()
 {
-    std::optional<int> version;
-    try
-    {
-        version = DataVersion.Value();
-    }
-    catch (const Failure& failure)
-    {
-        if (!failure.Locked)
-            throw;
-    }
+    const std::optional<int> version = DataVersion.ValueUnlessLocked();
     ChangeSet& committed = Hooks.Committed(version);
     PlantChanges changes = committed.Listed();
     changes.AskAgain = !version;

@@ -251,6 +251,8 @@ TEST_F(FamilyTest, ManyPlantsBecomeAnyPlant)
     EXPECT_EQ(most.AnyPlant, !PlantWatcher::NamesPlants());
     const PlantChanges more = create(PlantWatcher::MostPlants + 1);
     EXPECT_TRUE(more.Plants.empty() && more.AnyPlant);
+    RunSQL("UPDATE Plants SET Notes='0';");
+    EXPECT_TRUE(Poll(Watcher).AnyPlant);
     // Two transactions with more than the most plants together.
     RunSQL("UPDATE Plants SET Notes='1' WHERE ID<900;");
     RunSQL("UPDATE Plants SET Notes='2' WHERE ID>=900 AND ID<1800;");

@@ -1,7 +1,9 @@
 // The hooks and the lifetime of a watcher.
+#include "support/allocation_failure.h"
 #include "watch/watch_test.h"
 
 #include <memory>
+#include <new>
 #include <thread>
 #include <type_traits>
 
@@ -44,6 +46,31 @@ TEST_F(WatcherLifetimeTest, TheDestructorRemovesTheHooks)
     EXPECT_EQ(sqlite3_rollback_hook(connection, nullptr, nullptr), nullptr);
     EXPECT_EQ(sqlite3_update_hook(connection, nullptr, nullptr), nullptr);
     EXPECT_EQ(sqlite3_next_stmt(connection, nullptr), nullptr);
+}
+
+TEST_F(WatcherLifetimeTest, AConstructorWithoutMemoryLeavesNoHook)
+{
+    sqlite3* connection = Database.NativeHandle();
+    for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
+        for (int number = 1, thrown = 1; thrown != 0; ++number)
+        {
+            thrown = 0;
+            try
+            {
+                const AllocationFailure failure(allocator, number);
+                const PlantWatcher watcher(Database);
+            }
+            catch (const std::bad_alloc&)
+            {
+                thrown = 1;
+            }
+            EXPECT_EQ(sqlite3_commit_hook(connection, nullptr, nullptr), nullptr);
+            EXPECT_EQ(sqlite3_update_hook(connection, nullptr, nullptr), nullptr);
+            EXPECT_EQ(sqlite3_next_stmt(connection, nullptr), nullptr);
+            EXPECT_EQ(QueryRows("PRAGMA busy_timeout;"), (Rows{{"2500"}}));
+            PlantWatcher watcher(Database); // the connection is not registered
+            ExpectNothing(watcher);
+        }
 }
 
 TEST_F(WatcherLifetimeTest, AnEarlierHookIsReplacedAndNotRestored)
