@@ -280,6 +280,17 @@ TEST_F(JournalWorkerTest, AChangeDuringALockIsReportedAfterIt)
     EXPECT_EQ(Now().Failures, 2);
 }
 
+TEST_F(JournalWorkerTest, APlantShownDuringALockIsReportedAfterIt)
+{
+    OpenAndShowBasil();
+    const PlainConnection other(Path);
+    other.RunSQL("BEGIN EXCLUSIVE");
+    Worker->Show(Chili.UUID, 400);
+    EXPECT_TRUE(Await([](const Reported& now) { return now.Failures == 1; }));
+    other.RunSQL("ROLLBACK"); // changes nothing, so only the failed read is a reason to read again
+    EXPECT_TRUE(Await([](const Reported& now) { return now.View.Record.Name == "Chili"; }));
+}
+
 TEST_F(JournalWorkerTest, AnImpossibleValueIsNotStored)
 {
     OpenAndShowBasil();
