@@ -71,7 +71,8 @@ TEST_F(DayTest, ADayInTheWindowIsStoredAsByTheCommand)
     Select("Basil");
     Type("Harvest", "WetWeightG", "310");
     Store("Harvest");
-    Type("Harvest", "DryWeightG", "52"); // corrects the harvest
+    EXPECT_TRUE(Await([this] { return TextOf("Harvest", "WetWeightG") == "310"; })); // as it is stored now
+    Type("Harvest", "DryWeightG", "52");                                             // corrects it
     Store("Harvest");
     EXPECT_TRUE(Await([this] { return Timeline().first().contains("Dry 52.0 g"); }));
     const QStringList before = Timeline();
