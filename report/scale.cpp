@@ -184,7 +184,7 @@ NumberScale::NumberScale(double least, double most, double begin, double end, in
 
 double NumberScale::operator()(double value) const
 {
-    return Place(Limited(value), First, Last, Begin, End);
+    return Place(std::isnan(value) ? 0 : value, First, Last, Begin, End);
 }
 
 DayScale::DayScale(std::int64_t first, std::int64_t last, double begin, double end)

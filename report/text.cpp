@@ -14,7 +14,7 @@ namespace
 
 constexpr std::uint32_t Replacement = 0xFFFD;
 constexpr std::string_view ReplacementText = "\xEF\xBF\xBD";
-constexpr double LargestWithoutExponent = 1e15; // larger numbers are mistakes, and would have up to 309 digits
+constexpr double LargestWithoutExponent = 1e9; // larger numbers are mistakes, and would have up to 309 digits
 constexpr std::string_view Ellipsis = "\xE2\x80\xA6";
 
 // A character of a text and the number of its bytes.

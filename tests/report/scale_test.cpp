@@ -85,6 +85,9 @@ TEST(ScaleTest, OddNumbersHaveAPlaceAtAnEnd)
         EXPECT_LE(NumberScale(odd, odd, 0, 100).Ticks().size(), 12U) << odd;
     }
     EXPECT_LE(NumberScale(1e15, 1e15 - 1, 0, 100).Ticks().size(), 12U);
+    const NumberScale end(1e300, 1e300, 0, 100);
+    for (std::size_t i = 1; i < end.Ticks().size(); ++i)
+        EXPECT_GT(end(end.Ticks()[i].Value), end(end.Ticks()[i - 1].Value)) << end.Ticks()[i].Label;
 }
 
 TEST(ScaleTest, ANumberScaleHasAtLeastOneStep)

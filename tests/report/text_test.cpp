@@ -97,7 +97,8 @@ TEST(ReportTextTest, LabelsHaveCommasBetweenThousands)
 
 TEST(ReportTextTest, ANumberThatIsAMistakeHasAShortLabel)
 {
-    EXPECT_EQ(NumberLabel(1e15), "1,000,000,000,000,000");
+    EXPECT_EQ(NumberLabel(1e9), "1,000,000,000");
+    EXPECT_EQ(NumberLabel(1.5e9), "1.5e+09");
     EXPECT_EQ(NumberLabel(1.25e300), "1.25e+300");
     EXPECT_EQ(NumberLabel(-1.2345e300, 0), "-1.23e+300");
     EXPECT_EQ(NumberLabel(std::numeric_limits<double>::infinity()), "0");
