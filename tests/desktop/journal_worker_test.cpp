@@ -336,6 +336,24 @@ TEST_F(JournalWorkerTest, AHarvestIsStoredOnceAndThenCorrected)
     EXPECT_EQ(PlainConnection(Path).Value("SELECT COUNT(*) FROM PlantEvents WHERE EventType='Harvest'"), "1");
 }
 
+TEST_F(JournalWorkerTest, ACorrectedHarvestThatWasDeletedIsStoredAgain)
+{
+    OpenAndShowBasil();
+    HarvestRecord record;
+    record.PlantUUID = Basil.UUID;
+    record.HarvestDate = "2025-07-01";
+    ASSERT_TRUE(Store(record).Stored);
+    ASSERT_TRUE(Await([](const Reported& now) { return now.View.Harvest.has_value(); }));
+    HarvestRecord dried = *Now().View.Harvest;
+    PlantDatabase other;
+    ASSERT_TRUE(other.Open(Path));
+    ASSERT_TRUE(PlantRepository(other).DeleteHarvestRecord(Basil.UUID)); // an update would store nothing now
+    dried.DryWeightG = 52;
+    EXPECT_TRUE(Store(dried).Stored);
+    EXPECT_EQ(PlainConnection(Path).Value("SELECT DryWeightG FROM HarvestRecords"), "52.0");
+    EXPECT_EQ(PlainConnection(Path).Value("SELECT COUNT(*) FROM PlantEvents"), "1");
+}
+
 TEST_F(JournalWorkerTest, AHealthObservationIsStored)
 {
     OpenAndShowBasil();
