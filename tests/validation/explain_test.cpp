@@ -249,6 +249,26 @@ TEST_F(ExplainTest, ADamagedFileIsDamaged)
                                                   "events: database disk image is malformed");
 }
 
+TEST_F(ExplainTest, AFileThatWasOverwrittenIsDamaged)
+{
+    {
+        std::fstream file(Path, std::ios::in | std::ios::out | std::ios::binary);
+        file << std::string(100, 'x');
+    }
+    EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
+    EXPECT_EQ(sqlite3_errcode(Database.NativeHandle()), SQLITE_NOTADB);
+    EXPECT_EQ(Explain(Database, Sample.Event), "damaged: the journal file is damaged; restore a backup");
+}
+
+// An operation of one statement can run in it.
+TEST_F(ExplainTest, AnotherErrorInAnOpenTransactionIsItsMessage)
+{
+    RunSQL("BEGIN; ALTER TABLE PlantEvents RENAME TO Moved;");
+    EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
+    EXPECT_EQ(Explain(Database, Sample.Event), "failed: no such table: PlantEvents");
+    RunSQL("ROLLBACK;");
+}
+
 TEST_F(ExplainTest, AnOpenTransactionIsNamed)
 {
     RunSQL("BEGIN;");
