@@ -221,9 +221,10 @@ def wrap(text):
 
 def main(results, docs, commit):
     memory_bars = read_bars(results / "memory_bars.tsv")
-    instructions, answers, shell, command, import_instructions, import_times = (
+    instructions, answers, shell, watch, command, import_instructions, import_times = (
         read_bars(results / f"{name}_bars.tsv")
-        for name in ("instruction", "answer", "answer_shell", "command", "import_instruction", "import_time"))
+        for name in ("instruction", "answer", "answer_shell", "watch", "command", "import_instruction",
+                     "import_time"))
     about, rows = read(results / "time.tsv")
     times = Times(rows)
     names = [name for name, _ in about["implementation"]]
@@ -239,7 +240,7 @@ def main(results, docs, commit):
         commit=commit, growth=describe_growth(times), slower=describe_slower(times),
         time_in_memory=times.table("memory", others), time_on_disk=times.table("disk", others),
         instruction_bars=bar_table(instructions), answer_bars=bar_table(answers), shell_bars=bar_table(shell),
-        command_bars=bar_table(command),
+        watch_bars=bar_table(watch), command_bars=bar_table(command),
         import_bars=bar_table(import_times | import_instructions),
         **describe_run(about, rows, times), **describe_design(times),
         **describe_memory(read(results / "memory.tsv")[1], memory_bars, names))))

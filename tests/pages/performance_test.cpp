@@ -70,6 +70,15 @@ TEST(PerformancePageTest, AnswersAreWithinTheirBars)
     EXPECT_EQ(rows.size(), std::size(bars::AnswerRatios) + std::size(bars::ShellRatios));
 }
 
+TEST(PerformancePageTest, WritesWithAWatcherAreWithinTheirBars)
+{
+    if (PageText(PerformancePage).find("## Watching\n") == std::string::npos)
+        GTEST_SKIP() << PerformancePage << " was measured before the watcher had bars; ./dev bench adds them";
+    const std::vector<TableCells> rows = TableRows(PerformancePage, "## Watching");
+    ExpectWithin(bars::WatchRatios, rows);
+    EXPECT_EQ(rows.size(), std::size(bars::WatchRatios));
+}
+
 TEST(PerformancePageTest, CostsOfTheCommandAreWithinTheirBars)
 {
     const std::vector<TableCells> rows = TableRows(PerformancePage, "## The command");
