@@ -312,7 +312,8 @@ TEST_F(RefusalTest, ANameOnRowZeroIsInUse)
     EXPECT_FALSE(Repository.CreateStrain(strain));
 }
 
-// SQLite allocates the texts that it returns from a file in UTF-16. A UUID read as empty would look unknown.
+// SQLite allocates the texts that it returns from a file in UTF-16. With a date read as empty, a problem would be
+// missed.
 TEST(RefusalMemoryTest, ATextLostToLackOfMemoryIsNotReadAsEmpty)
 {
     const ScratchDirectory scratch;
@@ -321,25 +322,34 @@ TEST(RefusalMemoryTest, ATextLostToLackOfMemoryIsNotReadAsEmpty)
     PlantDatabase database;
     ASSERT_TRUE(database.Open(scratch.File("journal.db")));
     PlantRepository repository(database);
-    Plant plant = StoreSampleRecords(repository).Clone;
+    const SampleRecords sample = StoreSampleRecords(repository);
+    Plant plant = sample.Mother;
+    plant.SeedDate = "2020-03-01";
+    ASSERT_TRUE(repository.UpdatePlant(plant));
+    PlantEvent event = sample.Event;
+    event.EventDate = "2020-02-29";
     bool happened = true;
     int failures = 0;
     for (int number = 1; happened; ++number)
     {
         std::vector<PlantProblem> problems;
+        bool thrown = false;
         {
             const AllocationFailure failure(Allocator::SQLite, number);
             try
             {
-                EXPECT_TRUE(Validate(plant, database, problems));
+                EXPECT_TRUE(Validate(event, database, problems));
             }
             catch (const std::bad_alloc&)
             {
-                ++failures;
+                thrown = true;
             }
             happened = failure.Happened();
         }
-        EXPECT_EQ(TextsOf(problems), Findings{});
+        failures += thrown ? 1 : 0;
+        EXPECT_EQ(TextsOf(problems),
+                  thrown ? Findings{}
+                         : Findings{"unlikely: EventDate: the date is before the plant was sown (2020-03-01)"});
     }
     EXPECT_GT(failures, 5);
 }
