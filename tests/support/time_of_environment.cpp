@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <ctime>
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the C library has a reserved name
 extern "C" std::time_t time(std::time_t* result) noexcept
 {
     const char* const seconds = std::getenv("PLANTJOURNAL_TEST_TIME");
