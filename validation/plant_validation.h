@@ -37,17 +37,23 @@
 #endif
 
 /// @name Enumerations
-/// All values of each enumeration, in their order.
+/// The values of each enumeration, in their order.
 /// @{
+
+/// All values of `PlantStage`.
 inline constexpr std::array PlantStages = {PlantStage::Seed,      PlantStage::Clone,   PlantStage::Veg,
                                            PlantStage::Flower,    PlantStage::Dry,     PlantStage::Cure,
                                            PlantStage::Harvested, PlantStage::Archived};
+/// All values of `PlantSex`.
 inline constexpr std::array PlantSexes = {PlantSex::Unknown, PlantSex::Female, PlantSex::Male, PlantSex::Hermaphrodite};
+/// All values of `PlantEventType`.
 inline constexpr std::array PlantEventTypes = {
     PlantEventType::Clone,      PlantEventType::Transplant, PlantEventType::Flip,  PlantEventType::Harvest,
     PlantEventType::Feed,       PlantEventType::Water,      PlantEventType::Stage, PlantEventType::Topped,
     PlantEventType::LSTTrained, PlantEventType::Defoliated, PlantEventType::Note};
+/// All values of `PlantCareAction`.
 inline constexpr std::array PlantCareActions = {PlantCareAction::Feed, PlantCareAction::Water};
+/// All values of `PlantJournalType`.
 inline constexpr std::array PlantJournalTypes = {PlantJournalType::Observation, PlantJournalType::Training,
                                                  PlantJournalType::Pruning,     PlantJournalType::Topping,
                                                  PlantJournalType::Defoliation, PlantJournalType::Milestone};
@@ -57,10 +63,16 @@ inline constexpr std::array PlantJournalTypes = {PlantJournalType::Observation, 
 /// Return the value with exactly this stored name; nothing for any other text. The `...FromName` functions of plant.h
 /// return a default value instead.
 /// @{
+
+/// Returns the value of `PlantStage` with this stored name.
 PLANTJOURNAL_VALIDATION_API std::optional<PlantStage> ParsePlantStage(const std::string& name);
+/// Returns the value of `PlantSex` with this stored name.
 PLANTJOURNAL_VALIDATION_API std::optional<PlantSex> ParsePlantSex(const std::string& name);
+/// Returns the value of `PlantEventType` with this stored name.
 PLANTJOURNAL_VALIDATION_API std::optional<PlantEventType> ParsePlantEventType(const std::string& name);
+/// Returns the value of `PlantCareAction` with this stored name.
 PLANTJOURNAL_VALIDATION_API std::optional<PlantCareAction> ParsePlantCareAction(const std::string& name);
+/// Returns the value of `PlantJournalType` with this stored name.
 PLANTJOURNAL_VALIDATION_API std::optional<PlantJournalType> ParsePlantJournalType(const std::string& name);
 /// @}
 
@@ -148,20 +160,29 @@ struct PlantProblem
 /// `plant` is the plant of the record: its dates say when it began and flipped. The default has none. `today` is the
 /// present date; a later date is in the future.
 /// @{
+
+/// Validates a strain by itself.
 PLANTJOURNAL_VALIDATION_API std::vector<PlantProblem> Validate(const Strain& strain);
+/// Validates a plant by itself.
 PLANTJOURNAL_VALIDATION_API std::vector<PlantProblem> Validate(const Plant& plant,
                                                                const std::string& today = PlantEventCurrentDate());
+/// Validates a timeline event by itself.
 PLANTJOURNAL_VALIDATION_API std::vector<PlantProblem> Validate(const PlantEvent& event, const Plant& plant = {},
                                                                const std::string& today = PlantEventCurrentDate());
+/// Validates a care entry by itself.
 PLANTJOURNAL_VALIDATION_API std::vector<PlantProblem> Validate(const PlantCareEntry& entry, const Plant& plant = {},
                                                                const std::string& today = PlantEventCurrentDate());
+/// Validates a harvest record by itself.
 PLANTJOURNAL_VALIDATION_API std::vector<PlantProblem> Validate(const HarvestRecord& record, const Plant& plant = {},
                                                                const std::string& today = PlantEventCurrentDate());
+/// Validates a photo by itself.
 PLANTJOURNAL_VALIDATION_API std::vector<PlantProblem> Validate(const PlantPhoto& photo, const Plant& plant = {},
                                                                const std::string& today = PlantEventCurrentDate());
+/// Validates a health observation by itself.
 PLANTJOURNAL_VALIDATION_API std::vector<PlantProblem> Validate(const PlantHealthObservation& observation,
                                                                const Plant& plant = {},
                                                                const std::string& today = PlantEventCurrentDate());
+/// Validates a journal entry by itself.
 PLANTJOURNAL_VALIDATION_API std::vector<PlantProblem> Validate(const PlantJournalEntry& entry, const Plant& plant = {},
                                                                const std::string& today = PlantEventCurrentDate());
 /// @}
@@ -204,20 +225,29 @@ struct PlantValidationResult
 /// The functions read from one transaction: the caller's own where one is open on the connection, otherwise one that
 /// they open and close. Another program can change the journal before the record is stored.
 /// @{
+
+/// Validates a strain in a journal.
 PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const Strain& strain, PlantDatabase& database,
                                                            std::vector<PlantProblem>& out);
+/// Validates a plant in a journal.
 PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const Plant& plant, PlantDatabase& database,
                                                            std::vector<PlantProblem>& out);
+/// Validates a timeline event in a journal.
 PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const PlantEvent& event, PlantDatabase& database,
                                                            std::vector<PlantProblem>& out);
+/// Validates a care entry in a journal.
 PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const PlantCareEntry& entry, PlantDatabase& database,
                                                            std::vector<PlantProblem>& out);
+/// Validates a harvest record in a journal.
 PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const HarvestRecord& record, PlantDatabase& database,
                                                            std::vector<PlantProblem>& out);
+/// Validates a photo in a journal.
 PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const PlantPhoto& photo, PlantDatabase& database,
                                                            std::vector<PlantProblem>& out);
+/// Validates a health observation in a journal.
 PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const PlantHealthObservation& observation,
                                                            PlantDatabase& database, std::vector<PlantProblem>& out);
+/// Validates a journal entry in a journal.
 PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const PlantJournalEntry& entry, PlantDatabase& database,
                                                            std::vector<PlantProblem>& out);
 /// @}
@@ -246,12 +276,21 @@ PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const PlantJournalEnt
 /// plant. A `TimelineEventID` that equals the last row ID that the connection inserted can come from such an operation.
 /// `Explain` then does not report that the event does not exist.
 /// @{
+
+/// Explains why a strain was not stored.
 PLANTJOURNAL_VALIDATION_API std::string Explain(PlantDatabase& database, const Strain& strain);
+/// Explains why a plant was not stored.
 PLANTJOURNAL_VALIDATION_API std::string Explain(PlantDatabase& database, const Plant& plant);
+/// Explains why a timeline event was not stored.
 PLANTJOURNAL_VALIDATION_API std::string Explain(PlantDatabase& database, const PlantEvent& event);
+/// Explains why a care entry was not stored.
 PLANTJOURNAL_VALIDATION_API std::string Explain(PlantDatabase& database, const PlantCareEntry& entry);
+/// Explains why a harvest record was not stored.
 PLANTJOURNAL_VALIDATION_API std::string Explain(PlantDatabase& database, const HarvestRecord& record);
+/// Explains why a photo was not stored.
 PLANTJOURNAL_VALIDATION_API std::string Explain(PlantDatabase& database, const PlantPhoto& photo);
+/// Explains why a health observation was not stored.
 PLANTJOURNAL_VALIDATION_API std::string Explain(PlantDatabase& database, const PlantHealthObservation& observation);
+/// Explains why a journal entry was not stored.
 PLANTJOURNAL_VALIDATION_API std::string Explain(PlantDatabase& database, const PlantJournalEntry& entry);
 /// @}

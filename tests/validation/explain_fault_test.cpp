@@ -22,7 +22,7 @@ namespace
 using Sentences = std::set<std::string>;
 
 // Up to the first colon.
-std::string Beginning(const std::string& sentence)
+std::string BeginningOf(const std::string& sentence)
 {
     return sentence.substr(0, sentence.find(':'));
 }
@@ -53,7 +53,7 @@ class ExplainFaultTest : public JournalTest, public testing::WithParamInterface<
             Restore();
             return {};
         }
-        std::string sentence = Beginning(GetParam().Explain(Database));
+        std::string sentence = BeginningOf(GetParam().Explain(Database));
         ExpectNothingOpen();
         return sentence;
     }

@@ -18,7 +18,7 @@ const std::string Today = "2026-05-20";
 // The problems as texts: the field, the kind and the reason.
 using Findings = std::vector<std::string>;
 
-Findings TextsOf(const std::vector<PlantProblem>& problems)
+Findings TextsOfRules(const std::vector<PlantProblem>& problems)
 {
     Findings texts;
     for (const PlantProblem& problem : problems)
@@ -45,17 +45,17 @@ template <typename Record> Record Complete(Record record)
 
 template <typename Record> Findings FindingsOf(const Record& record, const Plant& plant = {})
 {
-    return TextsOf(Validate(Complete(record), plant, Today));
+    return TextsOfRules(Validate(Complete(record), plant, Today));
 }
 
 Findings FindingsOf(const Plant& plant)
 {
-    return TextsOf(Validate(plant, Today));
+    return TextsOfRules(Validate(plant, Today));
 }
 
 Findings FindingsOf(const Strain& strain)
 {
-    return TextsOf(Validate(Complete(strain)));
+    return TextsOfRules(Validate(Complete(strain)));
 }
 
 Plant Sown(const std::string& seedDate, const std::string& cloneDate = {})
