@@ -67,8 +67,8 @@ std::vector<PlantBars> BarsOf(const std::vector<PlantStageSpan>& spans)
     return plants;
 }
 
-// The days on which bars begin and end. Between those of one bar is no gap, unless the bar is so long that one of them
-// is mistyped.
+// The days on which bars begin and end. The days of one bar count as neighbours, unless the bar is so long that one of
+// them is mistyped.
 DayRange UsualDaysOf(const std::vector<PlantBars>& plants)
 {
     constexpr std::int64_t longestBar = 7300; // twenty years

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-// What the worker reports without being asked: the state of the journal, after opening and after each change, whoever
-// made it. The functions run on the worker's thread.
+// What the worker reports without being asked: the state of the journal, after it was opened and after each change,
+// also by another program. The functions run on the worker's thread.
 struct JournalEvents
 {
     std::function<void(const std::vector<PlantStatus>&)> PlantsRead;

@@ -10,7 +10,7 @@ namespace
 
 constexpr QSize ThumbnailSize(96, 96);
 
-// The image in the file, as small as a thumbnail; null where the file is no image.
+// The image in the file, as small as a thumbnail; null where the file is not an image.
 QImage ReadThumbnail(const QString& path)
 {
     QImageReader reader(path);
