@@ -34,11 +34,9 @@ constexpr std::array<OwnDate, 5> OwnDates = {{{"Sown", &SetPlant::SeedDate},
                                               {"Flip", &SetPlant::FlipDate},
                                               {"Harvest", &SetPlant::HarvestDate}}};
 
-// Orders the dates of one plant; 0 for all other activities.
+// Orders the dates of one plant. Equal for two activities of the same row.
 std::ptrdiff_t NumberOfOwnDate(const PlantActivity& activity)
 {
-    if (activity.Record != PlantActivityRecord::Plant)
-        return 0;
     return std::find_if(OwnDates.begin(), OwnDates.end(),
                         [&](const OwnDate& own) { return activity.Kind == own.Kind; }) -
            OwnDates.begin();

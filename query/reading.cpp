@@ -23,12 +23,6 @@ void Statement::Bind(int number, std::string_view text)
         FailWithError();
 }
 
-void Statement::Bind(int number, std::int64_t value)
-{
-    if (sqlite3_bind_int64(Handle, number, value) != SQLITE_OK)
-        FailWithError();
-}
-
 bool Statement::Step()
 {
     const int result = sqlite3_step(Handle);

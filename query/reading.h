@@ -30,7 +30,6 @@ class Statement
 
     // Binds the parameter with this number, from 1. `text` must stay unchanged until the next Reset().
     void Bind(int number, std::string_view text);
-    void Bind(int number, std::int64_t value);
     // Moves to the next row. Returns false after the last.
     bool Step();
     // Prepares for another run with other parameters.
