@@ -157,7 +157,7 @@ TEST_F(SeasonFiguresTest, TheTotalsOfTheMonthsAreThoseOfTheFiles)
         EXPECT_EQ(totals[i].Waterings, months[i].Waterings);
         EXPECT_NEAR(totals[i].AmountMl, months[i].AmountMl, 1e-6);
         EXPECT_NEAR(totals[i].RunoffMl, months[i].RunoffMl, 1e-6);
-        EXPECT_EQ(totals[i].EC.Number, months[i].Feedings) << "0 is no measurement";
+        EXPECT_EQ(totals[i].EC.Number, months[i].Feedings) << "0 means not entered";
         EXPECT_NEAR(totals[i].EC.Mean, months[i].EC, 1e-6);
         EXPECT_NEAR(totals[i].PH.Mean, months[i].PH, 1e-6);
     }

@@ -45,7 +45,7 @@ class ExplainFaultTest : public JournalTest, public testing::WithParamInterface<
                 }
                 catch (const std::bad_alloc&)
                 {
-                    done = true; // this is no false
+                    done = true; // it threw instead of returning false
                 }
             });
         if (done)
