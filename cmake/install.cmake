@@ -2,6 +2,10 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# All that is installed besides the command, so that a build of a few programs can be installed, too
+add_custom_target(plantjournal_libraries)
+add_dependencies(plantjournal_libraries ${libraries})
+
 install(TARGETS ${libraries} EXPORT plantjournal
     RUNTIME COMPONENT Runtime
     LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
