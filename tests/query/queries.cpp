@@ -1,20 +1,22 @@
-#include "query/queries.h"
+// Every function of the library.
 
-#include <ostream>
+#include "plant_query.h"
+#include "query/print.h"
+#include "support/reading_call.h"
 
 namespace support
 {
 
-std::ostream& operator<<(std::ostream& out, const Query& query)
-{
-    return out << query.Name;
-}
-
 namespace
 {
 
+template <typename Out, typename Function> ReadingCall QueryOf(std::string name, const Out& old, const Function& ask)
+{
+    return ReadingCallOf(std::move(name), old, ask, [](const Out& out) { return Printed(out); });
+}
+
 // The arguments are made before the calls, since the tests make allocations fail only in the library.
-std::vector<Query> ActivityQueries()
+std::vector<ReadingCall> ActivityQueries()
 {
     using Activities = std::vector<PlantActivity>;
     const std::string mother = "11111111-1111-4111-8111-111111111111";
@@ -34,7 +36,7 @@ std::vector<Query> ActivityQueries()
                 { return QueryPlantCalendar(database, {}, out); })};
 }
 
-std::vector<Query> StatusQueries()
+std::vector<ReadingCall> StatusQueries()
 {
     using Statuses = std::vector<PlantStatus>;
     PlantSet mother;
@@ -47,7 +49,7 @@ std::vector<Query> StatusQueries()
                     { return QueryPlantStatus(database, mother, today, out); })};
 }
 
-std::vector<Query> TotalQueries()
+std::vector<ReadingCall> TotalQueries()
 {
     using Totals = std::vector<PlantTotal>;
     PlantTotalFilter selected;
@@ -61,7 +63,7 @@ std::vector<Query> TotalQueries()
                     [=](PlantDatabase& database, Totals& out) { return QueryPlantTotals(database, selected, out); })};
 }
 
-std::vector<Query> HarvestQueries()
+std::vector<ReadingCall> HarvestQueries()
 {
     using Comparisons = std::vector<PlantComparison>;
     const std::string clone = "22222222-2222-4222-8222-222222222222";
@@ -78,11 +80,11 @@ std::vector<Query> HarvestQueries()
 
 } // namespace
 
-const std::vector<Query>& Queries()
+const std::vector<ReadingCall>& ReadingCalls()
 {
-    static const std::vector<Query> queries = []
+    static const std::vector<ReadingCall> queries = []
     {
-        std::vector<Query> all = ActivityQueries();
+        std::vector<ReadingCall> all = ActivityQueries();
         for (const auto& some : {StatusQueries(), TotalQueries(), HarvestQueries()})
             all.insert(all.end(), some.begin(), some.end());
         return all;

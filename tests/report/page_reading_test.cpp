@@ -2,6 +2,7 @@
 
 #include "report/report_page.h"
 #include "support/allocation_failure.h"
+#include "support/interruption.h"
 #include "support/sample_records.h"
 #include "support/sqlite_calls.h"
 
@@ -97,21 +98,17 @@ TEST_P(PageReadingTest, APageReadsInTheTransactionOfTheCaller)
 
 TEST_P(PageReadingTest, AnInterruptedReadingIsAnError)
 {
-    struct Countdown
-    {
-        int Left;
-        static int Next(void* countdown) { return --static_cast<Countdown*>(countdown)->Left == 0 ? 1 : 0; }
-    };
     int interruptions = 0;
     for (int instructions = 1;; instructions += 1 + instructions / 40)
     {
-        Countdown countdown{instructions};
-        sqlite3_progress_handler(Database.NativeHandle(), 1, &Countdown::Next, &countdown);
         std::string html;
-        const PlantQueryResult result = Write(html);
-        sqlite3_progress_handler(Database.NativeHandle(), 0, nullptr, nullptr);
-        if (countdown.Left > 0)
-            break;
+        PlantQueryResult result;
+        {
+            const Interruption interruption(Database.NativeHandle(), instructions);
+            result = Write(html);
+            if (!interruption.Happened())
+                break;
+        }
         ExpectRefused(result, html, ": interrupted");
         ++interruptions;
     }

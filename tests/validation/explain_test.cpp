@@ -2,6 +2,7 @@
 
 #include "support/allocation_failure.h"
 #include "support/child_process.h"
+#include "support/interruption.h"
 #include "support/journal_test.h"
 #include "support/sample_records.h"
 #include "validation/stored_records.h"
@@ -296,10 +297,10 @@ TEST_F(ExplainTest, AnotherReasonOfSQLiteIsItsMessage)
     EXPECT_EQ(SentenceOf(AcceptedRecords().at(7)), RolledBack);
     RunSQL("DROP TRIGGER no_events;");
 
-    sqlite3_progress_handler(
-        Database.NativeHandle(), 1, [](void*) { return 1; }, nullptr);
-    EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
-    sqlite3_progress_handler(Database.NativeHandle(), 0, nullptr, nullptr);
+    {
+        const Interruption interruption(Database.NativeHandle(), 1);
+        EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
+    }
     EXPECT_EQ(Explain(Database, Sample.Event), "failed: interrupted");
 
     RunSQL("ALTER TABLE PlantEvents RENAME TO Moved;");

@@ -1,7 +1,11 @@
 // Which transactions count, and when.
+#include "support/allocation_failure.h"
 #include "support/disk_failure.h"
 #include "support/sample_records.h"
 #include "watch/watch_test.h"
+
+#include <algorithm>
+#include <optional>
 
 using namespace support;
 
@@ -66,6 +70,21 @@ TEST_F(WatchedTransactionTest, ACommitCountsIfARollbackFollowsAtOnce)
     AddEvent("committed");
     RunSQL("BEGIN IMMEDIATE; COMMIT;");
     ExpectOwn(Watcher, {Family::Event}, {Basil.UUID});
+}
+
+TEST_F(WatchedTransactionTest, ACommitBeforeARollbackCountsUnderALock)
+{
+    AddEvent("committed");
+    EXPECT_FALSE(Repository.CreatePlant(Basil)); // its UUID exists
+    {
+        const PlainConnection locker(Path);
+        locker.RunSQL("BEGIN EXCLUSIVE;");
+        const PlantChanges changes = Poll(Watcher);
+        EXPECT_TRUE(changes.AskAgain) << changes;
+        EXPECT_EQ(std::count(changes.Families.begin(), changes.Families.end(), Family::Event), 1) << changes;
+        EXPECT_TRUE(changes.AnyPlant || changes.Plants == std::vector{Basil.UUID}) << changes;
+    }
+    ExpectNothing(Watcher);
 }
 
 TEST_F(WatchedTransactionTest, ARefusedOperationIsNoChange)
@@ -142,6 +161,42 @@ TEST_F(WatchedTransactionTest, ALockedCommitThatIsRolledBackIsNoChange)
     ExpectNothing(Watcher);
 }
 
+TEST_F(WatchedTransactionTest, ALockedCommitIsNotPartOfTheNextCommit)
+{
+    RunSQL("PRAGMA busy_timeout=0;");
+    const PlainConnection reader(Path);
+    reader.RunSQL("BEGIN; SELECT * FROM Plants;");
+    EXPECT_THROW(AddEvent("one"), std::runtime_error);
+    RunSQL("BEGIN;");
+    AddEvent("two");
+    EXPECT_THROW(RunSQL("COMMIT;"), std::runtime_error);
+    RunSQL("ROLLBACK;");
+    reader.RunSQL("COMMIT;");
+    ASSERT_TRUE(Repository.UpdatePlant(Mint));
+    ExpectOwn(Watcher, {Family::Plant}, {Mint.UUID});
+}
+
+TEST_F(WatchedTransactionTest, ACommitThatFailsForLackOfMemoryIsNoChange)
+{
+    int failed = 0;
+    for (int number = 1, happened = 1; happened != 0; ++number)
+    {
+        const std::string before = Content();
+        {
+            const AllocationFailure failure(Allocator::SQLite, number);
+            sqlite3_exec(Database.NativeHandle(), "INSERT INTO PlantEvents(PlantUUID) SELECT UUID FROM Plants;",
+                         nullptr, nullptr, nullptr);
+            happened = failure.Happened() ? 1 : 0;
+        }
+        const bool written = Content() != before;
+        failed += written ? 0 : 1;
+        ASSERT_TRUE(Repository.UpdatePlant(Mint));
+        const Families families = Poll(Watcher).Families;
+        EXPECT_EQ(std::count(families.begin(), families.end(), Family::Event), written ? 1 : 0) << number;
+    }
+    EXPECT_GT(failed, 3);
+}
+
 TEST_F(WatchedTransactionTest, ATransactionThatWasOpenCountsAsEverything)
 {
     const auto everything = [&](const char* end)
@@ -164,6 +219,7 @@ TEST_F(WatchedTransactionTest, ChangesOfATemporaryTableAreNoCommitOfTheJournal)
 {
     RunSQL("CREATE TEMP TABLE Notes(Text);");
     RunSQL("INSERT INTO Notes VALUES('x');");
+    ExpectNothing(Watcher);
     EXPECT_FALSE(Repository.CreatePlant(Basil));
     EXPECT_EQ(Poll(Watcher).Plants, std::vector<std::string>{});
     AddEvent("one");
@@ -171,64 +227,105 @@ TEST_F(WatchedTransactionTest, ChangesOfATemporaryTableAreNoCommitOfTheJournal)
     ExpectOwn(Watcher, {Family::Event}, {Basil.UUID});
 }
 
-// A commit that fails after SQLite called the commit hook: the disk is full when the file grows.
-TEST(FullDiskWatchTest, ACommitThatFailsOnAFullDiskIsNoChange)
+namespace
 {
-    const FailingDisk disk;
-    const ScratchDirectory scratch;
-    PlantDatabase database;
-    ASSERT_TRUE(database.Open(scratch.File("journal.db")));
-    PlantRepository repository(database);
-    Plant basil;
-    ASSERT_TRUE(repository.CreatePlant(basil));
-    PlantWatcher watcher(database);
+
+class FailingCommitTest : public testing::Test
+{
+  protected:
+    FailingCommitTest()
+    {
+        EXPECT_TRUE(Database.Open(Scratch.File("journal.db")));
+        EXPECT_TRUE(Repository.CreatePlant(Basil));
+        Watcher.emplace(Database);
+    }
+
+    bool AddCareEntry()
+    {
+        PlantCareEntry entry;
+        entry.PlantUUID = Basil.UUID;
+        return Repository.CreatePlantCareEntry(entry);
+    }
+
+    PlantChanges Poll()
+    {
+        PlantChanges changes;
+        EXPECT_EQ(Watcher->Poll(changes).Error, "");
+        return changes;
+    }
+
+    const FailingDisk Disk;
+    const ScratchDirectory Scratch;
+    PlantDatabase Database;
+    PlantRepository Repository{Database};
+    Plant Basil;
+    std::optional<PlantWatcher> Watcher;
+};
+
+} // namespace
+
+// A commit that fails after SQLite called the commit hook: the disk is full when the file grows.
+TEST_F(FailingCommitTest, ACommitThatFailsOnAFullDiskIsNoChange)
+{
     int failed = 0;
     for (int number = 1; number < 30; ++number)
     {
-        PlantCareEntry entry;
-        entry.PlantUUID = basil.UUID;
         bool stored = false;
         bool happened = false;
         {
             const DiskFailure failure({DiskCall::Write, DiskError::Full, true, number});
-            stored = repository.CreatePlantCareEntry(entry);
+            stored = AddCareEntry();
             happened = failure.Happened();
         }
         failed += stored ? 0 : 1;
-        PlantChanges changes;
-        ASSERT_TRUE(watcher.Poll(changes)) << number;
-        EXPECT_EQ(!changes.Families.empty(), stored) << number;
+        EXPECT_EQ(!Poll().Families.empty(), stored) << number;
         EXPECT_EQ(stored, !happened) << number;
+        ASSERT_TRUE(Repository.UpdatePlant(Basil)); // without the changes of the failed commit
+        const Families next = Poll().Families;
+        EXPECT_EQ(std::count(next.begin(), next.end(), Family::Plant), 1) << number;
+        EXPECT_EQ(std::count(next.begin(), next.end(), Family::CareEntry), 0) << number;
     }
     EXPECT_GT(failed, 3);
 }
 
-TEST(FullDiskWatchTest, AFullDiskNeverHidesAChange)
+TEST_F(FailingCommitTest, ACommitThatFailsDuringAReadingIsNoChange)
 {
-    const FailingDisk disk;
-    const ScratchDirectory scratch;
-    PlantDatabase database;
-    ASSERT_TRUE(database.Open(scratch.File("journal.db")));
-    PlantRepository repository(database);
-    Plant basil;
-    ASSERT_TRUE(repository.CreatePlant(basil));
-    PlantWatcher watcher(database);
+    int failed = 0;
+    for (int number = 1; number < 30; ++number)
+    {
+        bool stored = false;
+        sqlite3_stmt* reading = nullptr;
+        ASSERT_EQ(sqlite3_prepare_v2(Database.NativeHandle(), "SELECT * FROM sqlite_master;", -1, &reading, nullptr),
+                  SQLITE_OK);
+        ASSERT_EQ(sqlite3_step(reading), SQLITE_ROW);
+        {
+            const DiskFailure failure({DiskCall::Write, DiskError::Full, true, number});
+            stored = AddCareEntry();
+        }
+        failed += stored ? 0 : 1;
+        sqlite3_finalize(reading); // the failure may have ended it
+        ASSERT_TRUE(Repository.UpdatePlant(Basil));
+        const Families next = Poll().Families;
+        EXPECT_EQ(std::count(next.begin(), next.end(), Family::CareEntry), stored ? 1 : 0) << number;
+    }
+    EXPECT_GT(failed, 3);
+}
+
+TEST_F(FailingCommitTest, AFailingDiskNeverHidesAChange)
+{
     for (const DiskCall call : {DiskCall::Write, DiskCall::Sync, DiskCall::Delete, DiskCall::Truncate, DiskCall::Read})
         for (const bool lasting : {false, true})
             for (int number = 1; number < 20; ++number)
             {
-                const std::string before = Content(database.NativeHandle());
+                const std::string before = Content(Database.NativeHandle());
                 {
                     const DiskFailure failure({call, DiskError::IO, lasting, number});
-                    PlantCareEntry entry;
-                    entry.PlantUUID = basil.UUID;
-                    repository.CreatePlantCareEntry(entry);
-                    repository.UpdatePlant(basil);
-                    repository.CreatePlant(basil); // refused
+                    AddCareEntry();
+                    Repository.UpdatePlant(Basil);
+                    Repository.CreatePlant(Basil); // refused
                 }
-                PlantChanges changes;
-                ASSERT_TRUE(watcher.Poll(changes)) << number;
-                const bool changed = Content(database.NativeHandle()) != before;
+                const PlantChanges changes = Poll();
+                const bool changed = Content(Database.NativeHandle()) != before;
                 EXPECT_TRUE(!changed || !changes.Families.empty() || changes.OthersChanged)
                     << DiskFault{call, DiskError::IO, lasting, number};
             }
