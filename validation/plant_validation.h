@@ -269,7 +269,8 @@ PLANTJOURNAL_VALIDATION_API PlantValidationResult Validate(const PlantJournalEnt
 /// Where several causes hold, the sentence names one of them.
 ///
 /// Call `Explain` directly after the `false`. SQLite keeps the code of the last call only, so any other use of the
-/// connection, `Validate` and the record's next operation included, replaces the evidence.
+/// connection, `Validate` and the record's next operation included, replaces the evidence. If SQLite cannot reserve
+/// memory for a transaction, the operation leaves no code. The sentence then explains the code of the previous call.
 ///
 /// Pass the record as it was before the operation. `Save` of the records restores it; an operation of PlantRepository
 /// may write row IDs back that are not valid after `false`. For a harvest record, `PlantUUID` must be that of the

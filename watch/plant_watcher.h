@@ -76,8 +76,8 @@ struct PlantChanges
     /// Whether other connections, of this process or of another, committed a change. SQLite does not report which:
     /// read everything again.
     bool OthersChanged = false;
-    /// Whether another connection held a lock, so that `OthersChanged` is not known yet. The next poll reports it. The
-    /// other members are complete.
+    /// Whether another connection held a lock, so that `OthersChanged` is not known yet. The next poll without a lock
+    /// reports it. The other members are complete, unless the watcher could not begin to watch yet.
     bool AskAgain = false;
 };
 
@@ -87,7 +87,8 @@ struct PlantChanges
 /// connection, by an operation of `PlantRepository` or by a statement of the program's own on
 /// PlantDatabase::NativeHandle(). Rows that a foreign key changes count, too: a deleted plant names each family that
 /// lost a row, and each clone whose mother link was cleared. A row that was overwritten with equal values counts.
-/// Changes of the schema, and restoring a backup into the connection, do not count.
+/// Changes of the schema do not count, except where SQLite deletes the rows of a table before it drops the table,
+/// because foreign keys refer to it. Restoring a backup into the connection does not count.
 ///
 /// Which plants: a row of a plant's record concerns that plant alone, so a new mother link concerns the daughter. A row
 /// of another family concerns its plant; a row that moves to another plant concerns both. A strain concerns no plant,
@@ -95,21 +96,22 @@ struct PlantChanges
 ///
 /// Transactions: several writes of one transaction are one change, which counts once it is committed. Nothing that was
 /// rolled back counts, with two exceptions, for which SQLite gives no notice: after `ROLLBACK TO`, and after a
-/// statement that failed within a transaction, the rows that it wrote count if the transaction is then committed. If
-/// a commit fails because of the disk, its changes may count although they were rolled back: where another commit of
-/// this connection succeeded since the previous poll, and where the poll found the file locked. A transaction that is
-/// open when the watcher is constructed counts as a change of everything once it is committed.
+/// statement that failed within a transaction, the rows that it wrote count if the transaction is then committed. If a
+/// commit fails because of the disk, its changes may count although they were rolled back: where another commit of this
+/// connection succeeded since the last poll without `AskAgain`, and where the poll sets `AskAgain`. A transaction that
+/// is open when the watcher is constructed counts as a change of everything once it is committed; if it wrote nothing,
+/// the next commit of this connection counts so.
 ///
 /// Other connections: `OthersChanged` is SQLite's `PRAGMA data_version`. Commits of this connection do not set it. It
-/// may also be set after a failed commit of this connection, and after an interrupted write of a killed process was
-/// rolled back.
+/// may also be set after a failed commit of this connection, and after SQLite rolled back an interrupted write of a
+/// killed process or rebuilt the index of a write-ahead log.
 ///
 /// The preupdate hook: where the library was built with an SQLite that has it, `Families` and `Plants` are exact but
 /// for the exceptions above. `AnyPlant` is then set only where the changes concern more than `MostPlants` plants, where
-/// memory ran out, or where everything counts as changed. Without the hook, no family is missed, but there may be more:
-/// `AnyPlant` is set with every family but `Strain`. Each commit names `Strain`, because SQLite does not report the
-/// rows that `DELETE FROM Strains` drops. While foreign keys are switched off, each commit names every family. A write
-/// with `sqlite3_blob_write` counts only with the hook.
+/// memory ran out, where a row does not have the column of its plant, or where everything counts as changed. Without
+/// the hook, no family is missed, but there may be more: `AnyPlant` is set with every family but `Strain`. Each commit
+/// names `Strain`, because SQLite does not report the rows that `DELETE FROM Strains` drops. While foreign keys are
+/// switched off, each commit names every family. A write with `sqlite3_blob_write` counts only with the hook.
 ///
 /// Hooks: the watcher owns the commit hook and the rollback hook of the connection, and its preupdate hook or else its
 /// update hook. It replaces hooks that were set before; SQLite has no way to restore them. Set none while it exists.
@@ -133,10 +135,10 @@ class PLANTJOURNAL_WATCH_API PlantWatcher
     /// Returns whether the library was built with an SQLite that has the preupdate hook, so that polls name plants.
     static bool NamesPlants();
 
-    /// Begins to watch. If that is not possible, because the database is closed or the file is locked, the first poll
-    /// that succeeds begins to watch, and reports everything as changed.
+    /// Begins to watch. If that is not possible, for example because the database is closed or the file is locked, the
+    /// first poll that succeeds begins to watch, and reports everything as changed.
     ///
-    /// Throws only `std::bad_alloc`.
+    /// Never waits, like Poll(). Throws only `std::bad_alloc`.
     explicit PlantWatcher(PlantDatabase& database);
     /// Removes the hooks.
     ~PlantWatcher();
@@ -146,9 +148,9 @@ class PLANTJOURNAL_WATCH_API PlantWatcher
     /// Reports what was committed since the previous poll, or since the construction. Within a transaction of this
     /// connection, it reports only what was committed before.
     ///
-    /// Never waits: the busy timeout is 0 while it reads the data version, and has its former value afterwards. If the
-    /// program set a busy handler with `sqlite3_busy_handler`, the handler stays, and SQLite calls it. A poll costs two
-    /// statements, which read at most the first page of the file.
+    /// Never waits: the busy timeout is 0 during the poll, and has its former value afterwards. If the program set a
+    /// busy handler with `sqlite3_busy_handler`, the handler stays, and SQLite calls it. A poll costs two statements,
+    /// which read at most the first page of the file.
     ///
     /// Throws only `std::bad_alloc`.
     /// @param out  Written back in every case. After an error or an exception it is default-constructed, and the next

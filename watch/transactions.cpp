@@ -55,7 +55,6 @@ void Transactions::RollbackHook(void* transactions) noexcept
     // After a commit hook, either the commit failed, or it succeeded and a later transaction was rolled back.
     if (self.Committing && self.FileVersion() != self.VersionBeforeCommit)
         self.Uncertain.Take(self.Open);
-    self.Committing = false;
     self.Open.Clear();
 }
 

@@ -375,6 +375,29 @@ TEST_F(ExplainTest, AnExplanationWithoutMemoryThrowsOrIsRight)
     EXPECT_GT(thrown, 3);
 }
 
+// The operation cannot reserve memory, and makes no call that leaves a code.
+TEST_F(ExplainTest, WithoutMemoryToBeginAnEarlierCodeIsExplained)
+{
+    const auto explanation = [&]
+    {
+        PlantCareEntry entry = Sample.Care;
+        {
+            const AllocationFailure failure(Allocator::SQLite, 1);
+            EXPECT_FALSE(Repository.UpdatePlantCareEntry(entry));
+            EXPECT_TRUE(failure.Happened());
+        }
+        return Explain(Database, entry);
+    };
+    EXPECT_TRUE(Repository.UpdatePlant(Sample.Clone));
+    EXPECT_EQ(explanation(), RolledBack);
+    {
+        const PlainConnection other(Path);
+        other.RunSQL("BEGIN IMMEDIATE;");
+        EXPECT_FALSE(Repository.UpdatePlant(Sample.Clone));
+    }
+    EXPECT_EQ(explanation(), Locked);
+}
+
 TEST_F(ExplainTest, AnExplanationChangesNothing)
 {
     const std::string content = Content();

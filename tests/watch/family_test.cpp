@@ -219,6 +219,35 @@ TEST_F(FamilyTest, TablesOutsideOfTheJournalDoNotCount)
     ExpectOwn(Watcher, {}, {});
 }
 
+TEST_F(FamilyTest, ChangesOfTheSchemaDoNotCount)
+{
+    RunSQL("ALTER TABLE Plants ADD COLUMN Shelf TEXT NOT NULL DEFAULT 'one';");
+    RunSQL("CREATE INDEX PlantsByShelf ON Plants(Shelf);");
+    RunSQL("DROP TABLE PlantJournalEntries;");
+    ExpectOwn(Watcher, {}, {});
+}
+
+TEST_F(FamilyTest, ADroppedTableWithDaughtersCounts)
+{
+    RunSQL("DROP TABLE Plants;"); // SQLite deletes its rows first
+    ExpectOwn(Watcher,
+              {Family::Plant, Family::Event, Family::CareEntry, Family::HarvestRecord, Family::Photo,
+               Family::HealthObservation, Family::JournalEntry},
+              {Mother, Clone});
+}
+
+TEST_F(FamilyTest, ARestoredBackupDoesNotCount)
+{
+    PlantDatabase backup;
+    ASSERT_TRUE(backup.Open(Scratch.File("backup.db")));
+    sqlite3_backup* restoring = sqlite3_backup_init(Database.NativeHandle(), "main", backup.NativeHandle(), "main");
+    ASSERT_NE(restoring, nullptr);
+    EXPECT_EQ(sqlite3_backup_step(restoring, -1), SQLITE_DONE);
+    EXPECT_EQ(sqlite3_backup_finish(restoring), SQLITE_OK);
+    EXPECT_EQ(RowCount("Plants"), 0);
+    ExpectNothing(Watcher);
+}
+
 TEST_F(FamilyTest, ABlobWriteCountsWithThePreupdateHook)
 {
     sqlite3_blob* blob = nullptr;

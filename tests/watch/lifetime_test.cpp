@@ -2,6 +2,7 @@
 #include "support/allocation_failure.h"
 #include "watch/watch_test.h"
 
+#include <chrono>
 #include <memory>
 #include <new>
 #include <thread>
@@ -175,7 +176,9 @@ TEST_F(WatcherLifetimeTest, AWatcherOfALockedFileBeginsLater)
 {
     const PlainConnection locker(Path);
     locker.RunSQL("BEGIN EXCLUSIVE;");
+    const auto begin = std::chrono::steady_clock::now();
     PlantWatcher watcher(Database);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)); // the timeout is 2.5 s
     PlantChanges changes;
     ASSERT_TRUE(watcher.Poll(changes));
     EXPECT_TRUE(changes.AskAgain && changes.Families.empty()) << changes;
@@ -184,11 +187,11 @@ TEST_F(WatcherLifetimeTest, AWatcherOfALockedFileBeginsLater)
     ExpectNothing(watcher);
 }
 
-// A journal whose tables have their columns in another order, and their names in other letters.
+// A journal whose tables have their columns in another order, and the names in other letters.
 TEST_F(WatcherLifetimeTest, TheColumnsOfATableMayHaveAnyOrder)
 {
     RunSQL("DROP TABLE PlantPhotos; CREATE TABLE PLANTPHOTOS (ID INTEGER PRIMARY KEY, FilePath TEXT NOT NULL, Caption "
-           "TEXT NOT NULL DEFAULT '', PlantUUID TEXT NOT NULL, PhotoDate TEXT NOT NULL DEFAULT '', UUID TEXT NOT "
+           "TEXT NOT NULL DEFAULT '', PLANTUUID TEXT NOT NULL, PhotoDate TEXT NOT NULL DEFAULT '', UUID TEXT NOT "
            "NULL);");
     PlantWatcher watcher(Database);
     PlantPhoto photo;

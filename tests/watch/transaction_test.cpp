@@ -215,6 +215,20 @@ TEST_F(WatchedTransactionTest, ATransactionThatWasOpenCountsAsEverything)
     EXPECT_TRUE(changes.AnyPlant && !changes.OthersChanged) << changes;
 }
 
+TEST_F(WatchedTransactionTest, AfterAnOpenReadingTheNextCommitIsEverything)
+{
+    PlantDatabase other;
+    ASSERT_TRUE(other.Open(Path));
+    support::RunSQL(other.NativeHandle(), "BEGIN;");
+    PlantWatcher watcher(other);
+    support::RunSQL(other.NativeHandle(), "COMMIT;");
+    ExpectNothing(watcher);
+    support::RunSQL(other.NativeHandle(), "UPDATE Plants SET Notes='one';");
+    EXPECT_EQ(Poll(watcher).Families, EveryFamily());
+    support::RunSQL(other.NativeHandle(), "UPDATE Plants SET Notes='two';");
+    ExpectOwn(watcher, {Family::Plant}, {Basil.UUID, Mint.UUID});
+}
+
 TEST_F(WatchedTransactionTest, ChangesOfATemporaryTableAreNoCommitOfTheJournal)
 {
     RunSQL("CREATE TEMP TABLE Notes(Text);");
