@@ -1,7 +1,8 @@
 #include "access.h"
 
+#include "system.h"
+
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -28,7 +29,7 @@ void FailWithErrorOf(sqlite3* db, const std::string& step)
 void RequireSystemCall(bool done, const char* step)
 {
     if (!done)
-        Fail(step, std::generic_category().message(errno));
+        Fail(step, LastSystemError().message());
 }
 
 PlantFileResult Attempt(const std::string& file, const std::function<void()>& work)
@@ -67,7 +68,14 @@ std::filesystem::path AbsolutePath(const std::string& path)
     if (path.empty() || path.find('\0') != std::string::npos)
         Fail("", "the path is empty or contains a zero byte");
     std::filesystem::path absolute;
-    WithPathErrors([&] { absolute = std::filesystem::absolute(path); });
+    const auto read = [&]
+    {
+        const std::filesystem::path given = PathOfText(path);
+        if (const std::string problem = NameProblem(given); !problem.empty())
+            Fail("", problem);
+        absolute = WholePath(given);
+    };
+    WithPathErrors(read);
     return absolute;
 }
 
@@ -92,7 +100,7 @@ Connection::Connection(const std::filesystem::path& file, int flags) : Connectio
     const std::int64_t bytes = FileSize(file);
     if (bytes == NoFile)
         Fail("", "no such file");
-    if (sqlite3_open_v2(file.c_str(), &Database, flags, nullptr) != SQLITE_OK)
+    if (sqlite3_open_v2(TextOfPath(file).c_str(), &Database, flags, nullptr) != SQLITE_OK)
         FailWithErrorOf(Database, "opening");
     sqlite3_busy_timeout(Database, 2500);
     // About twenty times the work that an undamaged file takes. The pages of a damaged one may form a cycle.

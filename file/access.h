@@ -23,7 +23,7 @@ struct Failure
 
 [[noreturn]] void Fail(const std::string& step, const std::string& reason);
 [[noreturn]] void FailWithErrorOf(sqlite3* db, const std::string& step);
-// Fails with the reason in errno unless the system call is done.
+// Fails with the reason in LastSystemError() unless the system call is done.
 void RequireSystemCall(bool done, const char* step);
 
 // Runs `work` and returns its failure as the result for `file`.

@@ -4,18 +4,13 @@
 #include "part_file.h"
 #include "plant_file.h"
 #include "schema.h"
+#include "system.h"
 
-#include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <system_error>
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 namespace plant_file
 {
@@ -42,15 +37,17 @@ void RequireFreeDestination(const std::filesystem::path& source, const std::file
             Fail("", "already exists");
         for (const char* suffix : {"-journal", "-wal"})
         {
-            const std::filesystem::path log = destination.native() + suffix;
+            std::filesystem::path log = destination;
+            log += suffix;
             if (std::filesystem::exists(log))
-                Fail("", log.filename().string() + " exists, and SQLite would apply it to the copy; remove it first");
+                Fail("",
+                     TextOfPath(log.filename()) + " exists, and SQLite would apply it to the copy; remove it first");
         }
     };
     WithPathErrors(look);
 }
 
-void CopyPages(sqlite3* source, const std::string& destination, const std::string& step,
+void CopyPages(sqlite3* source, const std::filesystem::path& destination, const std::string& step,
                const PlantBackUpProgress& progress)
 {
     constexpr int pagesAtOnce = 256;
@@ -80,7 +77,7 @@ void CopyPages(sqlite3* source, const std::string& destination, const std::strin
 }
 
 // A damaged copy must not replace a good one. A copy with unusual rows is good: SQLite checks no CHECK on reading.
-void RequireSoundCopy(const std::string& file)
+void RequireSoundCopy(const std::filesystem::path& file)
 {
     const Connection copy(file, SQLITE_OPEN_READONLY);
     RequireJournalIn(copy.Handle());
@@ -90,31 +87,14 @@ void RequireSoundCopy(const std::string& file)
         Fail("checking the copy", "the journal is damaged: " + damages.front().Description);
 }
 
-void LinkOrRename(const std::string& copy, const std::string& destination, const char* step)
+void MoveIntoPlace(const std::filesystem::path& copy, const std::filesystem::path& destination, PlantBackUpMode mode)
 {
-    if (link(copy.c_str(), destination.c_str()) == 0)
-        return;
-    // Some file systems have no hard links. There an empty file, which must not exist yet, reserves the name.
-    const FileDescriptor reserved(OpenFile(destination, O_WRONLY | O_CREAT | O_EXCL));
-    RequireSystemCall(reserved.Get() != -1, step);
-    if (std::rename(copy.c_str(), destination.c_str()) != 0)
-    {
-        const std::string reason = std::generic_category().message(errno);
-        unlink(destination.c_str());
-        Fail(step, reason);
-    }
-}
-
-void MoveIntoPlace(const std::string& copy, const std::filesystem::path& destination, PlantBackUpMode mode)
-{
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(destination.parent_path().c_str()), closedir);
-    RequireSystemCall(directory != nullptr, "opening the directory");
-    constexpr const char* step = "renaming the copy";
-    if (mode == PlantBackUpMode::Overwrite)
-        RequireSystemCall(std::rename(copy.c_str(), destination.c_str()) == 0, step);
-    else
-        LinkOrRename(copy, destination.native(), step);
-    RequireSystemCall(fsync(dirfd(directory.get())) == 0, "syncing the directory");
+    const OpenedDirectory directory(destination.parent_path());
+    RequireSystemCall(directory.IsOpen(), "opening the directory");
+    RequireSystemCall(mode == PlantBackUpMode::Overwrite ? RenameReplacing(copy, destination)
+                                                         : RenameWithoutReplacing(copy, destination),
+                      "renaming the copy");
+    RequireSystemCall(directory.Sync(), "syncing the directory");
 }
 
 } // namespace
@@ -126,13 +106,13 @@ PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string
 {
     using namespace plant_file;
     std::filesystem::path from;
-    mode_t permissions = 0;
+    std::filesystem::perms permissions = std::filesystem::perms::none;
     std::optional<Connection> journal;
     const auto openSource = [&]
     {
         from = AbsolutePath(source);
         journal.emplace(from, SQLITE_OPEN_READWRITE);
-        WithPathErrors([&] { permissions = static_cast<mode_t>(std::filesystem::status(from).permissions()); });
+        WithPathErrors([&] { permissions = std::filesystem::status(from).permissions(); });
         RequireJournalIn(journal->Handle());
     };
     const auto makeCopy = [&]

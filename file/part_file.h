@@ -1,32 +1,12 @@
 // The unfinished copy of a backup.
 #pragma once
 
-#include <filesystem>
-#include <string>
+#include "system.h"
 
-#include <sys/types.h>
+#include <filesystem>
 
 namespace plant_file
 {
-
-// Opens a file, or creates one that only its owner may read. The result is -1 where that fails.
-int OpenFile(const std::string& path, int flags);
-
-class FileDescriptor
-{
-  public:
-    explicit FileDescriptor(int number) : Number(number) {}
-    ~FileDescriptor();
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-    int Get() const { return Number; }
-    // Closes the present one. True where that succeeds.
-    bool Replace(int number);
-
-  private:
-    int Number; // -1 for none
-};
 
 // Two files next to a destination, removed at the end of its scope: a lock file named like the destination with
 // `.part-` and six letters or digits after it, and the copy itself, with `-copy` after that. A lock on the first file
@@ -42,17 +22,17 @@ class PartFile
     PartFile(const PartFile&) = delete;
     PartFile& operator=(const PartFile&) = delete;
 
-    const std::string& CopyPath() const { return Copy; }
+    const std::filesystem::path& CopyPath() const { return Copy; }
     // Syncs and closes the copy. It has to be closed before other threads can find it under its final name.
-    void Finish(mode_t permissions);
+    void Finish(std::filesystem::perms permissions);
 
   private:
-    PartFile(); // the other constructor delegates to it so that the destructor runs where that one fails
+    PartFile() = default; // the other constructor delegates to it so that the destructor runs where that one fails
 
-    std::string Lock;
-    std::string Copy;
-    FileDescriptor LockDescriptor;
-    FileDescriptor CopyDescriptor;
+    std::filesystem::path Lock;
+    std::filesystem::path Copy;
+    OpenedFile LockFile;
+    OpenedFile CopyFile;
 };
 
 } // namespace plant_file

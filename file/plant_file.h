@@ -15,7 +15,13 @@
 #include <vector>
 
 /// Marks the functions that the shared library exports. All other symbols are hidden.
+#if !defined(_WIN32)
 #define PLANTJOURNAL_FILE_API __attribute__((visibility("default")))
+#elif defined(plantjournal_file_EXPORTS) // CMake defines it while it builds the library
+#define PLANTJOURNAL_FILE_API __declspec(dllexport)
+#else
+#define PLANTJOURNAL_FILE_API
+#endif
 
 /// The result of a call.
 struct PlantFileResult

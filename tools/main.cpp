@@ -4,12 +4,11 @@
 #include "journal/session.h"
 #include "journal/stored_names.h"
 #include "refusal.h"
-#include "terminal/interrupt.h"
+#include "terminal/console.h"
 #include "terminal/printable.h"
 
 #include <exception>
 #include <iostream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -70,7 +69,7 @@ int main(int argc, char** argv)
     try
     {
         CatchInterrupts();
-        const int status = RunCommand({std::next(argv), std::next(argv, argc)});
+        const int status = RunCommand(StartConsole(argc, argv));
         if (!std::cout.flush())
             throw Refusal("the output cannot be written; write it to another place");
         return status;

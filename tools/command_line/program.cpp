@@ -6,8 +6,8 @@
 #include "command_line/mistakes.h"
 #include "command_line/reading.h"
 #include "record/letters.h"
+#include "terminal/console.h"
 #include "terminal/printable.h"
-#include "terminal/screen.h"
 
 #include <algorithm>
 #include <iostream>

@@ -1,7 +1,8 @@
 #include "command_line/reading.h"
 
+#include "terminal/console.h"
+
 #include <algorithm>
-#include <cstdlib>
 
 namespace
 {
@@ -78,8 +79,8 @@ std::optional<std::string> FileIn(const Reading& reading)
     for (const auto& [flag, value] : reading.Values)
         if (flag->check_lname("file"))
         {
-            const char* const home = std::getenv("HOME");
-            return value.starts_with("~/") && home != nullptr ? home + value.substr(1) : value;
+            const std::string home = Environment("HOME");
+            return value.starts_with("~/") && !home.empty() ? home + value.substr(1) : value;
         }
     return {};
 }

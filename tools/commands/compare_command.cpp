@@ -7,8 +7,8 @@
 #include "record/letters.h"
 #include "record/nearest.h"
 #include "refusal.h"
+#include "terminal/console.h"
 #include "terminal/printable.h"
-#include "terminal/screen.h"
 
 #include <algorithm>
 #include <cmath>

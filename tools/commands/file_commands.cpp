@@ -5,7 +5,7 @@
 #include "journal/file_result.h"
 #include "plant_file.h"
 #include "refusal.h"
-#include "terminal/interrupt.h"
+#include "terminal/console.h"
 #include "terminal/progress.h"
 
 #include <filesystem>

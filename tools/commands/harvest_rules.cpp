@@ -8,6 +8,7 @@
 #include "record/amount.h"
 #include "record/text.h"
 #include "refusal.h"
+#include "terminal/console.h"
 #include "terminal/printable.h"
 #include "terminal/prompt.h"
 
@@ -112,7 +113,7 @@ void RequireWeights(const Arguments& given, const FieldNames& set, HarvestRecord
         RefuseUsage("--unweighed contradicts a weight; leave one of them out");
     if (weighed || given.Unweighed)
         return;
-    if (!CanAsk())
+    if (!InputIsTerminal())
         throw Refusal("the harvest has no weight; give --wet-weight-g, --dry-weight-g or --unweighed");
     AskForWeight("Wet weight", record.WetWeightG);
     AskForWeight("Dry weight", record.DryWeightG);

@@ -8,7 +8,7 @@
 #include "journal/last_care.h"
 #include "record/elapsed.h"
 #include "record/letters.h"
-#include "terminal/screen.h"
+#include "terminal/console.h"
 
 #include <algorithm>
 #include <memory>

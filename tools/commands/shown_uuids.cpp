@@ -1,7 +1,7 @@
 #include "commands/shown_uuids.h"
 
 #include "record/letters.h"
-#include "terminal/screen.h"
+#include "terminal/console.h"
 
 #include <set>
 

@@ -2,7 +2,7 @@
 
 #include "record/text.h"
 #include "refusal.h"
-#include "terminal/interrupt.h"
+#include "terminal/console.h"
 
 namespace
 {

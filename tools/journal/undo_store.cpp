@@ -1,92 +1,99 @@
 #include "journal/undo_store.h"
 
-#include "journal/file_descriptor.h"
 #include "journal/path.h"
 #include "refusal.h"
+#include "system.h"
 
-#include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <string_view>
 #include <system_error>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+using namespace plant_file;
 
 namespace
 {
 
-[[noreturn]] void Fail(const std::string& path, const std::string& step)
+[[noreturn]] void Fail(const std::filesystem::path& path, const std::string& step)
 {
-    throw Refusal(path + ": " + step + ": " + std::strerror(errno) +
+    const std::string reason = LastSystemError().message();
+    throw Refusal(TextOfPath(path) + ": " + step + ": " + reason +
                   "; check the permissions and the free space of the disk");
 }
 
-std::string CanonicalPath(const std::string& journal)
+std::filesystem::path CanonicalPath(const std::string& journal)
 {
     std::error_code error;
-    const std::filesystem::path path = std::filesystem::canonical(journal, error);
+    std::filesystem::path path = std::filesystem::canonical(PathOfText(journal), error);
     if (error)
         throw Refusal(journal + ": " + error.message() + "; check the path");
-    return path.string();
+    return path;
 }
 
-void WriteSynced(const std::string& path, std::string_view bytes)
+void WriteSynced(const std::filesystem::path& path, std::string_view bytes)
 {
-    const FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const OpenedFile file(path, Opening::CreateOrTruncate, Access::Owner);
     if (!file.IsOpen())
         Fail(path, "creating");
     while (!bytes.empty())
     {
-        const ssize_t written = write(file.Number, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR)
+        const std::optional<std::size_t> written = file.Write(bytes);
+        if (!written)
             Fail(path, "writing");
-        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+        bytes.remove_prefix(*written);
     }
-    if (fsync(file.Number) != 0)
+    if (!file.Sync())
         Fail(path, "syncing");
 }
 
 // Returns nothing where the file does not exist.
-std::optional<std::string> ReadFile(const std::string& path)
+std::optional<std::string> ReadFile(const std::filesystem::path& path)
 {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (!file.IsOpen() && (errno == ENOENT || errno == ENOTDIR))
+    const OpenedFile file(path, Opening::Read, Access::Owner);
+    if (const std::error_code error = LastSystemError();
+        !file.IsOpen() && (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory))
         return std::nullopt;
     if (!file.IsOpen())
         Fail(path, "opening");
     std::string bytes;
     std::array<char, 65536> part = {};
-    for (ssize_t count = 1; count != 0;)
+    for (std::optional<std::size_t> count = 1; count != 0U;)
     {
-        count = read(file.Number, part.data(), part.size());
-        if (count < 0 && errno != EINTR)
+        count = file.Read(part.data(), part.size());
+        if (!count)
             Fail(path, "reading");
-        bytes.append(part.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        bytes.append(part.data(), *count);
     }
     return bytes;
 }
 
-void Rename(const std::string& from, const std::string& destination)
+void Rename(const std::filesystem::path& from, const std::filesystem::path& destination)
 {
-    if (std::rename(from.c_str(), destination.c_str()) != 0)
+    if (!RenameReplacing(from, destination))
         Fail(from, "renaming");
+}
+
+void RemoveFile(const std::filesystem::path& path)
+{
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
 }
 
 } // namespace
 
 UndoStore::UndoStore(const std::string& journal)
-    : CanonicalJournal(CanonicalPath(journal)), Directory(UndoPath() / StableHash(CanonicalJournal))
+    : CanonicalJournal(TextOfPath(CanonicalPath(journal))), Directory(UndoPath() / StableHash(CanonicalJournal))
 {
+}
+
+std::string UndoStore::CopyPath() const
+{
+    return TextOfPath(Directory / "copy.db");
 }
 
 std::string UndoStore::TemporaryPrefix() const
 {
     CreateDirectory();
-    return (Directory / "copy.db-").string();
+    return TextOfPath(Directory / "copy.db-");
 }
 
 std::optional<UndoRecord> UndoStore::Load() const
@@ -94,9 +101,9 @@ std::optional<UndoRecord> UndoStore::Load() const
     const std::optional<std::string> bytes = ReadFile(RecordPath());
     if (!bytes)
         return std::nullopt;
-    UndoRecord record = Decoded(*bytes, RecordPath());
+    UndoRecord record = Decoded(*bytes, TextOfPath(RecordPath()));
     if (record.Journal != CanonicalJournal)
-        throw Refusal(RecordPath() + ": the stored undo step belongs to the journal " + record.Journal +
+        throw Refusal(TextOfPath(RecordPath()) + ": the stored undo step belongs to the journal " + record.Journal +
                       "; nothing was changed; name that journal with --file");
     return record;
 }
@@ -104,20 +111,21 @@ std::optional<UndoRecord> UndoStore::Load() const
 void UndoStore::Save(const UndoRecord& record, const std::string& copy) const
 {
     CreateDirectory();
-    const std::string part = RecordPath() + ".part"; // no other process writes to it: the journal is locked
+    const std::filesystem::path part =
+        Directory / "last-change.part"; // no other process writes to it: the journal is locked
     WriteSynced(part, Encoded(record));
     if (!copy.empty())
-        Rename(copy, CopyPath());
+        Rename(PathOfText(copy), PathOfText(CopyPath()));
     Rename(part, RecordPath());
     SyncDirectory();
     if (copy.empty())
-        unlink(CopyPath().c_str());
+        RemoveFile(PathOfText(CopyPath()));
 }
 
 void UndoStore::Remove() const
 {
-    unlink(RecordPath().c_str());
-    unlink(CopyPath().c_str());
+    RemoveFile(RecordPath());
+    RemoveFile(PathOfText(CopyPath()));
 }
 
 void UndoStore::CreateDirectory() const
@@ -126,16 +134,20 @@ void UndoStore::CreateDirectory() const
     for (const std::filesystem::path& name : Directory)
     {
         created /= name;
-        const int error = mkdir(created.c_str(), 0700) == 0 ? 0 : errno;
-        if (std::error_code ignored; error != 0 && !std::filesystem::is_directory(created, ignored))
-            throw Refusal(created.string() + ": creating the directory: " +
-                          std::strerror(error == EEXIST ? ENOTDIR : error) + "; check the permissions");
+        if (AddDirectory(created, Access::Owner))
+            continue;
+        std::error_code error = LastSystemError();
+        if (std::error_code ignored; std::filesystem::is_directory(created, ignored))
+            continue;
+        if (error == std::errc::file_exists)
+            error = std::make_error_code(std::errc::not_a_directory);
+        throw Refusal(TextOfPath(created) + ": creating the directory: " + error.message() + "; check the permissions");
     }
 }
 
 void UndoStore::SyncDirectory() const
 {
-    const FileDescriptor directory(open(Directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!directory.IsOpen() || fsync(directory.Number) != 0)
-        Fail(Directory.string(), "syncing the directory");
+    const OpenedDirectory directory(Directory);
+    if (!directory.IsOpen() || !directory.Sync())
+        Fail(Directory, "syncing the directory");
 }

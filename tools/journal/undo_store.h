@@ -16,7 +16,7 @@ class UndoStore
     explicit UndoStore(const std::string& journal);
 
     const std::string& Journal() const { return CanonicalJournal; }
-    std::string CopyPath() const { return (Directory / "copy.db").string(); }
+    std::string CopyPath() const;
 
     // Creates the directory, which only its owner can read, and returns the beginning of a temporary name in it. Throws
     // Refusal.
@@ -37,7 +37,7 @@ class UndoStore
   private:
     void CreateDirectory() const;
     void SyncDirectory() const;
-    std::string RecordPath() const { return (Directory / "last-change").string(); }
+    std::filesystem::path RecordPath() const { return Directory / "last-change"; }
 
     std::string CanonicalJournal;
     std::filesystem::path Directory;

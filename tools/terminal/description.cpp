@@ -1,7 +1,7 @@
 #include "terminal/description.h"
 
+#include "terminal/console.h"
 #include "terminal/printable.h"
-#include "terminal/screen.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,30 +1,7 @@
 #include "terminal/interrupt.h"
 
 #include "refusal.h"
-
-#include <csignal>
-
-namespace
-{
-
-// The only object that the signal handler changes.
-volatile std::sig_atomic_t interrupted = 0; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
-
-} // namespace
-
-void CatchInterrupts()
-{
-    struct sigaction action
-    {
-    };
-    action.sa_handler = [](int) { interrupted = 1; };
-    sigaction(SIGINT, &action, nullptr); // without SA_RESTART: a read of an answer ends, too
-}
-
-bool Interrupted()
-{
-    return interrupted != 0;
-}
+#include "terminal/console.h"
 
 void StopIfInterrupted()
 {

@@ -1,12 +1,12 @@
 #include "terminal/progress.h"
 
+#include "terminal/console.h"
+
 #include <algorithm>
 #include <iostream>
 #include <utility>
 
-#include <unistd.h>
-
-Progress::Progress(std::string what) : What(std::move(what)), Terminal(isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(std::string what) : What(std::move(what)), Terminal(ErrorsAreTerminal()) {}
 
 Progress::~Progress()
 {

@@ -3,9 +3,6 @@
 #include <optional>
 #include <string>
 
-// Whether standard input is a terminal.
-bool CanAsk();
-
 // Asks a question on the terminal. Returns no answer where the input ends or Ctrl-C is pressed.
 std::optional<std::string> Ask(const std::string& question);
 

@@ -1,10 +1,9 @@
 #include "terminal/table.h"
 
+#include "terminal/console.h"
 #include "terminal/printable.h"
-#include "terminal/screen.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <numeric>
 #include <ostream>
@@ -24,8 +23,7 @@ struct PrintedColumn
 
 bool Coloured()
 {
-    const char* const noColour = std::getenv("NO_COLOR"); // https://no-color.org
-    return OutputIsTerminal() && (noColour == nullptr || *noColour == '\0');
+    return OutputIsTerminal() && Environment("NO_COLOR").empty(); // https://no-color.org
 }
 
 std::size_t LineWidth(const std::vector<PrintedColumn>& columns)

@@ -1,24 +1,21 @@
 #include "transfer/new_file.h"
 
-#include "journal/file_descriptor.h"
 #include "refusal.h"
+#include "system.h"
 #include "terminal/interrupt.h"
 #include "transfer/temporary_name.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <string_view>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+using namespace plant_file;
 
 namespace
 {
 
 [[noreturn]] void FailToWrite(const std::filesystem::path& path, const std::string& step)
 {
-    throw Refusal(path.string() + ": " + step + ": " + std::strerror(errno) +
+    const std::string reason = LastSystemError().message();
+    throw Refusal(TextOfPath(path) + ": " + step + ": " + reason +
                   "; nothing was written; check the destination, or name another");
 }
 
@@ -26,39 +23,38 @@ namespace
 
 void WriteFile(const std::filesystem::path& path, const std::string& bytes)
 {
-    constexpr mode_t everyone = 0666; // less the umask
-    const FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, everyone));
+    const OpenedFile file(path, Opening::CreateNew, Access::Everyone);
     if (!file.IsOpen())
         FailToWrite(path, "creating");
-    for (std::size_t written = 0; written < bytes.size();)
+    for (std::string_view rest = bytes; !rest.empty();)
     {
-        const ssize_t count = write(file.Number, bytes.data() + written, bytes.size() - written);
-        if (count < 0 && errno != EINTR)
+        const std::optional<std::size_t> count = file.Write(rest);
+        if (!count)
             FailToWrite(path, "writing");
-        written += count > 0 ? static_cast<std::size_t>(count) : 0;
+        rest.remove_prefix(*count);
         StopIfInterrupted();
     }
-    if (fsync(file.Number) != 0)
+    if (!file.Sync())
         FailToWrite(path, "syncing");
 }
 
 void MakeDirectory(const std::filesystem::path& path)
 {
-    constexpr mode_t everyone = 0777; // less the umask
-    if (mkdir(path.c_str(), everyone) != 0)
+    if (!AddDirectory(path, Access::Everyone))
         FailToWrite(path, "creating");
 }
 
 void WriteAtomically(const std::string& destination, Existing existing,
                      const std::function<void(const std::filesystem::path&)>& write)
 {
+    const std::filesystem::path target = PathOfText(destination);
     std::error_code ignored; // a destination that cannot be examined cannot be written either
-    if (existing == Existing::Keep && std::filesystem::exists(std::filesystem::symlink_status(destination, ignored)))
+    if (existing == Existing::Keep && std::filesystem::exists(std::filesystem::symlink_status(target, ignored)))
         throw Refusal(destination + ": already exists; nothing was written; name another destination");
     const TemporaryName partial(destination + ".partial-");
-    write(partial.Path());
-    // Without the flag, what another process created meanwhile is replaced.
-    const unsigned flags = existing == Existing::Keep ? RENAME_NOREPLACE : 0;
-    if (renameat2(AT_FDCWD, partial.Path().c_str(), AT_FDCWD, destination.c_str(), flags) != 0)
-        FailToWrite(destination, "renaming");
+    const std::filesystem::path written = PathOfText(partial.Path());
+    write(written);
+    // With Existing::Replace, what another process created meanwhile is replaced.
+    if (!(existing == Existing::Keep ? RenameWithoutReplacing(written, target) : RenameReplacing(written, target)))
+        FailToWrite(target, "renaming");
 }

@@ -1,58 +1,52 @@
 #include "transfer/temporary_name.h"
 
-#include "journal/file_descriptor.h"
 #include "refusal.h"
+#include "system.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
+using namespace plant_file;
 
 // The lock file of a temporary name, locked while this object lives.
 class NameLock
 {
   public:
     explicit NameLock(const std::string& name)
-        : Path(name + std::string(Suffix)),
-          File(open(Path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666)) // less the umask
+        : Path(PathOfText(name + std::string(Suffix))), File(Path, Opening::CreateOrOpen, Access::Everyone)
     {
         if (!File.IsOpen())
         {
-            Error = errno;
+            Error = LastSystemError();
             return;
         }
-        Locked = flock(File.Number, LOCK_EX | LOCK_NB) == 0;
-        const bool isTaken = !Locked && errno == EWOULDBLOCK;
-        struct stat opened = {};
-        struct stat present = {};
-        const bool isPresent = fstat(File.Number, &opened) == 0 && lstat(Path.c_str(), &present) == 0 &&
-                               opened.st_dev == present.st_dev && opened.st_ino == present.st_ino;
-        Free = !isTaken && isPresent; // another process may have removed the file before this one locked it
+        const FileLock lock = File.TryLock();
+        Locked = lock == FileLock::Held;
+        Free = lock != FileLock::Taken && File.IsAt(Path); // another process may have removed it before it was locked
     }
 
     static constexpr std::string_view Suffix = ".lock";
 
-    // The error number of the system if the lock file cannot be opened, otherwise 0.
-    int OpenError() const { return Error; }
+    // Why the lock file cannot be opened, where it cannot.
+    const std::error_code& OpenError() const { return Error; }
     // Whether no other process uses the name.
     bool IsFree() const { return Free; }
     // Whether other processes see that. Not every file system has such locks.
     bool IsLocked() const { return Free && Locked; }
-    void RemoveFile() const { unlink(Path.c_str()); }
+    void RemoveFile() const
+    {
+        std::error_code ignored;
+        std::filesystem::remove(Path, ignored);
+    }
 
   private:
-    std::string Path;
-    FileDescriptor File;
-    int Error = 0;
+    std::filesystem::path Path;
+    OpenedFile File;
+    std::error_code Error;
     bool Locked = false;
     bool Free = false;
 };
@@ -85,13 +79,13 @@ bool IsKnownSuffix(std::string_view suffix)
 std::map<std::string, LeftFiles> FindLeftFiles(const std::string& prefix)
 {
     std::map<std::string, LeftFiles> found;
-    const std::string directory = std::filesystem::path(prefix).parent_path().string();
-    const std::string begin = std::filesystem::path(prefix).filename().string();
+    const std::filesystem::path directory = PathOfText(prefix).parent_path();
+    const std::string begin = TextOfPath(PathOfText(prefix).filename());
     std::error_code ignored;
-    std::filesystem::directory_iterator entry(directory.empty() ? "." : directory, ignored);
+    std::filesystem::directory_iterator entry(directory.empty() ? std::filesystem::path(".") : directory, ignored);
     for (; entry != std::filesystem::directory_iterator(); entry.increment(ignored))
     {
-        const std::string name = entry->path().filename().string();
+        const std::string name = TextOfPath(entry->path().filename());
         const std::size_t after = std::min(name.find_first_not_of("0123456789", begin.size()), name.size());
         if (!name.starts_with(begin) || after == begin.size())
             continue;
@@ -116,14 +110,7 @@ bool IsLockedByAnother(const std::filesystem::path& path)
 {
     if (!IsRegularFile(path))
         return false;
-    const FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
-    if (!file.IsOpen())
-        return false;
-    struct flock lock = {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET; // with a length of 0: the whole file
-    return (flock(file.Number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) ||
-           (fcntl(file.Number, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK);
+    return OpenedFile(path, Opening::ReadWrite, Access::Owner).IsLockedByAnother();
 }
 
 void RemoveUnusedFiles(const std::string& name, const LeftFiles& left)
@@ -147,12 +134,12 @@ TemporaryName::TemporaryName(const std::string& prefix)
 {
     for (const auto& [name, left] : FindLeftFiles(prefix))
         RemoveUnusedFiles(name, left);
-    for (pid_t number = getpid(); Lock == nullptr || !Lock->IsFree(); ++number)
+    for (std::int64_t number = ProcessNumber(); Lock == nullptr || !Lock->IsFree(); ++number)
     {
         Name = prefix + std::to_string(number);
         Lock = std::make_unique<NameLock>(Name);
-        if (Lock->OpenError() != 0)
-            throw Refusal(Name + ": creating: " + std::strerror(Lock->OpenError()) +
+        if (Lock->OpenError())
+            throw Refusal(Name + ": creating: " + Lock->OpenError().message() +
                           "; nothing was changed; check that its directory exists and is writable");
     }
 }
@@ -160,7 +147,7 @@ TemporaryName::TemporaryName(const std::string& prefix)
 TemporaryName::~TemporaryName()
 {
     std::error_code ignored;
-    std::filesystem::remove_all(Name, ignored);
-    std::filesystem::remove(Name + "-journal", ignored);
+    std::filesystem::remove_all(PathOfText(Name), ignored);
+    std::filesystem::remove(PathOfText(Name + "-journal"), ignored);
     Lock->RemoveFile();
 }

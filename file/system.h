@@ -1,0 +1,138 @@
+// What this library and the command need of the operating system. system_posix.cpp and system_windows.cpp implement
+// it; no other file of file/ and tools/ contains code for one system.
+//
+// A function that returns false has failed, and LastSystemError() has the reason until the next call.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace plant_file
+{
+
+std::error_code LastSystemError();
+
+// ---- Paths
+
+// Every path outside this interface is UTF-8. Throws std::filesystem::filesystem_error where the system cannot use it.
+std::filesystem::path PathOfText(const std::string& text);
+std::string TextOfPath(const std::filesystem::path& path);
+
+// Why the system cannot have a file of that name, although it may find one; empty where it can.
+std::string NameProblem(const std::filesystem::path& path);
+
+// The absolute path, in the form that the system needs where it is long.
+std::filesystem::path WholePath(const std::filesystem::path& path);
+
+// ---- Files
+
+enum class Opening
+{
+    Read,            // an existing file
+    ReadWrite,       // an existing file
+    CreateNew,       // fails where the name exists
+    CreateOrOpen,    //
+    CreateOrTruncate //
+};
+
+// Who may use a new file or directory.
+enum class Access
+{
+    Owner,
+    Everyone // less what the user has excluded, as by umask
+};
+
+enum class FileLock
+{
+    Held,
+    Taken,      // another descriptor holds the lock
+    Unavailable // the file is not open, or the file system has no such locks
+};
+
+// An open file, closed at the end of its scope. A child process does not inherit it. No call follows a symbolic link in
+// the last part of a path, or waits for the other end of a pipe.
+class OpenedFile
+{
+  public:
+    OpenedFile() = default;
+    OpenedFile(const std::filesystem::path& path, Opening opening, Access access);
+    ~OpenedFile() { Close(); }
+    OpenedFile(OpenedFile&& other) noexcept;
+    OpenedFile& operator=(OpenedFile&& other) noexcept;
+    OpenedFile(const OpenedFile&) = delete;
+    OpenedFile& operator=(const OpenedFile&) = delete;
+
+    // Creates a file that only its owner may use. `path` receives six random letters or digits at its end.
+    static OpenedFile CreateTemporary(std::filesystem::path& path);
+
+    bool IsOpen() const { return Number != None; }
+    // True also where no file is open.
+    bool Close();
+    // Returns once the contents are on the disk.
+    bool Sync() const;
+    bool SetPermissions(std::filesystem::perms permissions) const;
+    // Locks the file against other descriptors, until this one is closed. Does not wait.
+    FileLock TryLock() const;
+    // Whether the file is still the one at `path`. False where either cannot be examined.
+    bool IsAt(const std::filesystem::path& path) const;
+    // Whether a descriptor of another process holds a lock of any kind.
+    bool IsLockedByAnother() const;
+    // The number of bytes that were read, 0 at the end of the file; nothing after a failure.
+    std::optional<std::size_t> Read(char* bytes, std::size_t most) const;
+    // The number of bytes that were written, 0 where a signal arrived first; nothing after a failure.
+    std::optional<std::size_t> Write(std::string_view bytes) const;
+
+  private:
+    static constexpr std::intptr_t None = -1;
+
+    std::intptr_t Number = None; // of a file descriptor; on Windows a handle
+};
+
+// ---- Directories
+
+class DirectoryStream;
+
+// An open directory.
+class OpenedDirectory
+{
+  public:
+    explicit OpenedDirectory(const std::filesystem::path& path);
+    ~OpenedDirectory();
+    OpenedDirectory(const OpenedDirectory&) = delete;
+    OpenedDirectory& operator=(const OpenedDirectory&) = delete;
+
+    bool IsOpen() const;
+    // The name of the next file in it; nothing after the last one. Unlike std::filesystem::directory_iterator, it
+    // throws std::bad_alloc where memory runs out: libstdc++'s ends the program.
+    std::optional<std::filesystem::path> NextName() const;
+    // Returns once the names in it are on the disk.
+    bool Sync() const;
+
+  private:
+    std::unique_ptr<DirectoryStream> Stream;
+};
+
+// Fails where the name exists.
+bool AddDirectory(const std::filesystem::path& path, Access access);
+
+// ---- Names
+
+// Replaces a file at `destination`.
+bool RenameReplacing(const std::filesystem::path& from, const std::filesystem::path& destination);
+
+// Fails where `destination` exists. `from` may be a file or a directory; a file may keep its earlier name, too.
+bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination);
+
+// Whether the path names a regular file of no bytes. False where it cannot be examined.
+bool IsEmptyFile(const std::filesystem::path& path);
+
+// A number that no other process of this system has at the same time.
+std::int64_t ProcessNumber();
+
+} // namespace plant_file

@@ -1,0 +1,275 @@
+// POSIX 2008, and what Linux and macOS have in addition where they have it.
+#include "system.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace plant_file
+{
+
+namespace
+{
+
+// NOLINTBEGIN(cppcoreguidelines-pro-type-vararg): the system has no other form of open and fcntl
+
+int FlagsOf(Opening opening)
+{
+    switch (opening)
+    {
+    case Opening::Read:
+        return O_RDONLY | O_NONBLOCK;
+    case Opening::ReadWrite:
+        return O_RDWR;
+    case Opening::CreateNew:
+        return O_RDWR | O_CREAT | O_EXCL;
+    case Opening::CreateOrOpen:
+        return O_RDWR | O_CREAT;
+    case Opening::CreateOrTruncate:
+        return O_WRONLY | O_CREAT | O_TRUNC;
+    }
+    return O_RDONLY;
+}
+
+int OpenDescriptor(const std::filesystem::path& path, Opening opening, Access access)
+{
+    constexpr mode_t owner = S_IRUSR | S_IWUSR;
+    constexpr mode_t everyone = owner | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+    return open(path.c_str(), FlagsOf(opening) | O_CLOEXEC | O_NOFOLLOW, access == Access::Owner ? owner : everyone);
+}
+
+int CreateTemporaryDescriptor(char* name)
+{
+#ifdef _GNU_SOURCE
+    return mkostemp(name, O_CLOEXEC);
+#else
+    const int descriptor = mkstemp(name);
+    if (descriptor != -1)
+        fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    return descriptor;
+#endif
+}
+
+bool SyncDescriptor(int descriptor)
+{
+#ifdef F_FULLFSYNC // on macOS, fsync leaves the bytes in the cache of the disk
+    if (fcntl(descriptor, F_FULLFSYNC) == 0)
+        return true;
+#endif
+    return fsync(descriptor) == 0; // also where the file system has no F_FULLFSYNC
+}
+
+// NOLINTEND(cppcoreguidelines-pro-type-vararg)
+
+bool RenameDirectoryWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination)
+{
+#ifdef RENAME_NOREPLACE
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS) // these two: the file system or the system has no such renaming
+        return false;
+#endif
+    // Where another process creates the name between the two calls, only an empty directory is replaced.
+    struct stat present = {};
+    if (lstat(destination.c_str(), &present) == 0)
+        errno = EEXIST;
+    return errno == ENOENT && std::rename(from.c_str(), destination.c_str()) == 0;
+}
+
+} // namespace
+
+std::error_code LastSystemError()
+{
+    return {errno, std::generic_category()};
+}
+
+std::filesystem::path PathOfText(const std::string& text)
+{
+    return text;
+}
+
+std::string TextOfPath(const std::filesystem::path& path)
+{
+    return path.native();
+}
+
+std::string NameProblem(const std::filesystem::path& /*path*/)
+{
+    return {};
+}
+
+std::filesystem::path WholePath(const std::filesystem::path& path)
+{
+    return std::filesystem::absolute(path);
+}
+
+OpenedFile::OpenedFile(const std::filesystem::path& path, Opening opening, Access access)
+    : Number(OpenDescriptor(path, opening, access))
+{
+}
+
+OpenedFile::OpenedFile(OpenedFile&& other) noexcept : Number(std::exchange(other.Number, None)) {}
+
+OpenedFile& OpenedFile::operator=(OpenedFile&& other) noexcept
+{
+    if (this != &other)
+    {
+        Close();
+        Number = std::exchange(other.Number, None);
+    }
+    return *this;
+}
+
+OpenedFile OpenedFile::CreateTemporary(std::filesystem::path& path)
+{
+    OpenedFile file;
+    std::string name = path.native() + "XXXXXX";
+    file.Number = CreateTemporaryDescriptor(name.data());
+    path = std::move(name);
+    return file;
+}
+
+bool OpenedFile::Close()
+{
+    const std::intptr_t number = std::exchange(Number, None);
+    return number == None || close(static_cast<int>(number)) == 0;
+}
+
+bool OpenedFile::Sync() const
+{
+    return SyncDescriptor(static_cast<int>(Number));
+}
+
+bool OpenedFile::SetPermissions(std::filesystem::perms permissions) const
+{
+    return fchmod(static_cast<int>(Number), static_cast<mode_t>(permissions)) == 0;
+}
+
+FileLock OpenedFile::TryLock() const
+{
+    if (flock(static_cast<int>(Number), LOCK_EX | LOCK_NB) == 0)
+        return FileLock::Held;
+    return errno == EWOULDBLOCK ? FileLock::Taken : FileLock::Unavailable;
+}
+
+bool OpenedFile::IsAt(const std::filesystem::path& path) const
+{
+    struct stat opened = {};
+    struct stat present = {};
+    return fstat(static_cast<int>(Number), &opened) == 0 && lstat(path.c_str(), &present) == 0 &&
+           opened.st_dev == present.st_dev && opened.st_ino == present.st_ino;
+}
+
+bool OpenedFile::IsLockedByAnother() const
+{
+    if (!IsOpen())
+        return false;
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET; // with a length of 0: the whole file
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the system has no other form of it
+    const bool hasRange = fcntl(static_cast<int>(Number), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    return hasRange || TryLock() == FileLock::Taken;
+}
+
+std::optional<std::size_t> OpenedFile::Read(char* bytes, std::size_t most) const
+{
+    ssize_t count = -1;
+    do
+        count = read(static_cast<int>(Number), bytes, most);
+    while (count < 0 && errno == EINTR);
+    return count < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(count));
+}
+
+std::optional<std::size_t> OpenedFile::Write(std::string_view bytes) const
+{
+    const ssize_t count = write(static_cast<int>(Number), bytes.data(), bytes.size());
+    if (count < 0)
+        return errno == EINTR ? std::optional<std::size_t>(0) : std::nullopt;
+    return static_cast<std::size_t>(count);
+}
+
+class DirectoryStream
+{
+  public:
+    explicit DirectoryStream(const std::filesystem::path& path) : Opened(opendir(path.c_str())) {}
+    ~DirectoryStream()
+    {
+        if (Opened != nullptr)
+            closedir(Opened);
+    }
+    DirectoryStream(const DirectoryStream&) = delete;
+    DirectoryStream& operator=(const DirectoryStream&) = delete;
+
+    DIR* const Opened;
+};
+
+OpenedDirectory::OpenedDirectory(const std::filesystem::path& path) : Stream(std::make_unique<DirectoryStream>(path)) {}
+
+OpenedDirectory::~OpenedDirectory() = default;
+
+bool OpenedDirectory::IsOpen() const
+{
+    return Stream->Opened != nullptr;
+}
+
+std::optional<std::filesystem::path> OpenedDirectory::NextName() const
+{
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has this directory stream
+    const dirent* const entry = readdir(Stream->Opened);
+    return entry == nullptr ? std::nullopt : std::optional<std::filesystem::path>(entry->d_name);
+}
+
+bool OpenedDirectory::Sync() const
+{
+    return SyncDescriptor(dirfd(Stream->Opened));
+}
+
+bool AddDirectory(const std::filesystem::path& path, Access access)
+{
+    return mkdir(path.c_str(), access == Access::Owner ? S_IRWXU : S_IRWXU | S_IRWXG | S_IRWXO) == 0;
+}
+
+bool RenameReplacing(const std::filesystem::path& from, const std::filesystem::path& destination)
+{
+    return std::rename(from.c_str(), destination.c_str()) == 0;
+}
+
+bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination)
+{
+    std::error_code ignored;
+    if (std::filesystem::is_directory(from, ignored))
+        return RenameDirectoryWithoutReplacing(from, destination);
+    if (link(from.c_str(), destination.c_str()) == 0)
+        return true;
+    // Some file systems have no hard links. There an empty file, which must not exist yet, reserves the name.
+    const OpenedFile reserved(destination, Opening::CreateNew, Access::Owner);
+    if (!reserved.IsOpen())
+        return false;
+    if (std::rename(from.c_str(), destination.c_str()) == 0)
+        return true;
+    const int error = errno;
+    unlink(destination.c_str());
+    errno = error;
+    return false;
+}
+
+bool IsEmptyFile(const std::filesystem::path& path)
+{
+    struct stat status = {};
+    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
+}
+
+std::int64_t ProcessNumber()
+{
+    return getpid();
+}
+
+} // namespace plant_file

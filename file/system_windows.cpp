@@ -1,0 +1,257 @@
+// Windows 10 and later. The permissions of a file come from its directory; only the read-only attribute is a file's
+// own.
+#include "system.h"
+
+#include <algorithm>
+#include <random>
+#include <utility>
+
+#include <windows.h>
+
+namespace plant_file
+{
+
+namespace
+{
+
+bool IsSymbolicLink(const std::filesystem::path& path)
+{
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW(path.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return false;
+    FindClose(search);
+    return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && found.dwReserved0 == IO_REPARSE_TAG_SYMLINK;
+}
+
+HANDLE HandleOf(std::intptr_t number)
+{
+    return reinterpret_cast<HANDLE>(number); // NOLINT(performance-no-int-to-ptr)
+}
+
+// Other programs may read, write, rename and remove the file meanwhile, as on other systems.
+std::intptr_t OpenHandle(const std::filesystem::path& path, DWORD access, DWORD disposition)
+{
+    if (disposition != CREATE_NEW && IsSymbolicLink(path))
+    {
+        SetLastError(ERROR_CANT_RESOLVE_FILENAME);
+        return -1;
+    }
+    return reinterpret_cast<std::intptr_t>(CreateFileW(path.c_str(), access,
+                                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                                       disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+std::intptr_t OpenHandle(const std::filesystem::path& path, Opening opening)
+{
+    switch (opening)
+    {
+    case Opening::Read:
+        return OpenHandle(path, GENERIC_READ, OPEN_EXISTING);
+    case Opening::ReadWrite:
+        return OpenHandle(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);
+    case Opening::CreateNew:
+        return OpenHandle(path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
+    case Opening::CreateOrOpen:
+        return OpenHandle(path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
+    case Opening::CreateOrTruncate:
+        return OpenHandle(path, GENERIC_WRITE, CREATE_ALWAYS);
+    }
+    return -1;
+}
+
+bool LockBytes(HANDLE file, DWORD low, DWORD high)
+{
+    OVERLAPPED begin = {};
+    return LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, low, high, &begin) != 0;
+}
+
+std::wstring RandomLetters()
+{
+    constexpr std::wstring_view letters = L"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+    std::random_device source;
+    std::uniform_int_distribution<std::size_t> choice(0, letters.size() - 1);
+    std::wstring text(6, L' ');
+    std::generate(text.begin(), text.end(), [&] { return letters[choice(source)]; });
+    return text;
+}
+
+DWORD MostAtOnce(std::size_t bytes)
+{
+    constexpr std::size_t most = 0x40000000;
+    return static_cast<DWORD>(std::min(bytes, most));
+}
+
+} // namespace
+
+OpenedFile::OpenedFile(const std::filesystem::path& path, Opening opening, Access /*access*/)
+    : Number(OpenHandle(path, opening))
+{
+}
+
+OpenedFile::OpenedFile(OpenedFile&& other) noexcept : Number(std::exchange(other.Number, None)) {}
+
+OpenedFile& OpenedFile::operator=(OpenedFile&& other) noexcept
+{
+    if (this != &other)
+    {
+        Close();
+        Number = std::exchange(other.Number, None);
+    }
+    return *this;
+}
+
+OpenedFile OpenedFile::CreateTemporary(std::filesystem::path& path)
+{
+    constexpr int most = 100;
+    OpenedFile file;
+    std::filesystem::path name;
+    for (int attempt = 0; attempt < most; ++attempt)
+    {
+        name = path;
+        name += RandomLetters();
+        file.Number = OpenHandle(name, Opening::CreateNew);
+        if (file.IsOpen() || LastSystemError() != std::errc::file_exists)
+            break;
+    }
+    path = std::move(name);
+    return file;
+}
+
+bool OpenedFile::Close()
+{
+    const std::intptr_t number = std::exchange(Number, None);
+    return number == None || CloseHandle(HandleOf(number)) != 0;
+}
+
+bool OpenedFile::Sync() const
+{
+    return FlushFileBuffers(HandleOf(Number)) != 0;
+}
+
+bool OpenedFile::SetPermissions(std::filesystem::perms permissions) const
+{
+    FILE_BASIC_INFO info = {};
+    if ((permissions & std::filesystem::perms::owner_write) != std::filesystem::perms::none)
+        return true;
+    info.FileAttributes = FILE_ATTRIBUTE_READONLY;
+    return SetFileInformationByHandle(HandleOf(Number), FileBasicInfo, &info, sizeof info) != 0;
+}
+
+FileLock OpenedFile::TryLock() const
+{
+    if (LockBytes(HandleOf(Number), 1, 0))
+        return FileLock::Held;
+    const DWORD error = GetLastError();
+    return error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING ? FileLock::Taken : FileLock::Unavailable;
+}
+
+bool OpenedFile::IsAt(const std::filesystem::path& path) const
+{
+    FILE_STANDARD_INFO standard = {};
+    if (GetFileInformationByHandleEx(HandleOf(Number), FileStandardInfo, &standard, sizeof standard) == 0 ||
+        standard.DeletePending != 0)
+        return false;
+    OpenedFile present;
+    present.Number = OpenHandle(path, 0, OPEN_EXISTING);
+    BY_HANDLE_FILE_INFORMATION here = {};
+    BY_HANDLE_FILE_INFORMATION there = {};
+    return GetFileInformationByHandle(HandleOf(Number), &here) != 0 &&
+           GetFileInformationByHandle(HandleOf(present.Number), &there) != 0 &&
+           here.dwVolumeSerialNumber == there.dwVolumeSerialNumber && here.nFileIndexLow == there.nFileIndexLow &&
+           here.nFileIndexHigh == there.nFileIndexHigh;
+}
+
+bool OpenedFile::IsLockedByAnother() const
+{
+    return IsOpen() && !LockBytes(HandleOf(Number), MAXDWORD, MAXDWORD) && GetLastError() == ERROR_LOCK_VIOLATION;
+}
+
+std::optional<std::size_t> OpenedFile::Read(char* bytes, std::size_t most) const
+{
+    DWORD count = 0;
+    if (ReadFile(HandleOf(Number), bytes, MostAtOnce(most), &count, nullptr) == 0)
+        return std::nullopt;
+    return count;
+}
+
+std::optional<std::size_t> OpenedFile::Write(std::string_view bytes) const
+{
+    DWORD count = 0;
+    if (WriteFile(HandleOf(Number), bytes.data(), MostAtOnce(bytes.size()), &count, nullptr) == 0)
+        return std::nullopt;
+    return count;
+}
+
+class DirectoryStream
+{
+  public:
+    explicit DirectoryStream(const std::filesystem::path& path)
+        : Search(FindFirstFileW((path / L"*").c_str(), &Found)), HasName(Search != INVALID_HANDLE_VALUE)
+    {
+    }
+    ~DirectoryStream()
+    {
+        if (Search != INVALID_HANDLE_VALUE)
+            FindClose(Search);
+    }
+    DirectoryStream(const DirectoryStream&) = delete;
+    DirectoryStream& operator=(const DirectoryStream&) = delete;
+
+    WIN32_FIND_DATAW Found = {};
+    const HANDLE Search;
+    bool HasName; // in Found
+};
+
+OpenedDirectory::OpenedDirectory(const std::filesystem::path& path) : Stream(std::make_unique<DirectoryStream>(path)) {}
+
+OpenedDirectory::~OpenedDirectory() = default;
+
+bool OpenedDirectory::IsOpen() const
+{
+    return Stream->Search != INVALID_HANDLE_VALUE;
+}
+
+std::optional<std::filesystem::path> OpenedDirectory::NextName() const
+{
+    if (!Stream->HasName)
+        return std::nullopt;
+    std::filesystem::path name = Stream->Found.cFileName;
+    Stream->HasName = FindNextFileW(Stream->Search, &Stream->Found) != 0;
+    return name;
+}
+
+bool OpenedDirectory::Sync() const
+{
+    return true; // MOVEFILE_WRITE_THROUGH has done it
+}
+
+bool AddDirectory(const std::filesystem::path& path, Access /*access*/)
+{
+    return CreateDirectoryW(path.c_str(), nullptr) != 0;
+}
+
+bool RenameReplacing(const std::filesystem::path& from, const std::filesystem::path& destination)
+{
+    return MoveFileExW(from.c_str(), destination.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination)
+{
+    return MoveFileExW(from.c_str(), destination.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+bool IsEmptyFile(const std::filesystem::path& path)
+{
+    WIN32_FILE_ATTRIBUTE_DATA found = {};
+    return GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &found) != 0 &&
+           (found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0 &&
+           found.nFileSizeHigh == 0 && found.nFileSizeLow == 0;
+}
+
+std::int64_t ProcessNumber()
+{
+    return GetCurrentProcessId();
+}
+
+} // namespace plant_file
