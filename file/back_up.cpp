@@ -1,16 +1,14 @@
-#include "access.h"
+#include "back_up.h"
+
 #include "damage.h"
 #include "inspect.h"
-#include "part_file.h"
-#include "plant_file.h"
 #include "schema.h"
 #include "system.h"
 
-#include <filesystem>
-#include <memory>
 #include <optional>
-
-#include <sqlite3.h>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 namespace plant_file
 {
@@ -18,12 +16,8 @@ namespace plant_file
 namespace
 {
 
-void RequireJournalIn(sqlite3* db)
-{
-    const ReadTransaction reading(db, ReadingSchema);
-    const PlantFileInspection found = InspectConnection(db, InspectionExtent::Rows);
-    RequireJournal(found.Kind, found.Reasons);
-}
+constexpr const char* AlreadyExists = "already exists";
+constexpr const char* RenamingStep = "renaming the copy";
 
 void RequireFreeDestination(const std::filesystem::path& source, const std::filesystem::path& destination,
                             PlantBackUpMode mode)
@@ -34,49 +28,64 @@ void RequireFreeDestination(const std::filesystem::path& source, const std::file
         if (exists && std::filesystem::equivalent(source, destination))
             Fail("", "the source and the destination are the same file");
         if (exists && mode == PlantBackUpMode::Keep)
-            Fail("", "already exists");
-        for (const char* suffix : {"-journal", "-wal"})
-        {
-            std::filesystem::path log = destination;
-            log += suffix;
-            if (std::filesystem::exists(log))
-                Fail("",
-                     TextOfPath(log.filename()) + " exists, and SQLite would apply it to the copy; remove it first");
-        }
+            Fail("", AlreadyExists);
     };
     WithPathErrors(look);
+    RequireNoLog(destination);
 }
 
-void CopyPages(sqlite3* source, const std::filesystem::path& destination, const std::string& step,
-               const PlantBackUpProgress& progress)
+} // namespace
+
+void RequireJournalIn(sqlite3* db)
+{
+    const ReadTransaction reading(db, ReadingSchema);
+    const PlantFileInspection found = InspectConnection(db, InspectionExtent::Rows);
+    RequireJournal(found.Kind, found.Reasons);
+}
+
+PageCopy::PageCopy(sqlite3* source, sqlite3* destination, std::string step)
+    : Step(std::move(step)), BackUp(sqlite3_backup_init(destination, "main", source, "main"), sqlite3_backup_finish)
+{
+    if (BackUp == nullptr)
+        FailWithErrorOf(destination, Step);
+}
+
+void PageCopy::LockDestination() const
+{
+    if (const int result = sqlite3_backup_step(BackUp.get(), 0); result != SQLITE_OK)
+        Fail("locking", sqlite3_errstr(result));
+}
+
+void PageCopy::Run(const PlantBackUpProgress& progress) const
 {
     constexpr int pagesAtOnce = 256;
     constexpr int mostRestarts = 3;
-    const Connection copy(destination, SQLITE_OPEN_READWRITE);
-    // An unfinished copy is removed, and a finished one synced: neither needs SQLite's journal or syncs.
-    RunSQL(copy.Handle(), step, "PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF;");
-    const std::unique_ptr<sqlite3_backup, int (*)(sqlite3_backup*)> backup(
-        sqlite3_backup_init(copy.Handle(), "main", source, "main"), sqlite3_backup_finish);
-    if (backup == nullptr)
-        FailWithErrorOf(copy.Handle(), step);
     int result = SQLITE_OK;
     int restarts = 0;
     for (std::int64_t before = 0; result != SQLITE_DONE;)
     {
-        result = sqlite3_backup_step(backup.get(), restarts < mostRestarts ? pagesAtOnce : -1);
+        result = sqlite3_backup_step(BackUp.get(), restarts < mostRestarts ? pagesAtOnce : -1);
         if (result != SQLITE_OK && result != SQLITE_DONE)
-            Fail(step, sqlite3_errstr(result));
-        const std::int64_t total = sqlite3_backup_pagecount(backup.get());
-        const std::int64_t done = total - sqlite3_backup_remaining(backup.get());
+            Fail(Step, sqlite3_errstr(result));
+        const std::int64_t total = sqlite3_backup_pagecount(BackUp.get());
+        const std::int64_t done = total - sqlite3_backup_remaining(BackUp.get());
         if (done <= before) // another process wrote, and SQLite restarted
             ++restarts;
         before = done;
         if (progress && !progress(done, total))
-            Fail(step, "interrupted");
+            Fail(Step, "interrupted");
     }
 }
 
-// A damaged copy must not replace a good one. A copy with unusual rows is good: SQLite checks no CHECK on reading.
+void CopyToNewFile(sqlite3* source, const std::filesystem::path& file, const std::string& step,
+                   const PlantBackUpProgress& progress)
+{
+    const Connection copy(file, SQLITE_OPEN_READWRITE);
+    // An unfinished copy is removed, and a finished one synced: neither needs SQLite's journal or syncs.
+    RunSQL(copy.Handle(), step, "PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF;");
+    PageCopy(source, copy.Handle(), step).Run(progress);
+}
+
 void RequireSoundCopy(const std::filesystem::path& file)
 {
     const Connection copy(file, SQLITE_OPEN_READONLY);
@@ -87,17 +96,73 @@ void RequireSoundCopy(const std::filesystem::path& file)
         Fail("checking the copy", "the journal is damaged: " + damages.front().Description);
 }
 
-void MoveIntoPlace(const std::filesystem::path& copy, const std::filesystem::path& destination, PlantBackUpMode mode)
+void RequireNoLog(const std::filesystem::path& file)
+{
+    const auto look = [&]
+    {
+        for (const char* suffix : {"-journal", "-wal"})
+        {
+            std::filesystem::path log = file;
+            log += suffix;
+            if (std::filesystem::exists(log))
+                Fail("",
+                     TextOfPath(log.filename()) + " exists, and SQLite would apply it to the copy; remove it first");
+        }
+    };
+    WithPathErrors(look);
+}
+
+std::filesystem::perms PermissionsOf(const std::filesystem::path& file)
+{
+    std::filesystem::perms permissions = std::filesystem::perms::none;
+    WithPathErrors([&] { permissions = std::filesystem::status(file).permissions(); });
+    return permissions;
+}
+
+CopySource::CopySource(const std::string& path)
+    : GivenPath(path), File(AbsolutePath(path)), Journal(File, SQLITE_OPEN_READWRITE), Permissions(PermissionsOf(File))
+{
+    RequireJournalIn(Journal.Handle());
+}
+
+void CopySource::CopyTo(PartFile& part, const PlantBackUpProgress& progress) const
+{
+    CopyToNewFile(Journal.Handle(), part.CopyPath(), "copying " + GivenPath, progress);
+    RequireSoundCopy(part.CopyPath());
+    part.Finish(Permissions);
+}
+
+void CreateSyncedDirectory(const std::filesystem::path& directory)
+{
+    std::vector<std::filesystem::path> missing;
+    const auto look = [&]
+    {
+        for (std::filesystem::path path = directory; !std::filesystem::exists(path); path = path.parent_path())
+            missing.push_back(path);
+    };
+    WithPathErrors(look);
+    for (auto path = missing.rbegin(); path != missing.rend(); ++path)
+    {
+        constexpr const char* step = "creating the directory";
+        RequireSystemCall(AddDirectory(*path, Access::Everyone) || LastSystemError() == std::errc::file_exists, step);
+        RequireSystemCall(OpenedDirectory(path->parent_path()).Sync(), step);
+    }
+}
+
+bool MoveIntoPlace(const std::filesystem::path& copy, const std::filesystem::path& destination, PlantBackUpMode mode)
 {
     const OpenedDirectory directory(destination.parent_path());
     RequireSystemCall(directory.IsOpen(), "opening the directory");
-    RequireSystemCall(mode == PlantBackUpMode::Overwrite ? RenameReplacing(copy, destination)
-                                                         : RenameWithoutReplacing(copy, destination),
-                      "renaming the copy");
+    if (mode == PlantBackUpMode::Overwrite)
+        RequireSystemCall(RenameReplacing(copy, destination), RenamingStep);
+    else if (!RenameWithoutReplacing(copy, destination))
+    {
+        RequireSystemCall(LastSystemError() == std::errc::file_exists, RenamingStep);
+        return false;
+    }
     RequireSystemCall(directory.Sync(), "syncing the directory");
+    return true;
 }
-
-} // namespace
 
 } // namespace plant_file
 
@@ -105,29 +170,19 @@ PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string
                                     const PlantBackUpProgress& progress, PlantBackUpMode mode)
 {
     using namespace plant_file;
-    std::filesystem::path from;
-    std::filesystem::perms permissions = std::filesystem::perms::none;
-    std::optional<Connection> journal;
-    const auto openSource = [&]
-    {
-        from = AbsolutePath(source);
-        journal.emplace(from, SQLITE_OPEN_READWRITE);
-        WithPathErrors([&] { permissions = std::filesystem::status(from).permissions(); });
-        RequireJournalIn(journal->Handle());
-    };
+    std::optional<CopySource> journal;
     const auto makeCopy = [&]
     {
         std::filesystem::path to;
         WithPathErrors([&] { to = std::filesystem::weakly_canonical(AbsolutePath(destination)); });
-        RequireFreeDestination(from, to, mode);
+        RequireFreeDestination(journal->Path(), to, mode);
         PartFile part(to);
-        CopyPages(journal->Handle(), part.CopyPath(), "copying " + source, progress);
-        RequireSoundCopy(part.CopyPath());
-        part.Finish(permissions);
-        RequireFreeDestination(from, to, mode); // other processes may have created files meanwhile
-        MoveIntoPlace(part.CopyPath(), to, mode);
+        journal->CopyTo(part, progress);
+        RequireFreeDestination(journal->Path(), to, mode); // other processes may have created files meanwhile
+        if (!MoveIntoPlace(part.CopyPath(), to, mode))
+            Fail("", AlreadyExists);
     };
-    PlantFileResult result = Attempt(source, openSource);
+    PlantFileResult result = Attempt(source, [&] { journal.emplace(source); });
     if (result)
         result = Attempt(destination, makeCopy);
     return result;

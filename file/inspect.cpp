@@ -67,26 +67,6 @@ void ReadRowsAndDates(sqlite3* db, const std::string& table, const std::vector<s
                });
 }
 
-// The kind of a file that SQLite failed to read; none where the failure says nothing about the file.
-std::optional<PlantFileKind> KindOfUnreadableFile(int code)
-{
-    switch (code)
-    {
-    case SQLITE_BUSY:
-        return PlantFileKind::Locked;
-    case SQLITE_READONLY:
-        return PlantFileKind::Interrupted;
-    case SQLITE_NOTADB:
-        return PlantFileKind::NotADatabase;
-    case SQLITE_CORRUPT:
-    case SQLITE_ERROR:     // a format or a schema that this SQLite does not understand
-    case SQLITE_INTERRUPT: // by the progress handler of Connection
-        return PlantFileKind::Damaged;
-    default:
-        return std::nullopt;
-    }
-}
-
 PlantFileInspection InspectFile(const std::filesystem::path& file, InspectionExtent extent)
 {
     try
@@ -127,6 +107,25 @@ PlantFileResult Inspect(const std::string& path, InspectionExtent extent, PlantF
 }
 
 } // namespace
+
+std::optional<PlantFileKind> KindOfUnreadableFile(int code)
+{
+    switch (code)
+    {
+    case SQLITE_BUSY:
+        return PlantFileKind::Locked;
+    case SQLITE_READONLY:
+        return PlantFileKind::Interrupted;
+    case SQLITE_NOTADB:
+        return PlantFileKind::NotADatabase;
+    case SQLITE_CORRUPT:
+    case SQLITE_ERROR:     // a format or a schema that this SQLite does not understand
+    case SQLITE_INTERRUPT: // by the progress handler of Connection
+        return PlantFileKind::Damaged;
+    default:
+        return std::nullopt;
+    }
+}
 
 PlantFileInspection InspectConnection(sqlite3* db, InspectionExtent extent)
 {

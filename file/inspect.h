@@ -3,6 +3,9 @@
 
 #include "plant_file.h"
 
+#include <cstdint>
+#include <optional>
+
 #include <sqlite3.h>
 
 namespace plant_file
@@ -16,5 +19,8 @@ enum class InspectionExtent : std::int32_t
 
 // Fills in all but the size. Call it in a ReadTransaction.
 PlantFileInspection InspectConnection(sqlite3* db, InspectionExtent extent);
+
+// The kind of a file that SQLite failed to read; none where the failure says nothing about the file.
+std::optional<PlantFileKind> KindOfUnreadableFile(int code);
 
 } // namespace plant_file

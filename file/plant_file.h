@@ -1,12 +1,12 @@
 /// @file plant_file.h
-/// Functions for whole journal files: inspect a file, check a journal, back it up.
+/// Functions for whole journal files: inspect a file, check a journal, back it up, restore it.
 ///
-/// No function here migrates a file or changes its contents. Each function opens its own connection and closes it
-/// before it returns. It throws only `std::bad_alloc` and the exceptions of a callback; it closes the connection then,
-/// too. Where another process or thread holds a lock, a function waits up to 2.5 seconds. Threads: any function may run
-/// on any thread, and several may run at once, even while the program has the journal open. Paths are UTF-8. `:memory:`
-/// and `file:...` are ordinary file names here. An empty path, or a path that contains a zero byte, is an error. The
-/// library requires a POSIX system.
+/// No function here migrates a file. Only RestorePlantDatabase() changes the contents of a journal. Each function opens
+/// its own connection and closes it before it returns. It throws only `std::bad_alloc` and the exceptions of a
+/// callback; it closes the connection then, too. Where another process or thread holds a lock, a function waits up
+/// to 2.5 seconds. Threads: any function may run on any thread, and several may run at once, even while the program has
+/// the journal open. Paths are UTF-8. `:memory:` and `file:...` are ordinary file names here. An empty path, or a path
+/// that contains a zero byte, is an error. The library requires a POSIX system.
 #pragma once
 
 #include <cstdint>
@@ -171,3 +171,100 @@ using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t t
 PLANTJOURNAL_FILE_API PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string& destination,
                                                           const PlantBackUpProgress& progress = {},
                                                           PlantBackUpMode mode = PlantBackUpMode::Keep);
+
+/// How many backups a rotation keeps.
+struct PlantBackUpPolicy
+{
+    std::int32_t Days = 7;    ///< The newest backup of each of so many days.
+    std::int32_t Weeks = 4;   ///< The newest backup of each of so many weeks. A week begins on Monday.
+    std::int32_t Months = 12; ///< The newest backup of each of so many months.
+};
+
+/// The result of a rotation.
+struct PlantBackUpRotation
+{
+    std::string Path;                 ///< The new backup. Empty after an error, unless the step is `removing`.
+    std::vector<std::string> Dropped; ///< The backups that were removed, the newest first.
+};
+
+/// Makes a backup with the date and time as its name, then removes older backups that the policy does not keep.
+///
+/// A backup of journal.db is named like `2026-05-01-140307-journal.db`: local time, then the name of the journal. A
+/// second one in the same second is `2026-05-01-140307_02-journal.db`. The names of the backups sort by time. The
+/// backup is made, checked and synced as by BackUpPlantDatabase(). Only then are older backups removed.
+///
+/// The policy counts the days, weeks and months that have a backup, from the new backup back. After a long break, the
+/// backups from before it are therefore kept. The new backup is always kept. A backup whose name has a later time than
+/// the new one stays and does not count: the clock was set back, or had been wrong. Only regular files are removed that
+/// have exactly such a name with the name of this journal. Other files and symbolic links stay. Two rotations at the
+/// same time are safe; the later one may remove the earlier one's backup of the same day.
+/// @param journal  The journal, as for InspectPlantDatabase(). Where it is a symbolic link, its target gives the name.
+/// @param directory  The backups' directory. It is created with the directories above it where it does not exist. Use
+/// a directory for each journal: two journals with the same name would remove each other's backups.
+/// @param policy  What to keep. A negative number is an error.
+/// @param out  Written back in every case.
+/// @param progress  As for BackUpPlantDatabase().
+/// @return An error as for BackUpPlantDatabase(), after which no backup was removed. With two exceptions, no backup was
+/// made either. Where the step is `syncing the directory`, a power loss may remove the new backup. Where the step is
+/// `removing` and a name, `out` has the new backup, and all others that could be removed were removed. The unfinished
+/// copy of a killed process is removed by the next rotation; its name is that of the journal, with `.part-` and more
+/// characters after it.
+PLANTJOURNAL_FILE_API PlantFileResult RotatePlantBackUps(const std::string& journal, const std::string& directory,
+                                                         const PlantBackUpPolicy& policy, PlantBackUpRotation& out,
+                                                         const PlantBackUpProgress& progress = {});
+
+/// A backup that a rotation made.
+struct PlantBackUpFile
+{
+    std::string Path;       ///< The file.
+    std::string Time;       ///< When it was made, by its name, in local time: `2026-05-01 14:03:07`.
+    std::int64_t Bytes = 0; ///< The size of the file.
+};
+
+/// Lists the backups that RotatePlantBackUps() made of `journal` in `directory`, the newest first. Does not open them.
+/// @param journal  The journal. It need not exist.
+/// @param directory  The backups' directory. Where it does not exist, the list is empty.
+/// @param out  Written back in every case; empty after an error.
+/// @return An error where the directory cannot be read.
+PLANTJOURNAL_FILE_API PlantFileResult ListPlantBackUps(const std::string& journal, const std::string& directory,
+                                                       std::vector<PlantBackUpFile>& out);
+
+/// The result of a restoration.
+struct PlantRestoration
+{
+    /// The copy of the journal that was there before; empty where no file was there. Also filled in after an error,
+    /// where the copy was made.
+    std::string KeptPath;
+    /// Whether programs that have the journal open must close it and open it again.
+    bool MustReopen = false;
+};
+
+/// Replaces the content of `journal` with that of `backup`. Keeps a copy of the journal that was there.
+///
+/// The function first checks the backup as BackUpPlantDatabase() checks a copy. It locks the journal, and copies it
+/// byte by byte to a file next to it, even if it is damaged: `journal.db.before-restore-2026-05-01`, with `-2` and so
+/// on after it where that name is taken. Then:
+/// - A journal that can be read, or an empty file, is overwritten in one transaction. Programs that have it open see
+///   the restored journal in their next transaction, and go on. If the backup has an earlier schema, they must open the
+///   journal again, which migrates it; `MustReopen` is then true.
+/// - A damaged journal, or a file that is not a database, is replaced by a new file, which is checked and synced first.
+///   Programs that have the journal open keep the damaged file, and their writes are lost: close them first, or let
+///   them open the journal again at once. The function cannot see them, since an idle connection holds no lock.
+///   `MustReopen` is then true.
+/// - A missing journal is created, with the directories above it.
+///
+/// After a killed process or a power loss, either the former journal or the restored one is in place. The backup is not
+/// changed.
+/// @param backup  A journal that can be read: a backup, or any other journal.
+/// @param journal  The file to restore. Where it is a symbolic link, its target is restored. A replaced file keeps its
+/// permissions, and a new one has those of the backup.
+/// @param out  Written back in every case.
+/// @param progress  As for BackUpPlantDatabase(). It may be called while the journal is locked.
+/// @return An error where the backup is damaged, is not a journal or cannot be read; where the journal is the backup
+/// itself, or another program's database; where another process reads or writes it for longer than 2.5 seconds; where
+/// it is damaged or missing and a file exists that SQLite would apply to the restored one (its name with `-journal` or
+/// `-wal`); where there is no permission or the disk is full. After an error the journal is unchanged, with one
+/// exception: where the step is `syncing the directory`, the restored journal can be in place.
+PLANTJOURNAL_FILE_API PlantFileResult RestorePlantDatabase(const std::string& backup, const std::string& journal,
+                                                           PlantRestoration& out,
+                                                           const PlantBackUpProgress& progress = {});

@@ -6,7 +6,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -126,6 +128,11 @@ bool AddDirectory(const std::filesystem::path& path, Access access);
 // Replaces a file at `destination`.
 bool RenameReplacing(const std::filesystem::path& from, const std::filesystem::path& destination);
 
+// Replaces a file that this program has open. `close` closes it: before the call where the system cannot replace an
+// open file, otherwise after it. It is not called where the system failed first.
+bool RenameReplacingOpen(const std::filesystem::path& from, const std::filesystem::path& destination,
+                         const std::function<void()>& close);
+
 // Fails where `destination` exists. `from` may be a file or a directory; a file may keep its earlier name, too.
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination);
 
@@ -134,5 +141,10 @@ bool IsEmptyFile(const std::filesystem::path& path);
 
 // A number that no other process of this system has at the same time.
 std::int64_t ProcessNumber();
+
+// ---- Time
+
+// In the time zone that the user has set by now.
+std::tm LocalTime(std::time_t moment);
 
 } // namespace plant_file

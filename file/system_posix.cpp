@@ -242,6 +242,15 @@ bool RenameReplacing(const std::filesystem::path& from, const std::filesystem::p
     return std::rename(from.c_str(), destination.c_str()) == 0;
 }
 
+bool RenameReplacingOpen(const std::filesystem::path& from, const std::filesystem::path& destination,
+                         const std::function<void()>& close)
+{
+    if (!RenameReplacing(from, destination))
+        return false;
+    close();
+    return true;
+}
+
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination)
 {
     std::error_code ignored;
@@ -265,6 +274,14 @@ bool IsEmptyFile(const std::filesystem::path& path)
 {
     struct stat status = {};
     return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
+}
+
+std::tm LocalTime(std::time_t moment)
+{
+    std::tm local = {};
+    tzset();
+    localtime_r(&moment, &local);
+    return local;
 }
 
 std::int64_t ProcessNumber()

@@ -236,6 +236,13 @@ bool RenameReplacing(const std::filesystem::path& from, const std::filesystem::p
     return MoveFileExW(from.c_str(), destination.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
 }
 
+bool RenameReplacingOpen(const std::filesystem::path& from, const std::filesystem::path& destination,
+                         const std::function<void()>& close)
+{
+    close(); // SQLite opens its files so that no other call can replace them
+    return RenameReplacing(from, destination);
+}
+
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination)
 {
     return MoveFileExW(from.c_str(), destination.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
@@ -247,6 +254,14 @@ bool IsEmptyFile(const std::filesystem::path& path)
     return GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &found) != 0 &&
            (found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0 &&
            found.nFileSizeHigh == 0 && found.nFileSizeLow == 0;
+}
+
+std::tm LocalTime(std::time_t moment)
+{
+    std::tm local = {};
+    _tzset();
+    localtime_s(&local, &moment);
+    return local;
 }
 
 std::int64_t ProcessNumber()

@@ -37,7 +37,7 @@ TEST_F(BackUpDestinationTest, AFileThatIsCreatedMeanwhileIsNotReplaced)
 
     // A broken symbolic link occupies the name, too.
     std::filesystem::create_symlink("nowhere", Destination);
-    EXPECT_EQ(BackUp(), Destination + ": renaming the copy: File exists");
+    EXPECT_EQ(BackUp(), Destination + ": already exists");
     EXPECT_TRUE(std::filesystem::is_symlink(Destination));
     std::filesystem::remove(Destination);
     EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});

@@ -48,6 +48,9 @@ class FileCallsTest : public testing::Test
             const int created = mkostemp(name.data(), O_CLOEXEC);
             return created != -1 && close(created) == 0;
         }
+        case FileCall::Remove:
+            std::ofstream(Scratch.File("removed")) << "text";
+            return remove(Scratch.File("removed").c_str()) == 0;
         case FileCall::OpenDirectory:
         {
             DIR* const directory = opendir(std::filesystem::path(File).parent_path().c_str());
@@ -64,7 +67,7 @@ class FileCallsTest : public testing::Test
 
 const std::set<FileCall> AllFileCalls = {FileCall::Link,       FileCall::Rename,        FileCall::Sync,
                                          FileCall::ChangeMode, FileCall::OpenDirectory, FileCall::CreateTemporary,
-                                         FileCall::Lock};
+                                         FileCall::Lock,       FileCall::Remove};
 
 TEST_F(FileCallsTest, CallsReachTheSystemWhereNoFailureIsInScope)
 {
@@ -93,7 +96,7 @@ TEST_F(FileCallsTest, AllButTheFailingKindsReachTheSystem)
         const FileCallFailure failure({failing}, FileCallFailure::EveryCall);
         for (const FileCall call : AllFileCalls)
             EXPECT_EQ(Make(call), call != failing) << static_cast<int>(call);
-        std::filesystem::remove(Scratch.File("linked"));
+        unlink(Scratch.File("linked").c_str());
     }
 }
 
@@ -123,6 +126,19 @@ TEST_F(FileCallsTest, AnActionRunsOnceAfterTheFirstCallOfItsKind)
     EXPECT_EQ(rename(Scratch.File("missing").c_str(), File.c_str()), -1);
     EXPECT_EQ(errno, ENOENT);
     EXPECT_TRUE(Make(FileCall::Rename));
+    EXPECT_EQ(runs, 1);
+    EXPECT_TRUE(after.Happened());
+}
+
+TEST_F(FileCallsTest, AnActionCanRunAfterALaterCall)
+{
+    int runs = 0;
+    const AfterFileCall after(
+        FileCall::Sync, [&] { ++runs; }, 2);
+    EXPECT_TRUE(Make(FileCall::Sync));
+    EXPECT_FALSE(after.Happened());
+    EXPECT_TRUE(Make(FileCall::Sync));
+    EXPECT_TRUE(Make(FileCall::Sync));
     EXPECT_EQ(runs, 1);
     EXPECT_TRUE(after.Happened());
 }

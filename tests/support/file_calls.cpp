@@ -37,7 +37,7 @@ class FileCallGate
         }
         const Result result = reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
         const int error = errno;
-        if (afterFileCall != nullptr && afterFileCall->Call == call && !std::exchange(afterFileCall->Done, true))
+        if (afterFileCall != nullptr && afterFileCall->Call == call && ++afterFileCall->Made == afterFileCall->Number)
             afterFileCall->Act();
         errno = error;
         return result;
@@ -55,7 +55,8 @@ FileCallFailure::~FileCallFailure()
     fileCallFailure = nullptr;
 }
 
-AfterFileCall::AfterFileCall(FileCall call, std::function<void()> act) : Call(call), Act(std::move(act))
+AfterFileCall::AfterFileCall(FileCall call, std::function<void()> act, int number)
+    : Call(call), Act(std::move(act)), Number(number)
 {
     afterFileCall = this;
 }
@@ -105,5 +106,10 @@ extern "C"
     int flock(int file, int operation) noexcept
     {
         return FileCallGate::Pass(FileCall::Lock, "flock", -1, file, operation);
+    }
+
+    int remove(const char* name) noexcept
+    {
+        return FileCallGate::Pass(FileCall::Remove, "remove", -1, name);
     }
 }

@@ -18,7 +18,8 @@ enum class FileCall
     ChangeMode,      // fchmod
     OpenDirectory,   // opendir
     CreateTemporary, // mkostemp
-    Lock             // flock
+    Lock,            // flock
+    Remove           // remove, which std::filesystem::remove calls
 };
 
 // Makes calls of the thread fail while in scope, without their reaching the system: the `number`-th of all calls of
@@ -44,22 +45,24 @@ class FileCallFailure
     int Made = 0;
 };
 
-// Acts, while in scope, right after the thread's first call of this kind has returned. One at a time.
+// Acts, while in scope, right after the thread's `number`-th call of this kind has returned, counted from 1. One at a
+// time.
 class AfterFileCall
 {
   public:
-    AfterFileCall(FileCall call, std::function<void()> act);
+    AfterFileCall(FileCall call, std::function<void()> act, int number = 1);
     ~AfterFileCall();
     AfterFileCall(const AfterFileCall&) = delete;
     AfterFileCall& operator=(const AfterFileCall&) = delete;
 
-    bool Happened() const { return Done; }
+    bool Happened() const { return Made >= Number; }
 
   private:
     friend class FileCallGate;
     FileCall Call;
     std::function<void()> Act;
-    bool Done = false;
+    int Number;
+    int Made = 0;
 };
 
 } // namespace support

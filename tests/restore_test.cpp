@@ -1,0 +1,446 @@
+#include "plant_file.h"
+
+#include "support/child_process.h"
+#include "support/restore_test.h"
+#include "testing/old_files.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <utility>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+using namespace support;
+
+namespace
+{
+
+// ---- A journal that can be read
+
+TEST_F(RestoreTest, AJournalHasTheBackupsContent)
+{
+    const std::string backUp = FileBytes(Destination);
+    EXPECT_EQ(Restore(), "");
+    EXPECT_FALSE(Restoration.MustReopen);
+    ExpectRestored(LaterBytes);
+    EXPECT_EQ(FileBytes(Destination) == backUp, true);
+    ASSERT_TRUE(Database.Open(Path));
+    Database.Close();
+}
+
+TEST_F(RestoreTest, AnOpenJournalGoesOnWithTheRestoredContent)
+{
+    ASSERT_TRUE(Database.Open(Path));
+    EXPECT_EQ(Content(), Later); // in its cache now
+    EXPECT_EQ(Restore(), "");
+    EXPECT_FALSE(Restoration.MustReopen);
+    EXPECT_EQ(Content(), BackedUp);
+    Plant plant;
+    plant.Name = "After the restoration";
+    EXPECT_TRUE(Repository.CreatePlant(plant));
+    Database.Close();
+    EXPECT_EQ(support::Damage(PlainConnection(Path).NativeHandle()), "ok");
+}
+
+TEST_F(RestoreTest, ASecondRestorationOfADayKeepsItsOwnCopy)
+{
+    ASSERT_EQ(Restore(), "");
+    PlainConnection(Path).RunSQL("UPDATE Plants SET Notes='later again';");
+    const std::string former = FileBytes(Path);
+    ASSERT_EQ(Restore(), "");
+    EXPECT_EQ(Restoration.KeptPath, Kept + "-2");
+    EXPECT_EQ(FileBytes(Kept) == LaterBytes, true);
+    EXPECT_EQ(FileBytes(Kept + "-2") == former, true);
+    EXPECT_EQ(ContentOf(Path), BackedUp);
+}
+
+TEST_F(RestoreTest, TheKeptCopyRestoresTheFormerJournal)
+{
+    ASSERT_EQ(Restore(), "");
+    EXPECT_EQ(RestorePlantDatabase(Kept, Path, Restoration).Error, "");
+    EXPECT_EQ(ContentOf(Path), Later);
+}
+
+TEST_F(RestoreTest, AnInterruptedWriteIsRolledBackFirst)
+{
+    const std::string torn = Scratch.File("torn.db");
+    {
+        const PlainConnection writer(Path);
+        writer.RunSQL("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.9000c','x');");
+        std::filesystem::copy_file(Path, torn);
+        std::filesystem::copy_file(Path + "-journal", torn + "-journal");
+    }
+    EXPECT_EQ(RestorePlantDatabase(Destination, torn, Restoration).Error, "");
+    EXPECT_FALSE(Restoration.MustReopen);
+    EXPECT_EQ(ContentOf(torn), BackedUp);
+    EXPECT_EQ(ContentOf(Restoration.KeptPath), Later);
+}
+
+TEST_F(RestoreTest, AnEmptyFileBecomesTheRestoredJournal)
+{
+    std::filesystem::resize_file(Path, 0);
+    EXPECT_EQ(Restore(), "");
+    EXPECT_FALSE(Restoration.MustReopen);
+    ExpectRestored("");
+}
+
+TEST_F(RestoreTest, PagesOfAnotherSizeAreReplaced)
+{
+    PlainConnection(Path).RunSQL("PRAGMA page_size=1024; VACUUM;");
+    const std::string former = FileBytes(Path);
+    ASSERT_TRUE(Database.Open(Path));
+    EXPECT_EQ(Content(), Later);
+    EXPECT_EQ(Restore(), "");
+    EXPECT_EQ(Content(), BackedUp);
+    Database.Close();
+    ExpectRestored(former);
+}
+
+TEST_F(RestoreTest, AnEarlierSchemaIsRestoredAndMustBeReopened)
+{
+    for (const OldFile& old : OldFiles())
+    {
+        WriteOldFile(Destination, old);
+        EXPECT_EQ(Restore(), "") << old;
+        EXPECT_EQ(ContentOf(Path), ContentOf(Destination)) << old;
+        EXPECT_EQ(Restoration.MustReopen, !HasCurrentSchema(old)) << old;
+        EXPECT_TRUE(Database.Open(Path)) << old;
+        Database.Close();
+    }
+}
+
+TEST_F(RestoreTest, ALinkToTheJournalStays)
+{
+    const std::string link = Scratch.File("link.db");
+    std::filesystem::create_symlink(Path, link);
+    EXPECT_EQ(RestorePlantDatabase(Destination, link, Restoration).Error, "");
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(ContentOf(Path), BackedUp);
+    EXPECT_TRUE(Restoration.KeptPath.starts_with(Path + ".before-restore-"));
+    Damage();
+    EXPECT_EQ(RestorePlantDatabase(Destination, link, Restoration).Error, "");
+    EXPECT_TRUE(Restoration.MustReopen);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(ContentOf(Path), BackedUp);
+}
+
+// ---- A damaged journal
+
+TEST_F(RestoreTest, ADamagedJournalIsReplacedAndKept)
+{
+    const auto damages = {std::pair(0L, 100UL), std::pair(100L, 3000UL),
+                          std::pair(static_cast<long>(LaterBytes.size() / 2), 40'960UL)};
+    for (const auto& [offset, count] : damages)
+        for (const char byte : {'\0', '\xFF'})
+        {
+            Overwrite(offset, count, byte);
+            const std::string damaged = FileBytes(Path);
+            EXPECT_EQ(Restore(), "") << offset;
+            EXPECT_TRUE(Restoration.MustReopen);
+            ExpectRestored(damaged);
+            std::filesystem::remove(Kept);
+            std::ofstream(Path, std::ios::binary) << LaterBytes;
+        }
+}
+
+TEST_F(RestoreTest, ATornOffJournalIsReplacedAndKept)
+{
+    for (const std::size_t size : {99U, 512U, 4096U, 8191U, 40'960U})
+    {
+        std::filesystem::resize_file(Path, size);
+        EXPECT_EQ(Restore(), "") << size;
+        EXPECT_TRUE(Restoration.MustReopen) << size;
+        ExpectRestored(LaterBytes.substr(0, size));
+        std::filesystem::remove(Kept);
+        std::ofstream(Path, std::ios::binary) << LaterBytes;
+    }
+}
+
+TEST_F(RestoreTest, AFileThatIsNotADatabaseIsReplacedAndKept)
+{
+    std::ofstream(Path) << "a shopping list";
+    EXPECT_EQ(Restore(), "");
+    EXPECT_TRUE(Restoration.MustReopen);
+    ExpectRestored("a shopping list");
+}
+
+TEST_F(RestoreTest, AReplacedJournalKeepsItsPermissions)
+{
+    ASSERT_EQ(chmod(Destination.c_str(), 0644), 0);
+    for (const auto mode : {0600, 0640, 0664})
+    {
+        Damage();
+        ASSERT_EQ(chmod(Path.c_str(), static_cast<mode_t>(mode)), 0);
+        EXPECT_EQ(Restore(), "");
+        EXPECT_EQ(static_cast<int>(std::filesystem::status(Path).permissions()), mode);
+        EXPECT_EQ(static_cast<int>(std::filesystem::status(Restoration.KeptPath).permissions()), mode);
+    }
+}
+
+// What counts the changes of the file differs from all that a program has seen under its name, so that a step of undo
+// from before the restoration does not fit.
+TEST_F(RestoreTest, AReplacedJournalHasAnotherCountOfChanges)
+{
+    const auto header = [](const std::string& path) { return FileBytes(path).substr(0, 100); };
+    const std::string backUp = header(Destination);
+    Damage();
+    ASSERT_EQ(Restore(), "");
+    const std::string first = header(Path);
+    EXPECT_NE(first.substr(24, 4), backUp.substr(24, 4));
+    EXPECT_EQ(first.substr(24, 4), first.substr(92, 4)); // SQLite trusts the header only where these are equal
+    Damage();
+    ASSERT_EQ(Restore(), "");
+    EXPECT_NE(header(Path), first);
+    std::filesystem::remove(Path);
+    ASSERT_EQ(Restore(), "");
+    EXPECT_NE(header(Path), first);
+    EXPECT_NE(header(Path), backUp);
+}
+
+// ---- A missing journal
+
+TEST_F(RestoreTest, AMissingJournalIsCreated)
+{
+    std::filesystem::remove(Path);
+    ASSERT_EQ(chmod(Destination.c_str(), 0640), 0);
+    EXPECT_EQ(Restore(), "");
+    EXPECT_EQ(Restoration.KeptPath, "");
+    EXPECT_FALSE(Restoration.MustReopen);
+    EXPECT_EQ(ContentOf(Path), BackedUp);
+    EXPECT_EQ(static_cast<int>(std::filesystem::status(Path).permissions()), 0640);
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+
+    const std::string far = Scratch.File("new/home/journal.db");
+    EXPECT_EQ(RestorePlantDatabase(Destination, far, Restoration).Error, "");
+    EXPECT_EQ(ContentOf(far), BackedUp);
+}
+
+TEST_F(RestoreTest, AJournalThatIsCreatedMeanwhileIsNotReplaced)
+{
+    std::filesystem::remove(Path);
+    const auto create = [&](std::int64_t, std::int64_t)
+    {
+        std::ofstream(Path) << "another program's";
+        return true;
+    };
+    EXPECT_EQ(Restore(create), Path + ": another process has created the file meanwhile; try again");
+    EXPECT_EQ(FileBytes(Path), "another program's");
+}
+
+// ---- What is refused
+
+class RestoreRefusalTest : public RestoreTest
+{
+  protected:
+    // Nothing is changed and no file is left.
+    void ExpectRefused(const std::string& error)
+    {
+        const auto before = Scratch.Files();
+        EXPECT_EQ(Restore(), error);
+        EXPECT_EQ(Restoration.KeptPath, "");
+        EXPECT_FALSE(Restoration.MustReopen);
+        EXPECT_TRUE(Scratch.Files() == before);
+    }
+};
+
+TEST_F(RestoreRefusalTest, ADamagedBackupIsNotRestored)
+{
+    const std::string whole = FileBytes(Destination);
+    const int page = std::stoi(
+        PlainConnection(Destination).Value("SELECT rootpage FROM sqlite_master WHERE name='PlantsByStrain';"));
+    {
+        std::fstream file(Destination, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp((page - 1) * 4096L + 3).put('\0').put('\0'); // the index has no entries
+    }
+    const auto before = Scratch.Files();
+    EXPECT_TRUE(Restore().starts_with(Destination + ": checking the backup: the backup is damaged: "));
+    EXPECT_TRUE(Scratch.Files() == before);
+    std::ofstream(Destination, std::ios::binary) << whole.substr(0, 4096);
+    ExpectRefused(Destination + ": reading the schema: database disk image is malformed");
+}
+
+TEST_F(RestoreRefusalTest, ABackupThatIsNotAJournalIsNotRestored)
+{
+    std::ofstream(Destination) << "some other text";
+    ExpectRefused(Destination + ": reading the schema: file is not a database");
+    std::ofstream(Destination) << "";
+    ExpectRefused(Destination + ": reading the schema: not a plantjournal file: it has no tables");
+    std::filesystem::remove(Destination);
+    ExpectRefused(Destination + ": no such file");
+    PlainConnection(Destination).RunSQL("CREATE TABLE Bees(X);");
+    ExpectRefused(Destination +
+                  ": reading the schema: not a plantjournal file: The table \"Bees\" is not part of a journal.");
+}
+
+TEST_F(RestoreRefusalTest, AnotherProgramsDatabaseIsNotReplaced)
+{
+    std::filesystem::remove(Path);
+    PlainConnection(Path).RunSQL("CREATE TABLE Bees(X);");
+    ExpectRefused(Path + ": reading the schema: not a plantjournal file: The table \"Bees\" is not part of a journal.");
+    std::filesystem::remove(Path);
+    std::filesystem::create_directory(Path);
+    EXPECT_EQ(Restore(), Path + ": not a regular file");
+}
+
+TEST_F(RestoreRefusalTest, TheJournalItselfIsNotItsBackup)
+{
+    std::filesystem::remove(Destination);
+    std::filesystem::create_symlink(Path, Destination);
+    ExpectRefused(Path + ": the backup and the journal are the same file");
+}
+
+TEST_F(RestoreRefusalTest, AnEmptyPathIsAnError)
+{
+    EXPECT_EQ(RestorePlantDatabase("", Path, Restoration).Error, ": the path is empty or contains a zero byte");
+    EXPECT_EQ(RestorePlantDatabase(Destination, "", Restoration).Error, ": the path is empty or contains a zero byte");
+}
+
+TEST_F(RestoreRefusalTest, ALogNextToADamagedJournalIsNotApplied)
+{
+    const std::string advice = " exists, and SQLite would apply it to the copy; remove it first";
+    Damage();
+    std::ofstream(Path + "-journal") << std::string(512, '\0'); // SQLite does not remove this one
+    ExpectRefused(Path + ": journal.db-journal" + advice);
+    std::filesystem::remove(Path);
+    ExpectRefused(Path + ": journal.db-journal" + advice);
+    std::filesystem::rename(Path + "-journal", Path + "-wal");
+    ExpectRefused(Path + ": journal.db-wal" + advice);
+}
+
+TEST_F(RestoreRefusalTest, AnInterruptionChangesNothing)
+{
+    const auto interrupt = [](std::int64_t done, std::int64_t total) { return done * 2 < total; };
+    for (const bool damaged : {true, false})
+    {
+        if (damaged)
+            Damage();
+        else
+            std::ofstream(Path, std::ios::binary) << LaterBytes;
+        const std::string before = FileBytes(Path);
+        EXPECT_EQ(Restore(interrupt), Path + ": copying the backup: interrupted");
+        EXPECT_EQ(FileBytes(Path) == before, true);
+        EXPECT_EQ(Restoration.KeptPath, damaged ? "" : Kept);
+    }
+    EXPECT_EQ(FileBytes(Kept) == LaterBytes, true);
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db", "journal.db.before-restore-2026-05-01"}));
+}
+
+// ---- Other processes
+
+TEST_F(RestoreRefusalTest, AProcessThatWritesIsNotDisturbed)
+{
+    for (const char* begin : {"BEGIN IMMEDIATE;", "BEGIN EXCLUSIVE;"})
+    {
+        ChildProcess other(
+            [&](const ParentProcess& parent)
+            {
+                const PlainConnection connection(Path);
+                connection.RunSQL(begin);
+                parent.Send("locked");
+                parent.Wait();
+            });
+        ASSERT_EQ(other.ReadLine(), "locked");
+        const std::string error = Restore();
+        EXPECT_TRUE(error == Path + ": locking: database is locked" ||
+                    error == Path + ": reading the schema: database is locked")
+            << error;
+        EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+        other.Continue();
+        EXPECT_EQ(other.End(), "done");
+        EXPECT_EQ(FileBytes(Path) == LaterBytes, true);
+    }
+}
+
+TEST_F(RestoreRefusalTest, AProcessThatWritesToADamagedJournalIsToo)
+{
+    Damage();
+    const std::string damaged = FileBytes(Path);
+    for (const char* begin : {"BEGIN IMMEDIATE;"})
+    {
+        ChildProcess other(
+            [&](const ParentProcess& parent)
+            {
+                const PlainConnection connection(Path);
+                connection.RunSQL(begin);
+                parent.Send("locked");
+                parent.Wait();
+            });
+        ASSERT_EQ(other.ReadLine(), "locked");
+        EXPECT_EQ(Restore(), Path + ": locking: database is locked");
+        EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+        other.Continue();
+        EXPECT_EQ(other.End(), "done");
+        EXPECT_EQ(FileBytes(Path) == damaged, true);
+    }
+}
+
+TEST_F(RestoreRefusalTest, AJournalThatIsReplacedMeanwhileIsNotReplaced)
+{
+    Damage();
+    bool first = true;
+    const auto replace = [&](std::int64_t, std::int64_t)
+    {
+        if (std::exchange(first, false))
+        {
+            std::filesystem::rename(Path, Scratch.File("former.db"));
+            std::ofstream(Path, std::ios::binary) << LaterBytes;
+        }
+        return true;
+    };
+    EXPECT_EQ(Restore(replace), Path + ": another process has replaced the file meanwhile; try again");
+    EXPECT_EQ(FileBytes(Path) == LaterBytes, true);
+}
+
+TEST_F(RestoreTest, TheProgramKeepsItsLocksOnTheJournal)
+{
+    ChildProcess other( // started while no file is open
+        [&](const ParentProcess& parent)
+        {
+            parent.Wait();
+            sqlite3* db = nullptr;
+            sqlite3_open(Path.c_str(), &db);
+            parent.Send(std::to_string(sqlite3_exec(db, "BEGIN IMMEDIATE;", nullptr, nullptr, nullptr)));
+            sqlite3_close(db);
+        });
+    const PlainConnection own(Path);
+    own.RunSQL("BEGIN IMMEDIATE;");
+    EXPECT_EQ(Restore(), Path + ": locking: database is locked");
+    other.Continue();
+    EXPECT_EQ(other.ReadLine(), std::to_string(SQLITE_BUSY));
+}
+
+TEST_F(RestoreTest, AWriterWaitsUntilTheJournalIsRestored)
+{
+    ChildProcess writer(
+        [&](const ParentProcess& parent)
+        {
+            PlantDatabase database;
+            PlantRepository repository(database);
+            Plant plant;
+            plant.Name = "Patient";
+            if (!database.Open(Path))
+                throw std::runtime_error("not opened");
+            parent.Send("open");
+            parent.Wait();
+            parent.Send(repository.CreatePlant(plant) ? "stored" : "refused");
+        });
+    ASSERT_EQ(writer.ReadLine(), "open");
+    bool first = true;
+    const auto start = [&](std::int64_t, std::int64_t)
+    {
+        if (std::exchange(first, false))
+            writer.Continue();
+        return true;
+    };
+    EXPECT_EQ(Restore(start), "");
+    EXPECT_EQ(writer.ReadLine(), "stored");
+    EXPECT_EQ(writer.End(), "done");
+    EXPECT_EQ(PlainConnection(Path).Value("SELECT COUNT(*) FROM Plants WHERE Name='Patient';"), "1");
+    EXPECT_EQ(support::Damage(PlainConnection(Path).NativeHandle()), "ok");
+    EXPECT_EQ(FileBytes(Kept) == LaterBytes, true);
+}
+
+} // namespace

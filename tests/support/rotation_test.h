@@ -1,0 +1,74 @@
+#pragma once
+
+#include "plant_file.h"
+
+#include "support/backup_test.h"
+#include "support/fixed_time.h"
+
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace support
+{
+
+// A journal and a directory for its dated backups, which does not exist at first.
+class RotationTest : public BackUpTest
+{
+  protected:
+    // The seconds since 1970 of a local time, such as "2026-05-01 14:03:07".
+    static std::time_t LocalTime(const std::string& text)
+    {
+        std::tm local = {};
+        strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &local);
+        local.tm_isdst = -1;
+        return std::mktime(&local);
+    }
+
+    // Makes a backup at a local time, and returns the error.
+    std::string RotateAt(const std::string& time, const PlantBackUpPolicy& policy = {})
+    {
+        const FixedTime now(LocalTime(time));
+        return Rotate(policy);
+    }
+    std::string Rotate(const PlantBackUpPolicy& policy = {})
+    {
+        return RotatePlantBackUps(Path, Place, policy, Rotation).Error;
+    }
+
+    // Writes a file into the directory.
+    void Put(const std::string& name) const
+    {
+        std::filesystem::create_directories(Place);
+        std::ofstream(Place + '/' + name) << name;
+    }
+    // The names of all files in the directory.
+    Names There() const
+    {
+        Names names;
+        if (std::filesystem::exists(Place))
+            for (const auto& entry : std::filesystem::directory_iterator(Place))
+                names.insert(entry.path().filename().string());
+        return names;
+    }
+    // The backups in the directory that are whole journals.
+    int GoodBackUps() const
+    {
+        std::vector<PlantBackUpFile> files;
+        EXPECT_EQ(ListPlantBackUps(Path, Place, files).Error, "");
+        int good = 0;
+        for (const PlantBackUpFile& file : files)
+        {
+            PlantFileInspection found;
+            good += InspectPlantDatabase(file.Path, found) && found.Kind == PlantFileKind::Current ? 1 : 0;
+        }
+        return good;
+    }
+
+    std::string Place = Scratch.File("backups");
+    PlantBackUpRotation Rotation;
+};
+
+} // namespace support
