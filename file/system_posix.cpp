@@ -132,7 +132,15 @@ OpenedFile OpenedFile::CreateTemporary(std::filesystem::path& path)
     OpenedFile file;
     std::string name = path.native() + "XXXXXX";
     file.Number = CreateTemporaryDescriptor(name.data());
-    path = std::move(name);
+    try
+    {
+        path = name;
+    }
+    catch (...) // out of memory: a path is parsed
+    {
+        unlink(name.c_str());
+        throw;
+    }
     return file;
 }
 

@@ -305,7 +305,7 @@ TEST_F(RotationTest, ADirectoryThatCannotBeUsedIsAnError)
     std::vector<PlantBackUpFile> files;
     EXPECT_EQ(ListPlantBackUps(Path, Place, files).Error, Path + ": opening the directory: Not a directory");
     Place = Path + "/below";
-    EXPECT_EQ(Rotate(), Place + ": Not a directory");
+    EXPECT_EQ(Rotate(), Place + ": creating the directory: Not a directory");
     Place = "";
     EXPECT_EQ(Rotate(), ": the path is empty or contains a zero byte");
     EXPECT_EQ(ListPlantBackUps(Path, Place, files).Error, ": the path is empty or contains a zero byte");
