@@ -2,11 +2,11 @@
 
 #include "support/child_process.h"
 #include "support/command.h"
+#include "support/journal_files.h"
 #include "testing/old_files.h"
 #include "testing/plain_connection.h"
 
 #include <filesystem>
-#include <fstream>
 
 using namespace support;
 
@@ -232,25 +232,10 @@ TEST_F(JournalKindTest, ADamagedJournalIsReportedAndNotChanged)
     Sound = false;
 }
 
-// Overwrites the page that holds the table's rows. The schema stays intact.
-void DamageRowsOf(const std::string& journal, const std::string& table)
-{
-    std::size_t page = 0;
-    std::size_t size = 0;
-    {
-        const PlainConnection connection(journal);
-        page = std::stoul(connection.Value("SELECT rootpage FROM sqlite_master WHERE name='" + table + "';"));
-        size = std::stoul(connection.Value("PRAGMA page_size;"));
-    }
-    std::fstream file(journal, std::ios::binary | std::ios::in | std::ios::out);
-    file.seekp(static_cast<std::streamoff>((page - 1) * size));
-    ASSERT_TRUE(file << std::string(size, '\x55') << std::flush);
-}
-
 TEST_F(JournalKindTest, DamagedRowsAreReportedByTheCommandThatReadsThem)
 {
     KeepEverything();
-    DamageRowsOf(Journal, "Plants");
+    OverwritePage(Journal, "Plants");
     for (const Words& words :
          {Words{"plant", "list"}, {"plant", "list", "--json"}, {"feed", "Basil"}, {"timeline", "Basil"}})
     {
@@ -268,7 +253,7 @@ TEST_F(JournalKindTest, DamagedRowsAreReportedByTheCommandThatReadsThem)
 TEST_F(JournalKindTest, AnEarlierSchemaWithDamagedRowsIsNotMigrated)
 {
     WriteOldFile(Journal, OldFiles().front());
-    DamageRowsOf(Journal, "Plants");
+    OverwritePage(Journal, "Plants");
     EXPECT_NE(Refused({"plant", "list"}).find("journal.db: damaged ("), std::string::npos);
     Sound = false;
 }

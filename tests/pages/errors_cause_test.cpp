@@ -5,11 +5,11 @@
 #include "plant_validation.h"
 #include "support/child_process.h"
 #include "support/disk_failure.h"
+#include "support/journal_files.h"
 #include "support/page.h"
 #include "support/repository_operations.h"
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <set>
 #include <sstream>
@@ -234,14 +234,8 @@ TEST_F(CommonErrorsTest, AFailingDiskGivesTheSentencesOnThePage)
 
 TEST_F(CommonErrorsTest, ADamagedFileGivesTheSentencesOnThePage)
 {
-    const int page = std::stoi(QueryRows("SELECT rootpage FROM sqlite_master WHERE name='PlantEvents';")[0][0]);
-    const int size = std::stoi(QueryRows("PRAGMA page_size;")[0][0]);
     Database.Close();
-    {
-        std::fstream file(Path, std::ios::in | std::ios::out | std::ios::binary);
-        file.seekp(static_cast<std::streamoff>(page - 1) * size);
-        file << std::string(static_cast<std::size_t>(size), '\xFF');
-    }
+    OverwritePage(Path, "PlantEvents");
     OpenJournal();
     Expect("The file is damaged");
 }

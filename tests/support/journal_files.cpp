@@ -2,6 +2,7 @@
 
 #include "testing/plain_connection.h"
 
+#include <fstream>
 #include <stdexcept>
 
 namespace support
@@ -45,6 +46,20 @@ SampleRecords CreateSampleJournal(const std::string& path)
     OpenOrThrow(database, path);
     PlantRepository repository(database);
     return StoreSampleRecords(repository);
+}
+
+void OverwritePage(const std::string& path, const std::string& name)
+{
+    int page = 0;
+    int size = 0;
+    {
+        const PlainConnection connection(path);
+        page = std::stoi(connection.Value("SELECT rootpage FROM sqlite_master WHERE name='" + name + "';"));
+        size = std::stoi(connection.Value("PRAGMA page_size;"));
+    }
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(static_cast<std::streamoff>(page - 1) * size);
+    ASSERT_TRUE(file << std::string(static_cast<std::size_t>(size), '\xFF') << std::flush);
 }
 
 bool IsRead(const Operation& operation)

@@ -26,6 +26,9 @@ void CreateNamedPlant(const std::string& path, const std::string& name);
 // Creates a journal with the sample records.
 SampleRecords CreateSampleJournal(const std::string& path);
 
+// Overwrites the first page of a table or index. The schema stays intact.
+void OverwritePage(const std::string& path, const std::string& name);
+
 // Whether the operation only reads.
 bool IsRead(const Operation& operation);
 

@@ -3,6 +3,7 @@
 #include "support/allocation_failure.h"
 #include "support/child_process.h"
 #include "support/interruption.h"
+#include "support/journal_files.h"
 #include "support/journal_test.h"
 #include "support/sample_records.h"
 #include "validation/stored_records.h"
@@ -58,20 +59,6 @@ class ExplainTest : public JournalTest
     {
         for (const StoredRecord& record : AcceptedRecords())
             EXPECT_EQ(SentenceOf(record), record.UsesTransaction ? ofTransaction : ofOne) << record;
-    }
-
-    // Overwrites the first page of a table or index.
-    void Damage(const std::string& name)
-    {
-        const int page = std::stoi(QueryRows("SELECT rootpage FROM sqlite_master WHERE name='" + name + "';")[0][0]);
-        const int size = std::stoi(QueryRows("PRAGMA page_size;")[0][0]);
-        Database.Close();
-        {
-            std::fstream file(Path, std::ios::in | std::ios::out | std::ios::binary);
-            file.seekp(static_cast<std::streamoff>(page - 1) * size);
-            file << std::string(static_cast<std::size_t>(size), '\xFF');
-        }
-        OpenJournal();
     }
 
     SampleRecords Sample;
@@ -236,7 +223,9 @@ TEST_F(ExplainTest, ADeletedFileWasMoved)
 
 TEST_F(ExplainTest, ADamagedFileIsDamaged)
 {
-    Damage("PlantEvents");
+    Database.Close();
+    OverwritePage(Path, "PlantEvents");
+    OpenJournal();
     const std::string damaged = "damaged: the journal file is damaged; restore a backup";
     EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
     EXPECT_EQ(Explain(Database, Sample.Event), damaged);

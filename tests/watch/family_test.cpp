@@ -1,4 +1,5 @@
 // Which families and plants a committed change names.
+#include "support/allocation_failure.h"
 #include "support/sample_records.h"
 #include "watch/watch_test.h"
 
@@ -290,6 +291,21 @@ TEST_F(FamilyTest, ManyPlantsBecomeAnyPlant)
     EXPECT_TRUE(both.Plants.empty() && both.AnyPlant);
     RunSQL("UPDATE Plants SET Notes='3' WHERE ID<=900;");
     EXPECT_EQ(Poll(Watcher).AnyPlant, !PlantWatcher::NamesPlants());
+    RunSQL("UPDATE Plants SET Notes='4';");
+    RunSQL("UPDATE Plants SET Notes='5' WHERE ID=900;");
+    const PlantChanges last = Poll(Watcher);
+    EXPECT_TRUE(last.Plants.empty() && last.AnyPlant);
+}
+
+TEST_F(FamilyTest, NoMorePlantsAreKeptThanReported)
+{
+    RunSQL("WITH RECURSIVE Numbers(N) AS (SELECT 1 UNION ALL SELECT N+1 FROM Numbers WHERE N<3000) "
+           "INSERT INTO Plants(UUID,Name) SELECT hex(randomblob(16)),N FROM Numbers;");
+    // A plant needs two allocations: one for its place in the set, one for its UUID.
+    const AllocationFailure failure(Allocator::New, 2 * static_cast<int>(PlantWatcher::MostPlants) + 3);
+    EXPECT_EQ(sqlite3_exec(Database.NativeHandle(), "UPDATE Plants SET Notes='x';", nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    EXPECT_FALSE(failure.Happened());
 }
 
 TEST_F(FamilyTest, AnyOtherFamilyHasTheNameOfTheFirst)
