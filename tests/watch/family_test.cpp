@@ -220,6 +220,14 @@ TEST_F(FamilyTest, TablesOutsideOfTheJournalDoNotCount)
     ExpectOwn(Watcher, {}, {});
 }
 
+TEST_F(FamilyTest, ATemporaryTableDoesNotHideATableOfTheJournal)
+{
+    RunSQL("CREATE TEMP TABLE PlantJournalEntries(PlantUUID TEXT);");
+    Owned.emplace(Database);
+    RunSQL("UPDATE main.PlantJournalEntries SET Details='x';");
+    ExpectOwn(Watcher, {Family::JournalEntry}, {Records.Entry.PlantUUID});
+}
+
 TEST_F(FamilyTest, ChangesOfTheSchemaDoNotCount)
 {
     RunSQL("ALTER TABLE Plants ADD COLUMN Shelf TEXT NOT NULL DEFAULT 'one';");

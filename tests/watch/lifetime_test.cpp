@@ -230,3 +230,22 @@ TEST_F(WatcherLifetimeTest, ThreadsMayWatchDifferentDatabases)
     first.join();
     second.join();
 }
+
+TEST_F(WatcherLifetimeTest, ThreadsMayBeginAndEndToWatchAtTheSameTime)
+{
+    const auto work = [&](const std::string& path)
+    {
+        PlantDatabase database;
+        ASSERT_TRUE(database.Open(path));
+        for (int i = 0; i < 500; ++i)
+        {
+            PlantWatcher watcher(database);
+            const PlantWatcher second(database);
+            ASSERT_EQ(Error(watcher), "");
+        }
+    };
+    std::thread first(work, Scratch.File("first.db"));
+    std::thread second(work, Scratch.File("second.db"));
+    first.join();
+    second.join();
+}
