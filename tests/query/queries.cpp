@@ -12,7 +12,8 @@ namespace
 
 template <typename Out, typename Function> ReadingCall QueryOf(std::string name, const Out& old, const Function& ask)
 {
-    return ReadingCallOf(std::move(name), old, ask, [](const Out& out) { return Printed(out); });
+    // The namespace is named, because print.cpp can be compiled in the same unit and has more overloads.
+    return ReadingCallOf(std::move(name), old, ask, [](const Out& out) { return support::Printed(out); });
 }
 
 // The arguments are made before the calls, since the tests make allocations fail only in the library.
