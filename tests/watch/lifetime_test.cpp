@@ -112,6 +112,8 @@ TEST_F(WatcherLifetimeTest, EachConnectionHasItsOwnWatcher)
     auto watcher = std::make_unique<PlantWatcher>(Database);
     auto otherWatcher = std::make_unique<PlantWatcher>(other);
     PlantWatcher lastWatcher(last);
+    PlantWatcher refused(Database);
+    EXPECT_NE(Error(refused), "");
     NewPlant("Basil");
     EXPECT_FALSE(Poll(*watcher).OthersChanged);
     EXPECT_TRUE(Poll(*otherWatcher).OthersChanged);
