@@ -1,5 +1,5 @@
 /// @file plant_file.h
-/// Functions for whole journal files: inspect a file, check a journal, back it up, restore it.
+/// Functions for whole journal files: inspect a file, check a journal, back it up, restore it, salvage a damaged one.
 ///
 /// No function here migrates a file. Only RestorePlantDatabase() changes the contents of a journal. Each function opens
 /// its own connection and closes it before it returns. It throws only `std::bad_alloc` and the exceptions of a
@@ -268,3 +268,61 @@ struct PlantRestoration
 PLANTJOURNAL_FILE_API PlantFileResult RestorePlantDatabase(const std::string& backup, const std::string& journal,
                                                            PlantRestoration& out,
                                                            const PlantBackUpProgress& progress = {});
+
+/// Rows that a salvage could not store, and why.
+struct PlantSalvageLoss
+{
+    std::string Reason;    ///< One sentence.
+    std::int64_t Rows = 0; ///< The number of these rows, as far as it is known.
+};
+
+/// What a salvage found of a table.
+struct PlantSalvageTable
+{
+    std::string Name;                     ///< The table's name.
+    std::int64_t RowsRead = 0;            ///< The rows that are in the new journal.
+    std::int64_t RowsMissing = 0;         ///< The rows that are known to be missing: the sum of `Losses`.
+    std::vector<PlantSalvageLoss> Losses; ///< Why they are missing.
+    /// Whether no damage was found in the table. Otherwise more rows can be missing than are known.
+    bool IsWhole = true;
+};
+
+/// The result of a salvage.
+struct PlantSalvageReport
+{
+    std::vector<PlantSalvageTable> Tables; ///< The tables of a journal, in the schema's order.
+    std::int64_t PlaceholderPlants = 0;    ///< The plants that stand for lost ones.
+    std::int64_t ClearedLinks = 0;         ///< The links to mothers and events that are lost.
+    std::int64_t FailedReads = 0;          ///< The reads of the damaged file that the disk refused.
+    bool RolledBack = false;               ///< Whether an interrupted write was rolled back in what was read.
+};
+
+/// Reads every row that can still be read from the damaged journal `damaged`, and writes the rows to a new journal,
+/// `destination`. Use it if there is no backup; a backup is always better.
+///
+/// The function reads the pages of the file itself, so it also works where SQLite cannot open the file: with a damaged
+/// header, schema or tree, or with a part of the file only. It does not change the damaged file and its rollback
+/// journal. If a write was interrupted, the function reads what the rollback would restore. It does not read a
+/// write-ahead log. Other processes cannot write to the file meanwhile.
+///
+/// - A row keeps its row ID and all its values. Nothing can show that a byte inside a value was changed: such a row is
+///   stored with the changed value.
+/// - The new journal has the current schema. The rows of a file with an earlier schema are converted as by a migration.
+///   If the definition of the event table is lost, events are stored without conversion.
+/// - A row is not stored if a value has a type or a name that its column does not allow, if another row has the same
+///   UUID, or if its page or a page of its text is damaged in a way that shows. The report counts these rows.
+/// - Deleted rows are not restored. If both the list of free pages and a table are damaged, a deleted row may come
+/// back.
+/// - If two rows of a table have the same row ID, the one on the page with the lower number is stored.
+/// - If a plant is lost, its records are stored under a plant with its UUID and the name "Lost plant" with the
+/// beginning
+///   of the UUID. It is the only kind of row that the function invents. A link to a mother or an event that is lost
+///   becomes NULL. A strain that is lost stays the name of a strain in its plants.
+/// @param damaged  The damaged file.
+/// @param destination  The new journal's file, as for BackUpPlantDatabase() in the mode `Keep`.
+/// @param report  Written back in every case; default-constructed after an error.
+/// @return An error where the damaged file cannot be opened or is locked, where no table or row of a journal is found
+/// in it, or where the destination cannot be written. The destination and other files are then as after an error of
+/// BackUpPlantDatabase().
+PLANTJOURNAL_FILE_API PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::string& destination,
+                                                           PlantSalvageReport& report);

@@ -1,0 +1,46 @@
+// The bytes of a file that SQLite may be unable to read.
+#pragma once
+
+#include "access.h"
+#include "page.h"
+#include "rollback_journal.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+
+#include <sqlite3.h>
+
+namespace plant_file
+{
+
+// Reads a file as it is after SQLite would have rolled back an interrupted write, and changes neither the file nor its
+// rollback journal. While it exists, no other process can write to the file.
+class DamagedFile
+{
+  public:
+    explicit DamagedFile(const std::filesystem::path& path);
+    ~DamagedFile();
+    DamagedFile(const DamagedFile&) = delete;
+    DamagedFile& operator=(const DamagedFile&) = delete;
+
+    std::int64_t Size() const { return SizeInBytes; }
+    // The page size that the rollback journal names; 0 if there is none.
+    std::size_t JournalPageSize() const { return Rollback.PageSize; }
+    // The bytes at `offset`. Bytes that do not exist, or that the disk cannot read, are zeros.
+    void Read(std::int64_t offset, Bytes& out);
+    std::int64_t FailedReads() const { return Failed; }
+
+  private:
+    void ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size);
+
+    Connection Opened; // SQLite opens the file, so that closing it drops no lock of the program
+    sqlite3_file* File = nullptr;
+    RollbackJournal Rollback;
+    std::ifstream Journal;
+    std::int64_t SizeInBytes = 0;
+    std::int64_t Failed = 0;
+};
+
+} // namespace plant_file

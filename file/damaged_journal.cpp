@@ -1,0 +1,167 @@
+#include "damaged_journal.h"
+
+#include "free_list.h"
+#include "index_entries.h"
+#include "old_event.h"
+#include "page_format.h"
+#include "page_rows.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace plant_file
+{
+
+namespace
+{
+
+bool IsFormOfAJournal(const JournalTable& table, const RowForm& form)
+{
+    std::vector<std::size_t> columns = form.Columns;
+    std::sort(columns.begin(), columns.end());
+    const bool areDifferent = std::adjacent_find(columns.begin(), columns.end()) == columns.end();
+    const std::size_t least = FormsOf(table).back().Least;
+    return areDifferent && columns.back() < table.Columns.size() && form.Columns.size() >= least;
+}
+
+} // namespace
+
+DamagedJournal::DamagedJournal(const std::filesystem::path& path, const std::vector<JournalTable>& tables) : Bytes(path)
+{
+    for (const JournalTable& table : tables)
+        Tables.push_back({table, FormsOf(table), {}});
+    Tables.push_back({SchemaTable(), FormsOf(SchemaTable()), {}});
+    const std::optional<PageFormat> format = FindPageFormat(Bytes, Tables);
+    bool isJournal = false;
+    if (format)
+    {
+        Pages.emplace(Bytes, *format);
+        Map.emplace(*Pages, Tables, FindFreePages(*Pages));
+        FollowTables(ReadSchema());
+        for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
+            isJournal = isJournal || !Map->LeavesOf(table).empty();
+    }
+    if (!isJournal)
+        Fail("", "no table of a journal was found in it");
+}
+
+// The result is whether no damage was found in the schema.
+bool DamagedJournal::ReadSchema()
+{
+    const std::size_t schema = Tables.size() - 1;
+    Map->FollowTree(schema, 1);
+    bool isWhole = Tables[schema].Gaps.empty();
+    Map->AssignOrphans();
+    for (const PageNumber number : Map->LeavesOf(schema))
+    {
+        const PageRows rows =
+            ReadPageRows(*Pages, Pages->Read(number), Tables[schema].Table, Tables[schema].Forms.front());
+        isWhole = isWhole && rows.Damaged == 0;
+        for (const PageRow& row : rows.List)
+            AddSchemaEntry(row.Stored);
+    }
+    return isWhole;
+}
+
+void DamagedJournal::AddSchemaEntry(const Values& values)
+{
+    const SchemaEntry entry = {values[0].Text, values[1].Text, values[2].Text,
+                               static_cast<PageNumber>(values[3].Integer)};
+    Schema.push_back(entry);
+    const std::string& definition = values[4].Text;
+    for (MappedTable& table : Tables)
+        if (entry.Type == "table" && entry.Name == table.Table.Name)
+        {
+            const std::optional<RowForm> form = FormOfDefinition(table.Table, definition);
+            if (form && IsFormOfAJournal(table.Table, *form))
+                table.Forms = {*form};
+            if (entry.Name == "PlantEvents")
+                HasOldEvents = IsDefinitionOfOldEvents(definition);
+        }
+}
+
+void DamagedJournal::FollowTables(bool schemaIsWhole)
+{
+    for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
+    {
+        const auto entry = std::find_if(Schema.begin(), Schema.end(),
+                                        [&](const SchemaEntry& each)
+                                        { return each.Type == "table" && each.Name == Tables[table].Table.Name; });
+        if (entry != Schema.end())
+            Map->FollowTree(table, entry->Root);
+        else if (!schemaIsWhole)
+            Tables[table].Gaps.emplace_back();
+    }
+    Map->AssignOrphans();
+    for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
+        ChooseForm(table);
+}
+
+// Without a definition, the rows themselves show in which order their columns are.
+void DamagedJournal::ChooseForm(std::size_t table)
+{
+    constexpr std::int64_t fitting = 100; // more than a row has dates
+    MappedTable& mapped = Tables[table];
+    std::vector<std::int64_t> points(mapped.Forms.size());
+    if (mapped.Forms.size() > 1)
+        for (const PageNumber number : Map->LeavesOf(table))
+        {
+            const Page page = Pages->Read(number);
+            for (const std::optional<Cell>& cell : CellsOf(page))
+                if (const std::optional<Values> values = cell ? Pages->ReadValues(page, *cell) : std::nullopt)
+                    for (std::size_t i = 0; i < points.size(); ++i)
+                        if (FitsOnly(mapped.Table, mapped.Forms[i], *values))
+                            points[i] += fitting + CountDates(mapped.Table, mapped.Forms[i], *values);
+        }
+    const auto best = std::max_element(points.begin(), points.end()) - points.begin();
+    const RowForm form = mapped.Forms[static_cast<std::size_t>(best)];
+    mapped.Forms = {form};
+}
+
+void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)
+{
+    const MappedTable& mapped = Tables[table];
+    const bool convertsEvents = HasOldEvents && mapped.Table.Name == "PlantEvents";
+    std::int64_t damaged = 0;
+    for (const PageNumber number : Map->LeavesOf(table))
+    {
+        const PageRows rows = ReadPageRows(*Pages, Pages->Read(number), mapped.Table, mapped.Forms.front());
+        damaged += rows.Damaged;
+        for (const PageRow& row : rows.List)
+        {
+            Values values = InOrder(mapped.Table, mapped.Forms.front(), row.Stored);
+            if (convertsEvents)
+                ConvertOldEvent(values[mapped.Table.IndexOf("EventType")].Text,
+                                values[mapped.Table.IndexOf("Details")].Text);
+            journal.Add(table, row.RowID, values);
+        }
+    }
+    if (damaged != 0 || !mapped.Gaps.empty())
+        journal.AddDamaged(table, damaged, AddEntriesOfIndexes(table, journal));
+}
+
+// The result is whether an index of the table could be read whole.
+bool DamagedJournal::AddEntriesOfIndexes(std::size_t table, SalvagedJournal& journal)
+{
+    constexpr const char* indexOfUUIDs = "sqlite_autoindex_Plants_1";
+    bool isAnyWhole = false;
+    for (const SchemaEntry& entry : Schema)
+        if (entry.Type == "index" && entry.Table == Tables[table].Table.Name)
+        {
+            const bool hasUUIDs = entry.Name == indexOfUUIDs;
+            const bool isWhole =
+                ForEachIndexEntry(*Pages, entry.Root,
+                                  [&](const Values& values, std::int64_t rowID)
+                                  { journal.AddLost(table, rowID, hasUUIDs ? values.front().Text : std::string()); });
+            isAnyWhole = isAnyWhole || isWhole;
+        }
+    return isAnyWhole;
+}
+
+void DamagedJournal::CopyTo(SalvagedJournal& journal)
+{
+    for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
+        CopyTable(table, journal);
+}
+
+} // namespace plant_file

@@ -1,0 +1,72 @@
+#include "damaged_pages.h"
+
+#include <algorithm>
+
+namespace plant_file
+{
+
+namespace
+{
+
+PageNumber CountPages(std::int64_t bytes, std::size_t pageSize)
+{
+    constexpr std::int64_t most = 0xFFFFFFFE; // of SQLite
+    const auto size = static_cast<std::int64_t>(pageSize);
+    return static_cast<PageNumber>(std::min(most, (bytes + size - 1) / size));
+}
+
+} // namespace
+
+DamagedPages::DamagedPages(DamagedFile& file, const PageFormat& format)
+    : File(file), Parameters(format), PageCount(CountPages(file.Size(), format.PageSize)),
+      RemainingOverflow(std::int64_t{20} * PageCount + 10'000)
+{
+}
+
+Page DamagedPages::Read(PageNumber number)
+{
+    Page page;
+    page.Number = number;
+    page.Usable = Parameters.PageSize - Parameters.Reserved;
+    page.Content.resize(Parameters.PageSize);
+    File.Read(static_cast<std::int64_t>(number - 1) * static_cast<std::int64_t>(Parameters.PageSize), page.Content);
+    return page;
+}
+
+// An overflow page begins with the number of the next one. The last one has 0 there. A page of zeros is damage: texts
+// and numbers have no such runs of zeros.
+bool DamagedPages::AppendOverflow(PageNumber number, std::size_t size, Bytes& payload)
+{
+    constexpr std::size_t linkSize = 4;
+    constexpr std::size_t shortestRun = 16; // a number may end with a few zeros
+    while (size > 0)
+    {
+        if (!Has(number) || --RemainingOverflow < 0)
+            return false;
+        const Page page = Read(number);
+        const std::size_t here = std::min(size, page.Usable - linkSize);
+        const auto begin = page.Content.begin() + linkSize;
+        const auto end = begin + static_cast<std::ptrdiff_t>(here);
+        if (here >= shortestRun && std::all_of(begin, end, [](unsigned char byte) { return byte == 0; }))
+            return false;
+        payload.insert(payload.end(), begin, end);
+        size -= here;
+        number = BigEndian32(page.Content, 0);
+    }
+    return number == 0;
+}
+
+std::optional<Values> DamagedPages::ReadValues(const Page& page, const Cell& cell)
+{
+    if (static_cast<std::int64_t>(cell.Size) > File.Size())
+        return std::nullopt;
+    const auto local = page.Content.begin() + static_cast<std::ptrdiff_t>(cell.LocalAt);
+    Bytes payload(local, local + static_cast<std::ptrdiff_t>(cell.LocalSize));
+    if (cell.Overflow != 0 && !AppendOverflow(cell.Overflow, cell.Size - cell.LocalSize, payload))
+        return std::nullopt;
+    if (payload.size() != cell.Size) // it has to overflow, but the link is 0
+        return std::nullopt;
+    return ReadRecord(payload, Parameters.Encoding);
+}
+
+} // namespace plant_file

@@ -1,0 +1,44 @@
+// The pages of a damaged file, and the payloads of their cells.
+#pragma once
+
+#include "damaged_file.h"
+#include "page.h"
+#include "record.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace plant_file
+{
+
+struct PageFormat
+{
+    std::size_t PageSize = 4096;
+    std::size_t Reserved = 0; // bytes at the end of each page
+    TextEncoding Encoding = TextEncoding::UTF8;
+};
+
+class DamagedPages
+{
+  public:
+    DamagedPages(DamagedFile& file, const PageFormat& format);
+
+    const PageFormat& Format() const { return Parameters; }
+    PageNumber Count() const { return PageCount; }
+    bool Has(PageNumber number) const { return number >= 1 && number <= PageCount; }
+    // The page must exist.
+    Page Read(PageNumber number);
+    // The values of a cell; std::nullopt where an overflow page is missing or the values do not fit the payload.
+    std::optional<Values> ReadValues(const Page& page, const Cell& cell);
+
+  private:
+    bool AppendOverflow(PageNumber number, std::size_t size, Bytes& payload);
+
+    DamagedFile& File;
+    PageFormat Parameters;
+    PageNumber PageCount;
+    std::int64_t RemainingOverflow; // limits the work: damaged cells can share a long chain
+};
+
+} // namespace plant_file

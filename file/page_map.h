@@ -1,0 +1,71 @@
+// Which page of a damaged file has rows of which table.
+#pragma once
+
+#include "damaged_pages.h"
+#include "journal_table.h"
+
+#include <cstdint>
+#include <limits>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace plant_file
+{
+
+struct RowIDRange
+{
+    std::int64_t First = std::numeric_limits<std::int64_t>::min();
+    std::int64_t Last = std::numeric_limits<std::int64_t>::max();
+
+    bool Contains(std::int64_t rowID) const { return rowID >= First && rowID <= Last; }
+};
+
+// A table whose pages are searched.
+struct MappedTable
+{
+    JournalTable Table;
+    std::vector<RowForm> Forms;   // those that its rows may have
+    std::vector<RowIDRange> Gaps; // the row IDs of pages that the table's tree does not lead to
+};
+
+// A page belongs to a table in one of two cases. Either the tree of the table leads to it, and its rows have the form
+// of the table. Or no tree leads to it, it is not in the free list, its rows have the form of the table and of no other
+// one, and the tree of the table has a gap where one of its row IDs would be. So a table without damage has exactly
+// the rows of its tree, and deleted rows stay deleted.
+class PageMap
+{
+  public:
+    PageMap(DamagedPages& pages, std::vector<MappedTable>& tables, std::unordered_set<PageNumber> freePages)
+        : Pages(pages), Tables(tables), FreePages(std::move(freePages))
+    {
+    }
+
+    // Follows the tree of a table.
+    void FollowTree(std::size_t table, PageNumber root);
+    // Assigns pages that no tree leads to. Call it after all trees were followed.
+    void AssignOrphans();
+    // The pages of a table, in the order of the file.
+    std::vector<PageNumber> LeavesOf(std::size_t table) const;
+
+  private:
+    struct Claim
+    {
+        std::size_t Table;
+        RowIDRange Range;
+        bool IsInRange; // whether a row ID of the page is in the range
+    };
+
+    void ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& range);
+    // The only table that the rows of the page fit; Tables.size() where there is none.
+    std::size_t OwnerOf(const Page& page);
+    bool HasRowOf(std::size_t table, const Page& page);
+
+    DamagedPages& Pages;
+    std::vector<MappedTable>& Tables;
+    std::unordered_set<PageNumber> FreePages;
+    std::unordered_set<PageNumber> Interiors;
+    std::unordered_map<PageNumber, Claim> Leaves;
+};
+
+} // namespace plant_file

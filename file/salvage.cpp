@@ -1,0 +1,88 @@
+#include "access.h"
+#include "back_up.h"
+#include "damaged_journal.h"
+#include "journal_table.h"
+#include "part_file.h"
+#include "plant_database.h"
+#include "plant_file.h"
+#include "salvaged_journal.h"
+
+#include <filesystem>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace plant_file
+{
+
+namespace
+{
+
+std::vector<JournalTable> TablesOfANewJournal()
+{
+    PlantDatabase journal;
+    std::string error;
+    if (!journal.Open(":memory:", &error))
+        Fail("creating a journal in memory", error);
+    return ReadTables(journal.NativeHandle());
+}
+
+constexpr const char* DestinationExists = "already exists";
+
+void RequireNewDestination(const std::filesystem::path& damaged, const std::filesystem::path& destination)
+{
+    const auto look = [&]
+    {
+        if (FileSize(destination) == NoFile)
+            return;
+        if (std::filesystem::equivalent(damaged, destination))
+            Fail("", "the source and the destination are the same file");
+        Fail("", DestinationExists);
+    };
+    WithPathErrors(look);
+    RequireNoLog(destination);
+}
+
+} // namespace
+
+} // namespace plant_file
+
+PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::string& destination,
+                                     PlantSalvageReport& report)
+{
+    using namespace plant_file;
+    std::filesystem::path from;
+    std::vector<JournalTable> tables;
+    std::optional<DamagedJournal> journal;
+    PlantSalvageReport found;
+    const auto openDamaged = [&]
+    {
+        from = AbsolutePath(damaged);
+        tables = TablesOfANewJournal();
+        journal.emplace(from, tables);
+    };
+    const auto write = [&]
+    {
+        std::filesystem::path to;
+        WithPathErrors([&] { to = std::filesystem::weakly_canonical(AbsolutePath(destination)); });
+        RequireNewDestination(from, to);
+        PartFile part(to);
+        {
+            SalvagedJournal salvaged(part.CopyPath(), tables);
+            journal->CopyTo(salvaged);
+            salvaged.Finish(found);
+        }
+        found.FailedReads = journal->File().FailedReads();
+        found.RolledBack = journal->File().JournalPageSize() != 0;
+        RequireSoundCopy(part.CopyPath());
+        part.Finish(PermissionsOf(from));
+        RequireNewDestination(from, to); // other processes may have created files meanwhile
+        if (!MoveIntoPlace(part.CopyPath(), to, PlantBackUpMode::Keep))
+            Fail("", DestinationExists);
+    };
+    PlantFileResult result = Attempt(damaged, openDamaged);
+    if (result)
+        result = Attempt(destination, write);
+    report = result ? std::move(found) : PlantSalvageReport();
+    return result;
+}
