@@ -1,113 +1,221 @@
 #include "main_window.h"
 
-#include "forms.h"
-#include "message.h"
-#include "open_journal.h"
-#include "plant_list.h"
-#include "plant_pane.h"
-
 #include <QCloseEvent>
-#include <QFileDialog>
+#include <QDir>
 #include <QFileInfo>
-#include <QLabel>
-#include <QMenuBar>
+#include <QImageReader>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QSvgRenderer>
+#include <QSvgWidget>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
-MainWindow::MainWindow() : Plants(new PlantList), TheForms(new Forms), Pane(new PlantPane(TheForms)), Banner(new QLabel)
+namespace
 {
-    setWindowTitle(tr("plantjournal"));
+
+constexpr QSize ThumbnailSize(96, 96);
+
+// The image in the file, as small as a thumbnail; null where the file is not an image.
+QImage ReadThumbnail(const QString& path)
+{
+    QImageReader reader(path);
+    reader.setAutoTransform(true);
+    reader.setScaledSize(reader.size().scaled(ThumbnailSize, Qt::KeepAspectRatio)); // reads a JPEG file faster
+    return reader.read();
+}
+
+QWidget* NewColumn(const std::vector<QWidget*>& widgets)
+{
+    auto* column = new QWidget;
+    auto* layout = new QVBoxLayout(column);
+    for (QWidget* widget : widgets)
+        layout->addWidget(widget);
+    return column;
+}
+
+} // namespace
+
+MainWindow::MainWindow()
+    : TheWorker([this](Worker::Call call) { QMetaObject::invokeMethod(this, std::move(call), Qt::QueuedConnection); },
+                [this](const JournalView& view) { Show(view); })
+{
+    setWindowTitle("plantjournal");
     resize(1200, 760);
-    Banner->setObjectName("banner");
-    Banner->setTextFormat(Qt::PlainText);
-    Banner->setWordWrap(true);
-    Banner->setMargin(8);
-    Banner->setStyleSheet("background: #fff1cc; color: #4a3500");
-    Banner->hide();
-
+    SetUpWidgets();
+    auto* tabs = new QTabWidget;
+    for (RecordForm* form : Forms)
+    {
+        form->SetPlant({});
+        tabs->addTab(form, form->objectName());
+        connect(form, &RecordForm::Submitted, this, [=, this](const FormRecord& record) { Store(form, record); });
+    }
+    auto* charts = new QWidget;
+    charts->setLayout(Charts);
+    charts->setStyleSheet("background: white; color: black"); // the charts have the colours of light mode
+    auto* scroll = new QScrollArea;
+    scroll->setWidget(charts);
+    scroll->setWidgetResizable(true);
     auto* columns = new QSplitter;
-    columns->addWidget(Plants);
-    columns->addWidget(Pane);
-    columns->setStretchFactor(1, 1);
-    columns->setSizes({220, 980});
-    auto* page = new QWidget;
-    auto* layout = new QVBoxLayout(page);
-    layout->addWidget(Banner);
-    layout->addWidget(columns, 1);
-    setCentralWidget(page);
+    columns->addWidget(NewColumn({Filter, Plants}));
+    columns->addWidget(NewColumn({Name, Timeline, tabs}));
+    columns->addWidget(NewColumn({Photos, scroll}));
+    columns->setSizes({210, 445, 545});
+    setCentralWidget(columns);
+    statusBar()->addPermanentWidget(Banner);
     AddMenu();
-    TheForms->SetPlant({}, {});
-
-    connect(Plants, &PlantList::Selected, this, &MainWindow::SelectPlant);
-    connect(TheForms, &Forms::Submitted, this, &MainWindow::Store);
-    connect(&Journal, &JournalAdapter::PlantsRead, Plants, &PlantList::SetPlants);
-    connect(&Journal, &JournalAdapter::PlantRead, this, &MainWindow::ShowPlant);
-    connect(&Journal, &JournalAdapter::ReadFailed, this, &MainWindow::ShowReadFailure);
 }
 
-void MainWindow::AddMenu()
+void MainWindow::SetUpWidgets()
 {
-    QMenu* menu = menuBar()->addMenu(tr("&Journal"));
-    menu->addAction(tr("&Open..."), QKeySequence::Open, this, &MainWindow::ChooseJournal);
-    menu->addAction(tr("&Check"), this, &MainWindow::Check)->setObjectName("check");
-    menu->addAction(tr("&Back up..."), this, &MainWindow::ChooseBackup)->setObjectName("backup");
-    menu->addSeparator();
-    menu->addAction(tr("&Quit"), QKeySequence::Quit, this, &QWidget::close);
+    Filter->setObjectName("filter");
+    Filter->setPlaceholderText("Filter");
+    connect(Filter, &QLineEdit::textChanged, this, &MainWindow::ApplyFilter);
+    Plants->setObjectName("plants");
+    Plants->setSpacing(4);
+    connect(Plants, &QListWidget::currentRowChanged, this, &MainWindow::SelectPlant);
+    Name->setObjectName("name");
+    Name->setTextFormat(Qt::PlainText);
+    Timeline->setHeaderLabels({"Date", "What", "Details"});
+    Timeline->setRootIsDecorated(false);
+    Timeline->setAlternatingRowColors(true);
+    Timeline->setUniformRowHeights(true); // a long timeline would be measured row by row
+    Photos->setObjectName("photos");
+    Photos->setViewMode(QListView::IconMode);
+    Photos->setWrapping(false);
+    Photos->setIconSize(ThumbnailSize);
+    Photos->setFixedHeight(ThumbnailSize.height() + 50);
+    Photos->hide();
+    Charts->setRowWrapPolicy(QFormLayout::WrapAllRows); // each heading above its chart
+    Banner->setObjectName("banner");
 }
 
-void MainWindow::Open(const QString& path)
+void MainWindow::Show(const JournalView& view)
 {
-    OpenJournal(this, Journal, path,
-                [this](const QString& opened)
-                {
-                    Path = opened;
-                    setWindowTitle(QFileInfo(Path).fileName() + " - plantjournal");
-                });
-}
-
-void MainWindow::SelectPlant(const QString& uuid)
-{
-    PlantUUID = uuid;
-    Journal.Worker().Show(uuid.toStdString(), PlantPane::ChartWidth);
-    if (!uuid.isEmpty())
-        return;
-    Pane->Clear();
-    TheForms->SetPlant({}, {});
-}
-
-void MainWindow::ShowPlant(const PlantView& plant)
-{
-    if (QString::fromStdString(plant.Record.UUID) != PlantUUID)
+    Banner->setText(QString::fromStdString(view.Error));
+    if (!view.Error.empty())
+        return; // the window shows an earlier state
+    ShowPlants(view.Plants);
+    if (QString::fromStdString(view.Selected.UUID) != PlantUUID)
         return; // the user has selected another plant since
-    Pane->SetPlant(plant, QFileInfo(Path).path());
-    TheForms->SetPlant(plant.Record, plant.Harvest);
-    emit PlantShown();
+    Name->setText(QString::fromStdString(view.Selected.Name));
+    ShowTimeline(view.Timeline);
+    ShowPhotos(view.Photos);
+    ShowCharts(view.Charts);
+    for (RecordForm* form : Forms)
+        form->SetPlant(view.Selected);
 }
 
-void MainWindow::ShowReadFailure(const std::string& reason)
+void MainWindow::ShowPlants(const std::vector<PlantStatus>& plants)
 {
-    Banner->setText(tr("The journal cannot be read now, so the window may show an earlier state: %1")
-                        .arg(QString::fromStdString(reason)));
-    Banner->setVisible(!reason.empty());
+    int selected = 0;
+    {
+        const QSignalBlocker blocker(Plants);
+        Plants->clear();
+        for (const PlantStatus& plant : plants)
+        {
+            QStringList details;
+            for (const std::string& detail : {plant.Strain, std::string(PlantStageName(plant.Stage)), plant.Tent})
+                if (!detail.empty())
+                    details << QString::fromStdString(detail);
+            auto* item = new QListWidgetItem(QString::fromStdString(plant.Name) + '\n' + details.join(", "), Plants);
+            item->setData(Qt::UserRole, QString::fromStdString(plant.PlantUUID));
+            if (item->data(Qt::UserRole) == PlantUUID)
+                selected = Plants->row(item);
+        }
+        Plants->setCurrentRow(selected);
+    }
+    ApplyFilter();
+    SelectPlant();
+}
+
+void MainWindow::ShowTimeline(const std::vector<PlantActivity>& activities)
+{
+    const int place = Timeline->verticalScrollBar()->value();
+    Timeline->clear();
+    for (const PlantActivity& activity : activities)
+    {
+        const QString text = QString::fromStdString(activity.Text);
+        const QStringList cells = {QString::fromStdString(activity.Date), QString::fromStdString(activity.Kind),
+                                   text.simplified()}; // a row has one line
+        auto* row = new QTreeWidgetItem(Timeline, cells);
+        row->setToolTip(2, text);
+    }
+    Timeline->verticalScrollBar()->setValue(place);
+}
+
+void MainWindow::ShowPhotos(const std::vector<PlantPhoto>& photos)
+{
+    QStringList paths; // a relative path starts at the directory of the journal
+    for (const PlantPhoto& photo : photos)
+        paths << QFileInfo(Path).dir().absoluteFilePath(QString::fromStdString(photo.FilePath));
+    if (paths == std::exchange(PhotoPaths, paths))
+        return;
+    ImageFiles.clear(); // the files of another plant that wait
+    Photos->clear();
+    Photos->setVisible(!photos.empty());
+    for (const PlantPhoto& photo : photos)
+    {
+        auto* item = new QListWidgetItem(QString::fromStdString(photo.PhotoDate), Photos);
+        item->setToolTip(QString::fromStdString(photo.Caption));
+        const int row = Photos->row(item);
+        const auto show = [this, row, path = paths[row]](const QImage& image)
+        {
+            if (PhotoPaths.value(row) == path) // otherwise, another plant was selected since
+                Photos->item(row)->setIcon(QPixmap::fromImage(image));
+        };
+        // Not on the window's thread, because a large image takes long.
+        ImageFiles.start([this, show, path = paths[row]]
+                         { QMetaObject::invokeMethod(this, [show, image = ReadThumbnail(path)] { show(image); }); });
+    }
+}
+
+void MainWindow::ShowCharts(const std::vector<PlantChart>& charts)
+{
+    while (Charts->rowCount() > 0)
+        Charts->removeRow(0);
+    for (const PlantChart& chart : charts)
+    {
+        auto* picture = new QSvgWidget;
+        picture->setObjectName("chart");
+        picture->setAccessibleDescription(QString::fromStdString(chart.Sentence));
+        picture->load(QByteArray::fromStdString(chart.SVG));
+        picture->setFixedSize(picture->renderer()->defaultSize());
+        Charts->addRow(QString::fromStdString(chart.Heading), picture);
+    }
+}
+
+void MainWindow::ApplyFilter()
+{
+    for (int row = 0; row < Plants->count(); ++row)
+        Plants->item(row)->setHidden(!Plants->item(row)->text().contains(Filter->text(), Qt::CaseInsensitive));
+}
+
+void MainWindow::SelectPlant()
+{
+    const QListWidgetItem* plant = Plants->currentItem();
+    const QString uuid = plant == nullptr ? QString() : plant->data(Qt::UserRole).toString();
+    if (uuid != std::exchange(PlantUUID, uuid))
+        TheWorker.Select(uuid.toStdString());
 }
 
 void MainWindow::Store(RecordForm* form, const FormRecord& record)
 {
     ++Storing;
-    statusBar()->showMessage(tr("Storing"));
-    Journal.Worker().Store(record,
-                           Journal.OnWindowThread([this, form](const StoreResult& result) { Finish(form, result); }));
-}
-
-void MainWindow::Finish(RecordForm* form, const StoreResult& result)
-{
-    --Storing;
-    form->Finish(result);
-    statusBar()->showMessage(result.Stored ? tr("Stored") : tr("Not stored"));
-    Closing = Closing && result.Stored; // otherwise the user sees why
-    if (Closing && Storing == 0)
-        close();
+    statusBar()->showMessage("Storing");
+    const auto finish = [this, form](const StoreResult& result)
+    {
+        --Storing;
+        form->Finish(result);
+        statusBar()->showMessage(result.Stored ? "Stored" : "Not stored");
+        Closing = Closing && result.Stored; // otherwise the user reads why
+        if (Closing && Storing == 0)
+            close();
+    };
+    TheWorker.Do([record](PlantDatabase& database) { return StoreRecord(database, record); }, finish);
 }
 
 // A record that is being stored may still be refused, so the window stays open until the result is known.
@@ -115,53 +223,4 @@ void MainWindow::closeEvent(QCloseEvent* event)
 {
     Closing = Storing > 0;
     event->setAccepted(!Closing);
-}
-
-void MainWindow::ChooseJournal()
-{
-    auto* dialog = new QFileDialog(this, tr("Open a journal"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QFileDialog::fileSelected, this, &MainWindow::Open);
-    dialog->open();
-}
-
-void MainWindow::Check()
-{
-    const auto finish = [this](const PlantFileResult& result, const std::vector<PlantFileFinding>& findings)
-    {
-        QStringList found;
-        for (const PlantFileFinding& finding : findings)
-            found << QString::fromStdString(finding.Table + ' ' + std::to_string(finding.RowID) + ": " +
-                                            finding.Description);
-        statusBar()->clearMessage();
-        if (!result)
-            ShowMessage(this, QString::fromStdString(result.Error), found.join('\n'));
-        else if (found.isEmpty())
-            ShowMessage(this, tr("No problems found."));
-        else
-            ShowMessage(this, tr("%n problem(s) found.", nullptr, static_cast<int>(found.size())), found.join('\n'));
-    };
-    statusBar()->showMessage(tr("Checking the journal"));
-    Journal.Worker().Check(Journal.OnWindowThread(finish));
-}
-
-void MainWindow::ChooseBackup()
-{
-    const auto finish = [this](const PlantFileResult& result)
-    {
-        statusBar()->clearMessage();
-        ShowMessage(this, result ? tr("The backup is complete.") : QString::fromStdString(result.Error));
-    };
-    auto* dialog = new QFileDialog(this, tr("Back up the journal"), QFileInfo(Path).path());
-    dialog->setObjectName("destination");
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setOption(QFileDialog::DontConfirmOverwrite); // a backup never replaces a file
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [=, this](const QString& destination)
-            {
-                statusBar()->showMessage(tr("Backing up the journal"));
-                Journal.Worker().BackUp(destination.toStdString(), Journal.OnWindowThread(finish));
-            });
-    dialog->open();
 }

@@ -1,49 +1,61 @@
 // The window: plants on the left, the selected plant with its forms on the right.
 #pragma once
 
-#include "journal_adapter.h"
+#include "plant_file.h"
+#include "record_form.h"
+#include "worker.h"
 
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMainWindow>
-
-class Forms;
-class PlantList;
-class PlantPane;
-class QLabel;
-class RecordForm;
+#include <QThreadPool>
+#include <QTreeWidget>
 
 class MainWindow : public QMainWindow
 {
-    Q_OBJECT
-
   public:
     MainWindow();
 
+    // Opens a journal. Asks before it creates or migrates the file, and stores a backup before a migration.
     void Open(const QString& path);
-
-  signals:
-    void PlantShown(); // the window shows the selected plant as it is now
 
   protected:
     void closeEvent(QCloseEvent* event) override;
 
   private:
-    void AddMenu();
-    void SelectPlant(const QString& uuid);
-    void ShowPlant(const PlantView& plant);
-    void ShowReadFailure(const std::string& reason);
+    void SetUpWidgets();
+    void Show(const JournalView& view);
+    void ShowPlants(const std::vector<PlantStatus>& plants);
+    void ShowTimeline(const std::vector<PlantActivity>& activities);
+    void ShowPhotos(const std::vector<PlantPhoto>& photos);
+    void ShowCharts(const std::vector<PlantChart>& charts);
+    void ApplyFilter();
+    void SelectPlant();
     void Store(RecordForm* form, const FormRecord& record);
-    void Finish(RecordForm* form, const StoreResult& result);
-    void ChooseJournal();
-    void Check();
-    void ChooseBackup();
 
-    PlantList* Plants;
-    Forms* TheForms;
-    PlantPane* Pane;
-    QLabel* Banner;
-    QString Path; // of the open journal; empty where none is open
-    QString PlantUUID;
-    int Storing = 0; // forms that wait for their result
+    // The menu.
+    void AddMenu();
+    void OpenInspected(const QString& path, const PlantFileInspection& inspection);
+    void OpenWithBackup(const QString& path, const QString& backup);
+    void Check();
+    void BackUp(const QString& destination);
+    void ChooseFile(QFileDialog::AcceptMode mode, void (MainWindow::*then)(const QString&));
+    void ShowMessage(const QString& text, const QString& yes = {}, const std::function<void()>& then = {});
+
+    QLineEdit* Filter = new QLineEdit;
+    QListWidget* Plants = new QListWidget;
+    QLabel* Name = new QLabel;
+    QTreeWidget* Timeline = new QTreeWidget;
+    QListWidget* Photos = new QListWidget;
+    QFormLayout* Charts = new QFormLayout;
+    QLabel* Banner = new QLabel;
+    std::vector<RecordForm*> Forms = NewForms();
+    QString Path;           // of the open journal
+    QString PlantUUID;      // of the selected plant
+    QStringList PhotoPaths; // of the photos that are shown
+    int Storing = 0;        // forms that wait for their result
     bool Closing = false;
-    JournalAdapter Journal; // the last member: nothing is delivered to the others once they are destroyed
+    QThreadPool ImageFiles; // reads them. It and the worker use the other members, so they end first.
+    Worker TheWorker;
 };

@@ -1,77 +1,79 @@
 #include "record_form.h"
 
-#include <QGridLayout>
-#include <QLabel>
+#include <QComboBox>
+#include <QFormLayout>
 #include <QLineEdit>
+#include <QLocale>
 #include <QMetaProperty>
 #include <QPlainTextEdit>
-#include <QPushButton>
 
 #include <algorithm>
-#include <utility>
 
 namespace
 {
 
-constexpr int LastRow = 20; // below the fields
-
-void ShowWords(QLabel* label, const QString& words, bool isRefusal)
+QLabel* Words(QLabel* label, const QString& name)
 {
-    label->setText(words);
-    label->setStyleSheet(isRefusal ? "color: #b3261e" : "color: #7a5200");
+    label->setObjectName(name);
+    label->setWordWrap(true);
+    label->setStyleSheet("color: #b3261e");
+    return label;
+}
+
+QWidget* NewTypeChoice()
+{
+    auto* types = new QComboBox;
+    for (const PlantJournalType type : PlantJournalTypes)
+        types->addItem(PlantJournalTypeName(type));
+    return types;
+}
+
+// The user property of an editor is its text.
+QMetaProperty TextProperty(const QWidget* editor)
+{
+    return editor->metaObject()->userProperty();
 }
 
 } // namespace
 
-RecordForm::RecordForm(std::function<FormRecord()> empty)
-    : Empty(std::move(empty)), Grid(new QGridLayout(this)), Store(new QPushButton),
-      Discard(new QPushButton(tr("Clear"))), Reason(new QLabel)
+RecordForm::RecordForm(const char* title, const FormRecord& empty) : Empty(empty), Current(empty)
 {
-    Grid->setColumnStretch(1, 2);
-    Grid->setColumnStretch(2, 3);
+    setObjectName(title);
     Store->setObjectName("store");
     Discard->setObjectName("clear");
-    Reason->setObjectName("reason");
-    Reason->setTextFormat(Qt::PlainText);
-    Reason->setWordWrap(true);
     connect(Store, &QPushButton::clicked, this, &RecordForm::Submit);
     connect(Discard, &QPushButton::clicked, this, &RecordForm::Clear);
-    auto* row = new QHBoxLayout;
-    row->addWidget(Store);
-    row->addWidget(Discard);
-    row->addWidget(Reason, 1);
-    Grid->addLayout(row, LastRow, 0, 1, 3);
-    Grid->setRowStretch(LastRow, 1);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(Store);
+    buttons->addWidget(Discard);
+    buttons->addWidget(Words(Reason, "reason"), 1);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(Rows);
+    layout->addStretch();
+    layout->addLayout(buttons);
 }
 
-void RecordForm::AddField(Field field, const QString& label)
+void RecordForm::Add(const char* name, const char* label, Value value, bool hasLines)
 {
-    const int row = static_cast<int>(Fields.size());
-    auto* caption = new QLabel(label);
-    caption->setBuddy(field.Editor);
-    field.Editor->setObjectName(QString::fromStdString(field.Name));
-    field.Editor->setAccessibleName(label);
-    field.Words = new QLabel;
-    field.Words->setObjectName(QString::fromStdString(field.Name + "Words"));
-    field.Words->setTextFormat(Qt::PlainText);
-    field.Words->setWordWrap(true);
-    if (auto* lines = qobject_cast<QPlainTextEdit*>(field.Editor))
-    {
-        lines->setTabChangesFocus(true);
-        lines->setFixedHeight(3 * fontMetrics().height() + 8);
-    }
-    if (auto* line = qobject_cast<QLineEdit*>(field.Editor))
-        connect(line, &QLineEdit::returnPressed, this, &RecordForm::Submit);
-    Grid->addWidget(caption, row, 0);
-    Grid->addWidget(field.Editor, row, 1);
-    Grid->addWidget(field.Words, row, 2);
+    QWidget* editor = nullptr;
+    if (std::holds_alternative<PlantJournalType*>(value))
+        editor = NewTypeChoice();
+    else if (hasLines)
+        editor = new QPlainTextEdit;
+    else
+        editor = new QLineEdit;
+    editor->setObjectName(name);
     const QMetaMethod edit = metaObject()->method(metaObject()->indexOfSlot("Edit()"));
-    connect(field.Editor, field.Editor->metaObject()->userProperty().notifySignal(), this, edit);
-    Fields.push_back(std::move(field));
-    Clear();
+    connect(editor, TextProperty(editor).notifySignal(), this, edit);
+    auto* words = Words(new QLabel, name + QString("Words"));
+    auto* row = new QHBoxLayout;
+    row->addWidget(editor, 2);
+    row->addWidget(words, 3);
+    Rows->addRow(label, row);
+    Fields.push_back({name, value, editor, words});
 }
 
-void RecordForm::SetPlant(const std::optional<Plant>& plant)
+void RecordForm::SetPlant(const Plant& plant)
 {
     Selected = plant;
     if (!Edited)
@@ -80,10 +82,11 @@ void RecordForm::SetPlant(const std::optional<Plant>& plant)
 
 void RecordForm::Clear()
 {
-    ThePlant = Selected;
-    Begin = Empty();
+    PlantOfRecord = Selected;
+    Current = Empty; // of the same type, so its members keep their addresses
+    *std::get<std::string*>(Fields.front().Target) = PlantEventCurrentDate();
     for (const Field& field : Fields)
-        field.Editor->metaObject()->userProperty().write(field.Editor, field.Text(Begin));
+        TextProperty(field.Editor).write(field.Editor, TextOf(field.Target));
     Edited = false;
     Reason->clear();
     Refresh();
@@ -97,7 +100,7 @@ void RecordForm::Finish(const StoreResult& result)
     Refresh();
     ShowProblems(result.Problems);
     if (!result.Reason.empty())
-        ShowWords(Reason, tr("Not stored: %1").arg(QString::fromStdString(result.Reason)), true);
+        Reason->setText("Not stored: " + QString::fromStdString(result.Reason));
 }
 
 void RecordForm::Edit()
@@ -107,20 +110,40 @@ void RecordForm::Edit()
     Refresh();
 }
 
-std::vector<PlantProblem> RecordForm::ReadFields(FormRecord& record) const
+void RecordForm::Submit()
+{
+    Waiting = true;
+    Refresh();
+    emit Submitted(Current);
+}
+
+void RecordForm::Refresh()
+{
+    const std::vector<PlantProblem> problems = Edited ? ReadFields() : std::vector<PlantProblem>();
+    ShowProblems(problems);
+    const bool hasPlant = !PlantOfRecord.UUID.empty();
+    for (const Field& field : Fields)
+        field.Editor->setEnabled(hasPlant && !Waiting);
+    Store->setText(hasPlant ? "Store for " + QString::fromStdString(PlantOfRecord.Name) : "Store");
+    Store->setEnabled(hasPlant && Edited && !Waiting && !PreventStoring(problems));
+    Discard->setEnabled(Edited && !Waiting);
+}
+
+std::vector<PlantProblem> RecordForm::ReadFields()
 {
     std::vector<PlantProblem> problems;
     for (const Field& field : Fields)
-        if (!field.Read(field.Editor->metaObject()->userProperty().read(field.Editor).toString(), record))
-            problems.push_back({field.Name, PlantProblemKind::Impossible, "the text is not a number", {}});
-    const auto validate = [&](auto& wanted)
     {
-        wanted.PlantUUID = ThePlant->UUID;
-        return Validate(wanted, *ThePlant, PlantEventCurrentDate());
+        const QString text = TextProperty(field.Editor).read(field.Editor).toString().trimmed();
+        if (!Read(text, field.Target))
+            problems.push_back({field.Name, PlantProblemKind::Impossible, "the text is not a number", {}});
+    }
+    const auto validate = [this](auto& record)
+    {
+        record.PlantUUID = PlantOfRecord.UUID;
+        return Validate(record, PlantOfRecord);
     };
-    if (problems.empty())
-        problems = std::visit(validate, record);
-    return problems;
+    return problems.empty() ? std::visit(validate, Current) : problems;
 }
 
 void RecordForm::ShowProblems(const std::vector<PlantProblem>& problems)
@@ -131,36 +154,30 @@ void RecordForm::ShowProblems(const std::vector<PlantProblem>& problems)
     {
         const auto field =
             std::find_if(Fields.begin(), Fields.end(), [&](const Field& each) { return each.Name == problem.Field; });
-        const bool isRefusal = problem.Kind != PlantProblemKind::Unlikely;
-        const QString words = QString::fromStdString(problem.Description);
-        ShowWords(field == Fields.end() ? Reason : field->Words, isRefusal ? words : tr("Notice: %1").arg(words),
-                  isRefusal);
+        QLabel* label = field == Fields.end() ? Reason : field->Words;
+        const bool isNotice = problem.Kind == PlantProblemKind::Unlikely;
+        label->setText((isNotice ? "Notice: " : "") + QString::fromStdString(problem.Description));
     }
 }
 
-void RecordForm::Submit()
+QString RecordForm::TextOf(const Value& value)
 {
-    if (!Store->isEnabled())
-        return;
-    FormRecord record = Begin;
-    ReadFields(record);
-    Waiting = true;
-    Refresh();
-    emit Submitted(record);
+    const auto number = [](double number) // 0 stands for a missing number
+    { return number == 0 ? QString() : QString::number(number, 'g', QLocale::FloatingPointShortest); };
+    const Overloaded text{[](const std::string* text) { return QString::fromStdString(*text); },
+                          [](const PlantJournalType* type) { return QString(PlantJournalTypeName(*type)); },
+                          [&](const auto* value) { return number(*value); }};
+    return std::visit(text, value);
 }
 
-void RecordForm::Refresh()
+bool RecordForm::Read(const QString& text, const Value& value)
 {
-    std::vector<PlantProblem> problems;
-    if (FormRecord record = Begin; Edited && ThePlant)
-        problems = ReadFields(record);
-    ShowProblems(problems);
-    const bool refused =
-        std::any_of(problems.begin(), problems.end(),
-                    [](const PlantProblem& problem) { return problem.Kind != PlantProblemKind::Unlikely; });
-    for (const Field& field : Fields)
-        field.Editor->setEnabled(ThePlant && !Waiting);
-    Store->setText(ThePlant ? tr("Store for %1").arg(QString::fromStdString(ThePlant->Name)) : tr("Store"));
-    Store->setEnabled(ThePlant && Edited && !Waiting && !refused);
-    Discard->setEnabled(Edited && !Waiting);
+    bool isValue = true;
+    const Overloaded read{[&](std::string* target) { *target = text.toStdString(); },
+                          [&](PlantJournalType* type) { *type = PlantJournalTypeFromName(text.toStdString()); },
+                          [&](double* number)
+                          { *number = text.isEmpty() ? 0 : QString(text).replace(',', '.').toDouble(&isValue); },
+                          [&](int* number) { *number = text.isEmpty() ? 0 : text.toInt(&isValue); }};
+    std::visit(read, value);
+    return isValue;
 }

@@ -62,9 +62,9 @@ TEST_F(ChangeTest, EachKindOfChangeShows)
     EXPECT_TRUE(Await([this] { return Plants() == QStringList{"Aloe", "Chili", "Mint"}; }));
     EXPECT_TRUE(Await([this] { return ShownName() == "Mint"; }));
     Command({"harvest", "add", "Mint", "--wet-weight-g", "310"});
-    EXPECT_TRUE(Await([this] { return TextOf("Harvest", "WetWeightG") == "310"; }));
+    EXPECT_TRUE(AwaitRow("Wet 310"));
     Command({"undo", "--yes"});
-    EXPECT_TRUE(Await([this] { return TextOf("Harvest", "WetWeightG") == ""; }));
+    EXPECT_TRUE(Await([this] { return Timeline().filter("Wet 310").isEmpty(); }));
 }
 
 TEST_F(ChangeTest, ADeletedPlantLeavesTheWindow)

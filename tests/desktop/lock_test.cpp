@@ -5,6 +5,8 @@
 #include <QMessageBox>
 #include <QTest>
 
+#include <thread>
+
 using namespace support;
 
 namespace
@@ -117,6 +119,22 @@ TEST_F(LockTest, TheWindowStaysOpenIfTheLastWriteIsRefused)
     EXPECT_EQ(TextOf("Note", "Details"), "The last one");
     lock.Release();
     EXPECT_TRUE(Window->close()); // the user has read the reason
+}
+
+TEST_F(LockTest, AViewOfAnotherPlantThatArrivesLateIsDropped)
+{
+    OpenWindow();
+    EXPECT_EQ(ShownName(), "Basil");
+    Click("Chili");
+    std::this_thread::sleep_for(std::chrono::seconds(1)); // the worker reads Chili, but its view waits
+    LockHolder lock(Journal);
+    Click("Basil");
+    QTest::qWait(300);
+    EXPECT_EQ(ShownName(), "Basil");
+    EXPECT_EQ(TextOf("Note", "store"), "Store for Basil");
+    Click("Chili");
+    lock.Release();
+    EXPECT_TRUE(Await([this] { return ShownName() == "Chili"; }));
 }
 
 TEST_F(LockTest, ALockedJournalOpensAfterTheLock)

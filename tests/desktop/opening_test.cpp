@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QTest>
 
 #include <fstream>
 
@@ -20,7 +21,13 @@ namespace
 class OpeningTest : public WindowTest
 {
   protected:
-    QString Backup() const { return Journal + ".before-update-" + QString::fromStdString(PlantEventCurrentDate()); }
+    // The backup that was stored before the migration.
+    QString Backup() const
+    {
+        const QStringList backups = Files().filter(".before-update-" + QString::fromStdString(PlantEventCurrentDate()));
+        EXPECT_EQ(backups.size(), 1);
+        return Directory + backups.join(' ');
+    }
 
     static std::string ContentOf(const QString& path)
     {
@@ -39,6 +46,15 @@ class OpeningTest : public WindowTest
         return text;
     }
 
+    // Clicks an entry of the menu.
+    void Trigger(const QString& entry) const
+    {
+        for (QAction* action : Window->findChildren<QAction*>())
+            if (action->text().remove('&') == entry)
+                return action->trigger();
+        ADD_FAILURE() << entry.toStdString();
+    }
+
     void WriteJournal(const std::string& bytes) const { std::ofstream(Journal.toStdString()) << bytes; }
 };
 
@@ -47,23 +63,27 @@ TEST_F(OpeningTest, AnOlderFileIsBackedUpBeforeItIsMigrated)
     WriteOldFile(Journal.toStdString(), OldFiles().front());
     const std::string before = ContentOf(Journal);
     StartWindow();
-    EXPECT_TRUE(Message()->text().contains(Backup())) << Message()->text().toStdString();
+    const QString question = Message()->text();
     EXPECT_EQ(ContentOf(Journal), before);
+    EXPECT_EQ(Files(), QStringList{"journal.db"});
     Press(Message(), "Back up and open");
     EXPECT_TRUE(Await([this] { return !Plants().isEmpty(); }));
     EXPECT_EQ(ContentOf(Backup()), before);
+    EXPECT_TRUE(question.endsWith("The backup will be " + Backup())) << question.toStdString();
     EXPECT_NE(ContentOf(Journal), before);
 }
 
-TEST_F(OpeningTest, ASecondBackupOfADayHasANameOfItsOwn)
+TEST_F(OpeningTest, ASecondBackupDoesNotReplaceTheFirst)
 {
-    WriteOldFile(Journal.toStdString(), OldFiles().front());
-    std::ofstream(Backup().toStdString()) << "the first";
-    StartWindow();
-    Press(Message(), "Back up and open");
-    EXPECT_TRUE(Await([this] { return !Plants().isEmpty(); }));
-    EXPECT_EQ(FileBytes(Backup().toStdString()), "the first");
-    EXPECT_TRUE(Files().contains(QFileInfo(Backup()).fileName() + "-2"));
+    for (const int backups : {1, 2})
+    {
+        WriteOldFile(Journal.toStdString(), OldFiles().front());
+        StartWindow();
+        Press(Message(), "Back up and open");
+        EXPECT_TRUE(Await([this] { return !Plants().isEmpty(); }));
+        EXPECT_EQ(Files().filter(".before-update-").size(), backups);
+        QTest::qWait(1000); // the name holds the second
+    }
 }
 
 TEST_F(OpeningTest, CancelLeavesAnOlderFileAsItIs)
@@ -152,12 +172,12 @@ TEST_F(OpeningTest, CheckShowsWhatIsWrong)
 {
     Command({"plant", "add", "Basil"});
     OpenWindow();
-    Child<QAction>("check")->trigger();
+    Trigger("Check");
     EXPECT_EQ(Message()->text(), "No problems found.");
     Press(Message(), "OK");
     PlainConnection(Journal.toStdString()).RunSQL("UPDATE Plants SET MotherPlantID=ID");
-    Child<QAction>("check")->trigger();
-    EXPECT_EQ(Message()->informativeText(), "Plants 1: It descends from itself.");
+    Trigger("Check");
+    EXPECT_EQ(Message()->text(), "Plants 1: It descends from itself.");
     Press(Message(), "OK");
 }
 
@@ -168,8 +188,8 @@ TEST_F(OpeningTest, TheMenuStoresABackup)
     const QString destination = Directory + "backup.db";
     const auto backUp = [&]
     {
-        Child<QAction>("backup")->trigger();
-        auto* dialog = Child<QFileDialog>("destination");
+        Trigger("Back up...");
+        auto* dialog = Window->findChild<QFileDialog*>();
         dialog->selectFile(destination);
         static_cast<QDialog*>(dialog)->accept();
         QString text = Message()->text();

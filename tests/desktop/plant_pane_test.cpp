@@ -2,8 +2,6 @@
 
 #include "window_test.h"
 
-#include "chart_view.h"
-
 #include <QFile>
 #include <QImage>
 #include <QLineEdit>
@@ -73,8 +71,8 @@ TEST_F(PlantPaneTest, TheChartsOfAPlantAreShown)
     for (const QWidget* chart : Window->findChildren<QWidget*>("chart"))
     {
         EXPECT_FALSE(chart->accessibleDescription().isEmpty());
-        EXPECT_GT(chart->heightForWidth(480), 100) << chart->accessibleName().toStdString();
-        EXPECT_GT(chart->heightForWidth(960), 3 * chart->heightForWidth(480) / 2); // keeps its proportions
+        EXPECT_EQ(chart->width(), 480);
+        EXPECT_GT(chart->height(), 50) << chart->accessibleDescription().toStdString();
     }
     Select("Chili");
     EXPECT_EQ(Window->findChildren<QWidget*>("chart").size(), 0);
@@ -104,7 +102,6 @@ TEST_F(PlantPaneTest, AWrongValueShowsItsReasonNextToTheField)
     Type("Feed", "PH", "15");
     EXPECT_EQ(TextOf("Feed", "PHWords"), "the pH must be from 0 to 14");
     EXPECT_FALSE(CanStore("Feed"));
-    QTest::keyClick(Form("Feed")->findChild<QLineEdit*>("PH"), Qt::Key_Return);
     Type("Feed", "PH", "sour");
     EXPECT_EQ(TextOf("Feed", "PHWords"), "the text is not a number");
     EXPECT_FALSE(CanStore("Feed"));
@@ -123,14 +120,6 @@ TEST_F(PlantPaneTest, AnUnlikelyValueIsANoticeThatCanBeStored)
     EXPECT_EQ(TextOf("Water", "CareDateWords"), "Notice: the date is before the plant was sown (2025-04-01)");
     Store("Water");
     EXPECT_EQ(TextOf("Water", "CareDate").toStdString(), PlantEventCurrentDate());
-}
-
-TEST_F(PlantPaneTest, TheReturnKeyStoresTheForm)
-{
-    OpenWindow();
-    Type("Water", "AmountMl", "500");
-    QTest::keyClick(Form("Water")->findChild<QLineEdit*>("AmountMl"), Qt::Key_Return);
-    EXPECT_EQ(StoreResultText(), "Stored");
 }
 
 TEST_F(PlantPaneTest, AnEmptyFormCannotBeStored)

@@ -12,7 +12,7 @@
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
-#include <QTreeView>
+#include <QTreeWidget>
 
 #include <algorithm>
 
@@ -76,7 +76,7 @@ void WindowTest::Press(QMessageBox* message, const QString& button) const
 void WindowTest::Click(const QString& plant) const
 {
     const auto* list = Child<QListWidget>("plants");
-    const auto items = list->findItems(plant, Qt::MatchExactly);
+    const auto items = list->findItems(plant + '\n', Qt::MatchStartsWith);
     ASSERT_EQ(items.size(), 1) << plant.toStdString();
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(items.first()).center());
 }
@@ -147,7 +147,7 @@ void WindowTest::Store(const QString& form) const
 
 QStringList WindowTest::Timeline() const
 {
-    const QAbstractItemModel* model = Child<QTreeView>("timeline")->model();
+    const QAbstractItemModel* model = Window->findChild<QTreeWidget*>()->model();
     QStringList rows;
     for (int row = 0; row < model->rowCount(); ++row)
     {
@@ -165,7 +165,7 @@ QStringList WindowTest::Plants() const
     QStringList names;
     for (int row = 0; row < list->count(); ++row)
         if (!list->item(row)->isHidden())
-            names << list->item(row)->text();
+            names << list->item(row)->text().section('\n', 0, 0);
     return names;
 }
 
@@ -176,8 +176,7 @@ QString WindowTest::ShownName() const
 
 QString WindowTest::Banner() const
 {
-    const auto* banner = Child<QLabel>("banner");
-    return banner->isVisible() ? banner->text() : QString();
+    return Child<QLabel>("banner")->text();
 }
 
 bool WindowTest::Await(const std::function<bool()>& condition, std::chrono::milliseconds time)
