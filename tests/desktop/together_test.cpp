@@ -99,6 +99,7 @@ TEST_F(TogetherTest, NoChangeIsMissedAndNoneIsStoredTwice)
             StoreNote();
         QTest::qWait(static_cast<int>(random() % 100));
     }
+    EXPECT_LT(gap.Longest(), 1000); // the test itself waits below
     ReadReports();
     EXPECT_GT(Count, 5);
     EXPECT_GT(Expected.size(), 50);
@@ -115,7 +116,6 @@ TEST_F(TogetherTest, NoChangeIsMissedAndNoneIsStoredTwice)
         stored.merge(Found(Command({"timeline", plant, "--json"})));
     EXPECT_EQ(stored, Expected) << "seed " << Seed;
     EXPECT_EQ(Command({"check"}), "No problems found.\n");
-    EXPECT_LT(gap.Longest(), 1000);
 }
 
 } // namespace
