@@ -26,7 +26,7 @@ TEST_F(CommandConventionTest, AUsageErrorHasStatus2AndChangesNothing)
         {{"photo", "add", "Basil"}, "FILE-PATH is missing; "},
         {{"health", "add", "Basil"}, "ISSUE is missing; "},
         {{"import"}, "SOURCE is missing; "},
-        {{"backup"}, "DESTINATION is missing; "},
+        {{"backup", "--overwrite"}, "--overwrite needs a DESTINATION; "},
         {{"export"}, "DESTINATION is missing; "},
         {{"export", "--csv", "-"}, "cannot be written to standard output; "},
     };

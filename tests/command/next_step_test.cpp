@@ -244,7 +244,8 @@ TEST_F(NextStepTest, ADamagedJournalSaysToRestoreABackup)
 {
     KeepEverything();
     std::filesystem::resize_file(Journal, std::filesystem::file_size(Journal) / 2);
-    ExpectNextSteps({{{"plant", "list"}, "restore a backup"}, {{"backup", "x.db"}, "restore a backup"}});
+    const std::string step = "restore a backup with `plantjournal restore`";
+    ExpectNextSteps({{{"plant", "list"}, step}, {{"backup", "x.db"}, step}});
     Sound = false;
 }
 

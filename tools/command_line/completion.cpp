@@ -54,7 +54,7 @@ class Collector
     void AddValues(const CLI::Option& option, const std::string& before)
     {
         const std::string type = option.get_type_name().empty() ? option.get_name() : option.get_type_name();
-        if (type == "FILE" || type == "SOURCE" || type == "DESTINATION")
+        if (type == "FILE" || type == "SOURCE" || type == "DESTINATION" || type == "BACKUP" || type == "DIR")
             Found.emplace_back();
         if (type == "DATE")
             for (const char* word : DateWords)

@@ -28,7 +28,7 @@ inline const std::vector<HelpHeading>& HelpHeadings()
          {"status", "due", "log", "search", "totals", "compare", "timeline", "plant list", "plant show", "plant tree",
           "report"}},
         {"Correct and complete", {"strain", "care", "event"}},
-        {"Look after the file", {"info", "check", "backup", "export", "import"}},
+        {"Look after the file", {"info", "check", "backup", "restore", "export", "import"}},
     };
     return headings;
 }
@@ -87,7 +87,20 @@ that is not set either, the file is plantjournal/journal.db in the XDG data dire
 )"},
     {"ENVIRONMENT", R"(
 PLANTJOURNAL_FILE names the journal file. XDG_DATA_HOME and HOME name the directory of the journal where no file is
-named. NO_COLOR turns colours off.
+named. XDG_STATE_HOME and HOME name the directory of the dated backups and of what `plantjournal undo` needs. NO_COLOR
+turns colours off.
+)"},
+    {"BACKUPS", R"(
+`plantjournal backup` makes a backup with the date and time in its name. It keeps the newest of each of the last 7 days,
+4 weeks and 12 months that have a backup, and removes the others. The backups are in plantjournal/backups in the XDG
+state directory ($XDG_STATE_HOME, by default ~/.local/state), in a directory for each journal, or below DIR with --to
+DIR. Other files there are left alone. After a change, a notice offers a backup if the last one is more than seven days
+old.
+
+`plantjournal restore` puts a backup in the place of the journal. The present journal stays next to it, with
+.before-restore- and the date after its name. Programs that have the journal open go on with the restored one, unless it
+was damaged: then they must open it again. `plantjournal undo` does not roll back a restoration, nor a change from
+before it; restore the kept file instead.
 )"},
     {"UNDO", R"(
 `plantjournal undo` rolls back the last change that the command made, if nothing has changed the journal since. It

@@ -27,8 +27,10 @@ void AddExportCommand(CLI::App& program, Session& session);
 void AddImportCommand(CLI::App& program, Session& session);
 void AddUndoCommand(CLI::App& program, Session& session);
 
-// Adds `check`.
+// Each adds one command that AddFileCommands() lists.
 void AddCheckCommand(CLI::App& program, Session& session);
+void AddBackUpCommand(CLI::App& program, Session& session);
+void AddRestoreCommand(CLI::App& program, Session& session);
 
 // Each adds a command to the group of plant commands.
 void AddPlantListCommand(CLI::App& plantGroup, Session& session);

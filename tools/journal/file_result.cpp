@@ -22,7 +22,7 @@ std::string AdviceForJournal(const std::string& path)
     case PlantFileKind::NotADatabase:
         return "--file names another file";
     case PlantFileKind::Damaged:
-        return "restore a backup";
+        return "restore a backup with `plantjournal restore`";
     case PlantFileKind::Locked:
         return "try again when the other program has finished";
     case PlantFileKind::Interrupted:

@@ -1,6 +1,7 @@
 #include "journal/session.h"
 
 #include "journal/backup_name.h"
+#include "journal/backup_place.h"
 #include "journal/file_result.h"
 #include "journal/path.h"
 #include "journal/sql.h"
@@ -54,6 +55,15 @@ Session::~Session()
     catch (const std::exception& error)
     {
         PrintNoUndo(error.what());
+    }
+    try
+    {
+        if (!Summaries.empty())
+            OfferBackUp(Path());
+    }
+    catch (const std::exception&)
+    {
+        // Without a state directory, the age of the last backup is not known.
     }
 }
 
@@ -110,7 +120,8 @@ void Session::Open(bool create)
     case PlantFileKind::NotADatabase:
         throw Refusal(path + ": not an SQLite database; it was not changed; --file names another file");
     case PlantFileKind::Damaged:
-        throw Refusal(path + ": damaged (" + Joined(file.Reasons, "; ") + "); restore a backup");
+        throw Refusal(path + ": damaged (" + Joined(file.Reasons, "; ") +
+                      "); restore a backup with `plantjournal restore`");
     case PlantFileKind::Locked:
         throw Refusal(path + ": another program is writing to it; try again when it has finished");
     case PlantFileKind::Current:

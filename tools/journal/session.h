@@ -21,7 +21,8 @@ class Session
     TypedFlags Flags;                // in the command line, as they were typed
 
     Session();
-    // Stores what `undo` needs. A failure is reported as a notice on standard error.
+    // Stores what `undo` needs. A failure is reported as a notice on standard error. After a change, offers a backup if
+    // the last one is old.
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

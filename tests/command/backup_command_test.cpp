@@ -1,0 +1,198 @@
+// `backup`: dated backups, their list, and the notice that offers one.
+
+#include "support/dated_command.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <regex>
+
+using namespace support;
+
+namespace
+{
+
+class BackUpCommandTest : public DatedCommandTest
+{
+  protected:
+    BackUpCommandTest() { EXPECT_EQ(On("2026-05-01", {"plant", "add", "Basil"}).Error, ""); }
+};
+
+TEST_F(BackUpCommandTest, WithoutADestinationItIsInTheStateDirectory)
+{
+    const std::string out = DoneOn("2026-05-01", {"backup"});
+    const std::string directory = BackUpDirectoryIn(State);
+    EXPECT_TRUE(std::regex_match(directory, std::regex(State + "/journal\\.db-[0-9a-f]{16}"))) << directory;
+    const std::string made = directory + "/2026-05-01-120000-journal.db";
+    EXPECT_EQ(out, "Backed up " + Journal + " to " + made + "\n");
+    EXPECT_EQ(Parsed({"plant", "list", "--file", made}).size(), 1U);
+    Around.Environment.push_back("XDG_STATE_HOME=" + Scratch.File("state"));
+    DoneOn("2026-05-01", {"backup"});
+    EXPECT_TRUE(std::filesystem::exists(BackUpDirectoryIn(Scratch.File("state/plantjournal/backups")) +
+                                        "/2026-05-01-120000-journal.db"));
+}
+
+TEST_F(BackUpCommandTest, OlderBackupsAreRemovedByDaysWeeksAndMonths)
+{
+    EXPECT_EQ(DoneOn("2026-05-01", {"backup"}).find("removed"), std::string::npos);
+    EXPECT_TRUE(DoneOn("2026-05-01", {"backup"}).ends_with("120000_02-journal.db; removed 1 older backup\n"));
+    for (const char* day : {"2026-05-02", "2026-05-03", "2026-05-04", "2026-05-05", "2026-05-06", "2026-05-07"})
+        EXPECT_EQ(DoneOn(day, {"backup"}).find("removed"), std::string::npos) << day;
+    EXPECT_TRUE(DoneOn("2026-05-08", {"backup"}).ends_with("; removed 1 older backup\n")); // of 1 May
+    EXPECT_TRUE(DoneOn("2026-05-09", {"backup"}).ends_with("; removed 1 older backup\n")); // of 2 May
+    EXPECT_EQ(DoneOn("2026-05-10", {"backup"}).find("removed"), std::string::npos); // 3 May is the newest of its week
+}
+
+TEST_F(BackUpCommandTest, QuietAndJSONNameTheBackup)
+{
+    const std::string first = DoneOn("2026-05-01", {"backup", "--quiet"});
+    EXPECT_EQ(first, BackUpDirectoryIn(State) + "/2026-05-01-120000-journal.db\n");
+    const JSON second = JSON::parse(DoneOn("2026-05-01", {"backup", "--json"}));
+    EXPECT_EQ(second, (JSON{{"BackUp", BackUpDirectoryIn(State) + "/2026-05-01-120000_02-journal.db"},
+                            {"Removed", {first.substr(0, first.size() - 1)}}}));
+}
+
+TEST_F(BackUpCommandTest, JournalsOfOneNameKeepTheirOwnBackups)
+{
+    const std::string other = Scratch.File("other/journal.db");
+    DoneOn("2026-05-01", {"plant", "add", "Mint", "--file", other});
+    for (const Words& words : {Words{"backup", "--to", "stick"}, {"backup", "--to", "stick", "--file", other}})
+    {
+        DoneOn("2026-05-01", words);
+        EXPECT_NE(DoneOn("2026-05-01", words).find("; removed 1 older backup"), std::string::npos);
+    }
+    int directories = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(Scratch.File("stick")))
+    {
+        EXPECT_TRUE(entry.path().filename().string().starts_with("journal.db-"));
+        EXPECT_TRUE(std::filesystem::exists(entry.path() / "2026-05-01-120000_02-journal.db"));
+        ++directories;
+    }
+    EXPECT_EQ(directories, 2);
+    std::filesystem::create_symlink(other, Scratch.File("link.db")); // has the backups of its target
+    EXPECT_EQ(JSON::parse(DoneOn("2026-05-01", {"backup", "--list", "--json", "--to", "stick", "--file", "link.db"})),
+              JSON::parse(DoneOn("2026-05-01", {"backup", "--list", "--json", "--to", "stick", "--file", other})));
+}
+
+TEST_F(BackUpCommandTest, TheListShowsAgeSizeAndContent)
+{
+    EXPECT_EQ(DoneOn("2026-05-01", {"backup", "--list"}), "No backups; `plantjournal backup` makes one.\n");
+    EXPECT_EQ(DoneOn("2026-05-01", {"backup", "--list", "--json"}), "[]\n");
+    DoneOn("2026-05-01", {"backup"});
+    DoneOn("2026-05-03", {"feed", "Basil", "500ml"});
+    DoneOn("2026-05-03", {"backup"});
+    const std::string directory = BackUpDirectoryIn(State);
+    const auto size = std::to_string(std::filesystem::file_size(Journal));
+    const std::string list = DoneOn("2026-05-04", {"backup", "--list"});
+    EXPECT_EQ(list, "Made                 Age        Bytes  Content                                         File\n"
+                    "2026-05-03 12:00:00  yesterday  " +
+                        size + "  1 plant, 2 other records, last date 2026-05-03  " + directory +
+                        "/2026-05-03-120000-journal.db\n"
+                        "2026-05-01 12:00:00  3 d ago    " +
+                        size + "  1 plant, 0 other records                        " + directory +
+                        "/2026-05-01-120000-journal.db\n");
+    const JSON parsed = JSON::parse(DoneOn("2026-05-04", {"backup", "--list", "--json"}));
+    ASSERT_EQ(parsed.size(), 2U);
+    EXPECT_EQ(parsed[0].at("Time"), "2026-05-03 12:00:00");
+    EXPECT_EQ(parsed[0].at("File"), directory + "/2026-05-03-120000-journal.db");
+    EXPECT_EQ(parsed[0].at("Kind"), "Current");
+    EXPECT_EQ(std::to_string(parsed[0].at("Bytes").get<long>()), size);
+    EXPECT_EQ(parsed[0].at("LastDate"), "2026-05-03");
+    EXPECT_EQ(parsed[0].at("Tables").at("PlantCareEntries"), 1);
+    EXPECT_EQ(parsed[1].at("Tables").at("PlantCareEntries"), 0);
+}
+
+TEST_F(BackUpCommandTest, TheListShowsABackupThatCannotBeRead)
+{
+    DoneOn("2026-05-01", {"backup"});
+    Write("home/.local/state/plantjournal/backups/" +
+              std::filesystem::path(BackUpDirectoryIn(State)).filename().string() + "/2026-05-01-120000-journal.db",
+          "a shopping list");
+    EXPECT_NE(DoneOn("2026-05-01", {"backup", "--list"}).find("not an SQLite database"), std::string::npos);
+    EXPECT_EQ(JSON::parse(DoneOn("2026-05-01", {"backup", "--list", "--json"})).at(0).at("Kind"), "NotADatabase");
+}
+
+TEST_F(BackUpCommandTest, OptionsThatDoNotGoTogetherAreRefused)
+{
+    EXPECT_NE(Mistaken({"backup", "x.db", "--list"}).find("DESTINATION does not go with --to or --list"),
+              std::string::npos);
+    EXPECT_NE(Mistaken({"backup", "x.db", "--to", "stick"}).find("DESTINATION does not go with --to or --list"),
+              std::string::npos);
+    EXPECT_NE(Mistaken({"backup", "--overwrite"}).find("--overwrite needs a DESTINATION"), std::string::npos);
+}
+
+TEST_F(BackUpCommandTest, APlaceThatCannotBeUsedIsRefused)
+{
+    Write("file", "");
+    const std::string refusal = Refused({"backup", "--to", "file"});
+    EXPECT_NE(refusal.find("check that the backup's directory exists, is writable and has free space"),
+              std::string::npos)
+        << refusal;
+    EXPECT_NE(Refused({"backup", "--list", "--to", "file"}).find("; check the path and the permissions"),
+              std::string::npos);
+    std::erase_if(Around.Environment, [](const std::string& text) { return text.starts_with("HOME="); });
+    EXPECT_NE(Refused({"backup"}).find("HOME is not set"), std::string::npos);
+}
+
+// ---- The notice
+
+class BackUpOfferTest : public BackUpCommandTest
+{
+  protected:
+    std::string Offer(int days) const
+    {
+        return "notice: " + Journal + ": no backup for " + std::to_string(days) +
+               " days; `plantjournal backup` makes one\n";
+    }
+    // What a change on that day prints on standard error.
+    std::string Changed(const std::string& day) const { return NoticeOn(day, {"water", "Basil", "1l"}); }
+};
+
+TEST_F(BackUpOfferTest, AJournalOfSevenDaysNeedsNone)
+{
+    EXPECT_EQ(Changed("2026-05-01"), "");
+    EXPECT_EQ(Changed("2026-05-08"), "");
+}
+
+TEST_F(BackUpOfferTest, AfterSevenDaysAChangeOffersABackup)
+{
+    EXPECT_EQ(Changed("2026-05-09"), Offer(8));
+    EXPECT_EQ(Changed("2026-05-10"), Offer(9));
+    EXPECT_EQ(NoticeOn("2026-05-10", {"water", "Basil", "1l", "--quiet"}), Offer(9));
+    DoneOn("2026-05-10", {"plant", "list"});                                                // reading offers nothing
+    EXPECT_EQ(On("2026-05-10", {"water", "Mint"}).Error.find("notice"), std::string::npos); // nor does a refusal
+}
+
+TEST_F(BackUpOfferTest, ABackupToAnyPlaceCounts)
+{
+    const std::vector<Words> backUps = {{"backup"}, {"backup", "--to", "stick"}, {"backup", "copy.db"}};
+    const std::vector<std::string> days = {"2026-06-01", "2026-06-11", "2026-06-21", "2026-07-01"};
+    EXPECT_EQ(Changed(days[0]), Offer(31));
+    for (std::size_t i = 0; i < backUps.size(); ++i)
+    {
+        DoneOn(days[i], backUps[i]);
+        EXPECT_EQ(Changed(days[i]), "");
+        EXPECT_EQ(Changed(days[i + 1]), Offer(10));
+    }
+}
+
+TEST_F(BackUpOfferTest, ABackupOfAnotherProgramCounts)
+{
+    DoneOn("2026-06-01", {"backup"});
+    std::filesystem::remove(BackUpDirectoryIn(State) + "/last-backup");
+    EXPECT_EQ(Changed("2026-06-08"), "");
+    EXPECT_EQ(Changed("2026-06-09"), Offer(8));
+}
+
+TEST_F(BackUpOfferTest, AClockThatWasSetBackStartsAgain)
+{
+    EXPECT_EQ(Changed("2020-01-01"), "");
+    EXPECT_EQ(Changed("2020-01-09"), Offer(8));
+}
+
+TEST_F(BackUpOfferTest, WithoutAStateDirectoryThereIsNone)
+{
+    std::erase_if(Around.Environment, [](const std::string& text) { return text.starts_with("HOME="); });
+    EXPECT_EQ(Changed("2026-06-09").find("no backup for"), std::string::npos);
+}
+
+} // namespace

@@ -1,0 +1,202 @@
+// `restore`: which backup it takes, what it shows, and what it leaves.
+
+#include "support/dated_command.h"
+
+#include <filesystem>
+
+using namespace support;
+
+namespace
+{
+
+// A journal with two dated backups: of 1 May with a plant, and of 3 May with two.
+class RestoreCommandTest : public DatedCommandTest
+{
+  protected:
+    RestoreCommandTest()
+    {
+        DoneOn("2026-05-01", {"plant", "add", "Basil", "--uuid", "b1"});
+        DoneOn("2026-05-01", {"backup"});
+        DoneOn("2026-05-03", {"plant", "add", "Mint", "--uuid", "m1"});
+        DoneOn("2026-05-03", {"backup"});
+        DoneOn("2026-05-04", {"plant", "delete", "Mint", "--yes"});
+        DoneOn("2026-05-04", {"feed", "Basil", "500ml"});
+        First = BackUpDirectoryIn(State) + "/2026-05-01-120000-journal.db";
+        Second = BackUpDirectoryIn(State) + "/2026-05-03-120000-journal.db";
+    }
+
+    // The number of plants.
+    std::size_t Plants() const { return Parsed({"plant", "list"}).size(); }
+    // Restores on 5 May; returns what is printed.
+    std::string Restored(Words words)
+    {
+        words.insert(words.begin(), "restore");
+        words.emplace_back("--yes");
+        const std::string out = DoneOn("2026-05-05", words);
+        Left.push_back("journal.db.before-restore-2026-05-05" +
+                       (Left.size() > 1 ? '-' + std::to_string(Left.size()) : ""));
+        return out;
+    }
+
+    std::string First;
+    std::string Second;
+    std::string Former = Journal + ".before-restore-2026-05-05";
+};
+
+TEST_F(RestoreCommandTest, WithoutAnArgumentItTakesTheNewestBackup)
+{
+    EXPECT_EQ(Restored({}), "Records                     Now  Backup  Change\n"
+                            "Strains                       0       0\n"
+                            "Plants                        1       2      +1\n"
+                            "Timeline events               1       0      -1\n"
+                            "Care entries                  1       0      -1\n"
+                            "Harvest records               0       0\n"
+                            "Photos                        0       0\n"
+                            "Health observations           0       0\n"
+                            "Journal entries               0       0\n"
+                            "Last date            2026-05-04\n"
+                            "Restored " +
+                                Journal + " from " + Second + "\nThe former journal is " + Former + "\n");
+    EXPECT_EQ(Plants(), 2U);
+    EXPECT_EQ(Parsed({"plant", "list", "--file", Former}).size(), 1U);
+    EXPECT_EQ(Parsed({"care", "list", "Basil", "--file", Former}).size(), 1U);
+}
+
+TEST_F(RestoreCommandTest, ADateTakesTheNewestBackupOfThatDayOrBefore)
+{
+    for (const char* date : {"2026-05-01", "2026-05-02", "3d"})
+    {
+        EXPECT_NE(Restored({date}).find("from " + First), std::string::npos) << date;
+        EXPECT_EQ(Plants(), 1U);
+    }
+    for (const char* date : {"2026-05-03", "yesterday", "2026-05", "2026"})
+        EXPECT_NE(Restored({date}).find("from " + Second), std::string::npos) << date;
+    const std::string none = Refused({"restore", "2026-04-30", "--yes"});
+    EXPECT_NE(none.find(": no good backup of 2026-04-30 or before; `plantjournal backup --list` lists the backups"),
+              std::string::npos)
+        << none;
+}
+
+TEST_F(RestoreCommandTest, AnyJournalFileCanBeRestored)
+{
+    DoneOn("2026-05-04", {"backup", "copy.db"});
+    Restored({First});
+    EXPECT_EQ(Plants(), 1U);
+    Restored({"copy.db"});
+    EXPECT_EQ(Parsed({"care", "list", "Basil"}).size(), 1U);
+    Restored({Former + "-2"});
+    EXPECT_EQ(Parsed({"care", "list", "Basil"}).size(), 0U);
+}
+
+TEST_F(RestoreCommandTest, FromFindsTheBackupsOfAnotherPlace)
+{
+    DoneOn("2026-05-04", {"backup", "--to", "stick"});
+    EXPECT_NE(Restored({"--from", "stick"}).find(Scratch.File("stick/journal.db-")), std::string::npos);
+    EXPECT_EQ(Parsed({"care", "list", "Basil"}).size(), 1U);
+    EXPECT_NE(Refused({"restore", "--from", "nowhere", "--yes"}).find("nowhere/journal.db-"), std::string::npos);
+}
+
+TEST_F(RestoreCommandTest, ADamagedBackupIsPassedOver)
+{
+    const auto size = std::filesystem::file_size(Second);
+    std::filesystem::resize_file(Second, size / 2);
+    const ProgramResult outcome = On("2026-05-05", {"restore", "--yes"});
+    EXPECT_EQ(outcome.Status, 0);
+    EXPECT_TRUE(outcome.Error.starts_with("notice: " + Second + ": ")) << outcome.Error;
+    EXPECT_TRUE(outcome.Error.ends_with("; an older backup is used\n"));
+    EXPECT_NE(outcome.Out.find("from " + First), std::string::npos);
+    Left.emplace_back("journal.db.before-restore-2026-05-05");
+    EXPECT_NE(Refused({"restore", Second, "--yes"}).find("; nothing was changed; `plantjournal backup --list`"),
+              std::string::npos);
+}
+
+TEST_F(RestoreCommandTest, AMissingJournalIsRestored)
+{
+    std::filesystem::remove_all(std::filesystem::path(Journal).parent_path());
+    const std::string out = DoneOn("2026-05-05", {"restore", "--yes"});
+    EXPECT_TRUE(out.starts_with("The present file: no such file yet\n")) << out;
+    EXPECT_EQ(out.find("The former journal"), std::string::npos);
+    EXPECT_EQ(Plants(), 2U);
+}
+
+TEST_F(RestoreCommandTest, ADamagedJournalIsReplacedWithANotice)
+{
+    DamageJournal();
+    const std::string damaged = FileBytes(Journal);
+    const ProgramResult outcome = On("2026-05-05", {"restore", "--yes"});
+    EXPECT_EQ(outcome.Status, 0);
+    EXPECT_EQ(outcome.Error, "notice: " + Journal + ": programs that have it open must open it again\n");
+    EXPECT_TRUE(outcome.Out.starts_with("The present file: damaged file\n")) << outcome.Out;
+    EXPECT_EQ(FileBytes(Former) == damaged, true);
+    Left.emplace_back("journal.db.before-restore-2026-05-05");
+    EXPECT_EQ(Plants(), 2U);
+}
+
+TEST_F(RestoreCommandTest, JSONHasTheRowsNowAndInTheBackup)
+{
+    const JSON restored = JSON::parse(Restored({"--json"}));
+    EXPECT_EQ(restored.at("File"), Journal);
+    EXPECT_EQ(restored.at("BackUp"), Second);
+    EXPECT_EQ(restored.at("FormerFile"), Former);
+    EXPECT_EQ(restored.at("Tables").at("Plants"), (JSON{{"Now", 1}, {"BackUp", 2}}));
+    std::filesystem::remove(Journal);
+    const JSON again = JSON::parse(DoneOn("2026-05-05", {"restore", "--yes", "--json"}));
+    EXPECT_EQ(again.at("FormerFile"), nullptr);
+    EXPECT_EQ(again.at("Tables").at("Plants"), (JSON{{"Now", nullptr}, {"BackUp", 2}}));
+    EXPECT_EQ(Restored({"--quiet"}), "");
+}
+
+TEST_F(RestoreCommandTest, WithoutATerminalItNeedsYes)
+{
+    const std::string refusal = Refused({"restore"});
+    EXPECT_NE(refusal.find("Restore " + Journal + " from " + Second +
+                           "? Standard input is not a terminal; pass --yes to confirm"),
+              std::string::npos);
+    EXPECT_NE(refusal.find("Plants "), std::string::npos); // what would change
+}
+
+TEST_F(RestoreCommandTest, AnotherProgramsFileIsRefused)
+{
+    EXPECT_NE(Refused({"restore", "basil", "--yes"}).find("basil: no such backup, and not a date"), std::string::npos);
+    Write("notes.txt", "notes");
+    EXPECT_NE(Refused({"restore", "notes.txt", "--yes"}).find("notes.txt: not an SQLite database"), std::string::npos);
+    EXPECT_NE(Refused({"restore", Journal, "--yes"}).find("the backup and the journal are the same file"),
+              std::string::npos);
+}
+
+TEST_F(RestoreCommandTest, UndoDoesNotApplyAnEarlierStep)
+{
+    // The record of the last change fits the backup of that state, but the journal was restored since.
+    DoneOn("2026-05-04", {"backup"});
+    for (const bool damaged : {false, true})
+    {
+        if (damaged)
+            DamageJournal();
+        Left.push_back("journal.db.before-restore-2026-05-05" + std::string(damaged ? "-2" : ""));
+        EXPECT_EQ(On("2026-05-05", {"restore", "--yes"}).Status, 0);
+        EXPECT_NE(Refused({"undo", "--yes"}).find("undo: the journal has changed since \"Fed Basil: 500 ml"),
+                  std::string::npos);
+    }
+    DoneOn("2026-05-05", {"water", "Basil", "1l"});
+    EXPECT_TRUE(DoneOn("2026-05-05", {"undo", "--yes"}).starts_with("Undone: Watered Basil"));
+}
+
+class RestoreQuestionTest : public RestoreCommandTest
+{
+  protected:
+    void SetUp() override { SkipWithoutTerminal(); }
+};
+
+TEST_F(RestoreQuestionTest, ItShowsTheChangesAndAsks)
+{
+    const ProgramResult declined = RunOnTerminal({"restore"}, "n\n");
+    EXPECT_EQ(declined.Status, 1);
+    EXPECT_NE((declined.Out + declined.Error).find("Restore " + Journal), std::string::npos);
+    EXPECT_NE((declined.Out + declined.Error).find("nothing was restored; answer y, or pass --yes"), std::string::npos);
+    EXPECT_EQ(Plants(), 1U);
+    EXPECT_EQ(RunOnTerminal({"restore"}, "y\n").Status, 0);
+    EXPECT_EQ(Plants(), 2U);
+    Left.push_back("journal.db.before-restore-" + PlantEventCurrentDate());
+}
+
+} // namespace

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+// The directory of a journal's dated backups: in the directory `parent`, or where that is empty, in the user's state
+// directory. Its name has the journal's file name and a hash of its canonical path, so that two journals with the same
+// name have two directories. Creates nothing. Throws Refusal.
+std::string BackUpDirectory(const std::string& journal, const std::string& parent = {});
+
+// Remembers that the journal was backed up today, to any place. Ignores a failure: a backup needs no state directory.
+void RememberBackUp(const std::string& journal);
+
+// Prints a notice on standard error if the journal's last backup is more than seven days old. For a journal that was
+// never backed up, the days count from the first call. Call it after a change. Throws std::exception where the state
+// directory cannot be used.
+void OfferBackUp(const std::string& journal);
