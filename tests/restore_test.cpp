@@ -146,6 +146,17 @@ TEST_F(RestoreTest, ADamagedJournalIsReplacedAndKept)
         }
 }
 
+TEST_F(RestoreTest, DamageThatOnlyTheIntegrityCheckFindsIsDamage)
+{
+    const int page =
+        std::stoi(PlainConnection(Path).Value("SELECT rootpage FROM sqlite_master WHERE name='PlantsByStrain';"));
+    Overwrite((page - 1) * 4096L + 3, 2); // the index has no entries
+    const std::string damaged = FileBytes(Path);
+    EXPECT_EQ(Restore(), "");
+    EXPECT_TRUE(Restoration.MustReopen);
+    ExpectRestored(damaged);
+}
+
 TEST_F(RestoreTest, ATornOffJournalIsReplacedAndKept)
 {
     for (const std::size_t size : {99U, 512U, 4096U, 8191U, 40'960U})
@@ -228,6 +239,15 @@ TEST_F(RestoreTest, AJournalThatIsCreatedMeanwhileIsNotReplaced)
     };
     EXPECT_EQ(Restore(create), Path + ": another process has created the file meanwhile; try again");
     EXPECT_EQ(FileBytes(Path), "another program's");
+
+    std::filesystem::remove(Path);
+    const auto createWithLog = [&](std::int64_t, std::int64_t)
+    {
+        std::ofstream(Path + "-journal") << "its log";
+        std::ofstream(Path) << "another program's";
+        return true;
+    };
+    EXPECT_EQ(Restore(createWithLog), Path + ": another process has created the file meanwhile; try again");
 }
 
 // ---- What is refused
