@@ -1,5 +1,7 @@
 #include "measurements.h"
 
+#include "record/decimal.h"
+
 #include <cctype>
 #include <cerrno>
 #include <charconv>
@@ -49,12 +51,21 @@ constexpr Column StemThickness = {3, "Stem_thick", 0, 1000};
 constexpr Column Trusses = {4, "Cum_trusses", 0, 1000};
 constexpr Column PlantDensity = {6, "plant_dens", 0.01, 1000};
 
-/// Parses the whole of `text` as a number, independent of the locale.
-template <typename Value> bool ParseNumber(const std::string& text, Value& out)
+/// Returns whether the whole of `text` was read.
+bool IsWhole(const std::string& text, const std::from_chars_result& result)
 {
-    const char* const end = &text[text.size()];
-    const std::from_chars_result result = std::from_chars(text.data(), end, out);
-    return result.ec == std::errc() && result.ptr == end;
+    return result.ec == std::errc() && result.ptr == &text[text.size()];
+}
+
+/// Parses the whole of `text` as a number, independent of the locale.
+bool ParseNumber(const std::string& text, double& out)
+{
+    return IsWhole(text, DecimalFromChars(text.data(), &text[text.size()], out));
+}
+
+bool ParseNumber(const std::string& text, int& out)
+{
+    return IsWhole(text, std::from_chars(text.data(), &text[text.size()], out));
 }
 
 /// Returns the number in a cell, or NaN if the measurement is missing.

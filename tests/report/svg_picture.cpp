@@ -1,5 +1,6 @@
 #include "svg_picture.h"
 
+#include "record/decimal.h"
 #include "report/palette.h"
 #include "report/text.h"
 
@@ -75,7 +76,7 @@ double Element::Number(const std::string& attribute) const
 {
     const std::string text = (*this)[attribute];
     double number = 0;
-    const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), number);
+    const std::from_chars_result result = DecimalFromChars(text.data(), text.data() + text.size(), number);
     EXPECT_TRUE(result.ec == std::errc() && result.ptr == text.data() + text.size())
         << Name << " " << attribute << "=\"" << text << "\"";
     return number;

@@ -1,12 +1,14 @@
 #include "record/text.h"
 
 #include "plant_validation.h"
+#include "record/decimal.h"
 #include "record/nearest.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <concepts>
 #include <system_error>
 #include <type_traits>
 
@@ -75,11 +77,21 @@ template <Enumeration Type> std::vector<std::string> AllNames()
     return names;
 }
 
+std::from_chars_result ReadNumber(const char* begin, const char* end, double& out)
+{
+    return DecimalFromChars(begin, end, out);
+}
+
+template <std::integral Number> std::from_chars_result ReadNumber(const char* begin, const char* end, Number& out)
+{
+    return std::from_chars(begin, end, out);
+}
+
 template <typename Number> void ParseInto(const std::string& text, Number& out)
 {
     constexpr const char* what = std::is_floating_point_v<Number> ? "number" : "whole number";
     const char* const end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, out);
+    const std::from_chars_result result = ReadNumber(text.data(), end, out);
     if (result.ec == std::errc::result_out_of_range)
         throw BadValue(InQuotes(text) + " is too large");
     if (std::is_floating_point_v<Number> && result.ec == std::errc() && result.ptr != end && *result.ptr == ',' &&
