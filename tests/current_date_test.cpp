@@ -3,6 +3,7 @@
 #include "plant.h"
 #include "support/fixed_time.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <optional>
@@ -68,7 +69,7 @@ TEST(CurrentDateTest, TheCurrentDateIsALocalDateWithAllDigits)
     const struct
     {
         const char* Zone;
-        std::time_t Time;
+        std::int64_t Time;
         const char* Date;
     } moments[] = {
         {"XXX0", 0, "1970-01-01"},
@@ -84,8 +85,11 @@ TEST(CurrentDateTest, TheCurrentDateIsALocalDateWithAllDigits)
     };
     for (const auto& [zone, time, date] : moments)
     {
+        const auto systemTime = static_cast<std::time_t>(time);
+        if (systemTime != time)
+            continue; // a time_t of 32 bits ends in 2038
         const TimeZone there(zone);
-        const FixedTime then(time);
+        const FixedTime then(systemTime);
         EXPECT_EQ(PlantEventCurrentDate(), date) << zone << ' ' << time;
     }
 }

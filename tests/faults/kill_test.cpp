@@ -37,7 +37,7 @@ class NumberedCall
           Date("2020-05-" + std::to_string(10 + Random() % 20)), Text("call " + std::to_string(number))
     {
         if (Random() % 8 == 0)
-            Text.append(Random() % 20'000, '.'); // several pages of the file
+            Text.append(Below(20'000), '.'); // several pages of the file
     }
 
     // Returns the result of the call.
@@ -45,7 +45,7 @@ class NumberedCall
     {
         if (!Repository.ListPlants(Plants))
             throw std::runtime_error("the journal could not be read");
-        Owner = Plants.empty() ? Plant() : Plants[Random() % Plants.size()];
+        Owner = Plants.empty() ? Plant() : Plants[Below(Plants.size())];
         switch (Plants.size() < 4 ? 0 : Random() % 18)
         {
         case 0:
@@ -53,7 +53,7 @@ class NumberedCall
             return AddPlant();
         case 2:
             Owner.Notes = Text;
-            Owner.MotherPlantUUID = Plants[Random() % Plants.size()].UUID; // fails where this would close a cycle
+            Owner.MotherPlantUUID = Plants[Below(Plants.size())].UUID; // fails where this would close a cycle
             return Repository.UpdatePlant(Owner);
         case 3:
             return Plants.size() > 12 ? Repository.DeletePlant(Owner.UUID) : Repository.DeleteHarvestRecord(Owner.UUID);
@@ -84,6 +84,8 @@ class NumberedCall
   private:
     using R = PlantRepository;
 
+    std::size_t Below(std::size_t count) { return static_cast<std::size_t>(Random() % count); }
+
     // Creates, updates or deletes one of the records. `fill` sets the fields that the call stores.
     template <typename Record, typename Result, typename Updated, typename Key, typename Fill>
     bool WriteRecord(std::vector<Record> records, bool (R::*create)(Record&), Result (R::*update)(Updated),
@@ -102,7 +104,7 @@ class NumberedCall
             fillWithOwner(record);
             return (Repository.*create)(record);
         }
-        Record& record = records[Random() % records.size()];
+        Record& record = records[Below(records.size())];
         if (choice == 2)
         {
             fillWithOwner(record);

@@ -8,7 +8,7 @@
 extern "C" std::time_t time(std::time_t* result) noexcept
 {
     const char* const seconds = std::getenv("PLANTJOURNAL_TEST_TIME");
-    const std::time_t current = seconds != nullptr ? std::strtoll(seconds, nullptr, 10) : 0;
+    const std::time_t current = seconds != nullptr ? static_cast<std::time_t>(std::strtoll(seconds, nullptr, 10)) : 0;
     if (result != nullptr)
         *result = current;
     return current;
