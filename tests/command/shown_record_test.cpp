@@ -124,9 +124,14 @@ TEST_F(ShownRecordTest, AStrainWithoutPlantsHasCountsOfZero)
                                                 "Harvests  0\n");
 }
 
-TEST_F(ShownRecordTest, ALongTextIsWrappedBetweenWordsOnATerminal)
+class ShownOnTerminalTest : public ShownRecordTest
 {
-    SkipWithoutTerminal();
+  protected:
+    void SetUp() override { SkipWithoutTerminal(); }
+};
+
+TEST_F(ShownOnTerminalTest, ALongTextIsWrappedBetweenWords)
+{
     Done({"plant", "edit", "Basil", "--notes",
           "Ein großer Topf 紅紅紅紅 am Fenster, dem das Licht von Süden genügt.\n\nSecond " + std::string(70, 'x')});
     EXPECT_TRUE(RunOnTerminal({"plant", "show", "Basil"}, {}, 60)
@@ -144,9 +149,8 @@ TEST_F(ShownRecordTest, ALongTextIsWrappedBetweenWordsOnATerminal)
     EXPECT_NE(Done({"plant", "show", "Basil"}).find("Licht von Süden genügt.\n"), std::string::npos);
 }
 
-TEST_F(ShownRecordTest, OnANarrowTerminalTextHasSixteenColumns)
+TEST_F(ShownOnTerminalTest, ANarrowTextHasSixteenColumns)
 {
-    SkipWithoutTerminal();
     Done({"plant", "edit", "Basil", "--notes", std::string(20, 'x') + " one two three four five"});
     EXPECT_TRUE(RunOnTerminal({"plant", "show", "Basil"}, {}, 10)
                     .Out.ends_with("Notes   " + std::string(20, 'x') + "\n        one two three\n        four five\n"));
@@ -224,7 +228,10 @@ TEST_F(ShownRecordTest, ACheckWithoutFindingsPrintsOneSentence)
 {
     EXPECT_EQ(Done({"check"}), "No problems found.\n");
     EXPECT_EQ(Parsed({"check"}), JSON::array());
-    SkipWithoutTerminal();
+}
+
+TEST_F(ShownOnTerminalTest, ACheckWithoutFindingsPrintsOneSentence)
+{
     EXPECT_EQ(RunOnTerminal({"check"}).Out, "No problems found.\n");
 }
 

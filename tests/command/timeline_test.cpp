@@ -105,9 +105,14 @@ TEST_F(BasilTest, ADateOfThePlantThatAnEventHasIsListedOnce)
                                            "2026-02-10  Clone       seen\n");
 }
 
-TEST_F(BasilTest, OnANarrowTerminalTheDetailsOfATimelineAreCut)
+class TimelineOnTerminalTest : public BasilTest
 {
-    SkipWithoutTerminal();
+  protected:
+    void SetUp() override { SkipWithoutTerminal(); }
+};
+
+TEST_F(TimelineOnTerminalTest, ANarrowTerminalCutsTheDetails)
+{
     Around.Environment.emplace_back("NO_COLOR=1");
     Done({"note", "add", "Basil", "Four new pairs of leaves", "--entry-date", "2026-05-06"});
     Done({"note", "add", "Basil", "Four", "--entry-date", "2026-05-05", "--type", "milestone"});

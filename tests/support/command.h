@@ -59,7 +59,7 @@ class CommandTest : public testing::Test
     // Stores a journal without findings and with rows in every table: two plants, Basil and its clone Cutting.
     void KeepEverything() const;
 
-    // Skips the test where the system has no pseudo-terminal. Call it in SetUp().
+    // Skips the test where the system has no pseudo-terminal. Call it in SetUp(): from a test it could not return.
     static void SkipWithoutTerminal();
 
     ScratchDirectory Scratch;
