@@ -273,6 +273,22 @@ void BackUp(const ScratchDirectory& scratch, const std::string& path)
     Require(scratch.Files().size() <= 2, "a file was left"); // the file and its journal
 }
 
+// A salvage changes no byte, and what it writes is a journal without damage.
+void Salvage(const ScratchDirectory& scratch, const std::string& path)
+{
+    const auto before = scratch.Files();
+    const std::string salvaged = scratch.File("salvaged.db");
+    PlantSalvageReport report;
+    if (SalvagePlantDatabase(path, salvaged, report))
+    {
+        PlantFileInspection inspection;
+        Require(bool(InspectPlantDatabase(salvaged, inspection)), "a salvaged journal that cannot be inspected");
+        Require(inspection.Kind == PlantFileKind::Current, "a salvaged file that is not a journal");
+    }
+    std::filesystem::remove(salvaged);
+    Require(scratch.Files() == before, "a salvage changed a file");
+}
+
 } // namespace
 
 // libFuzzer's name: https://llvm.org/docs/LibFuzzer.html#fuzz-target
@@ -285,6 +301,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const std::vector<Operation> operations = OrderedOperations();
     WriteFiles(path, Input(data, size));
     InspectAndCheck(scratch, path);
+    Salvage(scratch, path);
 
     PlantDatabase database;
     if (Open(database, path))
