@@ -313,7 +313,8 @@ struct PlantSalvageReport
 ///   UUID, or if its page or a page of its text is damaged in a way that shows. The report counts these rows.
 /// - Deleted rows are not restored. If both the list of free pages and a table are damaged, a deleted row may come
 /// back.
-/// - If two rows of a table have the same row ID, the one on the page with the lower number is stored.
+/// - If two rows of a table have the same row ID, the one on the page with the lower number is stored. A row
+///   whose row ID was changed can take the place of another one in this way.
 /// - If a plant is lost, its records are stored under a plant with its UUID and the name "Lost plant" with the
 /// beginning
 ///   of the UUID. It is the only kind of row that the function invents. A link to a mother or an event that is lost

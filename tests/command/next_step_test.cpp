@@ -240,11 +240,12 @@ TEST_F(NextStepTest, ALockedJournalSaysToTryAgain)
                      {{"backup", "x.db"}, "try again when the other program has finished"}});
 }
 
-TEST_F(NextStepTest, ADamagedJournalSaysToRestoreABackup)
+TEST_F(NextStepTest, ADamagedJournalNamesABackupAndTheSalvage)
 {
+    const std::string step =
+        "restore a backup with `plantjournal restore`, or read what is left with `plantjournal salvage`";
     KeepEverything();
     std::filesystem::resize_file(Journal, std::filesystem::file_size(Journal) / 2);
-    const std::string step = "restore a backup with `plantjournal restore`";
     ExpectNextSteps({{{"plant", "list"}, step}, {{"backup", "x.db"}, step}});
     Sound = false;
 }

@@ -238,7 +238,8 @@ TEST_F(SalvageDamageTest, RowsOnWholePagesComeBack)
     const std::uint64_t whole = AddToFigure("rows on whole pages that came back", 0);
     const std::uint64_t lost = AddToFigure("rows on whole pages that were lost", 0);
     EXPECT_GE(whole, (whole + lost) / 100 * 99);
-    EXPECT_EQ(AddToFigure("rows on whole pages with other values", 0), 0);
+    // A damaged row ID can be that of a row on a whole page.
+    EXPECT_LE(AddToFigure("rows on whole pages with other values", 0), whole / 100'000);
     EXPECT_EQ(AddToFigure("deleted rows that came back", 0), 0);
 }
 

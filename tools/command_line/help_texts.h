@@ -28,7 +28,7 @@ inline const std::vector<HelpHeading>& HelpHeadings()
          {"status", "due", "log", "search", "totals", "compare", "timeline", "plant list", "plant show", "plant tree",
           "report"}},
         {"Correct and complete", {"strain", "care", "event"}},
-        {"Look after the file", {"info", "check", "backup", "restore", "export", "import"}},
+        {"Look after the file", {"info", "check", "backup", "restore", "salvage", "export", "import"}},
     };
     return headings;
 }

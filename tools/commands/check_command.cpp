@@ -59,6 +59,20 @@ void Report(const Session& session, const Findings& findings, const std::string&
 
 constexpr const char* ByHand = "; edit the records, or restore a backup";
 
+constexpr const char* ForDamage =
+    "; restore a backup with `plantjournal restore`, or read what is left with `plantjournal salvage`";
+
+bool HasDamage(const Findings& findings)
+{
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const PlantFileFinding& finding) { return finding.Kind == PlantFindingKind::Damage; });
+}
+
+const char* AdviceFor(const Findings& findings)
+{
+    return HasDamage(findings) ? ForDamage : ByHand;
+}
+
 bool CanRepairAny(const Findings& findings)
 {
     return std::any_of(findings.begin(), findings.end(),
@@ -70,7 +84,7 @@ void Check(const Session& session)
     const Findings findings = FindingsIn(session.Path());
     Report(session, findings,
            "nothing was changed" +
-               std::string(CanRepairAny(findings) ? "; --repair restores the missing events" : ByHand));
+               std::string(CanRepairAny(findings) ? "; --repair restores the missing events" : AdviceFor(findings)));
 }
 
 void BackUpBeforeRepair(const std::string& path)
@@ -85,7 +99,8 @@ void Repair(Session& session)
     const std::string path = session.Path();
     const Findings findings = FindingsIn(path);
     if (!CanRepairAny(findings))
-        return Report(session, findings, std::string("none of them can be repaired; nothing was changed") + ByHand);
+        return Report(session, findings,
+                      std::string("none of them can be repaired; nothing was changed") + AdviceFor(findings));
     BackUpBeforeRepair(path);
     const std::vector<std::string> restored = RestoreMissingEvents(session);
     for (const std::string& line : restored)

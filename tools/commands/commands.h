@@ -31,6 +31,7 @@ void AddUndoCommand(CLI::App& program, Session& session);
 void AddCheckCommand(CLI::App& program, Session& session);
 void AddBackUpCommand(CLI::App& program, Session& session);
 void AddRestoreCommand(CLI::App& program, Session& session);
+void AddSalvageCommand(CLI::App& program, Session& session);
 
 // Each adds a command to the group of plant commands.
 void AddPlantListCommand(CLI::App& plantGroup, Session& session);

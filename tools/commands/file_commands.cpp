@@ -48,4 +48,5 @@ void AddFileCommands(CLI::App& program, Session& session)
     AddCheckCommand(program, session);
     AddBackUpCommand(program, session);
     AddRestoreCommand(program, session);
+    AddSalvageCommand(program, session);
 }

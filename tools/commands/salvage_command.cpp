@@ -5,7 +5,9 @@
 #include "journal/file_result.h"
 #include "plant_file.h"
 #include "record/text.h"
+#include "terminal/printable.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -31,7 +33,7 @@ void PrintSalvageJSON(const std::string& damaged, const std::string& destination
         object.Add("Name", JSONOf(table.Name));
         object.Add("RowsRead", JSONOf(table.RowsRead));
         object.Add("RowsMissing", JSONOf(table.RowsMissing));
-        object.Add("IsWhole", JSONOf(table.IsWhole));
+        object.Add("State", JSONOf(std::string(table.IsWhole ? "Whole" : "Damaged")));
         object.Add("Losses", std::move(losses));
         tables.Add(std::move(object));
     }
@@ -42,7 +44,7 @@ void PrintSalvageJSON(const std::string& damaged, const std::string& destination
     object.Add("PlaceholderPlants", JSONOf(report.PlaceholderPlants));
     object.Add("ClearedLinks", JSONOf(report.ClearedLinks));
     object.Add("FailedReads", JSONOf(report.FailedReads));
-    object.Add("RolledBack", JSONOf(report.RolledBack));
+    object.Add("InterruptedWrite", JSONOf(std::string(report.RolledBack ? "RolledBack" : "None")));
     PrintJSON(object);
 }
 
@@ -58,10 +60,9 @@ std::string ReasonsOf(const PlantSalvageTable& table)
 
 bool LacksEvents(const PlantSalvageReport& report)
 {
-    for (const PlantSalvageTable& table : report.Tables)
-        if (table.Name == "PlantEvents" && !(table.IsWhole && table.RowsMissing == 0))
-            return true;
-    return false;
+    return std::any_of(report.Tables.begin(), report.Tables.end(),
+                       [](const PlantSalvageTable& table)
+                       { return table.Name == "PlantEvents" && !(table.IsWhole && table.RowsMissing == 0); });
 }
 
 void DescribeSalvage(const std::string& destination, const PlantSalvageReport& report)

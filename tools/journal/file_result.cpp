@@ -19,10 +19,11 @@ std::string AdviceForJournal(const std::string& path)
     case PlantFileKind::Empty:
         return "`plantjournal plant add NAME` creates a journal, --file names another";
     case PlantFileKind::Foreign:
-    case PlantFileKind::NotADatabase:
         return "--file names another file";
+    case PlantFileKind::NotADatabase:
+        return "`plantjournal salvage` reads what is left of a damaged journal; --file names another file";
     case PlantFileKind::Damaged:
-        return "restore a backup with `plantjournal restore`";
+        return AdviceForDamage;
     case PlantFileKind::Locked:
         return "try again when the other program has finished";
     case PlantFileKind::Interrupted:
@@ -58,4 +59,22 @@ void RequireBackUp(const PlantFileResult& result, const std::string& path, const
 {
     Require(result, path, consequence,
             advice.empty() ? "check that the backup's directory exists, is writable and has free space" : advice);
+}
+
+void RequireSalvage(const PlantFileResult& result, const std::string& damaged, const std::string& destination)
+{
+    if (result)
+        return;
+    std::error_code ignored;
+    std::string advice = "check that the directory exists, is writable and has free space";
+    PlantFileInspection file;
+    if (result.Error.starts_with(damaged + ": ") && damaged != destination)
+    {
+        advice = "check the path, or name another file";
+        if (InspectPlantSchema(damaged, file) && file.Kind == PlantFileKind::Locked)
+            advice = "try again when the other program has finished";
+    }
+    else if (std::filesystem::exists(destination, ignored))
+        advice = "name another destination";
+    throw Refusal(result.Error + "; " + advice);
 }

@@ -7,9 +7,16 @@
 // The functions of plant_file.h report an error as a text. These throw Refusal with it and with what to do next, which
 // the states of the files decide. `consequence` comes between the two: "nothing was changed".
 
+// What to do about a damaged journal.
+constexpr const char* AdviceForDamage =
+    "restore a backup with `plantjournal restore`, or read what is left with `plantjournal salvage`";
+
 // After a function that reads the journal at `path`.
 void RequireRead(const PlantFileResult& result, const std::string& path, const std::string& consequence = {});
 
 // After a backup of the journal at `path`. `advice` is what to do about the destination; empty for its directory.
 void RequireBackUp(const PlantFileResult& result, const std::string& path, const std::string& consequence = {},
                    const std::string& advice = {});
+
+// After a salvage of the file `damaged` to `destination`.
+void RequireSalvage(const PlantFileResult& result, const std::string& damaged, const std::string& destination);

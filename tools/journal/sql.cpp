@@ -1,5 +1,6 @@
 #include "journal/sql.h"
 
+#include "journal/file_result.h"
 #include "refusal.h"
 
 #include <filesystem>
@@ -204,7 +205,7 @@ std::string AdviceAfter(const SQLError& error, const std::string& otherwise)
     if (error.ReadOnly)
         return "make the file writable, or copy it";
     if (error.Damaged)
-        return "the file is damaged, restore a backup";
+        return std::string("the file is damaged, ") + AdviceForDamage;
     if (error.Full)
         return "free space on the disk and try again";
     if (error.NotUnique)

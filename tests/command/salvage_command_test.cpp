@@ -1,0 +1,125 @@
+// `plantjournal salvage`: what it prints, and the advice that leads to it.
+
+#include "support/command.h"
+#include "support/damage_file.h"
+#include "testing/plain_connection.h"
+
+#include <filesystem>
+
+using namespace support;
+
+namespace
+{
+
+// The journal of the tests, of which one table is lost.
+class SalvageCommandTest : public CommandTest
+{
+  protected:
+    SalvageCommandTest()
+    {
+        KeepEverything();
+        Damaged = Scratch.File("damaged.db");
+        std::filesystem::copy_file(Journal, Damaged);
+    }
+    // Sets the pages of a table to zero.
+    void Lose(const std::string& table) const
+    {
+        for (const UsedPage& page : UsedPages(Damaged))
+            if (page.Name == table)
+                Zero(Damaged, page.Offset, page.Size);
+    }
+
+    std::string Damaged;
+};
+
+TEST_F(SalvageCommandTest, AWholeJournalComesBackWithAllRows)
+{
+    const std::string out = Done({"salvage", "damaged.db", "new.db"});
+    EXPECT_TRUE(out.starts_with("Salvaged damaged.db to new.db\nTable ")) << out;
+    EXPECT_TRUE(
+        out.ends_with("\nA changed byte inside a value cannot be noticed: compare the new journal with what you "
+                      "remember.\nNext: `plantjournal check --file new.db`\n"))
+        << out;
+    EXPECT_EQ(Done({"export", "-", "--file", "new.db"}), Done({"export", "-", "--file", "damaged.db"}));
+}
+
+TEST_F(SalvageCommandTest, TheTableShowsWhatIsMissingAndWhy)
+{
+    Lose("PlantEvents");
+    const std::string before = FileBytes(Damaged);
+    const std::string out = Done({"salvage", "damaged.db", "new.db"});
+    EXPECT_NE(out.find("They were on damaged pages."), std::string::npos) << out;
+    EXPECT_NE(out.find("Links to lost mothers and events that were cleared: "), std::string::npos) << out;
+    EXPECT_NE(out.find("Next: `plantjournal check --repair --file new.db`\n"), std::string::npos) << out;
+    EXPECT_TRUE(FileBytes(Damaged) == before);
+    Run({"check", "--repair", "--file", "new.db"});
+    EXPECT_NE(Done({"timeline", "Basil", "--file", "new.db"}), "");
+}
+
+TEST_F(SalvageCommandTest, TheJSONHasTheWholeReport)
+{
+    Lose("PlantJournalEntries");
+    const JSON report = Parsed({"salvage", "damaged.db", "new.db"});
+    EXPECT_EQ(report.at("Damaged"), "damaged.db");
+    EXPECT_EQ(report.at("Destination"), "new.db");
+    EXPECT_EQ(report.at("Tables").size(), 9U);
+    for (const JSON& table : report.at("Tables"))
+    {
+        const bool isLost = table.at("Name") == "PlantJournalEntries";
+        EXPECT_EQ(table.at("State"), isLost ? "Damaged" : "Whole") << table;
+        EXPECT_EQ(table.at("Losses").size(), isLost ? 1U : 0U) << table;
+        EXPECT_EQ(table.at("RowsMissing") == 0, !isLost) << table;
+    }
+    for (const char* number : {"PlaceholderPlants", "ClearedLinks", "FailedReads"})
+        EXPECT_EQ(report.at(number), 0) << number;
+    EXPECT_EQ(report.at("InterruptedWrite"), "None");
+}
+
+TEST_F(SalvageCommandTest, LostPlantsAreAnnounced)
+{
+    Lose("Plants");
+    const std::string out = Done({"salvage", "damaged.db", "new.db"});
+    EXPECT_NE(out.find("Plants that were added for lost ones, named \"Lost plant\": "), std::string::npos) << out;
+    EXPECT_NE(Done({"plant", "list", "--file", "new.db"}).find("Lost plant "), std::string::npos);
+}
+
+TEST_F(SalvageCommandTest, QuietPrintsNothing)
+{
+    EXPECT_EQ(Done({"salvage", "--quiet", "damaged.db", "new.db"}), "");
+}
+
+TEST_F(SalvageCommandTest, EachRefusalNamesTheNextStep)
+{
+    EXPECT_EQ(Refused({"salvage", "damaged.db", "damaged.db"}),
+              "plantjournal: damaged.db: the source and the destination are the same file; name another destination\n");
+    EXPECT_EQ(Refused({"salvage", "none.db", "new.db"}),
+              "plantjournal: none.db: no such file; check the path, or name another file\n");
+    EXPECT_EQ(Refused({"salvage", "basil.jpg", "new.db"}),
+              "plantjournal: basil.jpg: no table of a journal was found in it; check the path, or name another file\n");
+    EXPECT_EQ(Refused({"salvage", "damaged.db", "basil.jpg"}),
+              "plantjournal: basil.jpg: already exists; name another destination\n");
+    EXPECT_TRUE(Refused({"salvage", "damaged.db", "none/new.db"})
+                    .ends_with("; check that the directory exists, is writable and has free space\n"));
+    EXPECT_NE(Mistaken({"salvage"}).find("DAMAGED, DESTINATION are missing; "), std::string::npos);
+    EXPECT_NE(Mistaken({"salvage", "damaged.db"}).find("DESTINATION is missing; "), std::string::npos);
+}
+
+TEST_F(SalvageCommandTest, TheAdviceForADamagedJournalNamesIt)
+{
+    const std::string advice =
+        "restore a backup with `plantjournal restore`, or read what is left with `plantjournal salvage`\n";
+    std::filesystem::resize_file(Damaged, std::filesystem::file_size(Damaged) / 2);
+    for (const Words& words : {Words{"plant", "list"}, {"check"}, {"backup", "copy.db"}})
+    {
+        Words line = words;
+        line.insert(line.end(), {"--file", "damaged.db"});
+        EXPECT_TRUE(Refused(line).ends_with("; " + advice)) << Refused(line);
+    }
+    Zero(Damaged, 0, 100);
+    EXPECT_NE(Refused({"check", "--file", "damaged.db"})
+                  .find("; `plantjournal salvage` reads what is left of a damaged journal; "),
+              std::string::npos);
+    Done({"salvage", "damaged.db", "new.db"});
+}
+
+} // namespace
