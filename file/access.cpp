@@ -73,7 +73,7 @@ std::filesystem::path AbsolutePath(const std::string& path)
         const std::filesystem::path given = PathOfText(path);
         if (const std::string problem = NameProblem(given); !problem.empty())
             Fail("", problem);
-        absolute = WholePath(given);
+        absolute = std::filesystem::absolute(given);
     };
     WithPathErrors(read);
     return absolute;

@@ -2,6 +2,7 @@
 #include "damage.h"
 #include "plant_database.h"
 #include "schema.h"
+#include "system.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -285,7 +286,7 @@ void CheckPhotoFile(const PlantPhoto& photo, const std::filesystem::path& direct
                     std::vector<PlantFileFinding>& findings)
 {
     std::error_code error;
-    if (std::filesystem::is_regular_file(directory / photo.FilePath, error))
+    if (std::filesystem::is_regular_file(directory / PathOfText(photo.FilePath), error))
         return;
     std::string reason = "not a regular file";
     if (error)

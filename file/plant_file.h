@@ -6,7 +6,8 @@
 /// callback; it closes the connection then, too. Where another process or thread holds a lock, a function waits up
 /// to 2.5 seconds. Threads: any function may run on any thread, and several may run at once, even while the program has
 /// the journal open. Paths are UTF-8. `:memory:` and `file:...` are ordinary file names here. An empty path, or a path
-/// that contains a zero byte, is an error. The library requires a POSIX system.
+/// that contains a zero byte, is an error. On Windows, so is a path that is not UTF-8, and one with a name that Windows
+/// reserves or changes, such as `NUL` or a name with a blank at its end.
 #pragma once
 
 #include <cstdint>

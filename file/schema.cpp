@@ -1,4 +1,5 @@
 #include "schema.h"
+#include "system.h"
 
 #include "access.h"
 #include "plant_database.h"
@@ -84,9 +85,9 @@ bool UsesWriteAheadLog(sqlite3* db)
     sqlite3_file_control(db, nullptr, SQLITE_FCNTL_FILE_POINTER, &file);
     std::array<char, 2> versions{};
     file->pMethods->xRead(file, versions.data(), 2, 18); // reading the schema reports a failing read
-    const std::filesystem::path log = std::string(sqlite3_db_filename(db, "main")) + "-wal";
+    const std::string log = std::string(sqlite3_db_filename(db, "main")) + "-wal";
     bool exists = false;
-    WithPathErrors([&] { exists = std::filesystem::exists(log); });
+    WithPathErrors([&] { exists = std::filesystem::exists(PathOfText(log)); });
     return exists || Contains(versions, 2);
 }
 

@@ -22,15 +22,12 @@ std::error_code LastSystemError();
 
 // ---- Paths
 
-// Every path outside this interface is UTF-8. Throws std::filesystem::filesystem_error where the system cannot use it.
+// Every path outside this interface is UTF-8. On Windows, the prefix \\?\ is removed.
 std::filesystem::path PathOfText(const std::string& text);
 std::string TextOfPath(const std::filesystem::path& path);
 
 // Why the system cannot have a file of that name, although it may find one; empty where it can.
 std::string NameProblem(const std::filesystem::path& path);
-
-// The absolute path, in the form that the system needs where it is long.
-std::filesystem::path WholePath(const std::filesystem::path& path);
 
 // ---- Files
 

@@ -105,11 +105,6 @@ std::string NameProblem(const std::filesystem::path& /*path*/)
     return {};
 }
 
-std::filesystem::path WholePath(const std::filesystem::path& path)
-{
-    return std::filesystem::absolute(path);
-}
-
 OpenedFile::OpenedFile(const std::filesystem::path& path, Opening opening, Access access)
     : Number(OpenDescriptor(path, opening, access))
 {

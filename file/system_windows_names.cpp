@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cwctype>
+#include <string_view>
+#include <utility>
 
 #include <windows.h>
 
@@ -11,9 +13,6 @@ namespace plant_file
 
 namespace
 {
-
-constexpr std::wstring_view LongPrefix = L"\\\\?\\";
-constexpr std::wstring_view LongNetworkPrefix = L"\\\\?\\UNC\\";
 
 bool BeginsWith(std::wstring_view text, std::wstring_view beginning)
 {
@@ -43,6 +42,8 @@ std::string ProblemOfPart(const std::wstring& name)
         return std::string("Windows does not allow the character ") + static_cast<char>(name[bad]) + " in a file name";
     if (std::any_of(name.begin(), name.end(), [](wchar_t c) { return c < L' '; }))
         return "Windows does not allow a control character in a file name";
+    if (name.find(L'\xFFFD') != std::wstring::npos) // by PathOfText
+        return "the path is not UTF-8";
     if (!name.empty() && (name.back() == L' ' || name.back() == L'.'))
         return "Windows does not allow a blank or a dot at the end of a file name";
     if (NamesDevice(name))
@@ -50,18 +51,29 @@ std::string ProblemOfPart(const std::wstring& name)
     return {};
 }
 
+// Without the prefix of long paths, since <filesystem> does not find a file by a path with it. Without it, a program
+// reaches long paths if its manifest allows them.
+std::wstring WithoutPrefix(std::wstring path)
+{
+    constexpr std::wstring_view prefix = L"\\\\?\\";
+    constexpr std::wstring_view networkPrefix = L"\\\\?\\UNC\\";
+    if (BeginsWith(path, networkPrefix))
+        path.replace(0, networkPrefix.size(), L"\\\\");
+    else if (BeginsWith(path, prefix))
+        path.erase(0, prefix.size());
+    return path;
+}
+
 } // namespace
 
 std::filesystem::path PathOfText(const std::string& text)
 {
     const int length = static_cast<int>(text.size());
-    const int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), length, nullptr, 0);
-    if (size == 0 && length != 0)
-        throw std::filesystem::filesystem_error("the path is not UTF-8",
-                                                std::make_error_code(std::errc::illegal_byte_sequence));
+    const int size =
+        MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0); // bytes that are not UTF-8 become U+FFFD
     std::wstring wide(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), length, wide.data(), size);
-    return wide;
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), size);
+    return WithoutPrefix(std::move(wide));
 }
 
 std::string TextOfPath(const std::filesystem::path& path)
@@ -76,27 +88,10 @@ std::string TextOfPath(const std::filesystem::path& path)
 
 std::string NameProblem(const std::filesystem::path& path)
 {
-    std::wstring whole = path.native();
-    if (BeginsWith(whole, LongNetworkPrefix))
-        whole.replace(0, LongNetworkPrefix.size(), L"\\\\");
-    else if (BeginsWith(whole, LongPrefix))
-        whole.erase(0, LongPrefix.size());
-    for (const std::filesystem::path& part : std::filesystem::path(whole).relative_path())
+    for (const std::filesystem::path& part : path.relative_path())
         if (std::string problem = ProblemOfPart(part.native()); !problem.empty())
             return problem;
     return {};
-}
-
-std::filesystem::path WholePath(const std::filesystem::path& path)
-{
-    constexpr std::size_t longest = 240; // of 260, and SQLite appends to the name
-    std::filesystem::path whole = std::filesystem::absolute(path);
-    const std::wstring& text = whole.native();
-    if (text.size() <= longest || BeginsWith(text, LongPrefix))
-        return whole;
-    if (BeginsWith(text, L"\\\\"))
-        return std::wstring(LongNetworkPrefix) + text.substr(2);
-    return std::wstring(LongPrefix) + text;
 }
 
 } // namespace plant_file

@@ -104,6 +104,7 @@ std::string PlantEventCurrentDate()
     const std::time_t now = std::time(nullptr);
     std::tm today{};
 #ifdef _WIN32
+    _tzset(); // the time zone may have changed since the last call
     localtime_s(&today, &now);
 #else
     tzset(); // the time zone may have changed since the last call

@@ -286,6 +286,27 @@ std::string CreatePlantUUID()
 // ---------------------------------------------------------------------------------------------------------------------
 // The journal file
 
+namespace
+{
+
+// SQLite would ignore what follows a zero byte, and on Windows replace the bytes that are not UTF-8.
+bool CanBePath(const std::string& file)
+{
+#ifdef _WIN32
+    try
+    {
+        static_cast<void>(std::filesystem::u8path(file));
+    }
+    catch (const std::system_error&)
+    {
+        return false;
+    }
+#endif
+    return file.find('\0') == std::string::npos;
+}
+
+} // namespace
+
 PlantDatabase::~PlantDatabase()
 {
     Close();
@@ -297,11 +318,11 @@ bool PlantDatabase::Open(const std::string& path, std::string* error)
     Close();
     try
     {
-        const bool hasZeroByte = file.find('\0') != std::string::npos; // SQLite would ignore the rest of the name
-        std::error_code ignored;                                       // SQLite reports the failure
-        if (!hasZeroByte)
+        const bool canBePath = CanBePath(file);
+        std::error_code ignored; // SQLite reports the failure
+        if (canBePath)
             std::filesystem::create_directories(std::filesystem::u8path(file).parent_path(), ignored);
-        if (hasZeroByte ||
+        if (!canBePath ||
             sqlite3_open_v2(file.c_str(), &Handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
                             nullptr) != SQLITE_OK)
         {

@@ -110,6 +110,14 @@ TEST_F(DatabaseTest, OpenTakesThePathAsUTF8)
     EXPECT_TRUE(std::filesystem::is_regular_file(path));
 }
 
+TEST_F(DatabaseTest, OpenOfAPathThatIsNotUTF8DoesNotThrow)
+{
+    std::string error;
+    bool opened = false;
+    EXPECT_NO_THROW(opened = Database.Open(Scratch.File("Pfl\xE4nzchen.db"), &error));
+    EXPECT_NE(opened, !error.empty()); // it depends on the file system whether it has such names
+}
+
 TEST_F(DatabaseTest, OpenTakesABareFileNameInTheCurrentDirectory)
 {
     const std::filesystem::path previous = std::filesystem::current_path();

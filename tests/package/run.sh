@@ -125,6 +125,31 @@ test_shared_libraries_export_the_listed_symbols() {
         expect 'The exports of libplantjournal_watch' "@$here/exports/plantjournal_watch.txt"
 }
 
+test_shared_libraries_refuse_a_static_sqlite() {
+    local sqlite=/usr/lib/$multiarch/libsqlite3.a
+    local form options=(-DPLANTJOURNAL_BUILD_TESTS=OFF -DPLANTJOURNAL_BUILD_EXAMPLES=OFF
+        -DPLANTJOURNAL_BUILD_TOOLS=OFF -DPLANTJOURNAL_INSTALL=OFF)
+    [[ -e $sqlite ]] || fail "$sqlite does not exist"
+    cd "$scratch"
+    touch sqlite.cpp
+    # CMake finds the library, or the parent project defines it in one of three ways.
+    echo "set(SQLite3_LIBRARY $sqlite CACHE FILEPATH \"\")" >found.cmake
+    echo "add_library(sqlite STATIC $scratch/sqlite.cpp)
+        add_library(SQLite3::SQLite3 ALIAS sqlite)" >built.cmake
+    echo "add_library(SQLite3::SQLite3 STATIC IMPORTED)
+        set_target_properties(SQLite3::SQLite3 PROPERTIES IMPORTED_LOCATION $sqlite)" >imported.cmake
+    echo "add_library(SQLite3::SQLite3 INTERFACE IMPORTED)
+        target_link_libraries(SQLite3::SQLite3 INTERFACE $sqlite)" >interface.cmake
+    for form in found built imported interface; do
+        if cmake -S "$project" -B $form "${options[@]}" -DCMAKE_PROJECT_INCLUDE="$scratch/$form.cmake" \
+            -DBUILD_SHARED_LIBS=ON 2>errors; then
+            fail "$form: a static SQLite was accepted"
+        fi
+        grep -q 'SQLite is a static library' errors || fail "$form: another error: $(<errors)"
+        cmake -S "$project" -B $form -DBUILD_SHARED_LIBS=OFF
+    done
+}
+
 test_install_shared() {
     rm -rf "$build/installed/shared"
     cmake --install "$build" --prefix "$build/installed/shared"

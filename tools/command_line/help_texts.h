@@ -83,7 +83,8 @@ constexpr ManualSection SectionsAfterCommands[] = {
     {"FILES", R"(
 The option --file names the journal file. Without it, the environment variable PLANTJOURNAL_FILE names the file. If
 that is not set either, the file is plantjournal/journal.db in the XDG data directory ($XDG_DATA_HOME, by default
-~/.local/share). A journal with an earlier schema is backed up in its directory before it is migrated.
+~/.local/share). On macOS the default is ~/Library/Application Support, and on Windows the directory is %LOCALAPPDATA%.
+A journal with an earlier schema is backed up in its directory before it is migrated.
 )"},
     {"ENVIRONMENT", R"(
 PLANTJOURNAL_FILE names the journal file. XDG_DATA_HOME and HOME name the directory of the journal where no file is

@@ -9,6 +9,7 @@
 #include "record/picture.h"
 #include "record/text.h"
 #include "refusal.h"
+#include "system.h"
 #include "terminal/interrupt.h"
 #include "terminal/printable.h"
 #include "transfer/new_file.h"
@@ -16,6 +17,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+
+using plant_file::PathOfText;
+using plant_file::TextOfPath;
 
 namespace
 {
@@ -40,11 +44,11 @@ fs::path Resolved(const fs::path& path)
 }
 
 // A path as a URL: all but letters, digits and a few signs is written as %XX.
-std::string URLOf(const std::string& path)
+std::string URLOf(const fs::path& path)
 {
     constexpr const char* digits = "0123456789ABCDEF";
     std::string url;
-    for (const char letter : path)
+    for (const char letter : TextOfPath(path.generic_u8string())) // with slashes on every system
     {
         const auto byte = static_cast<unsigned char>(letter);
         const bool isPlain = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
@@ -62,7 +66,8 @@ class PhotoImages
 {
   public:
     PhotoImages(const std::string& journal, const std::string& page, bool embed)
-        : Journal(Resolved(journal).parent_path()), Page(Resolved(page).parent_path()), Embed(embed)
+        : Journal(Resolved(PathOfText(journal)).parent_path()), Page(Resolved(PathOfText(page)).parent_path()),
+          Embed(embed)
     {
     }
 
@@ -70,7 +75,8 @@ class PhotoImages
     std::string SourceOf(const PlantPhoto& photo)
     {
         StopIfInterrupted();
-        const fs::path file = Journal / photo.FilePath; // an absolute path replaces the directory
+        const fs::path path = Journal / PathOfText(photo.FilePath); // an absolute path replaces the directory
+        const std::string file = TextOfPath(path);
         try
         {
             constexpr int longestEdge = 1200;
@@ -78,7 +84,7 @@ class PhotoImages
                 return DataURI(SmallJPEG(file, longestEdge));
             if (const std::string problem = PhotoFileProblem(file); !problem.empty())
                 throw BadPicture("the file cannot be found: " + problem);
-            return URLOf(Resolved(file).lexically_relative(Page));
+            return URLOf(Resolved(path).lexically_relative(Page));
         }
         catch (const BadPicture& bad)
         {
@@ -100,10 +106,11 @@ class PhotoImages
 // Throws Refusal where the report would replace what is to be kept.
 void CheckDestination(const Session& session, const ReportArguments& arguments)
 {
+    const fs::path destination = PathOfText(arguments.Destination);
     std::error_code ignored;
-    if (fs::equivalent(arguments.Destination, session.Path(), ignored))
+    if (fs::equivalent(destination, PathOfText(session.Path()), ignored))
         throw Refusal(arguments.Destination + ": this is the journal; name another file");
-    if (!arguments.Overwrite && fs::exists(fs::symlink_status(arguments.Destination, ignored)))
+    if (!arguments.Overwrite && fs::exists(fs::symlink_status(destination, ignored)))
         throw Refusal(arguments.Destination + " exists; --overwrite replaces it");
 }
 

@@ -5,11 +5,13 @@
 
 std::string JournalPath(const std::optional<std::string>& file)
 {
+    using plant_file::PathOfText;
+    using plant_file::TextOfPath;
     if (file && !file->empty())
-        return *file;
-    if (std::string path = Environment("PLANTJOURNAL_FILE"); !path.empty())
-        return path;
-    return plant_file::TextOfPath(DataDirectory() / "plantjournal" / "journal.db");
+        return TextOfPath(PathOfText(*file)); // without the prefix of long paths on Windows
+    if (const std::string path = Environment("PLANTJOURNAL_FILE"); !path.empty())
+        return TextOfPath(PathOfText(path));
+    return TextOfPath(DataDirectory() / "plantjournal" / "journal.db");
 }
 
 std::filesystem::path UndoPath()

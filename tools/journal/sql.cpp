@@ -2,6 +2,7 @@
 
 #include "journal/file_result.h"
 #include "refusal.h"
+#include "system.h"
 
 #include <filesystem>
 #include <memory>
@@ -221,7 +222,7 @@ bool ReadingFailed(sqlite3* connection)
 std::vector<std::string> TextsInUnlockedFile(const std::string& path, const std::string& statement)
 {
     std::string uri = "file:";
-    for (const char letter : std::filesystem::absolute(path).string())
+    for (const char letter : plant_file::TextOfPath(std::filesystem::absolute(plant_file::PathOfText(path))))
         uri += letter == '?' ? "%3F" : letter == '#' ? "%23" : letter == '%' ? "%25" : std::string(1, letter);
     sqlite3* opened = nullptr;
     // https://www.sqlite.org/uri.html#uriimmutable: no locks, and no files next to it

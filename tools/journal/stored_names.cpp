@@ -3,6 +3,7 @@
 #include "journal/path.h"
 #include "journal/sql.h"
 #include "refusal.h"
+#include "system.h"
 
 #include <filesystem>
 #include <system_error>
@@ -14,7 +15,8 @@ namespace
 bool IsBeingWritten(const std::string& path)
 {
     std::error_code ignored;
-    return std::filesystem::exists(path + "-journal", ignored) || std::filesystem::exists(path + "-wal", ignored);
+    return std::filesystem::exists(plant_file::PathOfText(path + "-journal"), ignored) ||
+           std::filesystem::exists(plant_file::PathOfText(path + "-wal"), ignored);
 }
 
 std::string StatementFor(const std::string& type)
@@ -41,7 +43,7 @@ std::vector<std::string> StoredNamesOf(const std::string& type, const std::optio
     {
         const std::string path = JournalPath(file);
         std::error_code ignored;
-        if (!std::filesystem::is_regular_file(path, ignored) || IsBeingWritten(path))
+        if (!std::filesystem::is_regular_file(plant_file::PathOfText(path), ignored) || IsBeingWritten(path))
             return {};
         return TextsInUnlockedFile(path, statement);
     }

@@ -130,8 +130,8 @@ void UndoStore::Remove() const
 
 void UndoStore::CreateDirectory() const
 {
-    std::filesystem::path created;
-    for (const std::filesystem::path& name : Directory)
+    std::filesystem::path created = Directory.root_path();
+    for (const std::filesystem::path& name : Directory.relative_path())
     {
         created /= name;
         if (AddDirectory(created, Access::Owner))

@@ -1,14 +1,21 @@
 #include "record/photo_file.h"
 
 #include "plant_validation.h"
+#include "system.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string_view>
 #include <system_error>
 
 #include <libexif/exif-data.h>
+#include <libexif/exif-loader.h>
+
+using plant_file::PathOfText;
+using plant_file::TextOfPath;
 
 namespace
 {
@@ -26,9 +33,22 @@ fs::path WithRealDirectory(const fs::path& path)
 // An absolute path without `.` and `..`. Removing `x/..` is right only where x is not a symbolic link.
 fs::path Absolute(const std::string& path)
 {
-    const fs::path whole = fs::absolute(path);
+    const fs::path whole = fs::absolute(PathOfText(path));
     const bool goesUp = std::find(whole.begin(), whole.end(), "..") != whole.end();
     return goesUp ? WithRealDirectory(whole) : whole.lexically_normal();
+}
+
+// Libexif's own function for files takes no UTF-8 on Windows.
+std::unique_ptr<ExifData, decltype(&exif_data_unref)> ExifOfFile(const std::string& path)
+{
+    const std::unique_ptr<ExifLoader, decltype(&exif_loader_unref)> loader(exif_loader_new(), &exif_loader_unref);
+    std::ifstream file(PathOfText(path), std::ios::binary);
+    std::array<char, 1024> part = {};
+    bool isWanted = loader != nullptr;
+    while (isWanted && (file.read(part.data(), part.size()) || file.gcount() > 0))
+        isWanted = exif_loader_write(loader.get(), reinterpret_cast<unsigned char*>(part.data()),
+                                     static_cast<unsigned>(file.gcount())) != 0;
+    return {loader != nullptr ? exif_loader_get_data(loader.get()) : nullptr, &exif_data_unref};
 }
 
 std::string TextOfTag(const ExifData& data, ExifIfd directory, ExifTag tag)
@@ -60,15 +80,15 @@ std::string StoredPhotoPath(const std::string& path, const std::string& journal)
     {
         const fs::path relative = from.lexically_relative(to.parent_path());
         if (!relative.empty() && *relative.begin() != "..")
-            return relative.string();
+            return TextOfPath(relative.generic_u8string()); // with slashes, so that other systems can read it
     }
-    return photo.string();
+    return TextOfPath(photo);
 }
 
 std::string PhotoFileProblem(const std::string& path)
 {
     std::error_code error;
-    if (fs::is_regular_file(path, error))
+    if (fs::is_regular_file(PathOfText(path), error))
         return {};
     return error ? error.message() : "not a regular file";
 }
@@ -77,8 +97,7 @@ std::string DateTaken(const std::string& path)
 {
     if (!PhotoFileProblem(path).empty()) // a pipe or a device would block
         return {};
-    const std::unique_ptr<ExifData, decltype(&exif_data_unref)> data(exif_data_new_from_file(path.c_str()),
-                                                                     &exif_data_unref);
+    const std::unique_ptr<ExifData, decltype(&exif_data_unref)> data = ExifOfFile(path);
     if (data == nullptr)
         return {};
     for (const auto& [directory, tag] : {std::pair(EXIF_IFD_EXIF, EXIF_TAG_DATE_TIME_ORIGINAL),

@@ -1,6 +1,7 @@
 #include "record/picture.h"
 
 #include "record/photo_file.h"
+#include "system.h"
 
 #include <algorithm>
 #include <array>
@@ -58,7 +59,7 @@ std::string ReadPicture(const std::string& path)
 {
     if (const std::string problem = PhotoFileProblem(path); !problem.empty()) // a pipe or a device would block
         throw BadPicture("the file cannot be found: " + problem);
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(plant_file::PathOfText(path), std::ios::binary);
     if (!file)
         throw BadPicture("the file cannot be read: " + std::generic_category().message(errno));
     std::string bytes;

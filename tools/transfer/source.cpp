@@ -4,6 +4,7 @@
 #include "record/csv.h"
 #include "record/text.h"
 #include "refusal.h"
+#include "system.h"
 #include "transfer/json_source.h"
 
 #include <algorithm>
@@ -15,12 +16,15 @@
 #include <system_error>
 #include <utility>
 
+using plant_file::PathOfText;
+using plant_file::TextOfPath;
+
 namespace
 {
 
 [[noreturn]] void FailToRead(const std::filesystem::path& path, const std::string& reason)
 {
-    throw Refusal(path.string() + ": cannot be read: " + reason +
+    throw Refusal(TextOfPath(path) + ": cannot be read: " + reason +
                   "; name a JSON file, or a directory of CSV files, that you can read");
 }
 
@@ -33,7 +37,7 @@ void RequireNoOtherKind(const std::string& path)
         throw Refusal(path + (file.Kind == PlantFileKind::Foreign
                                   ? ": a database, and not a journal; name a JSON file, or a directory of CSV files"
                                   : ": that is a journal: use --file " + path));
-    if (std::filesystem::path(path).extension() == ".csv")
+    if (PathOfText(path).extension() == ".csv")
         throw Refusal(path + ": a single CSV file; name the directory that contains it");
 }
 
@@ -46,7 +50,7 @@ SourcePointer ReadSourceFile(const std::filesystem::path& path)
     std::vector<std::size_t> lines = {0};
     for (std::size_t end = bytes.find('\n'); end != std::string::npos; end = bytes.find('\n', end + 1))
         lines.push_back(end + 1);
-    return std::make_shared<const SourceFile>(SourceFile{path.string(), std::move(bytes), std::move(lines)});
+    return std::make_shared<const SourceFile>(SourceFile{TextOfPath(path), std::move(bytes), std::move(lines)});
 }
 
 void ReadCSVRows(const SourceFile& file, RawRowReceiver& receiver, Problems& problems)
@@ -91,12 +95,12 @@ void ReadCSVDirectory(const std::filesystem::path& path, RawRowReceiver& receive
         FailToRead(path, error.message());
     std::sort(files.begin(), files.end());
     if (files.empty())
-        throw Refusal(path.string() +
+        throw Refusal(TextOfPath(path) +
                       ": the directory contains no CSV file; `plantjournal export --csv` shows their form");
     for (const std::filesystem::path& name : files)
     {
         const SourcePointer file = ReadSourceFile(name);
-        receiver.BeginTable(name.stem().string(), file);
+        receiver.BeginTable(TextOfPath(name.stem()), file);
         ReadCSVRows(*file, receiver, problems);
     }
 }
@@ -113,9 +117,10 @@ std::string SourceFile::Place(std::size_t offset) const
 
 void ReadSource(const std::string& path, RawRowReceiver& receiver, Problems& problems)
 {
+    const std::filesystem::path file = PathOfText(path);
     std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        return ReadCSVDirectory(path, receiver, problems);
+    if (std::filesystem::is_directory(file, ignored))
+        return ReadCSVDirectory(file, receiver, problems);
     RequireNoOtherKind(path);
-    ReadJSONSource(ReadSourceFile(path), receiver, problems);
+    ReadJSONSource(ReadSourceFile(file), receiver, problems);
 }

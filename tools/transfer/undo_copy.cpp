@@ -5,6 +5,7 @@
 #include "journal/undo_store.h"
 #include "plant_file.h"
 #include "refusal.h"
+#include "system.h"
 
 #include <exception>
 #include <filesystem>
@@ -18,7 +19,7 @@ UndoCopy::UndoCopy(const Session& session) : Journal(session)
         Name.emplace(UndoStore(session.Path()).TemporaryPrefix());
         RequireBackUp(BackUpPlantDatabase(session.Path(), Name->Path()), session.Path());
         using std::filesystem::perms; // the copy has the journal's own permissions
-        std::filesystem::permissions(Name->Path(), perms::owner_read | perms::owner_write);
+        std::filesystem::permissions(plant_file::PathOfText(Name->Path()), perms::owner_read | perms::owner_write);
     }
     catch (const std::exception& reason)
     {
