@@ -2,7 +2,7 @@
 
 #include "report/report_page.h"
 #include "support/allocation_failure.h"
-#include "support/interruption.h"
+#include "support/connection_interruption.h"
 #include "support/sample_records.h"
 #include "support/sqlite_calls.h"
 
@@ -104,7 +104,7 @@ TEST_P(PageReadingTest, AnInterruptedReadingIsAnError)
         std::string html;
         PlantQueryResult result;
         {
-            const Interruption interruption(Database.NativeHandle(), instructions);
+            const ConnectionInterruption interruption(Database.NativeHandle(), instructions);
             result = Write(html);
             if (!interruption.Happened())
                 break;

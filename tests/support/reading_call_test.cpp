@@ -1,7 +1,7 @@
 // What holds for every function that reads a journal.
 
 #include "support/allocation_failure.h"
-#include "support/interruption.h"
+#include "support/connection_interruption.h"
 #include "support/reading_call.h"
 #include "support/sample_records.h"
 
@@ -102,7 +102,7 @@ TEST_P(ReadingCallTest, AnInterruptedReadingIsAnError)
         const Reply reply = AskInside(
             [&](const Work& ask)
             {
-                const Interruption interruption(Database.NativeHandle(), instructions);
+                const ConnectionInterruption interruption(Database.NativeHandle(), instructions);
                 ask();
                 happened = interruption.Happened();
             });

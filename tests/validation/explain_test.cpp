@@ -2,7 +2,7 @@
 
 #include "support/allocation_failure.h"
 #include "support/child_process.h"
-#include "support/interruption.h"
+#include "support/connection_interruption.h"
 #include "support/journal_files.h"
 #include "support/journal_test.h"
 #include "support/sample_records.h"
@@ -287,7 +287,7 @@ TEST_F(ExplainTest, AnotherReasonOfSQLiteIsItsMessage)
     RunSQL("DROP TRIGGER no_events;");
 
     {
-        const Interruption interruption(Database.NativeHandle(), 1);
+        const ConnectionInterruption interruption(Database.NativeHandle(), 1);
         EXPECT_FALSE(Repository.CreatePlantEvent(Sample.Event));
     }
     EXPECT_EQ(Explain(Database, Sample.Event), "failed: interrupted");
