@@ -53,8 +53,8 @@ class PLANTJOURNAL_API PlantDatabase
     /// steps.
     ///
     /// @param path  The file name, in UTF-8 on every platform. A name that contains a zero byte is refused, because
-    /// SQLite would ignore the rest of it. On Windows, a name that is not UTF-8 is refused, too. If SQLite was built with URI support, a name that begins with `file:` is a
-    /// URI: https://www.sqlite.org/uri.html
+    /// SQLite would ignore the rest of it. On Windows, a name that is not UTF-8 is refused, too. If SQLite was built
+    /// with URI support, a name that begins with `file:` is a URI: https://www.sqlite.org/uri.html
     /// @param error  If not null, receives `LastError` on failure. Unchanged on success.
     /// @return `false` if the file cannot be opened, is not a database, or cannot be migrated, for example because
     /// another process has locked it. The database is then closed.
