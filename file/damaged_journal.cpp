@@ -123,12 +123,24 @@ void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)
     const MappedTable& mapped = Tables[table];
     const bool convertsEvents = HasOldEvents && mapped.Table.Name == "PlantEvents";
     std::int64_t damaged = 0;
-    for (const PageNumber number : Map->LeavesOf(table))
+    const std::vector<PageNumber> leaves = Map->LeavesOf(table);
+    const bool hasDoubtful = !leaves.empty() && Map->IsDoubtful(leaves.back());
+    RowIDs copied; // only where the table has doubtful pages
+    std::optional<RowIDs> indexed;
+    bool isFirstDoubtful = true;
+    for (const PageNumber number : leaves)
     {
+        const bool isDoubtful = Map->IsDoubtful(number);
+        if (isDoubtful && std::exchange(isFirstDoubtful, false))
+            indexed = IndexedRows(table, copied);
         const PageRows rows = ReadPageRows(*Pages, Pages->Read(number), mapped.Table, mapped.Forms.front());
         damaged += rows.Damaged;
         for (const PageRow& row : rows.List)
         {
+            if (isDoubtful && (copied.count(row.RowID) != 0 || (indexed && indexed->count(row.RowID) == 0)))
+                continue;
+            if (hasDoubtful && !isDoubtful)
+                copied.insert(row.RowID);
             Values values = InOrder(mapped.Table, mapped.Forms.front(), row.Stored);
             if (convertsEvents)
                 ConvertOldEvent(values[mapped.Table.IndexOf("EventType")].Text,
@@ -138,6 +150,27 @@ void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)
     }
     if (damaged != 0 || !mapped.Gaps.empty())
         journal.AddDamaged(table, damaged, AddEntriesOfIndexes(table, journal));
+}
+
+// The row IDs in an index of the table; std::nullopt where no index is whole and has the rows that were copied.
+std::optional<DamagedJournal::RowIDs> DamagedJournal::IndexedRows(std::size_t table, const RowIDs& copied)
+{
+    constexpr std::size_t mostMissing = 10; // percent: a damaged row ID is not in the index
+    for (const SchemaEntry& entry : Schema)
+    {
+        if (entry.Type != "index" || entry.Table != Tables[table].Table.Name)
+            continue;
+        RowIDs rows;
+        bool isEachNew = true;
+        const bool isWhole = ForEachIndexEntry(*Pages, entry.Root,
+                                               [&](const Values& /*values*/, std::int64_t rowID)
+                                               { isEachNew = rows.insert(rowID).second && isEachNew; });
+        const auto missing =
+            std::count_if(copied.begin(), copied.end(), [&](std::int64_t rowID) { return rows.count(rowID) == 0; });
+        if (isWhole && isEachNew && static_cast<std::size_t>(missing) * 100 <= copied.size() * mostMissing)
+            return rows;
+    }
+    return std::nullopt;
 }
 
 // The result is whether an index of the table could be read whole.

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace plant_file
@@ -26,6 +27,7 @@ class DamagedJournal
 
   private:
     // A table or an index of the file.
+    using RowIDs = std::unordered_set<std::int64_t>;
     struct SchemaEntry
     {
         std::string Type;
@@ -39,6 +41,7 @@ class DamagedJournal
     void FollowTables(bool schemaIsWhole);
     void ChooseForm(std::size_t table);
     void CopyTable(std::size_t table, SalvagedJournal& journal);
+    std::optional<RowIDs> IndexedRows(std::size_t table, const RowIDs& copied);
     bool AddEntriesOfIndexes(std::size_t table, SalvagedJournal& journal);
 
     DamagedFile Bytes;

@@ -60,15 +60,16 @@ bool FollowList(DamagedPages& pages, FreePages& found)
 
 } // namespace
 
-FreePages FindFreePages(DamagedPages& pages)
+FreeList FindFreePages(DamagedPages& pages)
 {
-    FreePages found;
-    if (FollowList(pages, found))
-        return found;
+    FreeList list;
+    list.IsWhole = FollowList(pages, list.Pages);
+    if (list.IsWhole)
+        return list;
     for (PageNumber number = 2; pages.Has(number); ++number)
         if (const std::optional<Trunk> trunk = ReadTrunk(pages, pages.Read(number)))
-            found.insert(trunk->Leaves.begin(), trunk->Leaves.end());
-    return found;
+            list.Pages.insert(trunk->Leaves.begin(), trunk->Leaves.end());
+    return list;
 }
 
 } // namespace plant_file

@@ -9,8 +9,13 @@
 namespace plant_file
 {
 
-// The pages of the free list. Where its beginning or a link is damaged, also all pages that pages of the list's form
-// name.
-std::unordered_set<PageNumber> FindFreePages(DamagedPages& pages);
+struct FreeList
+{
+    std::unordered_set<PageNumber> Pages;
+    bool IsWhole = false; // whether the list could be followed to its end, and has the number of pages in the header
+};
+
+// The pages of the free list. Where the list is not whole, also all pages that pages of the list's form name.
+FreeList FindFreePages(DamagedPages& pages);
 
 } // namespace plant_file

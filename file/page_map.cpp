@@ -102,16 +102,21 @@ void PageMap::ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& r
     const bool isEmpty = CellsOf(page).empty();
     const bool isInRange = isEmpty || HasRowIn(range, page);
     const bool fits = owner == table || (owner == Tables.size() && (isEmpty || HasRowOf(table, page)));
+    const bool isFree = Free.Pages.count(page.Number) != 0;
     // A damaged link may lead to any page: one with row IDs out of its range is used if nothing else uses it.
-    if (!fits || (!isInRange && FreePages.count(page.Number) != 0))
+    if (!fits || (!isInRange && isFree))
     {
         Tables[table].Gaps.push_back(range);
         return;
     }
-    const auto [found, isNew] = Leaves.emplace(page.Number, Claim{table, range, isInRange});
+    const bool isInBoth = isFree && Free.IsWhole;
+    if (isInBoth) // where the link is wrong, the page with the rows of the range is somewhere else
+        Tables[table].Gaps.push_back(range);
+    const Claim claim{table, range, isInRange, !isInRange || isInBoth};
+    const auto [found, isNew] = Leaves.emplace(page.Number, claim);
     if (isNew)
         return;
-    Claim rejected{table, range, isInRange};
+    Claim rejected = claim;
     if (isInRange && !found->second.IsInRange)
         std::swap(found->second, rejected);
     Tables[rejected.Table].Gaps.push_back(rejected.Range);
@@ -148,12 +153,12 @@ void PageMap::AssignOrphans()
         Merge(table.Gaps);
     for (PageNumber number = 1; Pages.Has(number); ++number)
     {
-        if (Leaves.count(number) != 0 || FreePages.count(number) != 0)
+        if (Leaves.count(number) != 0 || Free.Pages.count(number) != 0)
             continue;
         const Page page = Pages.Read(number);
         const std::size_t owner = page.Is(PageType::LeafTable) ? OwnerOf(page) : Tables.size();
         if (owner < Tables.size() && HasRowInAGap(Tables[owner].Gaps, page))
-            Leaves.emplace(number, Claim{owner, {}, true});
+            Leaves.emplace(number, Claim{owner, {}, true, !Free.IsWhole});
     }
 }
 
@@ -163,7 +168,9 @@ std::vector<PageNumber> PageMap::LeavesOf(std::size_t table) const
     for (const auto& [number, claim] : Leaves)
         if (claim.Table == table)
             pages.push_back(number);
-    std::sort(pages.begin(), pages.end());
+    std::sort(pages.begin(), pages.end(),
+              [&](PageNumber left, PageNumber right)
+              { return std::pair(IsDoubtful(left), left) < std::pair(IsDoubtful(right), right); });
     return pages;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "damaged_pages.h"
+#include "free_list.h"
 #include "journal_table.h"
 
 #include <cstdint>
@@ -32,12 +33,15 @@ struct MappedTable
 // A page belongs to a table in one of two cases. Either the tree of the table leads to it, and its rows have the form
 // of the table. Or no tree leads to it, it is not in the free list, its rows have the form of the table and of no other
 // one, and the tree of the table has a gap where one of its row IDs would be. So a table without damage has exactly
-// the rows of its tree, and deleted rows stay deleted.
+// the rows of its tree.
+//
+// A page is doubtful if it may have deleted rows: a page with row IDs out of the range that the tree gives it, a page
+// to which both the tree and the free list lead, and a page to which no tree leads while the free list is not whole.
 class PageMap
 {
   public:
-    PageMap(DamagedPages& pages, std::vector<MappedTable>& tables, std::unordered_set<PageNumber> freePages)
-        : Pages(pages), Tables(tables), FreePages(std::move(freePages))
+    PageMap(DamagedPages& pages, std::vector<MappedTable>& tables, FreeList free)
+        : Pages(pages), Tables(tables), Free(std::move(free))
     {
     }
 
@@ -45,8 +49,10 @@ class PageMap
     void FollowTree(std::size_t table, PageNumber root);
     // Assigns pages that no tree leads to. Call it after all trees were followed.
     void AssignOrphans();
-    // The pages of a table, in the order of the file.
+    // The pages of a table in the order of the file, first those that are not doubtful.
     std::vector<PageNumber> LeavesOf(std::size_t table) const;
+    // Whether a page that LeavesOf() returns is doubtful.
+    bool IsDoubtful(PageNumber leaf) const { return Leaves.at(leaf).IsDoubtful; }
 
   private:
     struct Claim
@@ -54,6 +60,7 @@ class PageMap
         std::size_t Table;
         RowIDRange Range;
         bool IsInRange; // whether a row ID of the page is in the range
+        bool IsDoubtful;
     };
 
     void ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& range);
@@ -63,7 +70,7 @@ class PageMap
 
     DamagedPages& Pages;
     std::vector<MappedTable>& Tables;
-    std::unordered_set<PageNumber> FreePages;
+    FreeList Free;
     std::unordered_set<PageNumber> Interiors;
     std::unordered_map<PageNumber, Claim> Leaves;
 };

@@ -175,21 +175,6 @@ TEST_F(SalvageRuleTest, TheRowOnTheFirstPageIsKeptOfTwo)
     EXPECT_EQ(Salvaged("SELECT count(*) FROM PlantEvents WHERE Details GLOB 'EVENT*'"), "0");
 }
 
-TEST_F(SalvageRuleTest, DeletedRowsDoNotFillAGap)
-{
-    Grow(500);
-    PlainConnection(Path).RunSQL("DELETE FROM PlantEvents WHERE ID>50;");
-    const std::string expected = RowsOf(Path);
-    for (const UsedPage& page : UsedPages(Path))
-        if (page.Name == "PlantEvents" && page.Kind == "internal")
-            Zero(Path, page.Offset, page.Size);
-    Salvage();
-    EXPECT_EQ(RowsOf(Destination), expected);
-    Zero(Path, 0, 512); // now the list of free pages is found by its form
-    Salvage();
-    EXPECT_EQ(RowsOf(Destination), expected);
-}
-
 TEST_F(SalvageRuleTest, AChangedByteInsideAValueIsNotNoticed)
 {
     std::string bytes = FileBytes(Path);

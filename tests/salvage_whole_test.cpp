@@ -186,8 +186,10 @@ TEST_F(SalvageWholeTest, AFinishedRollbackJournalIsNotApplied)
 TEST_F(SalvageWholeTest, DeletedRowsStayDeleted)
 {
     Grow(500);
-    PlainConnection(Path).RunSQL("DELETE FROM PlantEvents WHERE ID>50; DELETE FROM PlantJournalEntries;");
-    ASSERT_NE(PlainConnection(Path).Value("PRAGMA freelist_count;"), "0");
+    PlainConnection(Path).RunSQL("PRAGMA secure_delete=OFF; DELETE FROM PlantEvents WHERE ID>50 OR ID=20; "
+                                 "DELETE FROM PlantJournalEntries;");
+    ASSERT_NE(FileBytes(Path).find("event 400"), std::string::npos); // the free pages still have the rows
+    ASSERT_NE(FileBytes(Path).find("event 17"), std::string::npos);  // and so do the pages of the table
     Salvage();
     EXPECT_EQ(RowsOf(Destination), RowsOf(Path));
 }
