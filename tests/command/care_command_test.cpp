@@ -54,6 +54,11 @@ TEST_F(CareCommandTest, SeveralPlantsAreWateredWithOneAmount)
     EXPECT_EQ(Parsed({"event", "list", "Chili"}).at(0).at("Type"), "Water");
 }
 
+TEST_F(CareCommandTest, ANumberNextToZeroIsZero)
+{
+    EXPECT_EQ(Parsed({"feed", "Basil", "500ml", "--ec", "1e-400"}).at("EC"), 0);
+}
+
 TEST_F(CareCommandTest, AFeedingIsReportedWithAllItsValues)
 {
     EXPECT_EQ(Done({"feed", "Basil", "500ml", "--ec", "1.8", "--ph", "6.2"}),

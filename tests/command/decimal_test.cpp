@@ -117,13 +117,23 @@ TEST_P(DecimalTest, OtherTextsLeaveTheNumberAsItIs)
           std::pair("e1", std::errc::invalid_argument), std::pair("+1", std::errc::invalid_argument),
           std::pair(" 1", std::errc::invalid_argument), std::pair("--1", std::errc::invalid_argument),
           std::pair("in", std::errc::invalid_argument), std::pair("1e400", std::errc::result_out_of_range),
-          std::pair("-1e400", std::errc::result_out_of_range), std::pair("1e-400", std::errc::result_out_of_range),
-          std::pair("2e-324", std::errc::result_out_of_range)})
+          std::pair("-1e400", std::errc::result_out_of_range)})
     {
         double number = -7;
         EXPECT_EQ(GetParam()(text, text + std::strlen(text), number).ec, reason) << text;
         EXPECT_EQ(number, -7) << text;
     }
+}
+
+TEST_P(DecimalTest, ANumberWhoseNearestDoubleIsZeroIsZero)
+{
+    const std::string zeros(400, '0');
+    for (const std::string& text : {std::string("1e-400"), std::string("2e-324"), "0." + zeros + '1'})
+    {
+        EXPECT_EQ(BitsOf(Read(text, text.size())), BitsOf(0.0)) << text;
+        EXPECT_EQ(BitsOf(Read('-' + text, text.size() + 1)), BitsOf(-0.0)) << text;
+    }
+    EXPECT_GT(Read("3e-324", 6), 0.0);
 }
 
 TEST_P(DecimalTest, OnlyTheGivenLettersAreRead)

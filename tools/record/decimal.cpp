@@ -68,14 +68,6 @@ const char* AfterNumber(const char* at, const char* end, const char*& point)
     return past;
 }
 
-bool HasDigitOtherThanZero(const char* at, const char* end)
-{
-    for (; at != end && *at != 'e' && *at != 'E'; ++at)
-        if (IsDigit(*at) && *at != '0')
-            return true;
-    return false;
-}
-
 template <typename Number, typename = void> struct HasFromChars : std::false_type
 {
 };
@@ -88,9 +80,10 @@ struct HasFromChars<Number, std::void_t<decltype(std::from_chars(nullptr, nullpt
 template <typename Number> std::from_chars_result FromChars(const char* begin, const char* end, Number& out)
 {
     if constexpr (HasFromChars<Number>::value)
-        return std::from_chars(begin, end, out);
-    else
-        return DecimalByStrtod(begin, end, out);
+        if (const std::from_chars_result result = std::from_chars(begin, end, out);
+            result.ec != std::errc::result_out_of_range)
+            return result;
+    return DecimalByStrtod(begin, end, out); // std::from_chars does not report which numbers are near 0
 }
 
 } // namespace
@@ -114,9 +107,7 @@ std::from_chars_result DecimalByStrtod(const char* begin, const char* end, doubl
     if (!isSpecial && point != past && *point == '.')
         text.replace(static_cast<std::size_t>(point - begin), 1, std::localeconv()->decimal_point);
     const double value = std::strtod(text.c_str(), nullptr);
-    const bool isTooLarge = !isSpecial && std::isinf(value);
-    const bool isTooSmall = !isSpecial && value == 0 && HasDigitOtherThanZero(number, past);
-    if (isTooLarge || isTooSmall)
+    if (!isSpecial && std::isinf(value))
         return {past, std::errc::result_out_of_range};
     out = value;
     return {past, std::errc()};
