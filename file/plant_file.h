@@ -312,10 +312,11 @@ struct PlantSalvageReport
 ///   If the definition of the event table is lost, events are stored without conversion.
 /// - A row is not stored if a value has a type or a name that its column does not allow, if another row has the same
 ///   UUID, or if its page or a page of its text is damaged in a way that shows. The report counts these rows.
-/// - Deleted rows are not restored. If both the list of free pages and a table are damaged, a deleted row may come
-/// back.
-/// - If two rows of a table have the same row ID, the one on the page with the lower number is stored. A row
-///   whose row ID was changed can take the place of another one in this way.
+/// - Deleted rows are not restored, with two exceptions. If the list of free pages and a table are damaged, and no
+///   whole index shows which rows the table had, a deleted row may come back. It may also come back if a page of the
+///   table was replaced by an older page.
+/// - If two rows of a table have the same row ID, the one on the page with the lower number is stored. Pages that may
+///   have deleted rows come last. A row whose row ID was changed can take the place of another one in this way.
 /// - If a plant is lost, its records are stored under a plant with its UUID and the name "Lost plant" with the
 /// beginning
 ///   of the UUID. It is the only kind of row that the function invents. A link to a mother or an event that is lost

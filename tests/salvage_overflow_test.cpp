@@ -4,6 +4,8 @@
 
 #include "support/salvage_test.h"
 
+#include <chrono>
+
 using namespace support;
 
 namespace
@@ -87,29 +89,34 @@ TEST_F(SalvageOverflowTest, AChainThatIsACycleOrTooShortCostsItsRow)
 
 TEST_F(SalvageOverflowTest, ManyRowsWithOneEndlessChainEnd)
 {
-    // Every row claims a text of the size of the file, and all texts are one cycle of pages.
-    std::string bytes(512 * 400, '\0');
-    bytes.replace(0, 512, FileBytes(Path).substr(0, 512));
-    for (std::size_t page = 1; page < 400; ++page)
+    // Every row claims a text of nearly the size of the file, and all texts are one cycle of pages.
+    constexpr std::size_t pages = 800;
+    constexpr std::size_t firstOverflow = 700;
+    const auto link = [](std::size_t number) {
+        return std::string{0, 0, static_cast<char>(number / 256), static_cast<char>(number % 256)};
+    };
+    std::string row = {'\x98', '\x80', '\0', '\5'}; // the payload's size, 393,216, and the row ID
+    row += std::string(39, 'x') + link(firstOverflow);
+    std::string bytes = FileBytes(Path).substr(0, 512);
+    for (std::size_t number = 2; number <= pages; ++number)
     {
         std::string content(512, 'x');
-        if (page >= 200)
-            content.replace(0, 4,
-                            {0, 0, static_cast<char>((page == 399U ? 200U : page + 1U) / 256U),
-                             static_cast<char>((page == 399 ? 200 : page + 1) % 256)});
+        if (number >= firstOverflow)
+            content.replace(0, 4, link(number == pages ? firstOverflow : number + 1));
         else
         {
-            content.replace(0, 8, std::string("\x0D\0\0\0\x28\0\0\0", 8));
-            for (std::size_t cell = 0; cell < 40; ++cell)
-                content.replace(8 + 2 * cell, 2, {0, 100});
-            content.replace(100, 4, {'\x8C', '\x80', '\0', '\5'}); // the payload's size, and the row ID
-            content.replace(508, 4, {0, 0, 0, '\xC8'});
+            content.replace(0, 8, std::string("\x0D\0\0\0\x1E\0\0\0", 8));
+            for (std::size_t cell = 0; cell < 30; ++cell)
+                content.replace(8 + 2 * cell, 2, {0, 68});
+            content.replace(68, row.size(), row);
         }
-        bytes.replace(page * 512, 512, content);
+        bytes += content;
     }
     WriteBytes(Path, bytes);
     PlantSalvageReport report;
+    const auto begin = std::chrono::steady_clock::now();
     SalvagePlantDatabase(Path, Destination, report);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
     EXPECT_TRUE(FileBytes(Path) == bytes);
 }
 

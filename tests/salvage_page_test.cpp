@@ -144,6 +144,18 @@ TEST_F(SalvagePageTest, ADamagedRowCostsItselfAlone)
     EXPECT_EQ(TableOf(report, "PlantJournalEntries").RowsMissing, 1);
 }
 
+TEST_F(SalvagePageTest, ARowWithValuesThatDoNotFillItIsNotStored)
+{
+    const UsedPage& leaf = PageOf("PlantEvents", "leaf", 3);
+    const std::string types("\0\x55\x21\x15\x1D", 5); // NULL and texts of 36, 10, 4 and 8 bytes
+    const std::size_t at = FileBytes(Path).find(types, leaf.Offset);
+    ASSERT_LT(at, leaf.Offset + leaf.Size);
+    Change(at + 4, "\x1B"); // a text of 7 bytes
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 202);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 1);
+}
+
 TEST_F(SalvagePageTest, ARowIDOutOfOrderIsNotStored)
 {
     const UsedPage& leaf = PageOf("PlantEvents", "leaf", 1);
