@@ -66,7 +66,10 @@ TEST_F(UndoRecordTest, ADamagedRecordIsRefused)
         if (i % 2 == 0)
             damaged.resize(random() % Bytes.size());
         else
-            damaged[random() % Bytes.size()] ^= static_cast<char>(1U << random() % 8);
+        {
+            char& byte = damaged[random() % Bytes.size()];
+            byte = static_cast<char>(byte ^ static_cast<char>(1U << random() % 8));
+        }
         EXPECT_NE(RefusedWith(damaged).find("nothing was changed"), std::string::npos);
     }
     EXPECT_NE(RefusedWith(Bytes + "x").find("damaged"), std::string::npos);

@@ -120,7 +120,7 @@ constexpr const char* OneCare = "1 feeding or watering is not drawn: its date is
 TEST_F(MistypedYearTest, TheStagesAreDrawnWithoutIt)
 {
     ExpectLeftOut(SectionWithYear("stages", "1925"), "1925", "2 stages are not drawn: their dates are years away",
-                  "<tr><td>Mint</td><td>Seed</td><td class=\"date\">1925-05-01</td><td class=\"date\">1925-08-01</td>");
+                  R"(<tr><td>Mint</td><td>Seed</td><td class="date">1925-05-01</td><td class="date">1925-08-01</td>)");
 }
 
 TEST_F(MistypedYearTest, TheCalendarIsDrawnWithoutIt)
