@@ -264,7 +264,7 @@ struct PlantRestoration
 /// @return An error where the backup is damaged, is not a journal or cannot be read; where the journal is the backup
 /// itself, or another program's database; where another process reads or writes it for longer than 2.5 seconds; where
 /// it is damaged or missing and a file exists that SQLite would apply to the restored one (its name with `-journal` or
-/// `-wal`); where there is no permission or the disk is full. After an error the journal is unchanged, with one
+/// `-wal`); where permission is denied or the disk is full. After an error the journal is unchanged, with one
 /// exception: where the step is `syncing the directory`, the restored journal can be in place.
 PLANTJOURNAL_FILE_API PlantFileResult RestorePlantDatabase(const std::string& backup, const std::string& journal,
                                                            PlantRestoration& out,
@@ -299,7 +299,7 @@ struct PlantSalvageReport
 };
 
 /// Reads every row that can still be read from the damaged journal `damaged`, and writes the rows to a new journal,
-/// `destination`. Use it if there is no backup; a backup is always better.
+/// `destination`. If a backup exists, restore it instead: it is complete.
 ///
 /// The function reads the pages of the file itself, so it also works where SQLite cannot open the file: with a damaged
 /// header, schema or tree, or with a part of the file only. It does not change the damaged file and its rollback
@@ -318,9 +318,8 @@ struct PlantSalvageReport
 /// - If two rows of a table have the same row ID, the one on the page with the lower number is stored. Pages that may
 ///   have deleted rows come last. A row whose row ID was changed can take the place of another one in this way.
 /// - If a plant is lost, its records are stored under a plant with its UUID and the name "Lost plant" with the
-/// beginning
-///   of the UUID. It is the only kind of row that the function invents. A link to a mother or an event that is lost
-///   becomes NULL. A strain that is lost stays the name of a strain in its plants.
+///   prefix of the UUID. It is the only kind of row that the function invents. A link to a lost mother or event becomes
+///   NULL. The plants of a lost strain keep its name.
 /// @param damaged  The damaged file.
 /// @param destination  The new journal's file, as for BackUpPlantDatabase() in the mode `Keep`.
 /// @param report  Written back in every case; default-constructed after an error.

@@ -26,7 +26,8 @@ bool IsSymbolicLink(const std::filesystem::path& path)
 
 HANDLE HandleOf(std::intptr_t number)
 {
-    return reinterpret_cast<HANDLE>(number); // NOLINT(performance-no-int-to-ptr)
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the header has no type of Windows, so it keeps a handle as a number
+    return reinterpret_cast<HANDLE>(number);
 }
 
 // Other programs may read, write, rename and remove the file meanwhile, as on other systems.

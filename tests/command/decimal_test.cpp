@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(BothReaders, DecimalTest, testing::Values(DecimalFromCh
 
 TEST_P(DecimalTest, EachFiniteNumberIsReadBackToTheLastBit)
 {
-    std::mt19937_64 bits(1); // NOLINT: the same numbers in each run
+    std::mt19937_64 bits(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same numbers in each run
     for (int i = 0; i < 20'000; ++i)
         if (const double number = NumberWithBits(bits()); std::isfinite(number))
             ExpectEachBit(number);
@@ -74,7 +74,7 @@ TEST_P(DecimalTest, EachFiniteNumberIsReadBackToTheLastBit)
 TEST_P(DecimalTest, DenormalsAreReadBackToTheLastBit)
 {
     constexpr std::uint64_t firstNormal = std::uint64_t{1} << 52U;
-    std::mt19937_64 bits(2); // NOLINT: the same numbers in each run
+    std::mt19937_64 bits(2); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same numbers in each run
     for (std::uint64_t denormal = 1; denormal < 200; ++denormal)
         ExpectEachBit(NumberWithBits(denormal));
     for (int i = 0; i < 2'000; ++i)
