@@ -17,11 +17,12 @@ namespace
 {
 
 constexpr std::string_view PartSuffix = ".part-";
+constexpr std::string_view CopySuffix = "-copy";
 constexpr std::size_t RandomLetters = 6;
 
 std::filesystem::path CopyOf(std::filesystem::path lock)
 {
-    lock += "-copy";
+    lock += CopySuffix;
     return lock;
 }
 
@@ -50,6 +51,28 @@ void RemoveUnlessLocked(const std::filesystem::path& lock)
     RemoveName(lock);
 }
 
+// False where another backup has locked or removed the file, between its creation and this call. A file system may
+// have no such locks: the file then stays unlocked, and no other backup can lock and remove it either.
+bool LockNewFile(const OpenedFile& file, const std::filesystem::path& path)
+{
+    return file.TryLock() != FileLock::Taken && file.IsAt(path);
+}
+
+// Removes a copy without a lock file, as a power loss can leave it. The lock file is created first, so that no other
+// backup uses the names meanwhile.
+void RemoveWithoutLock(const std::filesystem::path& lock)
+{
+    const std::filesystem::path copy = CopyOf(lock);
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(copy, ignored)))
+        return;
+    const OpenedFile file(lock, Opening::CreateNew, Access::Owner);
+    if (!file.IsOpen() || !LockNewFile(file, lock))
+        return;
+    RemoveName(copy);
+    RemoveName(lock);
+}
+
 // Files that cannot be listed or removed stay.
 void RemoveOrphans(const std::filesystem::path& destination)
 {
@@ -59,16 +82,20 @@ void RemoveOrphans(const std::filesystem::path& destination)
     if (!directory.IsOpen())
         return;
     while (const std::optional<std::filesystem::path> name = directory.NextName())
-        if (IsLockName(TextOfPath(*name), beginning))
+    {
+        std::string text = TextOfPath(*name);
+        if (IsLockName(text, beginning))
+        {
             if (const std::filesystem::path lock = parent / *name; IsEmptyFile(lock))
                 RemoveUnlessLocked(lock);
-}
-
-// False where another backup has locked or removed the file, between its creation and this call. A file system may
-// have no such locks: the file then stays unlocked, and no other backup can lock and remove it either.
-bool LockNewFile(const OpenedFile& file, const std::filesystem::path& path)
-{
-    return file.TryLock() != FileLock::Taken && file.IsAt(path);
+        }
+        else if (text.size() > CopySuffix.size() && text.substr(text.size() - CopySuffix.size()) == CopySuffix)
+        {
+            text.resize(text.size() - CopySuffix.size());
+            if (IsLockName(text, beginning))
+                RemoveWithoutLock(parent / PathOfText(text));
+        }
+    }
 }
 
 } // namespace

@@ -166,9 +166,10 @@ using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t t
 /// an error the destination is unchanged and no other file is left, with one exception: where the step is `syncing the
 /// directory`, the copy is complete and in place, but a power loss may remove it.
 ///
-/// A killed process leaves its unfinished copy. Its files are named like the destination, with `.part-` and at least
-/// six characters after it. The next backup to the same destination removes them. It does not remove the files of a
-/// running process.
+/// A killed process or a power loss leaves the unfinished copy. Its files are named like the destination, with `.part-`
+/// and at least six characters after it. The next backup to the same destination removes them. It does not remove the
+/// files of a running process. Where the file system has no hard links, an empty file can also be left at the
+/// destination (in the mode `Keep`).
 PLANTJOURNAL_FILE_API PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string& destination,
                                                           const PlantBackUpProgress& progress = {},
                                                           PlantBackUpMode mode = PlantBackUpMode::Keep);
@@ -197,8 +198,9 @@ struct PlantBackUpRotation
 /// The policy counts the days, weeks and months that have a backup, from the new backup back. After a long break, the
 /// backups from before it are therefore kept. The new backup is always kept. A backup whose name has a later time than
 /// the new one stays and does not count: the clock was set back, or had been wrong. Only regular files are removed that
-/// have exactly such a name with the name of this journal. Other files and symbolic links stay. Two rotations at the
-/// same time are safe; the later one may remove the earlier one's backup of the same day.
+/// have exactly such a name with the name of this journal. Other files and symbolic links stay. An empty file with such
+/// a name does not count and is removed: a killed process can leave it where the file system has no hard links. Two
+/// rotations at the same time are safe; the later one may remove the earlier one's backup of the same day.
 /// @param journal  The journal, as for InspectPlantDatabase(). Where it is a symbolic link, its target gives the name.
 /// @param directory  The backups' directory. It is created with the directories above it where it does not exist. Use
 /// a directory for each journal: two journals with the same name would remove each other's backups.

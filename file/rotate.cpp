@@ -43,7 +43,8 @@ std::filesystem::path MoveToDatedName(const PartFile& part, const std::filesyste
 
 using PeriodOf = std::int64_t (*)(const BackUpMoment&);
 
-// Adds the newest backup of each of the last `most` periods that have one.
+// Adds the newest backup of each of the last `most` periods that have one. An empty file is only a name that was
+// reserved where the file system has no hard links.
 void AddNewest(const std::vector<DatedBackUp>& newestFirst, std::int32_t most, PeriodOf periodOf,
                std::set<std::string>& names)
 {
@@ -51,7 +52,7 @@ void AddNewest(const std::vector<DatedBackUp>& newestFirst, std::int32_t most, P
     for (const DatedBackUp& backUp : newestFirst)
     {
         const std::int64_t period = periodOf(backUp.Moment);
-        if (period == last)
+        if (period == last || backUp.Bytes == 0)
             continue;
         if (--most < 0)
             return;

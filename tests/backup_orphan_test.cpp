@@ -129,12 +129,14 @@ TEST_F(BackUpOrphanTest, TheFilesForAnotherDestinationStay)
 
 TEST_F(BackUpOrphanTest, FilesThatNoBackupMadeStay)
 {
-    for (const char* name : {"copy.db.part-1", "copy.db.part-abcdefg", "copy.db.part-abc.ef", "copy.db.part-abcde-",
-                             "copy.db.part-uvwxyz-copy", "copy.db.partabcdef", "copy.db-abcdef"})
+    for (const char* name :
+         {"copy.db.part-1", "copy.db.part-abcdefg", "copy.db.part-abc.ef", "copy.db.part-abcde-",
+          "copy.db.part-vwxyz-copy", "copy.db.part-uvwxyz-cop", "copy.db.partabcdef", "copy.db-abcdef"})
         Write(name);
     Write("copy.db.part-backup", "a file with contents");
     Write("target");
     std::filesystem::create_symlink("target", Scratch.File("copy.db.part-linked"));
+    std::filesystem::create_symlink("target", Scratch.File("copy.db.part-linked-copy"));
     std::filesystem::create_symlink("nowhere", Scratch.File("copy.db.part-broken"));
     std::filesystem::create_directory(Scratch.File("copy.db.part-direct"));
     ASSERT_EQ(mkfifo(Scratch.File("copy.db.part-pipe00").c_str(), 0600), 0);
@@ -154,6 +156,41 @@ TEST_F(BackUpOrphanTest, AnEmptyFileOfAPartsNameIsRemovedWithItsCopy)
     Write("copy.db.part-Abc123-copy", "half a copy");
     EXPECT_EQ(BackUp(), "");
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
+// After a power loss, the name of the lock file can be lost.
+TEST_F(BackUpOrphanTest, ACopyWithoutALockFileIsRemoved)
+{
+    Write("copy.db.part-Abc123-copy", "half a copy");
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+
+    Write("copy.db.part-Abc123-copy", "half a copy");
+    const FileCallFailure failure({FileCall::Lock}, FileCallFailure::EveryCall, ENOTSUP);
+    EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
+TEST_F(BackUpOrphanTest, ACopyWhoseNamesAnotherTakesMeanwhileStays)
+{
+    for (const char* lock : {"copy.db.part-Abc123", "copy.db.part-Abc124"})
+    {
+        const std::string copy = std::string(lock) + "-copy";
+        Write(copy, "half a copy");
+        // The new lock file is locked by another backup, or removed by one.
+        const AfterFileCall take(FileCall::Lock,
+                                 [&]
+                                 {
+                                     std::filesystem::remove(Scratch.File(lock));
+                                     if (copy.ends_with("4-copy"))
+                                         Write(lock);
+                                 });
+        EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
+        EXPECT_TRUE(take.Happened());
+        EXPECT_EQ(FileBytes(Scratch.File(copy)), "half a copy");
+        std::filesystem::remove(Scratch.File(copy));
+        std::filesystem::remove(Scratch.File(lock));
+    }
 }
 
 // ---- Two backups at the same instant

@@ -34,13 +34,7 @@ class RestoreFailureTest : public RestoreTest
   protected:
     RestoreFailureTest()
     {
-        // Small files, since each failure restores once more.
-        PlainConnection(Path).RunSQL("DELETE FROM PlantJournalEntries WHERE ID>60; VACUUM;");
-        std::filesystem::copy_file(Path, Destination, std::filesystem::copy_options::overwrite_existing);
-        PlainConnection(Destination).RunSQL("DELETE FROM PlantJournalEntries WHERE ID>30; UPDATE Plants SET Notes='';");
-        BackedUp = ContentOf(Destination);
-        Later = ContentOf(Path);
-        LaterBytes = FileBytes(Path);
+        Shrink();
         DestinationBytes = FileBytes(Destination);
     }
 

@@ -262,6 +262,15 @@ TEST_F(RotationTest, FilesWithNearlySuchNamesStay)
     EXPECT_EQ(Rotation.Dropped.size(), 2U);
 }
 
+// A killed rotation can leave one where the file system has no hard links.
+TEST_F(RotationTest, AnEmptyFileDoesNotCountAndIsRemoved)
+{
+    ASSERT_EQ(RotateAt("2026-05-01 10:00:00"), "");
+    std::ofstream(Place + "/2026-05-01-110000-journal.db").close();
+    ASSERT_EQ(RotateAt("2026-05-02 10:00:00", {2, 0, 0}), "");
+    EXPECT_EQ(There(), (Names{"2026-05-01-100000-journal.db", "2026-05-02-100000-journal.db"}));
+}
+
 TEST_F(RotationTest, SymbolicLinksAndDirectoriesStay)
 {
     Put("mine.txt");

@@ -2,10 +2,14 @@
 
 #include "support/simulated_disk.h"
 #include "support/test_form.h"
+#include "testing/scratch_directory.h"
 
+#include <filesystem>
+#include <fstream>
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -117,6 +121,63 @@ TEST_F(SimulatedDiskTest, AnUnlinkIsUndoneOnlyIfUnlinksDoNotPersist)
     EXPECT_EQ(Outcomes([&] { return Disk.Exists("file"); }), (std::set{false}));
 }
 
+TEST_F(SimulatedDiskTest, ARenamedFileHasEitherContentUntilTheSync)
+{
+    EXPECT_TRUE(Disk.Write(Disk.Open("file"), 0, "old"));
+    EXPECT_TRUE(Disk.Write(Disk.Open("copy"), 0, "new"));
+    Disk.SyncAll();
+    EXPECT_TRUE(Disk.Rename("copy", "file"));
+    EXPECT_FALSE(Disk.Exists("copy"));
+    EXPECT_EQ(Outcomes([&] { return Bytes("file"); }), (std::set<std::string>{"old", "new"}));
+    EXPECT_EQ(Outcomes([&] { return Disk.Exists("copy"); }), (std::set{false, true}));
+    EXPECT_TRUE(Disk.SyncDirectory());
+    EXPECT_EQ(Outcomes([&] { return Bytes("file"); }), (std::set<std::string>{"new"}));
+    EXPECT_EQ(Outcomes([&] { return Disk.Exists("copy"); }), (std::set{false}));
+}
+
+TEST_F(SimulatedDiskTest, ALinkIsLostUntilTheSyncAndItsFileStays)
+{
+    EXPECT_TRUE(Disk.Write(Disk.Open("file"), 0, "text"));
+    Disk.SyncAll();
+    EXPECT_TRUE(Disk.Link("file", "second"));
+    EXPECT_TRUE(Disk.Unlink("file"));
+    EXPECT_EQ(Bytes("second"), "text");
+    EXPECT_EQ(Outcomes([&] { return Disk.Exists("second"); }), (std::set{false, true}));
+    EXPECT_TRUE(Disk.SyncDirectory());
+    EXPECT_EQ(Outcomes([&] { return Bytes("second"); }), (std::set<std::string>{"text"}));
+}
+
+TEST_F(SimulatedDiskTest, ANewDirectoryCanBeLostWithAllThatIsInIt)
+{
+    EXPECT_TRUE(Disk.AddDirectory("backups"));
+    EXPECT_TRUE(Disk.Sync(Disk.Open("backups/copy")));
+    EXPECT_TRUE(Disk.SyncDirectory("backups"));
+    const auto names = [&] { return std::pair(Disk.Exists("backups"), Disk.Exists("backups/copy")); };
+    EXPECT_EQ(Outcomes(names), (std::set{std::pair(false, false), std::pair(true, true)}));
+    EXPECT_TRUE(Disk.SyncDirectory());
+    EXPECT_EQ(Outcomes(names), (std::set{std::pair(true, true)}));
+
+    EXPECT_TRUE(Disk.Unlink("backups/copy"));
+    EXPECT_TRUE(Disk.SyncDirectory());
+    Disk.UnlinksPersist = false;
+    Disk.Open("backups/next");
+    EXPECT_TRUE(Disk.SyncDirectory()); // not of the directory with the name
+    EXPECT_EQ(Outcomes([&] { return Disk.Exists("backups/next"); }), (std::set{false, true}));
+}
+
+TEST_F(SimulatedDiskTest, ARealDirectoryIsLoadedAndStored)
+{
+    const ScratchDirectory directory;
+    std::filesystem::create_directory(directory.File("backups"));
+    std::ofstream(directory.File("backups/copy")) << "text";
+    Disk.Load(directory.File(""));
+    EXPECT_EQ(Outcomes([&] { return Bytes("backups/copy"); }), (std::set<std::string>{"text"}));
+    std::ofstream(directory.File("other")) << "text";
+    Disk.Store(directory.File("root"));
+    EXPECT_EQ(FileBytes(directory.File("root/backups/copy")), "text");
+    EXPECT_FALSE(std::filesystem::exists(directory.File("root/other")));
+}
+
 TEST_F(SimulatedDiskTest, OnlyTheCallAtThePowerLossMayReachTheDisk)
 {
     const int file = Disk.Open("file");
@@ -133,6 +194,9 @@ TEST_F(SimulatedDiskTest, OnlyTheCallAtThePowerLossMayReachTheDisk)
     EXPECT_FALSE(Disk.Sync(file));
     EXPECT_FALSE(Disk.SyncDirectory());
     EXPECT_FALSE(Disk.Unlink("file"));
+    EXPECT_FALSE(Disk.Rename("file", "other"));
+    EXPECT_FALSE(Disk.Link("file", "other"));
+    EXPECT_FALSE(Disk.AddDirectory("other"));
     EXPECT_FALSE(Disk.Exists("file"));
     EXPECT_EQ(Disk.Calls(), 2);
     EXPECT_EQ(Outcomes([&] { return Bytes("file"); }), (std::set<std::string>{"-", "1"}));

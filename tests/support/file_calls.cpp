@@ -17,6 +17,16 @@ namespace
 
 thread_local FileCallFailure* fileCallFailure = nullptr;
 thread_local AfterFileCall* afterFileCall = nullptr;
+thread_local FileCallListener* listener = nullptr;
+
+// Passes a call that has returned on to the listener, if it succeeded.
+template <typename... Arguments>
+int Announce(int result, void (FileCallListener::*receive)(Arguments...), Arguments... arguments)
+{
+    if (listener != nullptr && result != -1)
+        (listener->*receive)(arguments...);
+    return result;
+}
 
 } // namespace
 
@@ -66,26 +76,40 @@ AfterFileCall::~AfterFileCall()
     afterFileCall = nullptr;
 }
 
+FileCallListener::FileCallListener()
+{
+    listener = this;
+}
+
+FileCallListener::~FileCallListener()
+{
+    listener = nullptr;
+}
+
 } // namespace support
 
+using support::Announce;
 using support::FileCall;
 using support::FileCallGate;
+using support::FileCallListener;
 
 extern "C"
 {
     int link(const char* from, const char* to) noexcept
     {
-        return FileCallGate::Pass(FileCall::Link, "link", -1, from, to);
+        const int result = FileCallGate::Pass(FileCall::Link, "link", -1, from, to);
+        return Announce(result, &FileCallListener::Linked, from, to);
     }
 
     int rename(const char* from, const char* to) noexcept
     {
-        return FileCallGate::Pass(FileCall::Rename, "rename", -1, from, to);
+        const int result = FileCallGate::Pass(FileCall::Rename, "rename", -1, from, to);
+        return Announce(result, &FileCallListener::Renamed, from, to);
     }
 
     int fsync(int file)
     {
-        return FileCallGate::Pass(FileCall::Sync, "fsync", -1, file);
+        return Announce(FileCallGate::Pass(FileCall::Sync, "fsync", -1, file), &FileCallListener::Synced, file);
     }
 
     int fchmod(int file, mode_t mode) noexcept
@@ -100,7 +124,8 @@ extern "C"
 
     int mkostemp(char* name, int flags)
     {
-        return FileCallGate::Pass(FileCall::CreateTemporary, "mkostemp", -1, name, flags);
+        const int result = FileCallGate::Pass(FileCall::CreateTemporary, "mkostemp", -1, name, flags);
+        return Announce<const char*>(result, &FileCallListener::Created, name);
     }
 
     int flock(int file, int operation) noexcept
@@ -110,6 +135,6 @@ extern "C"
 
     int remove(const char* name) noexcept
     {
-        return FileCallGate::Pass(FileCall::Remove, "remove", -1, name);
+        return Announce(FileCallGate::Pass(FileCall::Remove, "remove", -1, name), &FileCallListener::Removed, name);
     }
 }

@@ -65,4 +65,20 @@ class AfterFileCall
     int Made = 0;
 };
 
+// Receives the thread's calls that have succeeded, while in scope. One at a time.
+class FileCallListener
+{
+  public:
+    FileCallListener();
+    virtual ~FileCallListener();
+    FileCallListener(const FileCallListener&) = delete;
+    FileCallListener& operator=(const FileCallListener&) = delete;
+
+    virtual void Linked(const char* from, const char* to) = 0;
+    virtual void Renamed(const char* from, const char* to) = 0;
+    virtual void Synced(int file) = 0;
+    virtual void Created(const char* name) = 0; // by mkostemp
+    virtual void Removed(const char* name) = 0;
+};
+
 } // namespace support

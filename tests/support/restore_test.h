@@ -5,6 +5,7 @@
 #include "support/backup_test.h"
 #include "support/fixed_time.h"
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -21,6 +22,17 @@ class RestoreTest : public BackUpTest
         EXPECT_EQ(BackUp(), "");
         BackedUp = ContentOf(Destination);
         PlainConnection(Path).RunSQL("UPDATE Plants SET Notes='later'; DELETE FROM PlantJournalEntries WHERE ID>3900;");
+        Later = ContentOf(Path);
+        LaterBytes = FileBytes(Path);
+    }
+
+    // Makes both files small, for tests that restore many times.
+    void Shrink()
+    {
+        PlainConnection(Path).RunSQL("DELETE FROM PlantJournalEntries WHERE ID>60; VACUUM;");
+        std::filesystem::copy_file(Path, Destination, std::filesystem::copy_options::overwrite_existing);
+        PlainConnection(Destination).RunSQL("DELETE FROM PlantJournalEntries WHERE ID>30; UPDATE Plants SET Notes='';");
+        BackedUp = ContentOf(Destination);
         Later = ContentOf(Path);
         LaterBytes = FileBytes(Path);
     }

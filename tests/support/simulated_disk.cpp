@@ -1,8 +1,13 @@
 #include "support/simulated_disk.h"
 
+#include "testing/scratch_directory.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <optional>
 
 #include <sqlite3.h>
@@ -23,6 +28,12 @@ void Put(std::string& file, std::size_t offset, std::string_view bytes)
     if (file.size() < offset + bytes.size())
         file.resize(offset + bytes.size(), '\0');
     std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+// The directory in which a name is; empty for the root.
+std::string DirectoryOf(const std::string& name)
+{
+    return std::filesystem::path(name).parent_path().string();
 }
 
 // A part of a file that has grown but was not written has the earlier bytes of the disk.
@@ -95,13 +106,40 @@ bool SimulatedDisk::Sync(int file)
     return true;
 }
 
-bool SimulatedDisk::SyncDirectory()
+bool SimulatedDisk::SyncDirectory(const std::string& directory)
 {
     if (Off || !StaysOn())
         return false;
-    SyncedDirectory = Directory;
+    const auto isInIt = [&](const auto& entry) { return DirectoryOf(entry.first) == directory; };
+    std::erase_if(SyncedDirectory, isInIt);
+    std::copy_if(Directory.begin(), Directory.end(), std::inserter(SyncedDirectory, SyncedDirectory.end()), isInIt);
     ForgetFilesWithoutName();
     return true;
+}
+
+bool SimulatedDisk::AddDirectory(const std::string& name)
+{
+    if (Off)
+        return false;
+    Files.at(Open(name)).IsDirectory = true;
+    return StaysOn();
+}
+
+bool SimulatedDisk::Rename(const std::string& from, const std::string& to)
+{
+    if (Off)
+        return false;
+    Directory[to] = Directory.at(from);
+    Directory.erase(from);
+    return StaysOn();
+}
+
+bool SimulatedDisk::Link(const std::string& from, const std::string& to)
+{
+    if (Off)
+        return false;
+    Directory[to] = Directory.at(from);
+    return StaysOn();
 }
 
 bool SimulatedDisk::Unlink(const std::string& name)
@@ -130,7 +168,8 @@ void SimulatedDisk::SyncAll()
 {
     for (auto& [number, file] : Files)
         Sync(number);
-    SyncDirectory();
+    SyncedDirectory = Directory;
+    ForgetFilesWithoutName();
 }
 
 void SimulatedDisk::CutPowerAt(int call)
@@ -171,10 +210,46 @@ void SimulatedDisk::Reboot(std::mt19937_64& random)
         file = entry != survivor.end() ? entry->second : 0;
     }
     std::erase_if(names, [](const auto& entry) { return entry.second == 0; });
-    Directory = SyncedDirectory = names;
+    Directory = names;
+    std::erase_if(Directory, [&](const auto& entry) { return !HasItsDirectory(entry.first); });
+    SyncedDirectory = Directory;
     ForgetFilesWithoutName();
     Off = false;
     CutPowerAt(0);
+}
+
+// Whether all directories above the name are there.
+bool SimulatedDisk::HasItsDirectory(const std::string& name) const
+{
+    const std::string directory = DirectoryOf(name);
+    return directory.empty() || (Directory.contains(directory) && HasItsDirectory(directory));
+}
+
+void SimulatedDisk::Load(const std::string& directory)
+{
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory))
+    {
+        const std::string name = std::filesystem::relative(entry.path(), directory).string();
+        if (entry.is_directory())
+            AddDirectory(name);
+        else
+            Write(Open(name), 0, FileBytes(entry.path().string()));
+    }
+    SyncAll();
+}
+
+void SimulatedDisk::Store(const std::string& directory) const
+{
+    std::filesystem::remove_all(directory);
+    std::filesystem::create_directory(directory);
+    for (const auto& [name, number] : Directory) // a directory sorts before the names in it
+    {
+        const std::filesystem::path path = std::filesystem::path(directory) / name;
+        if (Files.at(number).IsDirectory)
+            std::filesystem::create_directory(path);
+        else
+            std::ofstream(path, std::ios::binary) << Files.at(number).Bytes;
+    }
 }
 
 // ---- The files of SQLite on the disk

@@ -11,8 +11,8 @@ namespace support
 {
 
 // A disk in memory whose machine can lose its power. A write is safe once the file was synced, and the name of a file
-// once the directory was synced. After a power loss, each other change is kept, dropped or torn at a sector. A copy is
-// an independent disk with the same state.
+// once its directory was synced. After a power loss, each other change is kept, dropped or torn at a sector. A copy is
+// an independent disk with the same state. A name is a path, such as "backups/copy.db".
 class SimulatedDisk
 {
   public:
@@ -28,22 +28,33 @@ class SimulatedDisk
     bool Write(int file, std::size_t offset, std::string_view bytes);
     bool Truncate(int file, std::size_t size);
     bool Sync(int file);
-    bool SyncDirectory();
+    // Syncs the names in a directory. The empty path is the root.
+    bool SyncDirectory(const std::string& directory = {});
     bool Unlink(const std::string& name);
+    bool AddDirectory(const std::string& name);
+    // The second name replaces a file that has it.
+    bool Rename(const std::string& from, const std::string& to);
+    bool Link(const std::string& from, const std::string& to);
 
     // ---- The power.
 
     // Syncs everything.
     void SyncAll();
-    // Cuts the power at the `call`-th write, truncation, sync or unlink from now, counted from 1. That call may reach
-    // the disk, but fails.
+    // Cuts the power at the `call`-th change or sync from now, counted from 1. That call may reach the disk, but fails.
     void CutPowerAt(int call);
     void CutPower() { Off = true; }
     bool IsOff() const { return Off; }
-    // The calls since the last DieAt.
+    // The calls since the last CutPowerAt.
     int Calls() const { return Made; }
     // Turns the power on. Chooses at random what becomes of each change that was not synced.
     void Reboot(std::mt19937_64& random);
+
+    // ---- The files of a real directory.
+
+    // Reads all files and directories. All is synced.
+    void Load(const std::string& directory);
+    // Replaces all that the directory contains.
+    void Store(const std::string& directory) const;
 
   private:
     // A write, or a truncation, which has no bytes and sets the end of the file.
@@ -58,10 +69,12 @@ class SimulatedDisk
         std::string Bytes; // as programs see it
         std::string Synced;
         std::vector<Change> Unsynced;
+        bool IsDirectory = false; // then it has no bytes
     };
     using Names = std::map<std::string, int>;
 
     bool StaysOn();
+    bool HasItsDirectory(const std::string& name) const;
     void ForgetFilesWithoutName();
 
     std::map<int, File> Files;
