@@ -1,17 +1,17 @@
 # ./dev cross: builds everything for another architecture of Debian and runs the tests.
 
 source cmake/ports/debian_packages.sh
+source cmake/ports/port_tests.sh
 
 cross_packages=(libstdc++-12-dev libcli11-dev libexif-dev libexpat1-dev libgtest-dev librapidcheck-dev libsqlite3-dev
     libstb-dev libutf8proc-dev nlohmann-json3-dev)
 
 # cross ARCHITECTURE [CTEST-OPTION...]
 cross() {
-    local directory=$project/build/cross/$1 list=cmake/ports/left_out_$1.txt options=() tests='' programs=''
+    local directory=$project/build/cross/$1 list=cmake/ports/left_out_$1.txt tests='' programs=''
     case $1 in
         arm64)
             need g++-aarch64-linux-gnu qemu-user-static
-            options=(-DPLANTJOURNAL_TEST_PROGRAMS_WHOLE=ON) # QEMU starts slowly
             tests=$(sed -n 's/^\([^#:]*[.][^:]*\):.*/\1/p' "$list" | paste -sd :)
             programs=$(sed -n 's/^\([^#:.]*\):.*/\1/p' "$list" | paste -sd '|')
             ;;
@@ -26,13 +26,10 @@ cross() {
         unset APT_CONFIG
         : >"$directory/root.complete"
     fi
-    say "Configuring build/cross/$1/release"
-    quietly cmake --preset release -B "$directory/release" --toolchain "$project/cmake/ports/$1.cmake" "${options[@]}"
-    cmake --build "$directory/release"
+    build_port "$directory/release" --toolchain "$project/cmake/ports/$1.cmake"
     if [[ -e $list ]]; then
         say 'Left out:'
         sed '/^#/d' "$list" >&2
     fi
-    GTEST_FILTER=*${tests:+-$tests} ctest --test-dir "$directory/release" --output-on-failure --no-label-summary \
-        ${programs:+--exclude-regex "^($programs)"} "${@:2}" 2>&1 | shorten
+    GTEST_FILTER=*${tests:+-$tests} test_port "$directory/release" ${programs:+--exclude-regex "^($programs)"} "${@:2}"
 }
