@@ -23,7 +23,7 @@ std::string RandomText(std::mt19937_64& random)
     const char* const letters[] = {"a", "Z", " ", "''", "\n", "ü", "½", "日", "🌱"};
     const std::size_t lengths[] = {0, 1, 10, 40, 300, 3000};
     std::string text;
-    for (std::size_t length = random() % (lengths[random() % 6] + 1); length > 0; --length)
+    for (std::uint64_t length = random() % (lengths[random() % 6] + 1); length > 0; --length)
         text += letters[random() % 9];
     return '\'' + text + '\'';
 }
@@ -47,7 +47,7 @@ void FillRandomly(const PlainConnection& journal, std::mt19937_64& random)
 {
     const std::string plant = "'0f0f0f0f-0000-4000-8000-000000000005'";
     journal.RunSQL("BEGIN;");
-    for (std::size_t rows = random() % 300; rows > 0; --rows)
+    for (std::uint64_t rows = random() % 300; rows > 0; --rows)
     {
         const std::string begin = "INSERT OR IGNORE INTO ";
         journal.RunSQL(begin + "PlantEvents VALUES(" + RandomRowID(random) + ',' + plant + ',' + RandomText(random) +

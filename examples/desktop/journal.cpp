@@ -120,6 +120,6 @@ StoreResult StoreRecord(PlantDatabase& database, const FormRecord& record)
 
 bool PreventStoring(const std::vector<PlantProblem>& problems)
 {
-    return std::ranges::any_of(problems,
-                               [](const PlantProblem& problem) { return problem.Kind != PlantProblemKind::Unlikely; });
+    return std::any_of(problems.begin(), problems.end(),
+                       [](const PlantProblem& problem) { return problem.Kind != PlantProblemKind::Unlikely; });
 }

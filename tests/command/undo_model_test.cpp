@@ -21,7 +21,7 @@ class UndoModelTest : public TransferTest
         Sound = false; // the photos of the random commands do not exist
     }
 
-    std::size_t Below(std::size_t count) { return Random() % count; }
+    std::size_t Below(std::size_t count) { return static_cast<std::size_t>(Random() % count); }
     std::string Number(std::size_t count) { return std::to_string(Below(count)); }
     std::string OneOf(const Words& words) { return words[Below(words.size())]; }
     std::string Text() { return OneOf({"", "green", "two\nlines", "紅", "\xFF", "'; --", "a\"b"}); }

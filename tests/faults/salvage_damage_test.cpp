@@ -167,7 +167,7 @@ class SalvageDamageTest : public testing::Test
         PlainConnection(Path).RunSQL("PRAGMA secure_delete=OFF; PRAGMA foreign_keys=ON; " + sql);
         Original original;
         original.Bytes = FileBytes(Path);
-        original.PageSize = std::stoull(PlainConnection(Path).Value("PRAGMA page_size;"));
+        original.PageSize = std::stoul(PlainConnection(Path).Value("PRAGMA page_size;"));
         original.Rows = ReadRows(Path);
         original.Pages = ReadPagesOfRows(Path);
         ReadFreeList(original);

@@ -75,8 +75,6 @@ class FrontEndPageTest : public testing::Test
     const std::string Path = Scratch.File("journal.db");
 };
 
-} // namespace
-
 TEST_F(FrontEndPageTest, TheCodeOfThePageIsThatOfTheExample)
 {
     std::vector<std::string> blocks = CodeBlocks(FrontEndPage, "cpp");
@@ -198,3 +196,5 @@ TEST_F(FrontEndPageTest, AnOlderFileIsBackedUpBeforeItsMigration)
     EXPECT_NE(RefusedFile().find("journal.db.backup"), std::string::npos);
     EXPECT_EQ(content(Path), before);
 }
+
+} // namespace

@@ -30,14 +30,14 @@ class ActivityModelTest : public QueryTest
         std::vector<Value> some;
         if (Random() % 3 != 0)
             return some;
-        for (std::size_t i = Random() % 3 + 1; i > 0; --i)
+        for (auto i = static_cast<int>(Random() % 3) + 1; i > 0; --i)
             some.push_back(OneOf(values));
         return some;
     }
 
     template <typename Value> Value OneOf(const std::vector<Value>& values)
     {
-        return values.at(Random() % values.size());
+        return values.at(static_cast<std::size_t>(Random() % values.size()));
     }
 
     PlantActivityFilter RandomFilter()

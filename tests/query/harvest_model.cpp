@@ -37,7 +37,7 @@ double CareModel(const ListedPlant& plant)
 {
     long double sum = 0;
     for (const PlantCareEntry& entry : plant.Care)
-        sum += entry.AmountMl;
+        sum += static_cast<long double>(entry.AmountMl);
     return static_cast<double>(sum);
 }
 
@@ -69,7 +69,7 @@ PlantFigures FiguresModel(const std::vector<double>& values)
         return {};
     long double sum = 0;
     for (const double value : values)
-        sum += value;
+        sum += static_cast<long double>(value);
     return {static_cast<std::int64_t>(values.size()),
             static_cast<double>(sum / static_cast<long double>(values.size())),
             *std::min_element(values.begin(), values.end()), *std::max_element(values.begin(), values.end())};

@@ -76,7 +76,7 @@ class RandomRows
 
     template <typename Values> void InsertSome(std::size_t atMost, const std::string& columns, const Values& values)
     {
-        for (std::size_t i = Random() % (atMost + 1); i > 0; --i)
+        for (std::size_t i = static_cast<std::size_t>(Random() % (atMost + 1)); i > 0; --i)
             Insert(columns, values());
     }
 
@@ -87,11 +87,11 @@ class RandomRows
 
     std::string OneOf(std::initializer_list<const char*> values)
     {
-        return *(values.begin() + Random() % values.size());
+        return *(values.begin() + static_cast<std::size_t>(Random() % values.size()));
     }
     std::string OneOf(const std::vector<std::string>& values)
     {
-        return '\'' + values.at(Random() % values.size()) + '\'';
+        return '\'' + values.at(static_cast<std::size_t>(Random() % values.size())) + '\'';
     }
 
     std::string ID(std::size_t most) { return std::to_string(1 + Random() % most); }

@@ -60,7 +60,7 @@ struct Entries
     {
         long double sum = 0;
         for (const double value : All(number))
-            sum += value;
+            sum += static_cast<long double>(value);
         return static_cast<double>(sum);
     }
     std::int64_t Count(PlantCareAction action) const

@@ -23,12 +23,12 @@ void Zero(const std::string& path, std::size_t offset, std::size_t size)
 std::vector<UsedPage> UsedPages(const std::string& path)
 {
     const PlainConnection journal(path);
-    const std::size_t size = std::stoull(journal.Value("PRAGMA page_size;"));
+    const std::size_t size = std::stoul(journal.Value("PRAGMA page_size;"));
     std::vector<UsedPage> pages;
     for (const Row& row : journal.QueryRows("SELECT pageno,name,pagetype,path,ncell FROM dbstat ORDER BY name,path;"))
     {
-        const std::size_t number = std::stoull(row[0]);
-        pages.push_back({number, row[1], row[2], row[3], (number - 1) * size, size, std::stoull(row[4])});
+        const std::size_t number = std::stoul(row[0]);
+        pages.push_back({number, row[1], row[2], row[3], (number - 1) * size, size, std::stoul(row[4])});
     }
     return pages;
 }

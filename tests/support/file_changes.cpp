@@ -23,10 +23,13 @@ bool ChangesFiles(const __ptrace_syscall_info& info)
     if (info.op != PTRACE_SYSCALL_INFO_ENTRY)
         return false;
     static const std::set<std::uint64_t> calls = {
-        SYS_write,    SYS_pwrite64,  SYS_fsync,    SYS_fdatasync, SYS_ftruncate,
-        SYS_linkat,   SYS_renameat2, SYS_unlinkat, SYS_mkdirat,   SYS_fchmod,
+        SYS_write,       SYS_pwrite64,  SYS_fsync,    SYS_fdatasync, SYS_ftruncate,
+        SYS_linkat,      SYS_renameat2, SYS_unlinkat, SYS_mkdirat,   SYS_fchmod,
 #ifdef SYS_rename // newer architectures do not have these
-        SYS_rename,   SYS_unlink,    SYS_mkdir,    SYS_link,      SYS_chmod,
+        SYS_rename,      SYS_unlink,    SYS_mkdir,    SYS_link,      SYS_chmod,
+#endif
+#ifdef SYS_ftruncate64 // for 32-bit programs
+        SYS_ftruncate64,
 #endif
 #ifdef SYS_renameat
         SYS_renameat,

@@ -189,7 +189,7 @@ std::string RandomChanges::Date()
 std::string RandomChanges::Text()
 {
     const std::size_t longest = Random() % 8 == 0 ? 9000 : 60;
-    return NewName("text") + std::string(Random() % longest, '.');
+    return NewName("text") + std::string(static_cast<std::size_t>(Random() % longest), '.');
 }
 
 } // namespace support

@@ -39,7 +39,7 @@ class RandomChanges
 
     template <typename Record> Record OneOf(const std::vector<Record>& records)
     {
-        return records.at(Random() % records.size());
+        return records.at(static_cast<std::size_t>(Random() % records.size()));
     }
     template <typename Record, typename Update, typename Remove, typename Alter>
     JournalChange ChangedRecord(PlantRepository& repository, const Plant& plant,

@@ -14,7 +14,7 @@ std::string RandomRecords::PlantUUID()
     case 1:
         return std::string("zero\0x", 6); // a stored text that continues after a zero byte
     default:
-        return RandomUUIDs().at(Random() % RandomUUIDs().size());
+        return RandomUUIDs().at(static_cast<std::size_t>(Random() % RandomUUIDs().size()));
     }
 }
 

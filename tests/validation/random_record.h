@@ -108,7 +108,7 @@ class RandomRecords
         const Rows rows = QueryRows(Journal, RecordTable<Record>::Keys);
         if (rows.empty() || Random() % 2 == 0)
             return;
-        const Row& row = rows.at(Random() % rows.size());
+        const Row& row = rows.at(static_cast<std::size_t>(Random() % rows.size()));
         const std::string name = FromHex(row.at(1));
         if (Random() % 4 != 0) // an update
             record.ID = std::stoll(row.at(0));

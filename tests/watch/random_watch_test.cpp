@@ -103,7 +103,10 @@ class RandomWatchTest : public WatchTest
 
     bool InTransaction() const { return sqlite3_get_autocommit(Database.NativeHandle()) == 0; }
 
-    std::string OneOf(const std::vector<std::string>& texts) { return texts[Random() % texts.size()]; }
+    std::string OneOf(const std::vector<std::string>& texts)
+    {
+        return texts[static_cast<std::size_t>(Random() % texts.size())];
+    }
 
     std::string RandomStatement()
     {
