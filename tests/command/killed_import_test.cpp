@@ -118,7 +118,9 @@ TEST_F(KilledImportTest, OnlyFilesThatAnImportMakesAreRemoved)
 TEST_F(KilledImportTest, AFileThatAnotherProgramHasLockedIsKept)
 {
     const std::string copy = Journal + ".import-80";
+    constexpr std::uintmax_t size = 5'000'000'000; // more than a file offset of 32 bits
     std::filesystem::copy_file(Journal, copy);
+    std::filesystem::resize_file(copy, size);
     {
         OtherProgram other(copy, "BEGIN IMMEDIATE;");
         Done({"import", "short.json"});

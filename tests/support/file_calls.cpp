@@ -128,6 +128,11 @@ extern "C"
         return Announce<const char*>(result, &FileCallListener::Created, name);
     }
 
+    int mkostemp64(char* name, int flags) // mkostemp with file offsets of 64 bits
+    {
+        return FileCallGate::Pass(FileCall::CreateTemporary, "mkostemp64", -1, name, flags);
+    }
+
     int flock(int file, int operation) noexcept
     {
         return FileCallGate::Pass(FileCall::Lock, "flock", -1, file, operation);

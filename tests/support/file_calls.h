@@ -17,7 +17,7 @@ enum class FileCall
     Sync,            // fsync
     ChangeMode,      // fchmod
     OpenDirectory,   // opendir
-    CreateTemporary, // mkostemp
+    CreateTemporary, // mkostemp, mkostemp64
     Lock,            // flock
     Remove           // remove, which std::filesystem::remove calls
 };
