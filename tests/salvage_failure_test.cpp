@@ -102,9 +102,11 @@ TEST_F(SalvageFailureTest, AFailingSystemCallIsAnErrorAndLeavesNoFile)
     for (const FileCall call : {FileCall::ChangeMode, FileCall::CreateTemporary, FileCall::OpenDirectory})
     {
         const auto before = Scratch.Files();
-        const FileCallFailure failure({call}, FileCallFailure::EveryCall);
-        PlantSalvageReport report;
-        EXPECT_FALSE(SalvagePlantDatabase(Path, Destination, report));
+        {
+            const FileCallFailure failure({call}, FileCallFailure::EveryCall);
+            PlantSalvageReport report;
+            EXPECT_FALSE(SalvagePlantDatabase(Path, Destination, report));
+        }
         EXPECT_TRUE(Scratch.Files() == before);
     }
     const auto before = Scratch.Files();

@@ -22,8 +22,6 @@ class FamilyTest : public WatchTest
     const std::string Clone = Records.Clone.UUID;
 };
 
-} // namespace
-
 TEST_F(FamilyTest, NothingChangedBeforeTheFirstWrite)
 {
     ExpectNothing(Watcher);
@@ -323,3 +321,5 @@ TEST_F(FamilyTest, AnyOtherFamilyHasTheNameOfTheFirst)
     EXPECT_STREQ(PlantRecordFamilyName(static_cast<Family>(8)), "Plant");
     EXPECT_STREQ(PlantRecordFamilyName(static_cast<Family>(-1)), "Plant");
 }
+
+} // namespace

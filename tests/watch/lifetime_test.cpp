@@ -35,8 +35,6 @@ int CountCommit(void* count)
     return 0;
 }
 
-} // namespace
-
 TEST_F(WatcherLifetimeTest, TheDestructorRemovesTheHooks)
 {
     {
@@ -251,3 +249,5 @@ TEST_F(WatcherLifetimeTest, ThreadsMayBeginAndEndToWatchAtTheSameTime)
     first.join();
     second.join();
 }
+
+} // namespace

@@ -26,8 +26,6 @@ class PollTest : public WatchTest
     PlantWatcher Watcher{Database};
 };
 
-} // namespace
-
 TEST_F(PollTest, AChangeOfAnotherConnectionIsReportedOnce)
 {
     RunElsewhere("UPDATE Plants SET Notes='changed';");
@@ -369,3 +367,5 @@ TEST(PlantWatcherProcessTest, TheWriteOfAKilledProcessIsRolledBack)
     ASSERT_TRUE(watcher.Poll(changes));
     EXPECT_FALSE(changes.OthersChanged);
 }
+
+} // namespace

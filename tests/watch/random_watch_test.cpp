@@ -242,8 +242,6 @@ class RandomWatchTest : public WatchTest
     int ExactComparisons = 0;
 };
 
-} // namespace
-
 TEST_F(RandomWatchTest, NoRandomChangeIsMissed)
 {
     RunSteps(IsLongForm() ? 20000 : 2000);
@@ -255,3 +253,5 @@ TEST_F(RandomWatchTest, NoRandomChangeIsInvented)
     RunSteps(IsLongForm() ? 20000 : 4000);
     EXPECT_GT(ExactComparisons, 50);
 }
+
+} // namespace

@@ -36,8 +36,6 @@ int Watch(PlantDatabase& journal, const std::function<void()>& change)
 
 using ReadmeWatchTest = WatchTest;
 
-} // namespace
-
 TEST_F(ReadmeWatchTest, TheExampleIsThatOfTheReadme)
 {
     const std::vector<std::string> blocks = CodeBlocks("README.md", "cpp");
@@ -63,3 +61,5 @@ TEST_F(ReadmeWatchTest, TheExamplePrintsWhatChanged)
     EXPECT_EQ(Watch(closed, [] {}), 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "watching the journal: the database is closed\n");
 }
+
+} // namespace

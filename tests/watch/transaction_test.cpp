@@ -25,8 +25,6 @@ class WatchedTransactionTest : public WatchTest
     PlantWatcher Watcher{Database};
 };
 
-} // namespace
-
 TEST_F(WatchedTransactionTest, SeveralWritesAreOneChange)
 {
     RunSQL("BEGIN;");
@@ -241,9 +239,6 @@ TEST_F(WatchedTransactionTest, ChangesOfATemporaryTableAreNoCommitOfTheJournal)
     ExpectOwn(Watcher, {Family::Event}, {Basil.UUID});
 }
 
-namespace
-{
-
 class FailingCommitTest : public testing::Test
 {
   protected:
@@ -275,8 +270,6 @@ class FailingCommitTest : public testing::Test
     Plant Basil;
     std::optional<PlantWatcher> Watcher;
 };
-
-} // namespace
 
 // A commit that fails after SQLite called the commit hook: the disk is full when the file grows.
 TEST_F(FailingCommitTest, ACommitThatFailsOnAFullDiskIsNoChange)
@@ -344,3 +337,5 @@ TEST_F(FailingCommitTest, AFailingDiskNeverHidesAChange)
                     << DiskFault{call, DiskError::IO, lasting, number};
             }
 }
+
+} // namespace
