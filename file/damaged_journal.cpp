@@ -15,6 +15,9 @@ namespace plant_file
 namespace
 {
 
+// How many of the rows of a table an index of it may lack: a damaged row ID is not in the index.
+constexpr std::size_t MostMissing = 10; // percent
+
 bool IsFormOfAJournal(const JournalTable& table, const RowForm& form)
 {
     std::vector<std::size_t> columns = form.Columns;
@@ -92,9 +95,24 @@ void DamagedJournal::FollowTables(bool schemaIsWhole)
         else if (!schemaIsWhole)
             Tables[table].Gaps.emplace_back();
     }
+    for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
+        if (Map->HasShallowLeaves(table) && LacksIndexedRows(table))
+            Map->DistrustShallowLeaves(table);
     Map->AssignOrphans();
     for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
         ChooseForm(table);
+}
+
+// Whether an index shows that the pages of the table are not all of its pages.
+bool DamagedJournal::LacksIndexedRows(std::size_t table)
+{
+    RowIDs found;
+    for (const PageNumber number : Map->LeavesOf(table))
+        for (const std::optional<Cell>& cell : CellsOf(Pages->Read(number)))
+            if (cell)
+                found.insert(cell->RowID);
+    const std::optional<RowIDs> indexed = IndexedRows(table, found);
+    return indexed && indexed->size() * 100 > found.size() * (100 + MostMissing);
 }
 
 // Without a definition, the rows themselves show in which order their columns are.
@@ -155,7 +173,6 @@ void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)
 // The row IDs in an index of the table; std::nullopt where no index is whole and has the rows that were copied.
 std::optional<DamagedJournal::RowIDs> DamagedJournal::IndexedRows(std::size_t table, const RowIDs& copied)
 {
-    constexpr std::size_t mostMissing = 10; // percent: a damaged row ID is not in the index
     for (const SchemaEntry& entry : Schema)
     {
         if (entry.Type != "index" || entry.Table != Tables[table].Table.Name)
@@ -167,7 +184,7 @@ std::optional<DamagedJournal::RowIDs> DamagedJournal::IndexedRows(std::size_t ta
                                                { isEachNew = rows.insert(rowID).second && isEachNew; });
         const auto missing =
             std::count_if(copied.begin(), copied.end(), [&](std::int64_t rowID) { return rows.count(rowID) == 0; });
-        if (isWhole && isEachNew && static_cast<std::size_t>(missing) * 100 <= copied.size() * mostMissing)
+        if (isWhole && isEachNew && static_cast<std::size_t>(missing) * 100 <= copied.size() * MostMissing)
             return rows;
     }
     return std::nullopt;

@@ -26,8 +26,8 @@ class DamagedJournal
     const DamagedFile& File() const { return Bytes; }
 
   private:
-    // A table or an index of the file.
     using RowIDs = std::unordered_set<std::int64_t>;
+    // A table or an index of the file.
     struct SchemaEntry
     {
         std::string Type;
@@ -39,6 +39,7 @@ class DamagedJournal
     bool ReadSchema();
     void AddSchemaEntry(const Values& values);
     void FollowTables(bool schemaIsWhole);
+    bool LacksIndexedRows(std::size_t table);
     void ChooseForm(std::size_t table);
     void CopyTable(std::size_t table, SalvagedJournal& journal);
     std::optional<RowIDs> IndexedRows(std::size_t table, const RowIDs& copied);

@@ -15,15 +15,16 @@ struct Branch
 {
     PageNumber Number;
     RowIDRange Range;
+    int Depth;
 };
 
-void PushChildren(const Children& children, const RowIDRange& range, std::vector<Branch>& branches)
+void PushChildren(const Children& children, const Branch& parent, std::vector<Branch>& branches)
 {
-    RowIDRange rest = range;
+    RowIDRange rest = parent.Range;
     const auto begin = static_cast<std::ptrdiff_t>(branches.size());
     for (const Child& child : children.List)
     {
-        branches.push_back({child.Number, {rest.First, std::min(rest.Last, child.Greatest)}});
+        branches.push_back({child.Number, {rest.First, std::min(rest.Last, child.Greatest)}, parent.Depth + 1});
         if (child.Greatest >= rest.First && child.Greatest < std::numeric_limits<std::int64_t>::max())
             rest.First = child.Greatest + 1;
     }
@@ -70,7 +71,7 @@ bool HasRowInAGap(const std::vector<RowIDRange>& gaps, const Page& page)
 
 void PageMap::FollowTree(std::size_t table, PageNumber root)
 {
-    std::vector<Branch> branches = {{root, {}}};
+    std::vector<Branch> branches = {{root, {}, 0}};
     std::vector<RowIDRange>& gaps = Tables[table].Gaps;
     while (!branches.empty())
     {
@@ -83,20 +84,20 @@ void PageMap::FollowTree(std::size_t table, PageNumber root)
         }
         const Page page = Pages.Read(branch.Number);
         if (page.Is(PageType::LeafTable))
-            ClaimLeaf(table, page, branch.Range);
+            ClaimLeaf(table, page, branch.Range, branch.Depth);
         else if (page.Is(PageType::InteriorTable) && Interiors.insert(branch.Number).second)
         {
             const Children children = ChildrenOf(page);
             if (!children.IsWhole)
                 gaps.push_back(branch.Range);
-            PushChildren(children, branch.Range, branches);
+            PushChildren(children, branch, branches);
         }
         else
             gaps.push_back(branch.Range);
     }
 }
 
-void PageMap::ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& range)
+void PageMap::ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& range, int depth)
 {
     const std::size_t owner = OwnerOf(page);
     const bool isEmpty = CellsOf(page).empty();
@@ -110,9 +111,10 @@ void PageMap::ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& r
         return;
     }
     const bool isInBoth = isFree && Free.IsWhole;
-    if (isInBoth) // where the link is wrong, the page with the rows of the range is somewhere else
+    const bool isDoubtful = !isInRange || isInBoth;
+    if (isDoubtful) // where the link is wrong, the page with the rows of the range is somewhere else
         Tables[table].Gaps.push_back(range);
-    const Claim claim{table, range, isInRange, !isInRange || isInBoth};
+    const Claim claim{table, range, isInRange, isDoubtful, depth};
     const auto [found, isNew] = Leaves.emplace(page.Number, claim);
     if (isNew)
         return;
@@ -147,6 +149,31 @@ bool PageMap::HasRowOf(std::size_t table, const Page& page)
     return false;
 }
 
+int PageMap::DeepestLeafOf(std::size_t table) const
+{
+    int deepest = 1;
+    for (const auto& [number, claim] : Leaves)
+        if (claim.Table == table)
+            deepest = std::max(deepest, claim.Depth);
+    return deepest;
+}
+
+bool PageMap::HasShallowLeaves(std::size_t table) const
+{
+    const int deepest = DeepestLeafOf(table);
+    return std::any_of(Leaves.begin(), Leaves.end(),
+                       [&](const auto& leaf) { return leaf.second.Table == table && leaf.second.Depth < deepest; });
+}
+
+void PageMap::DistrustShallowLeaves(std::size_t table)
+{
+    const int deepest = DeepestLeafOf(table);
+    for (auto& [number, claim] : Leaves)
+        if (claim.Table == table && claim.Depth < deepest)
+            claim.IsDoubtful = true;
+    Tables[table].Gaps.emplace_back();
+}
+
 void PageMap::AssignOrphans()
 {
     for (MappedTable& table : Tables)
@@ -158,7 +185,7 @@ void PageMap::AssignOrphans()
         const Page page = Pages.Read(number);
         const std::size_t owner = page.Is(PageType::LeafTable) ? OwnerOf(page) : Tables.size();
         if (owner < Tables.size() && HasRowInAGap(Tables[owner].Gaps, page))
-            Leaves.emplace(number, Claim{owner, {}, true, !Free.IsWhole});
+            Leaves.emplace(number, Claim{owner, {}, true, !Free.IsWhole, 0});
     }
 }
 

@@ -36,7 +36,8 @@ struct MappedTable
 // the rows of its tree.
 //
 // A page is doubtful if it may have deleted rows: a page with row IDs out of the range that the tree gives it, a page
-// to which both the tree and the free list lead, and a page to which no tree leads while the free list is not whole.
+// to which both the tree and the free list lead, a page to which no tree leads while the free list is not whole, and a
+// page that DistrustShallowLeaves() finds.
 class PageMap
 {
   public:
@@ -47,6 +48,11 @@ class PageMap
 
     // Follows the tree of a table.
     void FollowTree(std::size_t table, PageNumber root);
+    // All leaves of a whole tree are at the same depth. A root is shallow if it is a leaf: it can be one in a small
+    // table, or a leaf that was copied over the root.
+    bool HasShallowLeaves(std::size_t table) const;
+    // Makes the shallow leaves doubtful, and expects rows of the table anywhere.
+    void DistrustShallowLeaves(std::size_t table);
     // Assigns pages that no tree leads to. Call it after all trees were followed.
     void AssignOrphans();
     // The pages of a table in the order of the file, first those that are not doubtful.
@@ -61,9 +67,12 @@ class PageMap
         RowIDRange Range;
         bool IsInRange; // whether a row ID of the page is in the range
         bool IsDoubtful;
+        int Depth; // the root has 0
     };
 
-    void ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& range);
+    void ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& range, int depth);
+    // The depth of the deepest leaf, at least 1.
+    int DeepestLeafOf(std::size_t table) const;
     // The only table that the rows of the page fit; Tables.size() where there is none.
     std::size_t OwnerOf(const Page& page);
     bool HasRowOf(std::size_t table, const Page& page);

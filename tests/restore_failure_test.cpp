@@ -244,4 +244,44 @@ TEST_F(RestoreFailureTest, RestorationsAtTheSameTimeDoNoHarm)
     }
 }
 
+TEST_F(RestoreFailureTest, RotationsDuringRestorationsCopyWholeJournals)
+{
+    for (const Former former : {Former::Readable, Former::Damaged})
+    {
+        Prepare(former);
+        const std::string place = Scratch.File(former == Former::Damaged ? "damaged" : "readable");
+        ChildProcess rotating(
+            [&](const ParentProcess& parent)
+            {
+                parent.Send("");
+                PlantBackUpRotation rotation;
+                for (int round = 0; round < 30; ++round)
+                    parent.Send(RotatePlantBackUps(Path, place, {3, 3, 3}, rotation).Error);
+            });
+        rotating.ReadLine();
+        for (int round = 0; round < 15; ++round)
+        {
+            PlantRestoration restoration;
+            const std::string error = RestorePlantDatabase(Destination, Path, restoration).Error;
+            EXPECT_TRUE(error.empty() || error.ends_with("database is locked")) << error;
+        }
+        for (const std::string& error : rotating.ReadLines())
+            EXPECT_TRUE(error.empty() || error.ends_with("database is locked") ||
+                        (former == Former::Damaged && error.find("malformed") != std::string::npos))
+                << error;
+        EXPECT_EQ(rotating.End(), "done");
+
+        PlantBackUpRotation rotation;
+        EXPECT_EQ(RotatePlantBackUps(Path, place, {3, 3, 3}, rotation).Error, "");
+        for (const auto& entry : std::filesystem::directory_iterator(place))
+        {
+            const std::string backUp = entry.path().string();
+            const std::string content = ContentOf(backUp);
+            EXPECT_TRUE(content == BackedUp || (former == Former::Readable && content == Later)) << backUp;
+            EXPECT_EQ(support::Damage(PlainConnection(backUp).NativeHandle()), "ok");
+        }
+        EXPECT_EQ(ContentOf(rotation.Path), BackedUp);
+    }
+}
+
 } // namespace

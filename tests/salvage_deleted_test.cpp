@@ -81,4 +81,82 @@ TEST_F(SalvageDeletedRowTest, ALinkToAFreePageCostsNoRow)
     }
 }
 
+// A journal with an older copy of a leaf in a free page, before that leaf in the file. Neither the list of free pages
+// nor an index is left.
+class SalvageOlderPageTest : public SalvageDeletedRowTest
+{
+  protected:
+    SalvageOlderPageTest()
+    {
+        for (const UsedPage& page : UsedPages(Path))
+            if (page.Name == "PlantEvents" && page.Kind == "leaf")
+                Leaves.push_back(page);
+        const std::size_t list = FreeListAt();
+        const std::string bytes = FileBytes(Path);
+        FreePage = bytes.substr(list + 8, 4);
+        FreeAt = (static_cast<unsigned char>(FreePage[2]) * 256U + static_cast<unsigned char>(FreePage[3]) - 1U) * 512U;
+        Leaf = Leaves[Leaves.size() - 3];
+        EXPECT_LT(FreeAt, Leaf.Offset);
+        std::string older = bytes.substr(Leaf.Offset, 512);
+        for (std::size_t at = 0; (at = older.find("event ", at)) != std::string::npos;)
+            older.replace(at, 5, "EVENT");
+        Change(FreeAt, older);
+        Zero(Path, list, 512);
+        ZeroPages("PlantEventsByPlantDate", "internal");
+    }
+    void Change(std::size_t offset, const std::string& bytes) const
+    {
+        WriteBytes(Path, FileBytes(Path).replace(offset, bytes.size(), bytes));
+    }
+    std::string OlderRows() const { return Salvaged("SELECT count(*) FROM PlantEvents WHERE Details GLOB 'EVENT*'"); }
+
+    std::vector<UsedPage> Leaves;
+    UsedPage Leaf;
+    std::string FreePage; // its number in the file
+    std::size_t FreeAt = 0;
+};
+
+TEST_F(SalvageOlderPageTest, RowsOfTheTreeComeFirst)
+{
+    // The last row of the older page was on the next page since, which is lost.
+    const UsedPage& next = Leaves[Leaves.size() - 2];
+    const std::string bytes = FileBytes(Path);
+    const auto byte = [&](std::size_t at) { return static_cast<std::size_t>(static_cast<unsigned char>(bytes[at])); };
+    const std::size_t pointer = FreeAt + 8 + 2 * (Leaf.Cells - 1);
+    const std::size_t idAt = FreeAt + byte(pointer) * 256 + byte(pointer + 1) + 1;
+    const std::size_t id = (byte(idAt) % 128) * 128 + byte(idAt + 1) + 1;
+    EXPECT_GT(id, 451U);
+    Change(idAt, {static_cast<char>(128 + id / 128), static_cast<char>(id % 128)});
+    Zero(Path, next.Offset, next.Size);
+
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(OlderRows(), "1");
+    EXPECT_EQ(Salvaged("SELECT Details GLOB 'EVENT*' FROM PlantEvents WHERE ID=" + std::to_string(id)), "1");
+    const PlantSalvageTable& events = TableOf(report, "PlantEvents");
+    EXPECT_EQ(events.RowsRead, 103 - static_cast<std::int64_t>(next.Cells) + 1);
+    for (const PlantSalvageLoss& loss : events.Losses)
+        EXPECT_EQ(loss.Reason.find("same row ID"), std::string::npos) << loss.Reason; // no row was a second one
+}
+
+TEST_F(SalvageOlderPageTest, APageOutOfItsRangeComesLast)
+{
+    const UsedPage& next = Leaves[Leaves.size() - 2];
+    const std::string link = {0, 0, static_cast<char>(next.Number / 256), static_cast<char>(next.Number % 256)};
+    int links = 0;
+    for (const UsedPage& page : UsedPages(Path))
+        if (page.Name == "PlantEvents" && page.Kind == "internal")
+        {
+            const std::size_t at = FileBytes(Path).find(link, page.Offset);
+            if (at < page.Offset + page.Size)
+            {
+                Change(at, FreePage);
+                ++links;
+            }
+        }
+    EXPECT_EQ(links, 1);
+    Salvage();
+    EXPECT_EQ(OlderRows(), "0");
+    EXPECT_EQ(RowsOf(Destination), Expected);
+}
+
 } // namespace

@@ -81,6 +81,51 @@ TEST_F(SalvagePageTest, AZeroedRootCostsNoRow)
     ExpectAllRows("PlantEvents ");
 }
 
+TEST_F(SalvagePageTest, ALeafInPlaceOfTheRootCostsNoRow)
+{
+    const std::string whole = FileBytes(Path);
+    for (const std::string table : {"PlantEvents", "PlantJournalEntries"})
+        for (const UsedPage& leaf : Pages)
+            if (leaf.Name == table && leaf.Kind == "leaf")
+            {
+                Change(PageOf(table, "internal").Offset, whole.substr(leaf.Offset, leaf.Size));
+                ExpectAllRows(table + ' ');
+                WriteBytes(Path, whole);
+            }
+}
+
+TEST_F(SalvagePageTest, ALeafInPlaceOfAnyInteriorPageCostsNoRow)
+{
+    Grow(600); // three levels
+    Expected = RowsOf(Path);
+    Pages = UsedPages(Path);
+    const std::string whole = FileBytes(Path);
+    std::vector<UsedPage> leaves;
+    std::size_t interiors = 0;
+    for (const UsedPage& page : Pages)
+        if (page.Name == "PlantEvents" && page.Kind == "leaf")
+            leaves.push_back(page);
+    for (const UsedPage& page : Pages)
+        if (page.Name == "PlantEvents" && page.Kind == "internal")
+        {
+            ++interiors;
+            for (std::size_t leaf = 0; leaf < leaves.size(); leaf += leaves.size() / 5)
+            {
+                Change(page.Offset, whole.substr(leaves[leaf].Offset, page.Size));
+                ExpectAllRows("PlantEvents ");
+                WriteBytes(Path, whole);
+            }
+        }
+    EXPECT_GE(interiors, 3U);
+}
+
+TEST_F(SalvagePageTest, ARootThatIsALeafIsWhole)
+{
+    PlainConnection(Path).RunSQL("DELETE FROM PlantEvents WHERE ID>3; DELETE FROM PlantJournalEntries;");
+    Expected = RowsOf(Path);
+    ExpectAllRows("");
+}
+
 TEST_F(SalvagePageTest, EveryZeroedInteriorPageCostsNoRow)
 {
     for (const UsedPage& page : Pages)

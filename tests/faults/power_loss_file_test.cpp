@@ -9,11 +9,15 @@
 #include "support/salvage_test.h"
 #include "support/test_form.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace support;
@@ -95,10 +99,9 @@ bool IsSound(const std::string& path)
 
 bool HasUnfinishedCopy(const ScratchDirectory& directory)
 {
-    for (const std::string& name : NamesOf(directory.Files()))
-        if (name.find(".part-") != std::string::npos)
-            return true;
-    return false;
+    const Names names = NamesOf(directory.Files());
+    return std::any_of(names.begin(), names.end(),
+                       [](const std::string& name) { return name.find(".part-") != std::string::npos; });
 }
 
 // ---- Rotation

@@ -1,5 +1,7 @@
 #include "support/allocation_failure.h"
 
+#include "support/memory_peak.h"
+
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -31,12 +33,25 @@ sqlite3_mem_methods original;
 
 void* Allocate(int bytes)
 {
-    return FailsNow(untilSQLiteFails) ? nullptr : original.xMalloc(bytes);
+    void* const memory = FailsNow(untilSQLiteFails) ? nullptr : original.xMalloc(bytes);
+    if (memory != nullptr)
+        MemoryPeak::Count(original.xSize(memory));
+    return memory;
 }
 
 void* Reallocate(void* memory, int bytes)
 {
-    return FailsNow(untilSQLiteFails) ? nullptr : original.xRealloc(memory, bytes);
+    const int before = original.xSize(memory);
+    void* const moved = FailsNow(untilSQLiteFails) ? nullptr : original.xRealloc(memory, bytes);
+    if (moved != nullptr)
+        MemoryPeak::Count(original.xSize(moved) - before);
+    return moved;
+}
+
+void Free(void* memory)
+{
+    MemoryPeak::Count(-original.xSize(memory));
+    original.xFree(memory);
 }
 
 // SQLite accepts another allocator only before its first use.
@@ -47,6 +62,7 @@ const bool Installed = []
     sqlite3_mem_methods failing = original;
     failing.xMalloc = Allocate;
     failing.xRealloc = Reallocate;
+    failing.xFree = Free;
     if (sqlite3_config(SQLITE_CONFIG_MALLOC, &failing) != SQLITE_OK)
         std::abort();
     return true;
@@ -59,7 +75,9 @@ const bool Installed = []
 // The replacements of the standard operators are global.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
-    return support::FailsNow(support::untilNewFails) ? nullptr : std::malloc(size);
+    void* const memory = support::FailsNow(support::untilNewFails) ? nullptr : std::malloc(size);
+    support::MemoryPeak::CountNew(memory);
+    return memory;
 }
 
 void* operator new(std::size_t size)
@@ -72,16 +90,19 @@ void* operator new(std::size_t size)
 
 void operator delete(void* memory) noexcept
 {
+    support::MemoryPeak::CountDelete(memory);
     std::free(memory);
 }
 
 void operator delete(void* memory, const std::nothrow_t&) noexcept
 {
+    support::MemoryPeak::CountDelete(memory);
     std::free(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept
 {
+    support::MemoryPeak::CountDelete(memory);
     std::free(memory);
 }
 

@@ -210,19 +210,14 @@ void SimulatedDisk::Reboot(std::mt19937_64& random)
         file = entry != survivor.end() ? entry->second : 0;
     }
     std::erase_if(names, [](const auto& entry) { return entry.second == 0; });
-    Directory = names;
-    std::erase_if(Directory, [&](const auto& entry) { return !HasItsDirectory(entry.first); });
+    Directory.clear();
+    for (const auto& entry : names) // a directory sorts before the names in it
+        if (const std::string directory = DirectoryOf(entry.first); directory.empty() || Directory.contains(directory))
+            Directory.insert(entry);
     SyncedDirectory = Directory;
     ForgetFilesWithoutName();
     Off = false;
     CutPowerAt(0);
-}
-
-// Whether all directories above the name are there.
-bool SimulatedDisk::HasItsDirectory(const std::string& name) const
-{
-    const std::string directory = DirectoryOf(name);
-    return directory.empty() || (Directory.contains(directory) && HasItsDirectory(directory));
 }
 
 void SimulatedDisk::Load(const std::string& directory)

@@ -74,7 +74,6 @@ class SimulatedDisk
     using Names = std::map<std::string, int>;
 
     bool StaysOn();
-    bool HasItsDirectory(const std::string& name) const;
     void ForgetFilesWithoutName();
 
     std::map<int, File> Files;
