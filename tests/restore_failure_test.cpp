@@ -249,7 +249,8 @@ TEST_F(RestoreFailureTest, RotationsDuringRestorationsCopyWholeJournals)
     for (const Former former : {Former::Readable, Former::Damaged})
     {
         Prepare(former);
-        const std::string place = Scratch.File(former == Former::Damaged ? "damaged" : "readable");
+        const ScratchDirectory directory;
+        const std::string place = directory.File("backups");
         ChildProcess rotating(
             [&](const ParentProcess& parent)
             {

@@ -27,12 +27,17 @@ class SalvageDeletedRowTest : public SalvageTest
             if (page.Name == name && page.Kind == kind)
                 Zero(Path, page.Offset, page.Size);
     }
-    // Where the first page of the free list is in the file.
-    std::size_t FreeListAt() const
+    // Where the page is in the file whose number, of four bytes, is at `at`.
+    static std::size_t PageAt(const std::string& bytes, std::size_t at)
     {
-        const std::string bytes = FileBytes(Path);
-        return (static_cast<unsigned char>(bytes[34]) * 256U + static_cast<unsigned char>(bytes[35]) - 1U) * 512U;
+        constexpr std::size_t pageSize = 512;
+        std::size_t number = 0;
+        for (const char byte : bytes.substr(at, 4))
+            number = number * 256 + static_cast<unsigned char>(byte);
+        return (number - 1) * pageSize;
     }
+    // Where the first page of the free list is in the file.
+    std::size_t FreeListAt() const { return PageAt(FileBytes(Path), 32); }
 
     std::string Expected;
 };
@@ -94,13 +99,12 @@ class SalvageOlderPageTest : public SalvageDeletedRowTest
         const std::size_t list = FreeListAt();
         const std::string bytes = FileBytes(Path);
         FreePage = bytes.substr(list + 8, 4);
-        FreeAt = (static_cast<unsigned char>(FreePage[2]) * 256U + static_cast<unsigned char>(FreePage[3]) - 1U) * 512U;
         Leaf = Leaves[Leaves.size() - 3];
-        EXPECT_LT(FreeAt, Leaf.Offset);
+        EXPECT_LT(FreeAt(), Leaf.Offset);
         std::string older = bytes.substr(Leaf.Offset, 512);
         for (std::size_t at = 0; (at = older.find("event ", at)) != std::string::npos;)
             older.replace(at, 5, "EVENT");
-        Change(FreeAt, older);
+        Change(FreeAt(), older);
         Zero(Path, list, 512);
         ZeroPages("PlantEventsByPlantDate", "internal");
     }
@@ -108,12 +112,12 @@ class SalvageOlderPageTest : public SalvageDeletedRowTest
     {
         WriteBytes(Path, FileBytes(Path).replace(offset, bytes.size(), bytes));
     }
+    std::size_t FreeAt() const { return PageAt(FreePage, 0); }
     std::string OlderRows() const { return Salvaged("SELECT count(*) FROM PlantEvents WHERE Details GLOB 'EVENT*'"); }
 
     std::vector<UsedPage> Leaves;
     UsedPage Leaf;
     std::string FreePage; // its number in the file
-    std::size_t FreeAt = 0;
 };
 
 TEST_F(SalvageOlderPageTest, RowsOfTheTreeComeFirst)
@@ -122,8 +126,8 @@ TEST_F(SalvageOlderPageTest, RowsOfTheTreeComeFirst)
     const UsedPage& next = Leaves[Leaves.size() - 2];
     const std::string bytes = FileBytes(Path);
     const auto byte = [&](std::size_t at) { return static_cast<std::size_t>(static_cast<unsigned char>(bytes[at])); };
-    const std::size_t pointer = FreeAt + 8 + 2 * (Leaf.Cells - 1);
-    const std::size_t idAt = FreeAt + byte(pointer) * 256 + byte(pointer + 1) + 1;
+    const std::size_t pointer = FreeAt() + 8 + 2 * (Leaf.Cells - 1);
+    const std::size_t idAt = FreeAt() + byte(pointer) * 256 + byte(pointer + 1) + 1;
     const std::size_t id = (byte(idAt) % 128) * 128 + byte(idAt + 1) + 1;
     EXPECT_GT(id, 451U);
     Change(idAt, {static_cast<char>(128 + id / 128), static_cast<char>(id % 128)});

@@ -36,12 +36,13 @@ class SalvageDrillTest : public DatedCommandTest
     static std::vector<std::string> RowsOf(const std::string& journal, const std::string& table)
     {
         const PlainConnection connection(journal);
-        std::string columns = "rowid";
+        std::string query = "SELECT rowid";
         for (const Row& column : connection.QueryRows("PRAGMA table_info(" + table + ");"))
             if (column[1] != "TimelineEventID")
-                columns += "||'|'||quote(" + column[1] + ')';
+                query += "||'|'||quote(" + column[1] + ')';
+        query += " FROM " + table + " ORDER BY rowid;";
         std::vector<std::string> rows;
-        for (const Row& row : connection.QueryRows("SELECT " + columns + " FROM " + table + " ORDER BY rowid;"))
+        for (const Row& row : connection.QueryRows(query))
             rows.push_back(row[0]);
         return rows;
     }
@@ -165,10 +166,9 @@ TEST_F(SalvageDrillTest, WithoutABackupTheRowsOnWholePagesComeBack)
     EXPECT_GE(lost, 100U);
 
     NoticeOn(today, {"restore", salvaged, "--yes"}); // the salvaged journal takes the place of the damaged one
-    Left.push_back("journal.db.before-restore-" + today);
+    NoticeOn(today, {"check", "--repair"});          // the events of care entries are lost, and rebuilt
+    Left.insert(Left.end(), {"journal.db.before-repair-" + today, "journal.db.before-restore-" + today});
     EXPECT_TRUE(FileBytes(Scratch.File("data/plantjournal/" + Left.back())) == damaged);
-    NoticeOn(today, {"check", "--repair"}); // the events of care entries are lost, and rebuilt
-    Left.push_back("journal.db.before-repair-" + today);
     EXPECT_EQ(DoneOn(today, {"check"}), "No problems found.\n");
     const std::string before = DoneOn(today, {"export", "-"});
     NoticeOn(today, {"water", "--all", "0.5l"});
