@@ -167,12 +167,6 @@ extern "C"
         return Recorded(CallSystem<int>("fdatasync", file), [&](FileRecorder& to, int) { to.Synced(file); });
     }
 
-    int ftruncate(int file, off_t size) noexcept
-    {
-        const int result = CallSystem<int>("ftruncate", file, size);
-        return Recorded(result, [&](FileRecorder& to, int) { to.Truncated(file, static_cast<std::size_t>(size)); });
-    }
-
     int ftruncate64(int file, off64_t size) noexcept
     {
         const int result = CallSystem<int>("ftruncate64", file, size);
