@@ -67,7 +67,7 @@ bool LockBytes(HANDLE file, DWORD low, DWORD high)
     return LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, low, high, &begin) != 0;
 }
 
-std::wstring RandomLetters()
+std::wstring RandomSuffix()
 {
     constexpr std::wstring_view letters = L"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     std::random_device source;
@@ -110,7 +110,7 @@ OpenedFile OpenedFile::CreateTemporary(std::filesystem::path& path)
     for (int attempt = 0; attempt < most; ++attempt)
     {
         name = path;
-        name += RandomLetters();
+        name += RandomSuffix();
         file.Number = OpenHandle(name, Opening::CreateNew);
         if (file.IsOpen() || LastSystemError() != std::errc::file_exists)
             break;

@@ -30,6 +30,7 @@ constexpr KnownError KnownErrors[] = {
     {ERROR_DIRECTORY, std::errc::not_a_directory, nullptr},
     {ERROR_DISK_FULL, std::errc::no_space_on_device, nullptr},
     {ERROR_HANDLE_DISK_FULL, std::errc::no_space_on_device, nullptr},
+    {ERROR_IO_DEVICE, std::errc::io_error, nullptr},
     {ERROR_WRITE_PROTECT, std::errc::read_only_file_system, nullptr},
     {ERROR_FILENAME_EXCED_RANGE, std::errc::filename_too_long, nullptr},
     {ERROR_CANT_RESOLVE_FILENAME, std::errc::too_many_symbolic_link_levels, nullptr},

@@ -15,7 +15,7 @@ ScratchDirectory::ScratchDirectory()
     const auto parent = std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
     std::random_device device;
     do
-        Root = parent / ("plantjournal-" + std::to_string(device()));
+        Root = std::filesystem::absolute(parent) / ("plantjournal-" + std::to_string(device()));
     while (!std::filesystem::create_directory(Root));
 }
 

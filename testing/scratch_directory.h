@@ -18,7 +18,7 @@ class ScratchDirectory
     ScratchDirectory& operator=(const ScratchDirectory&) = delete;
 
     // The path of `name` inside the directory.
-    std::string File(const std::string& name) const { return (Root / name).string(); }
+    std::string File(const std::string& name) const { return (Root / name).make_preferred().string(); }
     // The bytes of all files, by their names. Reading a file releases the locks of this process on it.
     std::map<std::string, std::string> Files() const;
 

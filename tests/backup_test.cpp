@@ -14,7 +14,6 @@
 #include <vector>
 
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 using namespace support;
 
@@ -44,35 +43,6 @@ TEST_F(BackUpTest, TheCopyOfAnOlderJournalHasTheSameEarlierSchema)
         EXPECT_TRUE(InspectPlantDatabase(Path, source) && InspectPlantDatabase(Destination, copy));
         EXPECT_EQ(copy.Steps, source.Steps);
     }
-}
-
-TEST_F(BackUpTest, TheCopyHasTheSourcesPermissions)
-{
-    for (const auto mode : {0600, 0640, 0664, 0400})
-    {
-        ASSERT_EQ(chmod(Path.c_str(), static_cast<mode_t>(mode)), 0);
-        EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
-        EXPECT_EQ(static_cast<int>(std::filesystem::status(Destination).permissions()), mode);
-    }
-}
-
-TEST_F(BackUpTest, AnUnfinishedCopyIsReadableByItsOwnerOnly)
-{
-    ASSERT_EQ(chmod(Path.c_str(), 0600), 0);
-    const mode_t mask = umask(0);
-    int seen = 0;
-    const auto look = [&](std::int64_t /*done*/, std::int64_t /*total*/)
-    {
-        for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(Path).parent_path()))
-        {
-            ++seen;
-            EXPECT_EQ(static_cast<int>(entry.status().permissions()), 0600) << entry.path();
-        }
-        return true;
-    };
-    EXPECT_EQ(BackUp(look), "");
-    umask(mask);
-    EXPECT_EQ(seen, 3); // the journal and the two files of the unfinished copy
 }
 
 TEST_F(BackUpTest, AnInterruptedWriteIsRolledBackFirst)

@@ -2,6 +2,7 @@
 
 #include "support/allocation_failure.h"
 #include "support/comma_locale.h"
+#include "support/copy_over.h"
 #include "support/disk_failure.h"
 #include "support/journal_test.h"
 #include "support/sample_records.h"
@@ -301,7 +302,7 @@ TEST_F(CheckTest, EveryFieldOfTheDetailsIsCompared)
     for (const char* change : {"Product='other'", "AmountMl=77", "EC=7", "PH=7", "RunoffMl=77", "Notes='other'"})
     {
         const std::string copy = Scratch.File("copy.db");
-        std::filesystem::copy_file(Path, copy, std::filesystem::copy_options::overwrite_existing);
+        CopyOver(Path, copy);
         PlainConnection(copy).RunSQL("UPDATE PlantCareEntries SET "s + change + " WHERE ID=1;");
         ASSERT_EQ(FoundIn(copy).size(), 1U) << change;
         EXPECT_TRUE(FoundIn(copy).front().ends_with("differs in details.")) << change;
@@ -310,7 +311,7 @@ TEST_F(CheckTest, EveryFieldOfTheDetailsIsCompared)
          {"WetWeightG=77", "DryWeightG=77", "QualityRating=7", "SeedYield=77", "CureOutcome='other'", "Notes='other'"})
     {
         const std::string copy = Scratch.File("copy.db");
-        std::filesystem::copy_file(Path, copy, std::filesystem::copy_options::overwrite_existing);
+        CopyOver(Path, copy);
         PlainConnection(copy).RunSQL("UPDATE HarvestRecords SET "s + change + ';');
         ASSERT_EQ(FoundIn(copy).size(), 1U) << change;
         EXPECT_TRUE(FoundIn(copy).front().ends_with("differs in details.")) << change;

@@ -3,6 +3,7 @@
 #include "plant_database.h"
 #include "support/journal_test.h"
 #include "support/repository_operations.h"
+#include "support/utf8_path.h"
 #include "testing/schema_statements.h"
 
 #include <filesystem>
@@ -107,7 +108,7 @@ TEST_F(DatabaseTest, OpenTakesThePathAsUTF8)
     const std::string path = Scratch.File("Mein Gärtchen/Pflänzchen № 1.db");
     EXPECT_TRUE(Database.Open(path));
     ExpectOpen(path);
-    EXPECT_TRUE(std::filesystem::is_regular_file(path));
+    EXPECT_TRUE(std::filesystem::is_regular_file(UTF8Path(path)));
 }
 
 TEST_F(DatabaseTest, OpenOfAPathThatIsNotUTF8DoesNotThrow)

@@ -25,7 +25,7 @@ TEST(LayoutTest, NoFileOutsideTheLibraryIsTooLong)
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
         {
             const std::string path = entry.path().string();
-            if (!entry.is_regular_file() || !extensions.contains(entry.path().extension()) ||
+            if (!entry.is_regular_file() || !extensions.contains(entry.path().extension().string()) ||
                 path.find("/data/") != std::string::npos)
                 continue;
             const std::string text = FileBytes(path);

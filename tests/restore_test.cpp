@@ -11,7 +11,6 @@
 #include <utility>
 
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 using namespace support;
 
@@ -178,19 +177,6 @@ TEST_F(RestoreTest, AFileThatIsNotADatabaseIsReplacedAndKept)
     ExpectRestored("a shopping list");
 }
 
-TEST_F(RestoreTest, AReplacedJournalKeepsItsPermissions)
-{
-    ASSERT_EQ(chmod(Destination.c_str(), 0644), 0);
-    for (const auto mode : {0600, 0640, 0664})
-    {
-        Damage();
-        ASSERT_EQ(chmod(Path.c_str(), static_cast<mode_t>(mode)), 0);
-        EXPECT_EQ(Restore(), "");
-        EXPECT_EQ(static_cast<int>(std::filesystem::status(Path).permissions()), mode);
-        EXPECT_EQ(static_cast<int>(std::filesystem::status(Restoration.KeptPath).permissions()), mode);
-    }
-}
-
 // What counts the changes of the file differs from all that a program has seen under its name, so that a step of undo
 // from before the restoration does not fit.
 TEST_F(RestoreTest, AReplacedJournalHasAnotherCountOfChanges)
@@ -216,12 +202,10 @@ TEST_F(RestoreTest, AReplacedJournalHasAnotherCountOfChanges)
 TEST_F(RestoreTest, AMissingJournalIsCreated)
 {
     std::filesystem::remove(Path);
-    ASSERT_EQ(chmod(Destination.c_str(), 0640), 0);
     EXPECT_EQ(Restore(), "");
     EXPECT_EQ(Restoration.KeptPath, "");
     EXPECT_FALSE(Restoration.MustReopen);
     EXPECT_EQ(ContentOf(Path), BackedUp);
-    EXPECT_EQ(static_cast<int>(std::filesystem::status(Path).permissions()), 0640);
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
 
     const std::string far = Scratch.File("new/home/journal.db");

@@ -11,8 +11,6 @@
 #include <sstream>
 #include <utility>
 
-#include <sys/stat.h>
-
 using namespace support;
 
 namespace

@@ -2,16 +2,14 @@
 // so that the test shares no code with the demonstration.
 
 #include "support/journal_test.h"
+#include "support/program.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-
-#include <sys/wait.h>
 
 using namespace support;
 
@@ -245,13 +243,12 @@ class SeasonTest : public testing::Test
     // Runs the demonstration. Returns its exit status.
     int Run(const std::string& data = SeasonData) const
     {
-        const std::string command = "'" PLANTJOURNAL_GREENHOUSE_SEASON "' '" + Journal + "' '" + data + "' >'" +
-                                    Scratch.File("out") + "' 2>'" + Scratch.File("err") + "'";
-        return WEXITSTATUS(std::system(command.c_str()));
+        Result = RunProgram({PLANTJOURNAL_GREENHOUSE_SEASON, Journal, data});
+        return Result.Status;
     }
 
-    std::string Out() const { return FileBytes(Scratch.File("out")); }
-    std::string Err() const { return FileBytes(Scratch.File("err")); }
+    std::string Out() const { return Result.Out; }
+    std::string Err() const { return Result.Error; }
 
     // Copies the data and applies `change` to one file of the copy. Returns the directory of the copy.
     template <typename Change> std::string ChangedData(const std::string& file, const Change& change) const
@@ -287,6 +284,7 @@ class SeasonTest : public testing::Test
     }
 
     ScratchDirectory Scratch;
+    mutable ProgramResult Result; // of the last run
     std::string Journal = Scratch.File("season.db");
 };
 

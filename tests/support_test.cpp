@@ -214,7 +214,7 @@ TEST_F(DiskFailureTest, OnlyTheChosenCallsFail)
         {DiskCall::Delete, SQLITE_IOERR_DELETE,
          [&]
          {
-             const std::ofstream there(other);
+             std::ofstream(other).close();
              return disk->xDelete(disk, other.c_str(), 0);
          }},
         {DiskCall::Access, SQLITE_IOERR_ACCESS,

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <regex>
 
 using namespace support;
@@ -104,9 +105,7 @@ TEST_F(BackUpCommandTest, TheListShowsAgeSizeAndContent)
 TEST_F(BackUpCommandTest, TheListShowsABackupThatCannotBeRead)
 {
     DoneOn("2026-05-01", {"backup"});
-    Write("home/.local/state/plantjournal/backups/" +
-              std::filesystem::path(BackUpDirectoryIn(State)).filename().string() + "/2026-05-01-120000-journal.db",
-          "a shopping list");
+    std::ofstream(BackUpDirectoryIn(State) + "/2026-05-01-120000-journal.db") << "a shopping list";
     EXPECT_NE(DoneOn("2026-05-01", {"backup", "--list"}).find("not an SQLite database"), std::string::npos);
     EXPECT_EQ(JSON::parse(DoneOn("2026-05-01", {"backup", "--list", "--json"})).at(0).at("Kind"), "NotADatabase");
 }

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <thread>
 
 using namespace support;
@@ -79,11 +78,11 @@ TEST_F(KilledImportTest, TheCopyOfARunningImportIsKept)
 {
     RunningProgram import(Line({"import", "long.json"}), Around);
     EXPECT_TRUE(Await([this] { return HasCopy(); }));
-    kill(import.Process(), SIGSTOP);
+    import.Pause();
     const Words names = Beside();
     Done({"import", "short.json"});
     EXPECT_EQ(Beside(), names);
-    kill(import.Process(), SIGCONT);
+    import.Resume();
     const ProgramResult result = import.End();
     EXPECT_EQ(result.Status, 1);
     EXPECT_NE(result.Error.find("another program wrote to it meanwhile"), std::string::npos) << result.Error;

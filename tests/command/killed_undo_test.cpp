@@ -6,7 +6,6 @@
 #include "testing/plain_connection.h"
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 #include <functional>
 
@@ -69,7 +68,7 @@ class KilledUndoTest : public TransferTest
         }
     }
 
-    static void Kill(RunningProgram& program) { kill(program.Process(), SIGKILL); }
+    static void Kill(RunningProgram& program) { program.Kill(); }
 
     // Moves a plant to the tent East, as another program does, unless the command has locked the journal.
     std::function<void(RunningProgram&)> WriteFromOutside(const std::string& plant)
@@ -136,7 +135,7 @@ class KilledUndoTest : public TransferTest
     }
 
     bool Written = false; // whether WriteFromOutside() wrote
-    const std::string State = Scratch.File("home/.local/state/plantjournal/undo");
+    const std::string State = StateDirectory + "/undo";
     std::string SavedJournal;
     std::string Start;
     std::string Edited;

@@ -11,8 +11,6 @@
 #include <string>
 #include <thread>
 
-#include <sys/resource.h>
-
 using namespace support;
 
 namespace
@@ -171,16 +169,6 @@ TEST_F(ReportCommandTest, APhotoThatCannotBeReadIsANotice)
     EXPECT_FALSE(Contains(Page("linked.html"), "a.jpg"));
     EXPECT_TRUE(Contains(Page("linked.html"), "src=\"b.jpg\""));
     Sound = false;
-}
-
-// The user and system time that the programs of this test have taken so far.
-double SecondsOfPrograms()
-{
-    rusage usage{};
-    getrusage(RUSAGE_CHILDREN, &usage);
-    constexpr double microsecond = 1e-6;
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           microsecond * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
 }
 
 TEST_F(ReportCommandTest, AReportTakesAtMostTenTimesTheTimeOfAnExport)

@@ -31,9 +31,8 @@ class UndoRecordTest : public BasilTest
     UndoRecordTest()
     {
         Done({"feed", "Basil", "--amount-ml", "500"});
-        Record = std::filesystem::directory_iterator(Scratch.File("home/.local/state/plantjournal/undo"))->path() /
-                 "last-change";
-        Bytes = FileBytes(Record);
+        Record = std::filesystem::directory_iterator(StateDirectory + "/undo")->path() / "last-change";
+        Bytes = FileBytes(Record.string());
     }
 
     void WriteRecord(const std::string& bytes) const
@@ -138,7 +137,7 @@ TEST_F(UndoRecordTest, AChangeOfOtherRowsIsRefusedAsAWhole)
     EXPECT_NE(message.find("changing the rows back"), std::string::npos) << message;
 
     Done({"plant", "add", "Mint", "--uuid", "m1"});
-    const std::string added = FileBytes(Record);
+    const std::string added = FileBytes(Record.string());
     Done({"feed", "Mint"});
     message = RefusedWith(asIfLast(added));
     EXPECT_NE(message.find("without their plant"), std::string::npos) << message;

@@ -28,7 +28,7 @@ class UndoTest : public BasilTest
     }
 
     // The files that `undo` keeps, without those of other journals.
-    std::filesystem::path State() const { return Scratch.File("home/.local/state/plantjournal/undo"); }
+    std::filesystem::path State() const { return StateDirectory + "/undo"; }
     std::filesystem::path Only(const std::filesystem::path& directory) const
     {
         std::filesystem::directory_iterator entry(directory);
@@ -142,7 +142,7 @@ TEST_F(UndoTest, AnImportIsNotUndoneWithADamagedCopy)
     Write("source.json", R"({"Plants":[{"Name":"Mint"}]})");
     Done({"import", "source.json"});
     const std::filesystem::path copy = Only(State()) / "copy.db";
-    const std::string bytes = FileBytes(copy);
+    const std::string bytes = FileBytes(copy.string());
     const auto refusedWith = [&](const std::string& damaged)
     {
         Write(copy.lexically_relative(Scratch.File("")).string(), damaged);

@@ -29,7 +29,7 @@ Names FilesWithLine(const std::string& directory, const std::function<bool(const
     {
         if (!entry.is_regular_file())
             continue;
-        const std::vector<std::string> lines = Lines(FileBytes(entry.path()));
+        const std::vector<std::string> lines = Lines(FileBytes(entry.path().string()));
         if (std::any_of(lines.begin(), lines.end(), isSuch))
             names.push_back(entry.path().lexically_relative(root).generic_string());
     }

@@ -1,5 +1,6 @@
 // Files with every earlier schema. Opening migrates them with all their rows, also after an interrupted migration.
 
+#include "support/copy_over.h"
 #include "support/figures.h"
 #include "support/journal_test.h"
 #include "support/test_form.h"
@@ -169,7 +170,7 @@ class OldFileTest : public testing::TestWithParam<OldFile>
     void Restore() const
     {
         std::filesystem::remove(Path + "-journal");
-        std::filesystem::copy_file(Original, Path, std::filesystem::copy_options::overwrite_existing);
+        CopyOver(Original, Path);
     }
 
     // Opens and closes the file.

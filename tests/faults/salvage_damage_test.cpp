@@ -5,13 +5,13 @@
 
 #include "support/damage_file.h"
 #include "support/figures.h"
+#include "support/program.h"
 #include "support/test_form.h"
 #include "testing/plain_connection.h"
 #include "testing/scratch_directory.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <random>
@@ -161,8 +161,7 @@ class SalvageDamageTest : public testing::Test
     Original Season(const std::string& sql) const
     {
         std::filesystem::remove(Path);
-        const std::string command = "'" PLANTJOURNAL_GREENHOUSE_SEASON "' '" + Path + "' >/dev/null";
-        EXPECT_EQ(std::system(command.c_str()), 0);
+        EXPECT_EQ(RunProgram({PLANTJOURNAL_GREENHOUSE_SEASON, Path}).Status, 0);
         const StoredRows before = ReadRows(Path);
         PlainConnection(Path).RunSQL("PRAGMA secure_delete=OFF; PRAGMA foreign_keys=ON; " + sql);
         Original original;

@@ -7,6 +7,7 @@
 #include "support/disk_failure.h"
 #include "support/journal_files.h"
 #include "support/page.h"
+#include "support/privileges.h"
 #include "support/repository_operations.h"
 
 #include <filesystem>
@@ -16,7 +17,6 @@
 #include <stdexcept>
 
 #include <sqlite3.h>
-#include <unistd.h>
 
 using namespace pages;
 using namespace support;
@@ -166,9 +166,7 @@ class CommonErrorsTest : public ErrorsPageTest
         ChildProcess child(
             [&](const ParentProcess& parent)
             {
-                constexpr uid_t nobody = 65534; // root ignores permissions
-                if (geteuid() == 0 && setuid(nobody) != 0)
-                    throw std::runtime_error("cannot drop privileges");
+                const WithoutPrivileges user;
                 OpenJournal();
                 for (const std::string& sentence : Sentences(Database))
                     parent.Send(sentence);

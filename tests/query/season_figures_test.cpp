@@ -3,8 +3,8 @@
 // comments name the file and the column of each figure.
 
 #include "query/query_test.h"
+#include "support/program.h"
 
-#include <cstdlib>
 #include <map>
 
 using namespace support;
@@ -21,7 +21,7 @@ class SeasonFiguresTest : public QueryTest
     {
         Database.Close();
         const std::string path = Scratch.File("season.db");
-        EXPECT_EQ(std::system(("'" PLANTJOURNAL_GREENHOUSE_SEASON "' '" + path + "' >/dev/null").c_str()), 0);
+        EXPECT_EQ(RunProgram({PLANTJOURNAL_GREENHOUSE_SEASON, path}).Status, 0);
         EXPECT_TRUE(Database.Open(path));
         EXPECT_TRUE(Repository.ListPlants(Plants));
     }

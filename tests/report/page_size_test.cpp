@@ -1,8 +1,8 @@
 // Tests of the sizes of pages: a page can be mailed, whatever the journal.
 
 #include "report/report_page.h"
+#include "support/program.h"
 
-#include <cstdlib>
 #include <string>
 
 using namespace support;
@@ -45,8 +45,7 @@ class PageSizeTest : public ReportTest
 TEST_F(PageSizeTest, ThePageOfTheDemonstrationHasAtMost300Kilobytes)
 {
     const std::string journal = Scratch.File("season.db");
-    const std::string command = "'" PLANTJOURNAL_GREENHOUSE_SEASON "' '" + journal + "' >'" + Scratch.File("out") + "'";
-    ASSERT_EQ(std::system(command.c_str()), 0); // NOLINT(cert-env33-c,concurrency-mt-unsafe): no other thread
+    ASSERT_EQ(RunProgram({PLANTJOURNAL_GREENHOUSE_SEASON, journal}).Status, 0);
     Database.Close();
     ASSERT_TRUE(Database.Open(journal));
     const ReportPage page = Page();

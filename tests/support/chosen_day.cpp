@@ -1,7 +1,6 @@
 #include "support/chosen_day.h"
 
-#include <ctime>
-#include <iomanip>
+#include <chrono>
 #include <sstream>
 
 namespace support
@@ -9,10 +8,15 @@ namespace support
 
 Surroundings OnDay(const std::string& day, Surroundings around)
 {
-    std::tm noon{};
-    std::istringstream(day) >> std::get_time(&noon, "%Y-%m-%d");
-    noon.tm_hour = 12;
-    around.Environment.push_back("PLANTJOURNAL_TEST_TIME=" + std::to_string(timegm(&noon)));
+    int year = 0;
+    unsigned month = 0;
+    unsigned dayOfMonth = 0;
+    char hyphen = 0;
+    std::istringstream(day) >> year >> hyphen >> month >> hyphen >> dayOfMonth;
+    const std::chrono::sys_seconds noon =
+        std::chrono::sys_days(std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(dayOfMonth)) +
+        std::chrono::hours(12);
+    around.Environment.push_back("PLANTJOURNAL_TEST_TIME=" + std::to_string(noon.time_since_epoch().count()));
     around.Environment.emplace_back("TZ=UTC0");
     return around;
 }

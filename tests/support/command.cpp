@@ -1,6 +1,7 @@
 #include "support/command.h"
 
 #include "support/basil_journal.h"
+#include "support/pseudo_terminal.h"
 #include "testing/plain_connection.h"
 
 #include <algorithm>
@@ -8,23 +9,16 @@
 #include <fstream>
 #include <utility>
 
-#include <unistd.h>
-
 namespace support
 {
 
 CommandTest::CommandTest()
 {
     Around.Directory = Scratch.File("");
-    for (char** variable = environ; *variable != nullptr; ++variable)
-    {
-        const std::string text = *variable;
-        const std::string name = text.substr(0, text.find('='));
-        if (name == "PATH" || name.ends_with("SAN_OPTIONS") || name.starts_with("GCOV_"))
-            Around.Environment.push_back(text);
-    }
+    Around.Environment = NeededEnvironment();
     Around.Environment.push_back("HOME=" + Scratch.File("home"));
     Around.Environment.push_back("XDG_DATA_HOME=" + Scratch.File("data"));
+    Around.Environment.push_back("LOCALAPPDATA=" + Scratch.File("data")); // on Windows
 }
 
 void CommandTest::TearDown()
@@ -132,7 +126,8 @@ std::vector<std::string> CommandTest::Beside() const
     const std::filesystem::path directory = std::filesystem::path(Journal).parent_path();
     if (std::filesystem::is_directory(directory))
         for (const auto& entry : std::filesystem::directory_iterator(directory))
-            names.push_back(entry.path().filename().string());
+            if (!OnWindows || (entry.path().filename() != "undo" && entry.path().filename() != "backups"))
+                names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plant_database.h"
+#include "support/on_windows.h"
 #include "support/other_program.h"
 #include "support/program.h"
 #include "testing/scratch_directory.h"
@@ -50,7 +51,8 @@ class CommandTest : public testing::Test
 
     // Writes a file of the scratch directory.
     void Write(const std::string& name, const std::string& bytes) const;
-    // The names of the files in the journal's directory; empty where it does not exist.
+    // The names of the files in the journal's directory, without those of StateDirectory; empty where it does not
+    // exist.
     std::vector<std::string> Beside() const;
     // The whole content of the journal, as one text to compare.
     std::string Content() const;
@@ -65,6 +67,8 @@ class CommandTest : public testing::Test
     ScratchDirectory Scratch;
     Surroundings Around;
     std::string Journal = Scratch.File("data/plantjournal/journal.db");
+    // What the command keeps besides journals. On Windows it is the journal's directory.
+    std::string StateDirectory = Scratch.File(OnWindows ? "data/plantjournal" : "home/.local/state/plantjournal");
     // What the end of the test expects: whether `check` has no findings, and the files in the journal's directory.
     bool Sound = true;
     std::vector<std::string> Left = {"journal.db"};

@@ -58,7 +58,7 @@ class DatedCommandTest : public CommandTest
         file << std::string(size / 2, '\0');
     }
 
-    std::string State = Scratch.File("home/.local/state/plantjournal/backups");
+    std::string State = StateDirectory + "/backups";
 };
 
 } // namespace support

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <ctime>
+#include <optional>
+#include <string>
 
 namespace support
 {
@@ -13,6 +15,19 @@ class FixedTime
     ~FixedTime();
     FixedTime(const FixedTime&) = delete;
     FixedTime& operator=(const FixedTime&) = delete;
+};
+
+// Sets the time zone in the environment while in scope. Does not call tzset.
+class TimeZone
+{
+  public:
+    explicit TimeZone(const std::string& zone);
+    ~TimeZone();
+    TimeZone(const TimeZone&) = delete;
+    TimeZone& operator=(const TimeZone&) = delete;
+
+  private:
+    std::optional<std::string> Previous;
 };
 
 } // namespace support

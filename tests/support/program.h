@@ -1,9 +1,8 @@
 #pragma once
 
-#include "support/pseudo_terminal.h"
-
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -28,11 +27,11 @@ struct Surroundings
     std::string Directory;
     std::vector<std::string> Environment; // all of it, NAME=value
     int Columns = 0;                      // of the terminal; 0 for none: input and outputs are files
-    bool AsUser = false;                  // as a user other than root
-    bool Traced = false;                  // stopped once it is loaded, for FileChanges
+    bool AsUser = false;                  // as a user other than root; not on Windows
+    bool Traced = false;                  // stopped once it is loaded, for FileChanges; not on Windows
 };
 
-// A program that runs at the same time as the test. SIGALRM ends it after a minute, so no wait is endless.
+// A program that runs at the same time as the test. It is ended after a minute, so no wait is endless.
 class RunningProgram
 {
   public:
@@ -41,27 +40,33 @@ class RunningProgram
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
 
-    pid_t Process() const { return Child; }
+    pid_t Process() const;
     bool Runs();
     // Waits until the terminal shows `text`; false where the program ends first.
     bool Await(const std::string& text);
-    void Type(const std::string& keys) const { Terminal.Type(keys); }
+    void Type(const std::string& keys) const;
     // Sends SIGINT once the program has installed a handler for it.
     void Interrupt();
+    // Ends the program at once, as signal 9 does.
+    void Kill();
+    void Pause();
+    void Resume();
     ProgramResult End();
 
   private:
-    bool ReadTerminal();
-    void Wait();
+    class Child;
 
-    int In = -1;
-    int Out = -1;
-    int Error = -1;
-    PseudoTerminal Terminal;
-    pid_t Child = -1;
-    int Status = -1; // as waitpid() gives it, once the program has ended
-    std::string Shown;
+    std::unique_ptr<Child> Running;
 };
+
+// The variables of this process that programs need, such as PATH, and no others.
+std::vector<std::string> NeededEnvironment();
+
+// Runs a program in the current directory with that environment.
+ProgramResult RunProgram(const Words& words);
+
+// The user and system time that programs of this test program have taken until their ends.
+double SecondsOfPrograms();
 
 // Waits until `condition` holds, at most for `time`; returns whether it holds.
 bool Await(const std::function<bool()>& condition, std::chrono::milliseconds time = std::chrono::seconds(10));

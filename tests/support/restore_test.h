@@ -3,6 +3,7 @@
 #include "plant_file.h"
 
 #include "support/backup_test.h"
+#include "support/copy_over.h"
 #include "support/fixed_time.h"
 
 #include <filesystem>
@@ -30,7 +31,7 @@ class RestoreTest : public BackUpTest
     void Shrink()
     {
         PlainConnection(Path).RunSQL("DELETE FROM PlantJournalEntries WHERE ID>60; VACUUM;");
-        std::filesystem::copy_file(Path, Destination, std::filesystem::copy_options::overwrite_existing);
+        CopyOver(Path, Destination);
         PlainConnection(Destination).RunSQL("DELETE FROM PlantJournalEntries WHERE ID>30; UPDATE Plants SET Notes='';");
         BackedUp = ContentOf(Destination);
         Later = ContentOf(Path);

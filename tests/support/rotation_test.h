@@ -8,6 +8,8 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,7 +24,7 @@ class RotationTest : public BackUpTest
     static std::time_t LocalTime(const std::string& text)
     {
         std::tm local = {};
-        strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &local);
+        std::istringstream(text) >> std::get_time(&local, "%Y-%m-%d %H:%M:%S");
         local.tm_isdst = -1;
         return std::mktime(&local);
     }

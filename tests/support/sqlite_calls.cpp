@@ -1,9 +1,9 @@
 #include "support/sqlite_calls.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include "support/original_function.h"
 
-#include <dlfcn.h>
+#include <algorithm>
+
 #include <sqlite3.h>
 
 namespace support
@@ -32,10 +32,7 @@ class CallGate
   public:
     template <typename Function> static Function* Original(const char* name)
     {
-        void* symbol = dlsym(RTLD_NEXT, name);
-        if (symbol == nullptr)
-            std::abort(); // SQLite is not a shared library here: nothing could be tested
-        return reinterpret_cast<Function*>(symbol);
+        return reinterpret_cast<Function*>(OriginalFunction(name));
     }
 
     template <typename Pass> static int Through(SQLiteCall call, const char* sql, const Pass& pass)

@@ -2,6 +2,7 @@
 
 #include "support/allocation_failure.h"
 #include "support/child_process.h"
+#include "support/privileges.h"
 #include "support/connection_interruption.h"
 #include "support/journal_files.h"
 #include "support/journal_test.h"
@@ -17,7 +18,6 @@
 #include <string>
 
 #include <sqlite3.h>
-#include <unistd.h>
 
 using namespace support;
 
@@ -168,24 +168,6 @@ TEST_F(ExplainTest, ARefusalIsNotTheCauseOfARollbackBySQLite)
     EXPECT_FALSE(Repository.UpdatePlantCareEntry(entry));
     EXPECT_EQ(Explain(Database, entry), RolledBack);
 }
-
-// While in scope, the process has no privileges, which would make it ignore permissions.
-class WithoutPrivileges
-{
-  public:
-    WithoutPrivileges()
-    {
-        constexpr uid_t nobody = 65534;
-        if (Before == 0 && seteuid(nobody) != 0)
-            throw std::runtime_error("cannot drop privileges");
-    }
-    ~WithoutPrivileges() { EXPECT_EQ(seteuid(Before), 0); }
-    WithoutPrivileges(const WithoutPrivileges&) = delete;
-    WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
-
-  private:
-    uid_t Before = geteuid();
-};
 
 constexpr auto ReadOnly = "read-only: the journal file or its directory cannot be written; change its permissions, or "
                           "copy the journal to another directory";

@@ -64,6 +64,7 @@ std::optional<std::string> ReadConsoleLine()
 std::vector<std::string> StartConsole(int /*count*/, char** /*arguments*/)
 {
     SetConsoleOutputCP(CP_UTF8);
+    _setmode(_fileno(stdin), _O_BINARY);
     PrepareStream(STD_OUTPUT_HANDLE, stdout);
     PrepareStream(STD_ERROR_HANDLE, stderr);
     // The arguments of main() are in the code page of the program, and a pattern in them is replaced by file names.

@@ -17,8 +17,8 @@ std::optional<std::string> Ask(const std::string& question)
 {
     std::cerr << question << ' ' << std::flush;
     std::string answer;
-    std::optional<char> byte = TypedByte();
-    for (; byte && *byte != '\n'; byte = TypedByte())
-        answer += *byte;
-    return byte ? std::optional(answer) : std::nullopt;
+    std::optional<char> typed = TypedByte();
+    for (; typed && *typed != '\n'; typed = TypedByte())
+        answer += *typed;
+    return typed ? std::optional(answer) : std::nullopt;
 }

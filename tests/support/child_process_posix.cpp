@@ -1,5 +1,6 @@
 #include "support/child_process.h"
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <exception>
@@ -29,33 +30,42 @@ std::array<int, 2> Pipe()
 
 } // namespace
 
+class ChildProcess::Connection
+{
+  public:
+    std::array<int, 2> LinePipe = Pipe();
+    std::array<int, 2> SignalPipe = Pipe();
+    pid_t Process = -1;
+    std::string Unread;
+    std::optional<std::string> Ended;
+};
+
 void ParentProcess::Send(const std::string& line) const
 {
     const std::string text = line + '\n'; // one write: a kill cannot split it
-    Require(write(LineEnd, text.data(), text.size()) == static_cast<ssize_t>(text.size()), "write");
+    Require(write(Parent.LinePipe[1], text.data(), text.size()) == static_cast<ssize_t>(text.size()), "write");
 }
 
 void ParentProcess::Wait() const
 {
     char signal = 0;
-    Require(read(SignalEnd, &signal, 1) == 1, "read");
+    Require(read(Parent.SignalPipe[0], &signal, 1) == 1, "read");
 }
 
 ChildProcess::ChildProcess(const std::function<void(const ParentProcess&)>& work)
-    : LinePipe(Pipe()), SignalPipe(Pipe()), Process(fork())
+    : Child(std::make_unique<Connection>())
 {
-    Require(Process >= 0, "fork");
-    if (Process > 0)
+    Child->Process = fork();
+    Require(Child->Process >= 0, "fork");
+    if (Child->Process > 0)
     {
-        close(LinePipe[1]); // or reading would not end with the child
+        close(Child->LinePipe[1]); // or reading would not end with the child
         return;
     }
 
     // _exit ends the child: it must not unwind the stack or flush the buffers of the parent.
     alarm(120);
-    ParentProcess parent;
-    parent.LineEnd = LinePipe[1];
-    parent.SignalEnd = SignalPipe[0];
+    const ParentProcess parent(*Child);
     try
     {
         work(parent);
@@ -70,30 +80,30 @@ ChildProcess::ChildProcess(const std::function<void(const ParentProcess&)>& work
 
 ChildProcess::~ChildProcess()
 {
-    if (!Ended)
+    if (!Child->Ended)
     {
-        kill(Process, SIGKILL);
-        waitpid(Process, nullptr, 0);
+        kill(Child->Process, SIGKILL);
+        waitpid(Child->Process, nullptr, 0);
     }
-    close(LinePipe[0]);
-    close(SignalPipe[0]);
-    close(SignalPipe[1]);
+    close(Child->LinePipe[0]);
+    close(Child->SignalPipe[0]);
+    close(Child->SignalPipe[1]);
 }
 
 std::optional<std::string> ChildProcess::ReadLine()
 {
     std::size_t end = 0;
-    while ((end = Unread.find('\n')) == std::string::npos)
+    while ((end = Child->Unread.find('\n')) == std::string::npos)
     {
         std::array<char, 4096> bytes{};
-        const ssize_t size = read(LinePipe[0], bytes.data(), bytes.size());
+        const ssize_t size = read(Child->LinePipe[0], bytes.data(), bytes.size());
         Require(size >= 0, "read");
         if (size == 0)
             return std::nullopt;
-        Unread.append(bytes.data(), static_cast<std::size_t>(size));
+        Child->Unread.append(bytes.data(), static_cast<std::size_t>(size));
     }
-    std::string line = Unread.substr(0, end);
-    Unread.erase(0, end + 1);
+    std::string line = Child->Unread.substr(0, end);
+    Child->Unread.erase(0, end + 1);
     return line;
 }
 
@@ -108,27 +118,27 @@ std::vector<std::string> ChildProcess::ReadLines()
 void ChildProcess::Continue() const
 {
     // This process keeps the reading end open as well: writing to a child that has ended must not raise SIGPIPE.
-    Require(write(SignalPipe[1], "!", 1) == 1, "write");
+    Require(write(Child->SignalPipe[1], "!", 1) == 1, "write");
 }
 
 void ChildProcess::Kill() const
 {
-    if (!Ended) // the process ID may have been reused
-        kill(Process, SIGKILL);
+    if (!Child->Ended) // the process ID may have been reused
+        kill(Child->Process, SIGKILL);
 }
 
 std::string ChildProcess::End()
 {
-    if (!Ended)
+    if (!Child->Ended)
     {
         int status = 0;
-        Require(waitpid(Process, &status, 0) == Process, "waitpid");
+        Require(waitpid(Child->Process, &status, 0) == Child->Process, "waitpid");
         if (WIFSIGNALED(status))
-            Ended = "signal " + std::to_string(WTERMSIG(status));
+            Child->Ended = "signal " + std::to_string(WTERMSIG(status));
         else
-            Ended = WEXITSTATUS(status) == 0 ? "done" : "failed";
+            Child->Ended = WEXITSTATUS(status) == 0 ? "done" : "failed";
     }
-    return *Ended;
+    return *Child->Ended;
 }
 
 } // namespace support

@@ -1,7 +1,7 @@
 #include "support/fixed_time.h"
 
 #include <chrono>
-#include <optional>
+#include <cstdlib>
 
 namespace support
 {
@@ -21,6 +21,21 @@ FixedTime::FixedTime(std::time_t secondsSince1970)
 FixedTime::~FixedTime()
 {
     now.reset();
+}
+
+TimeZone::TimeZone(const std::string& zone)
+{
+    if (const char* previous = std::getenv("TZ"))
+        Previous = previous;
+    setenv("TZ", zone.c_str(), 1);
+}
+
+TimeZone::~TimeZone()
+{
+    if (Previous)
+        setenv("TZ", Previous->c_str(), 1);
+    else
+        unsetenv("TZ");
 }
 
 } // namespace support

@@ -1,0 +1,107 @@
+# Runs the tests of the Windows build under Wine.
+
+# Keeps Wine's server between the programs, which then start faster.
+start_wine() {
+    export WINEPREFIX=$windows_build/wine WINEDEBUG=-all
+    wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver64)
+    "$wineserver" -p
+}
+
+stop_wine() { "$wineserver" -k || true; }
+
+# The names of the test programs, the longest first
+windows_test_programs() {
+    local program
+    for program in command_tests plantjournal_tests; do
+        echo "$program"
+    done
+    find "$windows_build/tests/tests" -maxdepth 1 -name '*.exe' -printf '%f\n' | sed 's/\.exe$//' | sort |
+        grep -vx 'command_tests\|plantjournal_tests'
+}
+
+# The tests that left_out_windows.txt names one by one, as a filter of GoogleTest
+windows_tests_left_out() {
+    sed -n 's/^\([A-Za-z0-9_\/*]*\.[A-Za-z0-9_\/*]*\):.*/\1/p' tests/left_out_windows.txt | grep -v '\.cpp$' | paste -sd :
+}
+
+# run_windows_program PROGRAM: writes its output to build/windows/results/.
+run_windows_program() {
+    local output=$windows_build/results/$1 status=0
+    rm -f "$output".*
+    if [[ $1 == *_corpus_test ]]; then # is not of GoogleTest
+        cmake/ports/wine.sh "$windows_build/tests/tests/$1.exe" >"$output.txt" 2>&1 || status=$?
+    else
+        GTEST_FILTER="*-$(windows_tests_left_out)" cmake/ports/wine.sh "$windows_build/tests/tests/$1.exe" \
+            >"$output.txt" 2>&1 || status=$?
+    fi
+    echo "$status" >"$output.status"
+}
+
+# The number of tests in a program that was built for this system, or - where it was not built
+tests_here() {
+    local program=build/release/tests/$1
+    [[ -x $program ]] || { echo -; return; }
+    "$program" --gtest_list_tests | grep -c '^  '
+}
+
+# report_windows_program PROGRAM: prints its line of the table and its failures. Fails where a test failed.
+report_windows_program() {
+    local output=$windows_build/results/$1.txt here passed skipped left_out=-
+    passed=$(sed -n 's/.*\[  PASSED  \] \([0-9]*\) tests\{0,1\}\..*/\1/p' "$output")
+    skipped=$(sed -n 's/.*\[  SKIPPED \] \([0-9]*\) tests\{0,1\}, .*/\1/p' "$output")
+    if [[ $1 == *_corpus_test ]]; then
+        here=1 passed=1
+    else
+        here=$(tests_here "$1")
+    fi
+    [[ $here == - ]] || left_out=$((here - ${passed:-0} - ${skipped:-0}))
+    printf '%-32s %8s %8s %8s %8s\n' "$1" "${passed:-0}" "${skipped:-0}" "$left_out" "$here"
+    if [[ $(<"${output%.txt}.status") != 0 ]]; then
+        sed -n '/^\[  FAILED  \] [^ ]*\( (.*\)*$/p' "$output" | sort -u
+        [[ $output == *_corpus_test.txt || -n $passed ]] || tail -n 5 "$output"
+        return 1
+    fi
+}
+
+# Runs all programs, two at once, and prints how many of their tests passed.
+run_windows_tests() {
+    local program programs status=0 results=$windows_build/results
+    mapfile -t programs < <(windows_test_programs)
+    rm -rf "$results"
+    mkdir -p "$results"
+    say 'Running the tests under Wine'
+    for program in "${programs[@]}"; do
+        while (($(jobs -pr | wc -l) >= 2)); do
+            wait -n || true
+        done
+        run_windows_program "$program" &
+    done
+    wait
+    printf '%-32s %8s %8s %8s %8s\n' program passed skipped 'left out' Linux
+    for program in "${programs[@]}"; do
+        report_windows_program "$program" || status=1
+    done
+    printf '\nSkipped:\n'
+    for program in "${programs[@]}"; do
+        sed -n '/: Skipped\r*$/{n;h};/^\[  SKIPPED \] .* ms)/{s/^\[  SKIPPED \] \([^ ]*\) .*/\1: /;G;s/[\r\n]//g;p}' "$results/$program.txt"
+    done
+    printf '\nLeft out:\n'
+    sed '/^#/d; /^$/d' tests/left_out_windows.txt
+    ((status == 0)) || fail 'windows: tests failed; see build/windows/results/'
+    check_tests_left_out "${programs[@]}"
+}
+
+# check_tests_left_out PROGRAM...: fails where left_out_windows.txt names a test that no program has. CMake has checked
+# the files.
+check_tests_left_out() {
+    local program name names=$windows_build/results/names
+    for program; do
+        [[ $program == *_corpus_test ]] ||
+            cmake/ports/wine.sh "$windows_build/tests/tests/$program.exe" --gtest_list_tests \
+                "--gtest_filter=$(windows_tests_left_out)" |
+            awk '/^[^ ].*\./ { sub(/ .*/, ""); suite = $0 } /^  / { sub(/\r/, ""); print suite $1 }'
+    done >"$names"
+    while IFS= read -r name; do
+        grep -qE "^${name//\*/.*}\$" "$names" || fail "tests/left_out_windows.txt: no test is named $name"
+    done < <(windows_tests_left_out | tr : '\n')
+}

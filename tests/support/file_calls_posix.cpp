@@ -1,0 +1,94 @@
+#include "support/file_call_gate.h"
+
+#include <cerrno>
+#include <cstdio>
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using support::FileCall;
+using support::FileCallListener;
+
+namespace
+{
+
+template <typename Result, typename... Arguments>
+Result Pass(FileCall call, const char* name, Result failed, Arguments... arguments)
+{
+    if (const std::optional<int> error = support::FileCallGate::Failure(call))
+    {
+        errno = *error;
+        return failed;
+    }
+    const Result result = reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
+    const int error = errno;
+    support::FileCallGate::Returned(call);
+    errno = error;
+    return result;
+}
+
+// Passes a call that has returned on to the listener, if it succeeded.
+template <typename... Arguments>
+int Announce(int result, void (FileCallListener::*receive)(Arguments...), Arguments... arguments)
+{
+    FileCallListener* const listener = support::FileCallGate::Listener();
+    if (listener != nullptr && result != -1)
+        (listener->*receive)(arguments...);
+    return result;
+}
+
+} // namespace
+
+extern "C"
+{
+    int link(const char* from, const char* to) noexcept
+    {
+        const int result = Pass(FileCall::Link, "link", -1, from, to);
+        return Announce(result, &FileCallListener::Linked, from, to);
+    }
+
+    int rename(const char* from, const char* to) noexcept
+    {
+        const int result = Pass(FileCall::Rename, "rename", -1, from, to);
+        return Announce(result, &FileCallListener::Renamed, from, to);
+    }
+
+    int fsync(int file)
+    {
+        return Announce(Pass(FileCall::Sync, "fsync", -1, file), &FileCallListener::Synced, file);
+    }
+
+    int fchmod(int file, mode_t mode) noexcept
+    {
+        return Pass(FileCall::ChangeMode, "fchmod", -1, file, mode);
+    }
+
+    DIR* opendir(const char* name)
+    {
+        return Pass(FileCall::OpenDirectory, "opendir", static_cast<DIR*>(nullptr), name);
+    }
+
+    int mkostemp(char* name, int flags)
+    {
+        const int result = Pass(FileCall::CreateTemporary, "mkostemp", -1, name, flags);
+        return Announce<const char*>(result, &FileCallListener::Created, name);
+    }
+
+    int mkostemp64(char* name, int flags) // mkostemp with file offsets of 64 bits
+    {
+        return Pass(FileCall::CreateTemporary, "mkostemp64", -1, name, flags);
+    }
+
+    int flock(int file, int operation) noexcept
+    {
+        return Pass(FileCall::Lock, "flock", -1, file, operation);
+    }
+
+    int remove(const char* name) noexcept
+    {
+        return Announce(Pass(FileCall::Remove, "remove", -1, name), &FileCallListener::Removed, name);
+    }
+}

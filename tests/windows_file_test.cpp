@@ -1,0 +1,183 @@
+// What differs on Windows: names that it refuses, long paths, and files that another program has open.
+
+#include "plant_file.h"
+
+#include "support/backup_test.h"
+#include "support/utf8_path.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+
+#include <windows.h>
+
+using namespace support;
+
+namespace
+{
+
+class WindowsFileTest : public BackUpTest
+{
+  protected:
+    // The error of a backup to a name in the scratch directory
+    std::string BackUpTo(const std::string& name) const
+    {
+        const std::string destination = Scratch.File("") + name;
+        const std::string error = BackUpPlantDatabase(Path, destination).Error;
+        EXPECT_EQ(error.substr(0, destination.size() + 2), destination + ": ");
+        return error.size() < destination.size() + 2 ? error : error.substr(destination.size() + 2);
+    }
+};
+
+// A file that this program has open so that no other can use it, as some programs do.
+class ExclusiveFile
+{
+  public:
+    explicit ExclusiveFile(const std::string& path)
+        : Handle(CreateFileW(std::filesystem::path(path).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                             FILE_ATTRIBUTE_NORMAL, nullptr))
+    {
+        EXPECT_NE(Handle, INVALID_HANDLE_VALUE);
+    }
+    ~ExclusiveFile() { CloseHandle(Handle); }
+    ExclusiveFile(const ExclusiveFile&) = delete;
+    ExclusiveFile& operator=(const ExclusiveFile&) = delete;
+
+  private:
+    HANDLE Handle;
+};
+
+TEST_F(WindowsFileTest, ANameThatWindowsRefusesIsAnErrorThatNamesTheReason)
+{
+    EXPECT_EQ(BackUpTo("NUL"), "Windows reserves the name NUL for a device");
+    EXPECT_EQ(BackUpTo("con.db"), "Windows reserves the name con.db for a device");
+    EXPECT_EQ(BackUpTo("LPT1.backup.db"), "Windows reserves the name LPT1.backup.db for a device");
+    EXPECT_EQ(BackUpTo("nul/copy.db"), "Windows reserves the name nul for a device");
+    EXPECT_EQ(BackUpTo("a?b.db"), "Windows does not allow the character ? in a file name");
+    EXPECT_EQ(BackUpTo("a|b.db"), "Windows does not allow the character | in a file name");
+    EXPECT_EQ(BackUpTo("a:b.db"), "Windows does not allow the character : in a file name");
+    EXPECT_EQ(BackUpTo("copy.db "), "Windows does not allow a blank or a dot at the end of a file name");
+    EXPECT_EQ(BackUpTo("copy."), "Windows does not allow a blank or a dot at the end of a file name");
+    EXPECT_EQ(BackUpTo("a\tb.db"), "Windows does not allow a control character in a file name");
+    EXPECT_EQ(BackUpTo("\xE4.db"), "the path is not UTF-8");
+    EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
+}
+
+TEST_F(WindowsFileTest, ANameThatOnlyLooksLikeADeviceIsAllowed)
+{
+    for (const char* name : {"COM0.db", "nully.db", "my NUL.db", ".con"})
+        EXPECT_EQ(BackUpPlantDatabase(Path, Scratch.File(name)).Error, "") << name;
+}
+
+TEST_F(WindowsFileTest, PathsInEveryScriptAreUsed)
+{
+    for (const char* name : {"Gärtchen.db", "植物 日記.db", "Basil 🌿.db", "Ζ\u0301.db"})
+    {
+        const std::string copy = Scratch.File(name);
+        PlantFileInspection found;
+        EXPECT_EQ(BackUpPlantDatabase(Path, copy).Error, "");
+        EXPECT_TRUE(InspectPlantDatabase(copy, found));
+        EXPECT_EQ(found.Kind, PlantFileKind::Current);
+        EXPECT_TRUE(Database.Open(copy));
+        EXPECT_EQ(BackUpPlantDatabase(copy, copy + ".2").Error, ""); // a journal in use
+        Database.Close();
+        EXPECT_TRUE(std::filesystem::remove(UTF8Path(copy)));
+        EXPECT_TRUE(std::filesystem::remove(UTF8Path(copy + ".2")));
+    }
+    EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
+}
+
+TEST_F(WindowsFileTest, APathMayHaveAPrefixBackslashesAndADriveLetter)
+{
+    std::string path = Path;
+    std::replace(path.begin(), path.end(), '/', '\\');
+    ASSERT_EQ(path.substr(1, 2), ":\\");
+    for (const std::string& form : {path, "\\\\?\\" + path, static_cast<char>(std::tolower(path[0])) + path.substr(1)})
+    {
+        PlantFileInspection found;
+        EXPECT_EQ(InspectPlantDatabase(form, found).Error, "");
+        EXPECT_EQ(found.Kind, PlantFileKind::Current) << form;
+        EXPECT_EQ(BackUpPlantDatabase(form, Destination, {}, PlantBackUpMode::Overwrite).Error, "") << form;
+        ExpectWhole();
+        EXPECT_NE(BackUpPlantDatabase(form, Path, {}, PlantBackUpMode::Overwrite).Error, "")
+            << "the same file: " << form;
+    }
+}
+
+TEST_F(WindowsFileTest, ALongPathIsUsed)
+{
+    std::string directory = Scratch.File("");
+    while (directory.size() < 400)
+        directory += "a directory of a garden/";
+    const std::string copy = directory + "copy.db";
+    const std::string second = directory + "second.db";
+    ASSERT_TRUE(Database.Open(copy));
+    Plant basil;
+    basil.Name = "Basil";
+    EXPECT_TRUE(Repository.CreatePlant(basil));
+    EXPECT_EQ(BackUpPlantDatabase(copy, second).Error, "");
+    Database.Close();
+    PlantFileInspection found;
+    EXPECT_EQ(InspectPlantDatabase(second, found).Error, "");
+    EXPECT_EQ(found.Kind, PlantFileKind::Current);
+    PlantRestoration restoration;
+    EXPECT_EQ(RestorePlantDatabase(second, copy, restoration).Error, "");
+    PlantBackUpRotation rotation;
+    EXPECT_EQ(RotatePlantBackUps(copy, directory + "backups", {}, rotation).Error, "");
+}
+
+TEST_F(WindowsFileTest, AnOpenDestinationIsAnErrorThatSaysWhatToDo)
+{
+    ASSERT_EQ(BackUp(), "");
+    const std::string before = FileBytes(Destination);
+    {
+        const ExclusiveFile open(Destination);
+        EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite),
+                  Destination + ": renaming the copy: another program has the file open; close it there");
+    }
+    {
+        const PlainConnection open(Destination);
+        EXPECT_EQ(open.Value("SELECT COUNT(*)>0 FROM Plants;"), "1");
+        EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite),
+                  Destination + ": renaming the copy: access is denied: another program may have the file open, or the "
+                                "file or its directory is write-protected");
+    }
+    EXPECT_EQ(FileBytes(Destination) == before, true);
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+    EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), "");
+}
+
+TEST_F(WindowsFileTest, AnOpenJournalThatIsDamagedIsNotReplaced)
+{
+    ASSERT_EQ(BackUp(), "");
+    std::fstream(Path, std::ios::in | std::ios::out | std::ios::binary) << "not a database";
+    const std::string damaged = FileBytes(Path);
+    PlantRestoration restoration;
+    {
+        const ExclusiveFile open(Path);
+        EXPECT_NE(RestorePlantDatabase(Destination, Path, restoration).Error, "");
+    }
+    EXPECT_EQ(FileBytes(Path) == damaged, true);
+    EXPECT_EQ(RestorePlantDatabase(Destination, Path, restoration).Error, "");
+    ExpectWhole();
+}
+
+TEST_F(WindowsFileTest, AReadOnlyJournalHasAReadOnlyBackup)
+{
+    std::filesystem::permissions(Path, std::filesystem::perms::owner_read);
+    EXPECT_EQ(BackUp(), "");
+    EXPECT_NE(GetFileAttributesW(std::filesystem::path(Destination).c_str()) & FILE_ATTRIBUTE_READONLY, 0U);
+    for (const std::string& path : {Path, Destination})
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+}
+
+TEST_F(WindowsFileTest, AJournalCannotBeOpenedByAPathThatIsNotUTF8)
+{
+    std::string error;
+    EXPECT_FALSE(Database.Open(Scratch.File("") + "\xE4.db", &error));
+    EXPECT_NE(error, "");
+    EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
+}
+
+} // namespace
