@@ -274,4 +274,5 @@ TEST(PlantWatcherProcessTest, AChangeOfAnotherProcessIsReported)
     ASSERT_TRUE(watcher.Poll(changes));
     EXPECT_TRUE(changes.OthersChanged && !changes.AskAgain) << changes;
 }
+
 } // namespace
