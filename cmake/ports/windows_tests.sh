@@ -4,7 +4,7 @@
 start_wine() {
     export WINEPREFIX=$windows_build/wine WINEDEBUG=-all
     wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver64)
-    "$wineserver" -p
+    "$wineserver" -p || true # it may already run
 }
 
 stop_wine() { "$wineserver" -k || true; }
