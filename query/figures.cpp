@@ -1,14 +1,32 @@
 #include "figures.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 namespace plant_query
 {
 
+namespace
+{
+
+// On 32-bit x86, a result can have more digits than a double until it is stored.
+double WithoutExtraDigits(double result)
+{
+    if constexpr (FLT_EVAL_METHOD == 0)
+        return result;
+    else
+    {
+        const volatile double stored = result;
+        return stored;
+    }
+}
+
+} // namespace
+
 void Sum::Add(double value)
 {
-    const double sum = Rounded + value;
+    const double sum = WithoutExtraDigits(Rounded + value);
     if (std::isfinite(sum))
         Lost += std::abs(Rounded) >= std::abs(value) ? (Rounded - sum) + value : (value - sum) + Rounded;
     Rounded = sum;

@@ -4,6 +4,6 @@ set -euo pipefail
 program=$(realpath "$1")
 cat >"$program" <<SCRIPT
 #!/bin/sh
-exec qemu-aarch64-static -0 "\$0" '$program.arm64' "\$@"
+exec qemu-aarch64-static -0 '$program' '$program.arm64' "\$@"
 SCRIPT
 chmod +x "$program"

@@ -57,8 +57,9 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
     const std::vector<char*> arguments = Pointers(words);
     const std::vector<char*> environment = Pointers(around.Environment);
     alarm(longest);
-    // Opened first: the user may lack access to the program's directory.
-    const int program = open(arguments[0], O_RDONLY | O_CLOEXEC);
+    // Opened first: the user may lack access to the program's directory. It stays open for a script, whose interpreter
+    // opens it by its number.
+    const int program = open(arguments[0], O_RDONLY);
     const bool isUser =
         !around.AsUser || geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
     const bool isTraced = !around.Traced || ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0;
