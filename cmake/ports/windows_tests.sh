@@ -15,9 +15,12 @@ windows_test_programs() {
     for program in command_tests plantjournal_tests; do
         echo "$program"
     done
-    find "$windows_build/tests/tests" -maxdepth 1 -name '*.exe' -printf '%f\n' | sed 's/\.exe$//' | sort |
+    find "$windows_build/tests/tests" -name '*.exe' -printf '%f\n' | sed 's/\.exe$//' | sort |
         grep -vx 'command_tests\|plantjournal_tests'
 }
+
+# windows_program NAME: prints the path of a test program.
+windows_program() { find "$windows_build/tests/tests" -name "$1.exe"; }
 
 # The tests that left_out_windows.txt names one by one, as a filter of GoogleTest
 windows_tests_left_out() {
@@ -29,9 +32,9 @@ run_windows_program() {
     local output=$windows_build/results/$1 status=0
     rm -f "$output".*
     if [[ $1 == *_corpus_test ]]; then # is not of GoogleTest
-        cmake/ports/wine.sh "$windows_build/tests/tests/$1.exe" >"$output.txt" 2>&1 || status=$?
+        cmake/ports/wine.sh "$(windows_program "$1")" >"$output.txt" 2>&1 || status=$?
     else
-        GTEST_FILTER="*-$(windows_tests_left_out)" cmake/ports/wine.sh "$windows_build/tests/tests/$1.exe" \
+        GTEST_FILTER="*-$(windows_tests_left_out)" cmake/ports/wine.sh "$(windows_program "$1")" \
             >"$output.txt" 2>&1 || status=$?
     fi
     echo "$status" >"$output.status"
@@ -39,9 +42,13 @@ run_windows_program() {
 
 # The number of tests in a program that was built for this system, or - where it was not built
 tests_here() {
-    local program=build/release/tests/$1
-    [[ -x $program ]] || { echo -; return; }
-    "$program" --gtest_list_tests | grep -c '^  '
+    local program
+    program=$(find build/release/tests -name "$1" -type f -executable 2>/dev/null || true)
+    if [[ $program ]]; then
+        "$program" --gtest_list_tests | grep -c '^  '
+    else
+        echo -
+    fi
 }
 
 # report_windows_program PROGRAM: prints its line of the table and its failures. Fails where a test failed.
@@ -97,7 +104,7 @@ check_tests_left_out() {
     local program name names=$windows_build/results/names
     for program; do
         [[ $program == *_corpus_test ]] ||
-            cmake/ports/wine.sh "$windows_build/tests/tests/$program.exe" --gtest_list_tests \
+            cmake/ports/wine.sh "$(windows_program "$program")" --gtest_list_tests \
                 "--gtest_filter=$(windows_tests_left_out)" |
             awk '/^[^ ].*\./ { sub(/ .*/, ""); suite = $0 } /^  / { sub(/\r/, ""); print suite $1 }'
     done >"$names"
