@@ -71,8 +71,7 @@ std::filesystem::path AbsolutePath(const std::string& path)
     const auto read = [&]
     {
         const std::filesystem::path given = PathOfText(path);
-        if (const std::string problem = NameProblem(given); !problem.empty())
-            Fail("", problem);
+        RequirePossibleName(given, Fail);
         absolute = std::filesystem::absolute(given);
     };
     WithPathErrors(read);

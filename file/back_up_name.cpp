@@ -69,8 +69,10 @@ std::string TimeOfDay(const BackUpMoment& moment, const std::string& separator)
 
 std::string NameOf(const BackUpMoment& moment, const std::string& journal)
 {
-    const std::string number = moment.Number > 1 ? '_' + Digits(moment.Number, 2) : "";
-    return Date(moment) + '-' + TimeOfDay(moment, "") + number + '-' + journal;
+    std::string name = Date(moment) + '-' + TimeOfDay(moment, "");
+    if (moment.Number > 1)
+        name += '_' + Digits(moment.Number, 2);
+    return name + '-' + journal;
 }
 
 // SQLite would apply a file with one of these endings to the backup.
@@ -104,7 +106,8 @@ std::string BackUpMoment::Text() const
 
 BackUpMoment PresentMoment()
 {
-    const std::tm local = LocalTime(std::time(nullptr));
+    std::tm local = {};
+    ToLocalTime(std::time(nullptr), local);
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
 }
 
@@ -156,9 +159,10 @@ std::optional<BackUpMoment> MomentOfName(const std::string& name, const std::str
     constexpr std::string_view numberPattern = "_00";
     if (Fits(text.substr(Pattern.size(), numberPattern.size()), numberPattern))
         moment.Number = NumberAt(text, Pattern.size() + 1, 2);
-    if (!IsOfTheCalendar(moment) || NameOf(moment, journal) != name)
+    if (!IsOfTheCalendar(moment))
         return std::nullopt;
-    return moment;
+    const std::string expected = NameOf(moment, journal);
+    return name == expected ? std::optional(moment) : std::nullopt;
 }
 
 std::vector<DatedBackUp> DatedBackUps(const std::filesystem::path& directory, const std::string& journal)
@@ -174,11 +178,17 @@ std::vector<DatedBackUp> DatedBackUps(const std::filesystem::path& directory, co
         {
             const std::string name = TextOfPath(*entry);
             const std::optional<BackUpMoment> moment = MomentOfName(name, journal);
-            const std::filesystem::path path = directory / *entry;
-            std::error_code removed; // by another rotation, at the same time
-            if (moment && std::filesystem::is_regular_file(std::filesystem::symlink_status(path, removed)))
-                if (const auto bytes = std::filesystem::file_size(path, removed); !removed)
-                    found.push_back({path, name, *moment, static_cast<std::int64_t>(bytes)});
+            if (!moment)
+                continue;
+            // Another rotation may have removed the file meanwhile.
+            if (const std::optional<std::int64_t> bytes = SizeOfRegularFile(directory / *entry))
+            {
+                DatedBackUp& backUp = found.emplace_back();
+                backUp.Path = directory / *entry;
+                backUp.Name = name;
+                backUp.Moment = *moment;
+                backUp.Bytes = *bytes;
+            }
         }
     };
     WithPathErrors(look);

@@ -19,8 +19,11 @@ void FindDamage(sqlite3* db, std::vector<PlantFileFinding>& findings)
                    {
                        if (line.find("unable to get the page") != std::string::npos) // a read or an allocation failed
                            Fail(step, line);
-                       if (line != "ok" && line.compare(0, 3, "***") != 0) // asterisks begin a heading
-                           findings.push_back({PlantFindingKind::Damage, "", 0, line + '.'});
+                       if (line == "ok" || line.compare(0, 3, "***") == 0) // asterisks begin a heading
+                           continue;
+                       PlantFileFinding& finding = findings.emplace_back();
+                       finding.Kind = PlantFindingKind::Damage;
+                       finding.Description = line + '.';
                    }
                });
 }

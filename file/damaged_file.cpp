@@ -32,6 +32,8 @@ DamagedFile::DamagedFile(const std::filesystem::path& path)
     std::filesystem::path journal = path;
     journal += "-journal";
     Rollback = ReadRollbackJournal(journal);
+    if (Rollback.Pages.empty()) // the file was not changed yet, or the rollback journal is damaged
+        Rollback.PageSize = 0;
     if (Rollback.PageSize == 0)
         return;
     Journal.open(journal, std::ios::binary);
@@ -40,8 +42,7 @@ DamagedFile::DamagedFile(const std::filesystem::path& path)
 
 DamagedFile::~DamagedFile()
 {
-    if (File != nullptr)
-        File->pMethods->xUnlock(File, SQLITE_LOCK_NONE);
+    File->pMethods->xUnlock(File, SQLITE_LOCK_NONE);
 }
 
 void DamagedFile::ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size)

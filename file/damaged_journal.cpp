@@ -18,15 +18,6 @@ namespace
 // How many of the rows of a table an index of it may lack: a damaged row ID is not in the index.
 constexpr std::size_t MostMissing = 10; // percent
 
-bool IsFormOfAJournal(const JournalTable& table, const RowForm& form)
-{
-    std::vector<std::size_t> columns = form.Columns;
-    std::sort(columns.begin(), columns.end());
-    const bool areDifferent = std::adjacent_find(columns.begin(), columns.end()) == columns.end();
-    const std::size_t least = FormsOf(table).back().Least;
-    return areDifferent && columns.back() < table.Columns.size() && form.Columns.size() >= least;
-}
-
 } // namespace
 
 DamagedJournal::DamagedJournal(const std::filesystem::path& path, const std::vector<JournalTable>& tables) : Bytes(path)
@@ -42,7 +33,7 @@ DamagedJournal::DamagedJournal(const std::filesystem::path& path, const std::vec
         Map.emplace(*Pages, Tables, FindFreePages(*Pages));
         FollowTables(ReadSchema());
         for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
-            isJournal = isJournal || !Map->LeavesOf(table).empty();
+            isJournal = !Map->LeavesOf(table).empty() || isJournal;
     }
     if (!isJournal)
         Fail("", "no table of a journal was found in it");
@@ -59,7 +50,7 @@ bool DamagedJournal::ReadSchema()
     {
         const PageRows rows =
             ReadPageRows(*Pages, Pages->Read(number), Tables[schema].Table, Tables[schema].Forms.front());
-        isWhole = isWhole && rows.Damaged == 0;
+        isWhole = rows.Damaged == 0 && isWhole;
         for (const PageRow& row : rows.List)
             AddSchemaEntry(row.Stored);
     }
@@ -68,16 +59,17 @@ bool DamagedJournal::ReadSchema()
 
 void DamagedJournal::AddSchemaEntry(const Values& values)
 {
-    const SchemaEntry entry = {values[0].Text, values[1].Text, values[2].Text,
-                               static_cast<PageNumber>(values[3].Integer)};
-    Schema.push_back(entry);
+    SchemaEntry& entry = Schema.emplace_back();
+    entry.Type = values[0].Text;
+    entry.Name = values[1].Text;
+    entry.Table = values[2].Text;
+    entry.Root = static_cast<PageNumber>(values[3].Integer);
     const std::string& definition = values[4].Text;
     for (MappedTable& table : Tables)
         if (entry.Type == "table" && entry.Name == table.Table.Name)
         {
-            const std::optional<RowForm> form = FormOfDefinition(table.Table, definition);
-            if (form && IsFormOfAJournal(table.Table, *form))
-                table.Forms = {*form};
+            if (const std::optional<RowForm> form = FormOfDefinition(table.Table, definition))
+                table.Forms.assign(1, *form);
             if (entry.Name == "PlantEvents")
                 HasOldEvents = IsDefinitionOfOldEvents(definition);
         }
@@ -133,7 +125,7 @@ void DamagedJournal::ChooseForm(std::size_t table)
         }
     const auto best = std::max_element(points.begin(), points.end()) - points.begin();
     const RowForm form = mapped.Forms[static_cast<std::size_t>(best)];
-    mapped.Forms = {form};
+    mapped.Forms.assign(1, form);
 }
 
 void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)

@@ -40,8 +40,6 @@ std::optional<Trunk> ReadTrunk(const DamagedPages& pages, const Page& page)
 // Whether the whole list could be followed.
 bool FollowList(DamagedPages& pages, FreePages& found)
 {
-    if (!pages.Has(1))
-        return false;
     const Page first = pages.Read(1);
     const std::size_t count = BigEndian32(first.Content, 36);
     for (PageNumber next = BigEndian32(first.Content, 32); next != 0;)

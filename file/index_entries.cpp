@@ -33,9 +33,7 @@ bool ForEachIndexEntry(DamagedPages& pages, PageNumber root,
         }
         if (page.Is(PageType::LeafIndex))
             continue;
-        const Children children = ChildrenOf(page);
-        isWhole = isWhole && children.IsWhole;
-        for (const Child& child : children.List)
+        for (const Child& child : ChildrenOf(page).List) // where one is missing, its cell is damaged, too
             rest.push_back(child.Number);
     }
     return isWhole;

@@ -19,6 +19,8 @@ namespace
 constexpr std::array<std::string_view, 5> LaterColumns = {"SeedDate", "FlipHeightCm", "FinalHeightCm", "Sex",
                                                           "SeedYield"};
 
+constexpr const char* SchemaName = "sqlite_schema";
+
 bool IsLater(const TableColumn& column)
 {
     return std::find(LaterColumns.begin(), LaterColumns.end(), column.Name) != LaterColumns.end();
@@ -67,7 +69,7 @@ bool IsPossible(const std::string& table, const std::string& column, const std::
         return IsName(text, PlantCareActionFromName, PlantCareActionName);
     if (column == "Type")
         return IsName(text, PlantJournalTypeFromName, PlantJournalTypeName);
-    return table != SchemaTable().Name || column != "type" || IsSchemaType(text);
+    return table != SchemaName || column != "type" || IsSchemaType(text);
 }
 
 bool IsDateOrEmpty(const std::string& text)
@@ -97,9 +99,7 @@ std::vector<JournalTable> ReadTables(sqlite3* journal)
     constexpr const char* step = "reading the schema of a new journal";
     std::vector<JournalTable> tables;
     ForEachRow(journal, step, "SELECT name FROM sqlite_master WHERE type='table' ORDER BY rowid;",
-               [&](sqlite3_stmt* row) {
-                   tables.push_back({ColumnText(row, 0), {}});
-               });
+               [&](sqlite3_stmt* row) { tables.emplace_back().Name = ColumnText(row, 0); });
     for (JournalTable& table : tables)
         ForEachRow(journal, step, "PRAGMA table_info(" + table.Name + ");",
                    [&](sqlite3_stmt* row)
@@ -119,18 +119,13 @@ std::vector<JournalTable> ReadTables(sqlite3* journal)
 
 JournalTable SchemaTable()
 {
-    const auto column = [](const char* name, StorageClass type, bool mayBeNull)
-    {
-        TableColumn result;
-        result.Name = name;
-        result.Class = type;
-        result.MayBeNull = mayBeNull;
-        return result;
-    };
-    return {"sqlite_schema",
-            {column("type", StorageClass::Text, false), column("name", StorageClass::Text, false),
-             column("tbl_name", StorageClass::Text, false), column("rootpage", StorageClass::Integer, false),
-             column("sql", StorageClass::Text, true)}};
+    JournalTable table;
+    table.Name = SchemaName;
+    for (const char* name : {"type", "name", "tbl_name", "rootpage", "sql"})
+        table.Columns.emplace_back().Name = name;
+    table.Columns[3].Class = StorageClass::Integer;
+    table.Columns[4].MayBeNull = true;
+    return table;
 }
 
 // A file that was created with the first `known` of the later columns has the others at the end.
@@ -183,11 +178,11 @@ std::optional<RowForm> FormOfDefinition(const JournalTable& table, const std::st
         return std::nullopt;
     }
     form.Least = form.Columns.size();
-    while (form.Least > 0 && form.Columns[form.Least - 1] < table.Columns.size() &&
-           IsLater(table.Columns[form.Columns[form.Least - 1]]))
-        --form.Least;
-    if (form.Least == 0)
+    const auto isKnown = [&](std::size_t column) { return column < table.Columns.size(); };
+    if (!std::all_of(form.Columns.begin(), form.Columns.end(), isKnown) || form.Least < FormsOf(table).back().Least)
         return std::nullopt;
+    while (IsLater(table.Columns[form.Columns[form.Least - 1]])) // there are others, too
+        --form.Least;
     return form;
 }
 
@@ -196,7 +191,7 @@ bool Fits(const JournalTable& table, const RowForm& form, const Values& values)
     if (values.size() < form.Least || values.size() > form.Columns.size())
         return false;
     for (std::size_t i = 0; i < values.size(); ++i)
-        if (form.Columns[i] < table.Columns.size() && !FitsColumn(table.Columns[form.Columns[i]], values[i]))
+        if (!FitsColumn(table.Columns[form.Columns[i]], values[i]))
             return false;
     return true;
 }
@@ -206,8 +201,7 @@ bool FitsOnly(const JournalTable& table, const RowForm& form, const Values& valu
     if (!Fits(table, form, values))
         return false;
     for (std::size_t i = 0; i < values.size(); ++i)
-        if (form.Columns[i] < table.Columns.size() && values[i].IsText() &&
-            !IsPossible(table.Name, table.Columns[form.Columns[i]].Name, values[i].Text))
+        if (values[i].IsText() && !IsPossible(table.Name, table.Columns[form.Columns[i]].Name, values[i].Text))
             return false;
     return true;
 }
@@ -216,7 +210,7 @@ int CountDates(const JournalTable& table, const RowForm& form, const Values& val
 {
     int dates = 0;
     for (std::size_t i = 0; i < values.size(); ++i)
-        if (form.Columns[i] < table.Columns.size() && IsDateOrEmpty(values[i].Text))
+        if (IsDateOrEmpty(values[i].Text))
         {
             const std::string& name = table.Columns[form.Columns[i]].Name;
             dates += name.size() > 4 && name.compare(name.size() - 4, 4, "Date") == 0 ? 1 : 0;
@@ -230,8 +224,7 @@ Values InOrder(const JournalTable& table, const RowForm& form, const Values& val
     for (const TableColumn& column : table.Columns)
         ordered.push_back(column.Default);
     for (std::size_t i = 0; i < values.size(); ++i)
-        if (form.Columns[i] < ordered.size())
-            ordered[form.Columns[i]] = values[i];
+        ordered[form.Columns[i]] = values[i];
     return ordered;
 }
 

@@ -40,14 +40,15 @@ JournalTable SchemaTable();
 // a migration adds have no value in older rows.
 struct RowForm
 {
-    std::vector<std::size_t> Columns; // the number of the table's columns stands for an unknown column
-    std::size_t Least = 0;            // the number of values of the shortest row
+    std::vector<std::size_t> Columns;
+    std::size_t Least = 0; // the number of values of the shortest row
 };
 
 // The forms in all schemas, the current one first.
 std::vector<RowForm> FormsOf(const JournalTable& table);
 
-// The form in a file with this definition of the table; std::nullopt where SQLite cannot read the definition.
+// The form in a file with this definition of the table; std::nullopt where SQLite cannot read the definition, or where
+// its columns are not those of a journal.
 std::optional<RowForm> FormOfDefinition(const JournalTable& table, const std::string& definition);
 
 // Whether the values have the number and the types of the form's columns.

@@ -86,7 +86,7 @@ void RemoveOrphans(const std::filesystem::path& destination)
         std::string text = TextOfPath(*name);
         if (IsLockName(text, beginning))
         {
-            if (const std::filesystem::path lock = parent / *name; IsEmptyFile(lock))
+            if (const std::filesystem::path lock = parent / *name; SizeOfRegularFile(lock) == 0)
                 RemoveUnlessLocked(lock);
         }
         else if (text.size() > CopySuffix.size() && text.substr(text.size() - CopySuffix.size()) == CopySuffix)

@@ -68,7 +68,7 @@ RawLock::RawLock(const RawFile& file) : File(file.File)
             return;
         File->pMethods->xUnlock(File, SQLITE_LOCK_NONE);
         if (result != SQLITE_BUSY || waited >= longest)
-            RequireDone(result, "locking");
+            Fail("locking", sqlite3_errstr(result));
         sqlite3_sleep(pause);
     }
 }

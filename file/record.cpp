@@ -1,6 +1,7 @@
 #include "record.h"
 
 #include <cstring>
+#include <iterator>
 
 namespace plant_file
 {
@@ -12,7 +13,6 @@ namespace
 // texts.
 constexpr std::int64_t RealType = 7;
 constexpr std::int64_t ZeroType = 8;
-constexpr std::int64_t OneType = 9;
 constexpr std::int64_t FirstBlob = 12;
 
 std::optional<std::size_t> SizeOfType(std::int64_t type)
@@ -20,9 +20,8 @@ std::optional<std::size_t> SizeOfType(std::int64_t type)
     constexpr std::size_t sizes[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0};
     if (type >= FirstBlob)
         return static_cast<std::size_t>(type - FirstBlob) / 2;
-    if (type < 0 || type > OneType)
-        return std::nullopt;
-    return sizes[type];
+    const auto number = static_cast<std::uint64_t>(type); // a negative one becomes large
+    return number < std::size(sizes) ? std::optional(sizes[number]) : std::nullopt;
 }
 
 void AppendUTF8(std::uint32_t point, std::string& text)
@@ -110,10 +109,10 @@ Value ReadValue(const unsigned char* bytes, std::size_t size, std::int64_t type,
 std::optional<Values> ReadRecord(const Bytes& payload, TextEncoding encoding)
 {
     std::size_t at = 0;
-    const std::optional<std::int64_t> headerSize = ReadVarint(payload, at, payload.size());
-    if (!headerSize || *headerSize < 1 || *headerSize > static_cast<std::int64_t>(payload.size()))
+    const std::int64_t headerSize = ReadVarint(payload, at, payload.size()).value_or(0);
+    if (headerSize < 1 || headerSize > static_cast<std::int64_t>(payload.size()))
         return std::nullopt;
-    const auto bodyAt = static_cast<std::size_t>(*headerSize);
+    const auto bodyAt = static_cast<std::size_t>(headerSize);
     std::size_t valueAt = bodyAt;
     Values values;
     while (at < bodyAt)

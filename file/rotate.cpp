@@ -67,7 +67,8 @@ std::vector<DatedBackUp> ExpiredBackUps(std::vector<DatedBackUp> backUps, const 
 {
     const auto isOlder = [&](const DatedBackUp& backUp) { return backUp.Name <= newest; };
     backUps.erase(backUps.begin(), std::find_if(backUps.begin(), backUps.end(), isOlder));
-    std::set<std::string> kept = {newest};
+    std::set<std::string> kept;
+    kept.insert(newest);
     AddNewest(
         backUps, policy.Days, [](const BackUpMoment& moment) { return std::int64_t{moment.DayNumber()}; }, kept);
     AddNewest(
@@ -146,7 +147,12 @@ PlantFileResult ListPlantBackUps(const std::string& journal, const std::string& 
     const auto list = [&]
     {
         for (const DatedBackUp& backUp : DatedBackUps(AbsolutePath(directory), JournalNameOf(journal)))
-            files.push_back({TextOfPath(backUp.Path), backUp.Moment.Text(), backUp.Bytes});
+        {
+            PlantBackUpFile& file = files.emplace_back();
+            file.Path = TextOfPath(backUp.Path);
+            file.Time = backUp.Moment.Text();
+            file.Bytes = backUp.Bytes;
+        }
     };
     PlantFileResult result = Attempt(directory, list);
     out = std::move(files);

@@ -26,8 +26,9 @@ std::error_code LastSystemError();
 std::filesystem::path PathOfText(const std::string& text);
 std::string TextOfPath(const std::filesystem::path& path);
 
-// Why the system cannot have a file of that name, although it may find one; empty where it can.
-std::string NameProblem(const std::filesystem::path& path);
+// Calls `fail` with the reason where the system cannot have a file of that name, although it may find one.
+void RequirePossibleName(const std::filesystem::path& path,
+                         void (*fail)(const std::string& step, const std::string& reason));
 
 // ---- Files
 
@@ -133,15 +134,15 @@ bool RenameReplacingOpen(const std::filesystem::path& from, const std::filesyste
 // Fails where `destination` exists. `from` may be a file or a directory; a file may keep its earlier name, too.
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination);
 
-// Whether the path names a regular file of no bytes. False where it cannot be examined.
-bool IsEmptyFile(const std::filesystem::path& path);
+// The size of a regular file. Nothing where the path names another kind of file, or a link, or cannot be examined.
+std::optional<std::int64_t> SizeOfRegularFile(const std::filesystem::path& path);
 
 // A number that no other process of this system has at the same time.
 std::int64_t ProcessNumber();
 
 // ---- Time
 
-// In the time zone that the user has set by now.
-std::tm LocalTime(std::time_t moment);
+// Writes the time in the time zone that the user has set by now.
+void ToLocalTime(std::time_t moment, std::tm& local);
 
 } // namespace plant_file

@@ -33,9 +33,9 @@ int FlagsOf(Opening opening)
     case Opening::CreateOrOpen:
         return O_RDWR | O_CREAT;
     case Opening::CreateOrTruncate:
-        return O_WRONLY | O_CREAT | O_TRUNC;
+        break;
     }
-    return O_RDONLY;
+    return O_WRONLY | O_CREAT | O_TRUNC;
 }
 
 int OpenDescriptor(const std::filesystem::path& path, Opening opening, Access access)
@@ -100,9 +100,10 @@ std::string TextOfPath(const std::filesystem::path& path)
     return path.native();
 }
 
-std::string NameProblem(const std::filesystem::path& /*path*/)
+void RequirePossibleName(const std::filesystem::path& /*path*/,
+                         void (* /*fail*/)(const std::string& step, const std::string& reason))
 {
-    return {};
+    // The system itself refuses each name that it cannot have.
 }
 
 OpenedFile::OpenedFile(const std::filesystem::path& path, Opening opening, Access access)
@@ -273,23 +274,23 @@ bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesy
     return false;
 }
 
-bool IsEmptyFile(const std::filesystem::path& path)
+std::optional<std::int64_t> SizeOfRegularFile(const std::filesystem::path& path)
 {
     struct stat status = {};
-    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
-}
-
-std::tm LocalTime(std::time_t moment)
-{
-    std::tm local = {};
-    tzset();
-    localtime_r(&moment, &local);
-    return local;
+    if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return status.st_size;
 }
 
 std::int64_t ProcessNumber()
 {
     return getpid();
+}
+
+void ToLocalTime(std::time_t moment, std::tm& local)
+{
+    tzset();
+    localtime_r(&moment, &local);
 }
 
 } // namespace plant_file

@@ -249,20 +249,19 @@ bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesy
     return MoveFileExW(from.c_str(), destination.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
 }
 
-bool IsEmptyFile(const std::filesystem::path& path)
+std::optional<std::int64_t> SizeOfRegularFile(const std::filesystem::path& path)
 {
     WIN32_FILE_ATTRIBUTE_DATA found = {};
-    return GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &found) != 0 &&
-           (found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0 &&
-           found.nFileSizeHigh == 0 && found.nFileSizeLow == 0;
+    if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &found) == 0 ||
+        (found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) != 0)
+        return std::nullopt;
+    return static_cast<std::int64_t>(found.nFileSizeHigh) << 32 | found.nFileSizeLow;
 }
 
-std::tm LocalTime(std::time_t moment)
+void ToLocalTime(std::time_t moment, std::tm& local)
 {
-    std::tm local = {};
     _tzset();
     localtime_s(&local, &moment);
-    return local;
 }
 
 std::int64_t ProcessNumber()

@@ -86,12 +86,12 @@ std::string TextOfPath(const std::filesystem::path& path)
     return text;
 }
 
-std::string NameProblem(const std::filesystem::path& path)
+void RequirePossibleName(const std::filesystem::path& path,
+                         void (*fail)(const std::string& step, const std::string& reason))
 {
     for (const std::filesystem::path& part : path.relative_path())
-        if (std::string problem = ProblemOfPart(part.native()); !problem.empty())
-            return problem;
-    return {};
+        if (const std::string problem = ProblemOfPart(part.native()); !problem.empty())
+            fail("", problem);
 }
 
 } // namespace plant_file
