@@ -52,9 +52,20 @@ bool DamagedJournal::ReadSchema()
             ReadPageRows(*Pages, Pages->Read(number), Tables[schema].Table, Tables[schema].Forms.front());
         isWhole = rows.Damaged == 0 && isWhole;
         for (const PageRow& row : rows.List)
+        {
             AddSchemaEntry(row.Stored);
+            isWhole = IsKnown(Schema.back()) && isWhole;
+        }
     }
     return isWhole;
+}
+
+// Whether a journal has such an entry, as far as its type and its name show.
+bool DamagedJournal::IsKnown(const SchemaEntry& entry) const
+{
+    return entry.Type == "index" || (entry.Type == "table" && std::any_of(Tables.begin(), Tables.end(),
+                                                                          [&](const MappedTable& table)
+                                                                          { return table.Table.Name == entry.Name; }));
 }
 
 void DamagedJournal::AddSchemaEntry(const Values& values)

@@ -37,6 +37,7 @@ class DamagedJournal
     };
 
     bool ReadSchema();
+    bool IsKnown(const SchemaEntry& entry) const;
     void AddSchemaEntry(const Values& values);
     void FollowTables(bool schemaIsWhole);
     bool LacksIndexedRows(std::size_t table);

@@ -30,8 +30,7 @@ std::optional<PageFormat> FormatInHeader(DamagedFile& file)
     format.Reserved = header[20];
     format.Encoding = static_cast<TextEncoding>(encoding);
     const bool isWhole = std::equal(magic.begin(), magic.end(), header.begin()) && IsPageSize(size) && encoding >= 1 &&
-                         encoding <= Encodings.size() && size - format.Reserved >= leastUsable &&
-                         bytes == file.Size();
+                         encoding <= Encodings.size() && size - format.Reserved >= leastUsable && bytes == file.Size();
     return isWhole ? std::optional(format) : std::nullopt;
 }
 

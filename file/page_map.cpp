@@ -110,8 +110,7 @@ void PageMap::ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& r
         Tables[table].Gaps.push_back(range);
         return;
     }
-    const bool isInBoth = isFree && Free.IsWhole;
-    const bool isDoubtful = !isInRange || isInBoth;
+    const bool isDoubtful = !isInRange || isFree;
     if (isDoubtful) // where the link is wrong, the page with the rows of the range is somewhere else
         Tables[table].Gaps.push_back(range);
     const Claim claim{table, range, isInRange, isDoubtful, depth};

@@ -48,6 +48,8 @@ class FileCallsTest : public testing::Test
             const int created = mkostemp(name.data(), O_CLOEXEC);
             return created != -1 && close(created) == 0;
         }
+        case FileCall::AddDirectory:
+            return mkdir(Scratch.File("added").c_str(), 0700) == 0 && rmdir(Scratch.File("added").c_str()) == 0;
         case FileCall::Remove:
             std::ofstream(Scratch.File("removed")) << "text";
             return remove(Scratch.File("removed").c_str()) == 0;
@@ -67,7 +69,7 @@ class FileCallsTest : public testing::Test
 
 const std::set<FileCall> AllFileCalls = {FileCall::Link,       FileCall::Rename,        FileCall::Sync,
                                          FileCall::ChangeMode, FileCall::OpenDirectory, FileCall::CreateTemporary,
-                                         FileCall::Lock,       FileCall::Remove};
+                                         FileCall::Lock,       FileCall::AddDirectory,  FileCall::Remove};
 
 TEST_F(FileCallsTest, CallsReachTheSystemWhereNoFailureIsInScope)
 {

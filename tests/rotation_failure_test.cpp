@@ -127,6 +127,32 @@ TEST_F(RotationFailureTest, ABackupThatCannotBeRemovedIsAnError)
     EXPECT_EQ(There(), (Names{"2026-05-03-100000-journal.db", "2026-05-04-100000-journal.db"}));
 }
 
+TEST_F(RotationFailureTest, OfSeveralFailedRemovalsTheFirstIsReported)
+{
+    ASSERT_EQ(RotateAt("2026-05-02 10:00:00"), "");
+    ASSERT_EQ(RotateAt("2026-05-03 10:00:00"), "");
+    const FileCallFailure failure({FileCall::Remove}, FileCallFailure::EveryCall, EACCES);
+    EXPECT_EQ(RotateAt("2026-05-04 10:00:00", {1, 0, 0}),
+              Place + ": removing 2026-05-03-100000-journal.db: Permission denied");
+    EXPECT_TRUE(Rotation.Dropped.empty());
+}
+
+TEST_F(RotationFailureTest, ABackupThatAnotherRotationHasRemovedIsNoError)
+{
+    ASSERT_EQ(RotateAt("2026-05-02 10:00:00"), "");
+    const FileCallFailure failure({FileCall::Remove}, 1, ENOENT);
+    EXPECT_EQ(RotateAt("2026-05-04 10:00:00", {1, 0, 0}), "");
+    EXPECT_EQ(Rotation.Dropped.size(), 1U); // that of 1 May
+}
+
+TEST_F(RotationFailureTest, ADirectoryThatCannotBeCreatedIsAnError)
+{
+    const FileCallFailure failure({FileCall::AddDirectory}, 1);
+    Place = Scratch.File("stick/backups");
+    EXPECT_EQ(RotateAt(Second), Place + ": creating the directory: Input/output error");
+    EXPECT_FALSE(std::filesystem::exists(Scratch.File("stick")));
+}
+
 TEST_F(RotationFailureTest, ADirectoryThatCannotBeListedIsAnError)
 {
     const Names before = There();

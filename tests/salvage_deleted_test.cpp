@@ -67,6 +67,53 @@ TEST_F(SalvageDeletedRowTest, AnIndexShowsWhichRowsAreDeleted)
     EXPECT_EQ(RowsOf(Destination), Expected);
 }
 
+TEST_F(SalvageDeletedRowTest, ADamagedFreeListCostsNoRow)
+{
+    const std::size_t list = FreeListAt();
+    ZeroPages("PlantEvents", "internal");
+    const std::string whole = FileBytes(Path);
+    const std::string itself = whole.substr(32, 4);
+    // A page of the list begins with the number of the next one, the number of free pages in it, and these.
+    const std::pair<std::size_t, std::string> damages[] = {
+        {0, itself},
+        {0, std::string(4, '\xFF')},
+        {4, std::string(4, '\xFF')},
+        {8, std::string(4, '\0')},
+        {8, std::string("\0\0\0\1", 4)},
+        {8, std::string(4, '\xFF')},
+        {8, whole.substr(list + 12, 4)}, // twice
+    };
+    for (const auto& [at, damage] : damages)
+    {
+        std::string bytes = whole;
+        WriteBytes(Path, bytes.replace(list + at, 4, damage));
+        Salvage();
+        EXPECT_TRUE(RowsOf(Destination) == Expected) << at << ' ' << static_cast<int>(damage.back());
+    }
+}
+
+TEST_F(SalvageDeletedRowTest, ALinkToAPageOfADamagedFreeListCostsNoRow)
+{
+    std::string bytes = FileBytes(Path);
+    bytes[39] = static_cast<char>(bytes[39] + 1); // the number of free pages
+    std::size_t root = 0;
+    for (const UsedPage& page : UsedPages(Path))
+        if (page.Name == "PlantEvents" && page.Kind == "internal" && page.Path == "/")
+            root = page.Offset;
+    const std::size_t list = FreeListAt();
+    const auto byte = [&](std::size_t at) { return static_cast<std::size_t>(static_cast<unsigned char>(bytes[at])); };
+    const std::string whole = bytes;
+    for (std::size_t cell = 0; cell < byte(root + 4); ++cell)
+    {
+        const std::size_t link = root + byte(root + 12 + 2 * cell) * 256 + byte(root + 13 + 2 * cell);
+        WriteBytes(Path, bytes.replace(link, 4, whole.substr(list + 8, 4)));
+        Salvage();
+        bytes = whole;
+        const std::string kept = Salvaged("SELECT count(*) FROM PlantEvents WHERE ID<=50 OR ID>450");
+        EXPECT_EQ(kept, "103") << "link " << cell; // as before the damage
+    }
+}
+
 TEST_F(SalvageDeletedRowTest, ALinkToAFreePageCostsNoRow)
 {
     const std::string whole = FileBytes(Path);

@@ -7,6 +7,7 @@
 #include "support/disk_failure.h"
 #include "support/file_calls.h"
 #include "support/salvage_test.h"
+#include "support/sqlite_calls.h"
 #include "support/test_form.h"
 
 #include <chrono>
@@ -132,6 +133,49 @@ TEST_F(SalvageFailureTest, AFailingSyncIsAnError)
     EXPECT_EQ(SalvagePlantDatabase(Path, Destination, report).Error,
               Destination + ": syncing the directory: Input/output error");
     EXPECT_EQ(ContentOf(Destination), ContentOf(Path));
+}
+
+TEST_F(SalvageFailureTest, AFailingCallOfSQLiteLeavesNoFile)
+{
+    // A damaged page, and a row that the table refuses: these need further statements.
+    for (const UsedPage& page : UsedPages(Path))
+        if (page.Name == "PlantEvents" && page.Kind == "leaf")
+            Zero(Path, page.Offset, page.Size);
+    PlainConnection(Path).RunSQL("PRAGMA ignore_check_constraints=ON; UPDATE PlantHealthObservations SET Severity=6;");
+    const std::string expected = Printed(Salvage());
+    std::filesystem::remove(Destination);
+    const auto before = Scratch.Files();
+    for (const SQLiteCall call : {SQLiteCall::Exec, SQLiteCall::Prepare, SQLiteCall::Bind, SQLiteCall::Step})
+        for (const char* sql : {"INSERT INTO", "SELECT 1 AND", ""})
+        {
+            int number = 0;
+            for (bool happened = true; happened;)
+            {
+                const CallFailure failure(call, ++number, SQLITE_NOMEM, sql);
+                PlantSalvageReport report;
+                const PlantFileResult result = SalvagePlantDatabase(Path, Destination, report);
+                happened = failure.Happened();
+                ASSERT_TRUE(result || happened) << result.Error;
+                ASSERT_TRUE(result || Scratch.Files() == before) << number << ' ' << sql;
+                if (result) // the end of a transaction that only read may fail
+                {
+                    ASSERT_EQ(Printed(report), expected) << number << ' ' << sql;
+                }
+                std::filesystem::remove(Destination);
+            }
+            EXPECT_TRUE(number > 1 || call == SQLiteCall::Exec) << sql;
+        }
+}
+
+TEST_F(SalvageFailureTest, ADestinationThatIsCreatedMeanwhileIsKept)
+{
+    const AfterFileCall create( // the directory is opened for old files, and again after all names were found free
+        FileCall::OpenDirectory, [&] { WriteBytes(Destination, "another file"); }, 2);
+    PlantSalvageReport report;
+    EXPECT_EQ(SalvagePlantDatabase(Path, Destination, report).Error, Destination + ": already exists");
+    EXPECT_TRUE(create.Happened());
+    EXPECT_EQ(FileBytes(Destination), "another file");
+    EXPECT_EQ(Scratch.Files().size(), 2);
 }
 
 TEST_F(SalvageFailureTest, AFailingAllocationLeavesNoFile)

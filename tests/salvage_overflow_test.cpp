@@ -50,6 +50,16 @@ TEST_F(SalvageOverflowTest, LongTextsComeBack)
     EXPECT_EQ(RowsOf(Destination), RowsOf(Path));
 }
 
+TEST_F(SalvageOverflowTest, RowsOfAllLengthsComeBack)
+{
+    // The last value ends with zeros: the last page of some rows has nothing else.
+    PlainConnection(Path).RunSQL("WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL SELECT X+1 FROM N LIMIT 540) "
+                                 "INSERT INTO PlantCareEntries(PlantUUID,Product,RunoffMl) SELECT "
+                                 "'11111111-1111-4111-8111-111111111111',printf('%.*c',900+X,'p'),0.5 FROM N;");
+    Salvage();
+    EXPECT_TRUE(RowsOf(Destination) == RowsOf(Path));
+}
+
 TEST_F(SalvageOverflowTest, ALostOverflowPageCostsItsRowAlone)
 {
     const std::string whole = FileBytes(Path);

@@ -248,6 +248,34 @@ TEST_F(SalvagePageTest, WrongKeysOfAnInteriorPageCostNoRow)
     }
 }
 
+TEST_F(SalvagePageTest, TheLastLinkMayLeadToTheFirstLeaf)
+{
+    Change(PageOf("PlantEvents", "internal").Offset + 8,
+           {0, 0, 0, static_cast<char>(PageOf("PlantEvents", "leaf").Number)});
+    ExpectAllRows("PlantEvents ");
+}
+
+TEST_F(SalvagePageTest, TwoEqualKeysOfAnInteriorPageCostNoRow)
+{
+    const UsedPage& root = PageOf("PlantEvents", "internal");
+    const std::string page = FileBytes(Path).substr(root.Offset, root.Size);
+    const auto cellAt = [&](std::size_t at)
+    {
+        return static_cast<std::size_t>(static_cast<unsigned char>(page[at]) << 8U |
+                                        static_cast<unsigned char>(page[at + 1]));
+    };
+    Change(root.Offset + cellAt(14) + 4, page.substr(cellAt(12) + 4, 1));
+    Salvage();
+    EXPECT_EQ(RowsOf(Destination), Expected);
+}
+
+TEST_F(SalvagePageTest, APointerToTheEndOfAnInteriorPageCostsNoRow)
+{
+    const UsedPage& root = PageOf("PlantEvents", "internal");
+    Change(root.Offset + 12, std::string("\x01\xFC", 2)); // the last four of 512 bytes: a link without a key
+    ExpectAllRows("PlantEvents ");
+}
+
 TEST_F(SalvagePageTest, ATreeWithACycleEnds)
 {
     const UsedPage& root = PageOf("PlantEvents", "internal");

@@ -57,6 +57,13 @@ TEST_F(SalvageRefusalTest, AFileWithoutAJournalIsAnError)
     }
 }
 
+TEST_F(SalvageRefusalTest, ADatabaseWithoutTablesIsAnError)
+{
+    std::filesystem::remove(Path);
+    PlainConnection(Path).RunSQL("PRAGMA user_version=1;");
+    ExpectRefusal(NothingFound());
+}
+
 TEST_F(SalvageRefusalTest, ADatabaseOfAnotherProgramIsAnError)
 {
     std::filesystem::remove(Path);

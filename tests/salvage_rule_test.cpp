@@ -131,6 +131,21 @@ TEST_F(SalvageRuleTest, ValuesOfAnotherTypeAreRefused)
     EXPECT_EQ(TableOf(report, "PlantCareEntries").RowsRead, 1);
 }
 
+TEST_F(SalvageRuleTest, BytesThatAreNotANumberAreAMissingValue)
+{
+    Write("UPDATE PlantCareEntries SET RunoffMl=0.71875 WHERE ID=(SELECT min(ID) FROM PlantCareEntries);");
+    std::string bytes = FileBytes(Path);
+    const std::string number("\x3F\xE7\0\0\0\0\0\0", 8);
+    const std::size_t at = bytes.find(number);
+    ASSERT_NE(at, std::string::npos);
+    WriteBytes(Path, bytes.replace(at, 8, 8, '\xFF'));
+    const PlantSalvageReport report = Salvage();
+    const PlantSalvageTable& care = TableOf(report, "PlantCareEntries");
+    EXPECT_EQ(care.RowsRead, 1);
+    ASSERT_EQ(care.Losses.size(), 1);
+    EXPECT_EQ(care.Losses.front().Reason, "A value is missing.");
+}
+
 TEST_F(SalvageRuleTest, ASecondRowWithAUUIDIsRefused)
 {
     const std::string other = "22222222-2222-4222-8222-222222222222";

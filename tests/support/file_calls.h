@@ -19,6 +19,7 @@ enum class FileCall
     OpenDirectory,   // opendir
     CreateTemporary, // mkostemp, mkostemp64
     Lock,            // flock
+    AddDirectory,    // mkdir
     Remove           // remove, which std::filesystem::remove calls
 };
 
@@ -78,6 +79,7 @@ class FileCallListener
     virtual void Renamed(const char* from, const char* to) = 0;
     virtual void Synced(int file) = 0;
     virtual void Created(const char* name) = 0; // by mkostemp
+    virtual void AddedDirectory(const char* name) = 0;
     virtual void Removed(const char* name) = 0;
 };
 

@@ -87,6 +87,12 @@ extern "C"
         return Pass(FileCall::Lock, "flock", -1, file, operation);
     }
 
+    int mkdir(const char* name, mode_t mode) noexcept
+    {
+        const int result = Pass(FileCall::AddDirectory, "mkdir", -1, name, mode);
+        return Announce(result, &FileCallListener::AddedDirectory, name);
+    }
+
     int remove(const char* name) noexcept
     {
         return Announce(Pass(FileCall::Remove, "remove", -1, name), &FileCallListener::Removed, name);

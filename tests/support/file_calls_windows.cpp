@@ -18,6 +18,8 @@ DWORD WindowsError(int error)
     {
     case EACCES:
         return ERROR_ACCESS_DENIED;
+    case ENOENT:
+        return ERROR_FILE_NOT_FOUND;
     case ENOSPC:
         return ERROR_DISK_FULL;
     case ENOTSUP:
@@ -93,6 +95,12 @@ BOOL WINAPI LockGated(HANDLE file, DWORD flags, DWORD reserved, DWORD low, DWORD
                 begin);
 }
 
+BOOL WINAPI AddDirectoryGated(LPCWSTR name, LPSECURITY_ATTRIBUTES security)
+{
+    return Pass(FileCall::AddDirectory, Original<decltype(CreateDirectoryW)>("CreateDirectoryW"), FALSE, name,
+                security);
+}
+
 BOOL WINAPI DeleteGated(LPCWSTR name)
 {
     return Pass(FileCall::Remove, Original<decltype(DeleteFileW)>("DeleteFileW"), FALSE, name);
@@ -109,5 +117,6 @@ extern "C"
     decltype(&FindFirstGated) __imp_FindFirstFileW = FindFirstGated;
     decltype(&CreateGated) __imp_CreateFileW = CreateGated;
     decltype(&LockGated) __imp_LockFileEx = LockGated;
+    decltype(&AddDirectoryGated) __imp_CreateDirectoryW = AddDirectoryGated;
     decltype(&DeleteGated) __imp_DeleteFileW = DeleteGated;
 }

@@ -150,12 +150,6 @@ extern "C"
         return (flags & O_CREAT) == 0 ? file : Recorded(file, [&](FileRecorder& to, int) { to.Created(name); });
     }
 
-    int mkdir(const char* name, mode_t mode) noexcept
-    {
-        const int result = CallSystem<int>("mkdir", name, mode);
-        return Recorded(result, [&](FileRecorder& to, int) { to.AddedDirectory(name); });
-    }
-
     int unlink(const char* name) noexcept
     {
         const int result = CallSystem<int>("unlink", name);

@@ -34,7 +34,7 @@ class FileRecorder : private FileCallListener
     void Synced(int file) override;
     void Created(const char* name) override;
     void Removed(const char* name) override;
-    void AddedDirectory(const char* name);
+    void AddedDirectory(const char* name) override;
     void Wrote(int file, const void* bytes, std::size_t count, std::size_t offset);
     void Truncated(int file, std::size_t size);
 

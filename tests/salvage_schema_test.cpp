@@ -1,0 +1,130 @@
+// Salvages of files whose schema is damaged, or written to do harm.
+
+#include "plant_file.h"
+
+#include "support/salvage_test.h"
+
+#include <filesystem>
+
+using namespace support;
+
+namespace
+{
+
+// A journal with several pages for its schema.
+class SalvageSchemaTest : public SalvageTest
+{
+  protected:
+    SalvageSchemaTest()
+    {
+        Grow();
+        Expected = RowsOf(Path);
+    }
+
+    // Changes rows of the schema as no program should.
+    void WriteSchema(const std::string& sql) const
+    {
+        PlainConnection(Path).RunSQL("PRAGMA writable_schema=ON; " + sql);
+    }
+    void ExpectAllRows() const
+    {
+        const PlantSalvageReport report = Salvage();
+        for (const PlantSalvageTable& table : report.Tables)
+            EXPECT_EQ(table.RowsMissing, 0) << table.Name;
+        EXPECT_EQ(RowsOf(Destination), Expected);
+    }
+
+    std::string Expected;
+};
+
+TEST_F(SalvageSchemaTest, ADamagedRowOfTheSchemaCostsNoRow)
+{
+    std::vector<UsedPage> leaves;
+    for (const UsedPage& page : UsedPages(Path))
+        if (page.Name == "sqlite_schema" && page.Kind == "leaf")
+            leaves.push_back(page);
+    ASSERT_GT(leaves.size(), 3U);
+    const std::string whole = FileBytes(Path);
+    for (const UsedPage& leaf : leaves)
+    {
+        SCOPED_TRACE(leaf.Number);
+        std::string bytes = whole;
+        bytes.replace(leaf.Offset + (leaf.Number == 1 ? 108 : 8), 2, "\xFF\xFF"); // the pointer to its first row
+        WriteBytes(Path, bytes);
+        ExpectAllRows();
+    }
+}
+
+TEST_F(SalvageSchemaTest, ADamagedNameOfAColumnCostsNoRow)
+{
+    WriteSchema(
+        "UPDATE sqlite_master SET sql=replace(sql,'EventDate','EventDatf') WHERE name='PlantEvents';"
+        "UPDATE sqlite_master SET sql=replace(sql,'Severity','Sevfrity') WHERE name='PlantHealthObservations';");
+    ExpectAllRows();
+}
+
+TEST_F(SalvageSchemaTest, ADamagedTypeOrNameOfATableCostsNoRow)
+{
+    const std::string whole = FileBytes(Path);
+    for (const char* set : {"type='tablf'", "name='PlantEventt'"})
+    {
+        WriteBytes(Path, whole);
+        WriteSchema(std::string("UPDATE sqlite_master SET ") + set + " WHERE name='PlantEvents';");
+        ExpectAllRows();
+    }
+}
+
+TEST_F(SalvageSchemaTest, ATableWithTooFewColumnsGivesNoRow)
+{
+    PlainConnection(Path).RunSQL("DROP TABLE PlantPhotos; CREATE TABLE PlantPhotos(ID INTEGER PRIMARY KEY,UUID TEXT);"
+                                 "INSERT INTO PlantPhotos VALUES(1,'a UUID');");
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(TableOf(report, "PlantPhotos").RowsRead, 0);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 0);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 203);
+}
+
+TEST_F(SalvageSchemaTest, ADefinitionThatNeverEndsCostsNoRow)
+{
+    WriteSchema("UPDATE sqlite_master SET sql='CREATE TABLE PlantEvents AS WITH RECURSIVE N(X) AS (SELECT 1 UNION ALL "
+                "SELECT X+1 FROM N) SELECT X FROM N' WHERE name='PlantEvents';");
+    ExpectAllRows();
+}
+
+TEST_F(SalvageSchemaTest, NoOtherStatementOfTheSchemaRuns)
+{
+    const std::string created = Scratch.File("created.db");
+    for (const std::string sql : {"ATTACH |" + created + "| AS Other", "VACUUM INTO |" + created + '|'})
+    {
+        WriteSchema("UPDATE sqlite_master SET sql=replace('" + sql + "','|',char(39)) WHERE name='PlantEvents';");
+        ExpectAllRows();
+        EXPECT_FALSE(std::filesystem::exists(created)) << sql;
+    }
+}
+
+TEST_F(SalvageSchemaTest, WithoutADefinitionTheDatesShowTheForm)
+{
+    // Texts of ten bytes are dates only with hyphens in the right places.
+    PlainConnection(Path).RunSQL(
+        "INSERT INTO Plants(UUID,Name,Tent,PotSize,Medium,CloneDate,TransplantDate) VALUES"
+        "('u1','first','0123456789','0123-56789','0123456-89','2024-01-02','2024-01-03'),"
+        "('u2','second','','','','2024-02-02','2024-02-03'),('u3','third','','','','','2024-03-03');");
+    Expected = RowsOf(Path);
+    std::string bytes = FileBytes(Path);
+    for (const UsedPage& page : UsedPages(Path))
+    {
+        if (page.Name == "sqlite_schema")
+            bytes.replace(page.Offset, page.Size, page.Size, '\0');
+        if (page.Name == "PlantEvents" && page.Path == "/001/") // its second row
+            bytes.replace(page.Offset + 10, 2, "\xFF\xFF");
+    }
+    WriteBytes(Path, bytes);
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 202);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 1);
+    EXPECT_EQ(Salvaged("SELECT group_concat(Name||Tent||PotSize||Medium||CloneDate||TransplantDate) FROM Plants WHERE "
+                       "UUID LIKE 'u_'"),
+              "first01234567890123-567890123456-892024-01-022024-01-03,second2024-02-022024-02-03,third2024-03-03");
+}
+
+} // namespace
