@@ -16,46 +16,11 @@
 #include <string>
 #include <vector>
 
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
-
 namespace
 {
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Storing the season
-
-/// Shows on a terminal how many records are written, because writing takes some seconds. Clears the line at the end.
-class Progress
-{
-  public:
-    explicit Progress(std::size_t total) : Total(total) {}
-    ~Progress() { Rewrite(""); }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-
-    void Step() { Rewrite("Writing the season: " + std::to_string(++Done) + " of " + std::to_string(Total)); }
-
-  private:
-    void Rewrite(const std::string& text)
-    {
-        if (IsTerminal)
-            std::cerr << '\r' << std::string(Width, ' ') << '\r' << text << std::flush;
-        Width = text.size();
-    }
-
-#ifdef _WIN32
-    bool IsTerminal = _isatty(2) != 0;
-#else
-    bool IsTerminal = isatty(STDERR_FILENO) != 0;
-#endif
-    std::size_t Total;
-    std::size_t Done = 0;
-    std::size_t Width = 0;
-};
 
 /// Throws `Problem` unless `written` is true. Every write goes through here, so that no failure is missed.
 void RequireWritten(bool written, const std::string& record)
@@ -64,25 +29,22 @@ void RequireWritten(bool written, const std::string& record)
 }
 
 /// Stores the records of `plant`. Each refers to the plant by its UUID.
-void StoreRecords(PlantRepository& repository, Plant& plant, const Compartment& measured, Progress& progress)
+void StoreRecords(PlantRepository& repository, Plant& plant, const Compartment& measured)
 {
     for (PlantEvent event : measured.Events)
     {
         event.PlantUUID = plant.UUID;
         RequireWritten(repository.CreatePlantEvent(event), "The picking of " + event.EventDate);
-        progress.Step();
     }
     for (PlantCareEntry entry : measured.Care) // also writes a timeline event
     {
         entry.PlantUUID = plant.UUID;
         RequireWritten(repository.CreatePlantCareEntry(entry), "The care of " + entry.CareDate);
-        progress.Step();
     }
     for (PlantJournalEntry entry : measured.Journal)
     {
         entry.PlantUUID = plant.UUID;
         RequireWritten(repository.CreatePlantJournalEntry(entry), "The entry of " + entry.EntryDate);
-        progress.Step();
     }
     HarvestRecord harvest = measured.Harvest; // also sets the harvest date of the plant
     RequireWritten(repository.SaveHarvestRecord(plant, harvest), "The harvest of " + plant.Name);
@@ -126,10 +88,6 @@ void StoreSeason(PlantRepository& repository, const std::vector<Compartment>& se
         return;
     }
 
-    std::size_t total = 0;
-    for (const Compartment& measured : missing)
-        total += measured.Events.size() + measured.Care.size() + measured.Journal.size();
-    Progress progress(total);
     std::vector<Plant> written;
     try
     {
@@ -138,7 +96,7 @@ void StoreSeason(PlantRepository& repository, const std::vector<Compartment>& se
             Plant plant = measured.Subject;
             RequireWritten(repository.CreatePlant(plant), "The plant " + plant.Name); // writes back the UUID
             written.push_back(plant);
-            StoreRecords(repository, plant, measured, progress);
+            StoreRecords(repository, plant, measured);
         }
     }
     catch (const Problem&)

@@ -156,9 +156,28 @@ TEST_F(BackUpOfferTest, AfterSevenDaysAChangeOffersABackup)
 {
     EXPECT_EQ(Changed("2026-05-09"), Offer(8));
     EXPECT_EQ(Changed("2026-05-10"), Offer(9));
-    EXPECT_EQ(NoticeOn("2026-05-10", {"water", "Basil", "1l", "--quiet"}), Offer(9));
+    EXPECT_EQ(NoticeOn("2026-05-11", {"water", "Basil", "1l", "--quiet"}), Offer(10));
     DoneOn("2026-05-10", {"plant", "list"});                                                // reading offers nothing
     EXPECT_EQ(On("2026-05-10", {"water", "Mint"}).Error.find("notice"), std::string::npos); // nor does a refusal
+}
+
+TEST_F(BackUpOfferTest, ADayHasOneNoticeForEachJournal)
+{
+    const std::string other = Scratch.File("other.db");
+    EXPECT_EQ(NoticeOn("2026-05-01", {"plant", "add", "Basil", "--file", other}), "");
+    EXPECT_EQ(Changed("2026-05-09"), Offer(8));
+    EXPECT_EQ(Changed("2026-05-09"), "");
+    const std::string ofOther = NoticeOn("2026-05-09", {"water", "Basil", "1l", "--file", other});
+    EXPECT_EQ(ofOther.find("notice: " + other + ": no backup for 8 days"), 0U) << ofOther;
+    EXPECT_EQ(Changed("2026-05-09"), "");
+    EXPECT_EQ(Changed("2026-05-10"), Offer(9));
+}
+
+TEST_F(BackUpOfferTest, WhereNothingCanBeStoredEachChangeHasOne)
+{
+    std::filesystem::create_directory(BackUpDirectoryIn(State) + "/last-notice"); // no file can have the name
+    EXPECT_EQ(Changed("2026-05-09"), Offer(8));
+    EXPECT_EQ(Changed("2026-05-09"), Offer(8));
 }
 
 TEST_F(BackUpOfferTest, ABackupToAnyPlaceCounts)

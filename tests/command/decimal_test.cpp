@@ -1,12 +1,14 @@
 // Numbers are read to the last bit, in each locale, with each standard library.
 
 #include "record/decimal.h"
+#include "testing/scratch_directory.h"
 
 #include <array>
 #include <charconv>
 #include <clocale>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
@@ -33,6 +35,33 @@ double NumberWithBits(std::uint64_t bits)
     std::memcpy(&number, &bits, sizeof number);
     return number;
 }
+
+// A locale with a decimal comma, for as long as it lives. The system's tool compiles it: few systems have one
+// installed.
+class CommaNumbers
+{
+  public:
+    CommaNumbers()
+    {
+        const std::string compile =
+            "localedef -i de_DE -f UTF-8 '" + Locales.File("de_DE.UTF-8") + "' >'" + Locales.File("log") + "' 2>&1";
+        IsCompiled = std::system(compile.c_str()) == 0;
+        setenv("LOCPATH", Locales.File("").c_str(), 1);
+        IsSet = std::setlocale(LC_NUMERIC, "de_DE.UTF-8") != nullptr;
+    }
+    ~CommaNumbers()
+    {
+        std::setlocale(LC_NUMERIC, Before.c_str());
+        unsetenv("LOCPATH");
+    }
+    CommaNumbers(const CommaNumbers&) = delete;
+    CommaNumbers& operator=(const CommaNumbers&) = delete;
+
+    support::ScratchDirectory Locales;
+    std::string Before = std::setlocale(LC_NUMERIC, nullptr);
+    bool IsCompiled = false;
+    bool IsSet = false;
+};
 
 class DecimalTest : public testing::TestWithParam<Reader>
 {
@@ -146,15 +175,13 @@ TEST_P(DecimalTest, OnlyTheGivenLettersAreRead)
 
 TEST_P(DecimalTest, TheLocaleOfTheProgramDoesNotMatter)
 {
-    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-    bool isComma = false;
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "de_DE"})
-        isComma = isComma || std::setlocale(LC_NUMERIC, name) != nullptr;
-    if (!isComma)
-        GTEST_SKIP() << "this system has no locale with a decimal comma";
+    const CommaNumbers locale;
+    if (!locale.IsCompiled)
+        GTEST_SKIP() << "this system cannot compile a locale with a decimal comma";
+    ASSERT_TRUE(locale.IsSet);
+    ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     const double point = Read("1.5", 3);
     const double comma = Read("1,5", 1);
-    std::setlocale(LC_NUMERIC, before.c_str());
     EXPECT_EQ(point, 1.5);
     EXPECT_EQ(comma, 1.0);
 }

@@ -173,6 +173,7 @@ TEST_F(NearestWordTest, AnUnknownValueNamesTheNearest)
     EXPECT_EQ(Answer({"care", "edit", "Basil", "one", "--ec", "1"}),
               "care edit: ID: \"one\" is not a whole number; `plantjournal help care edit` describes the values\n");
     EXPECT_EQ(Answer({"care", "add", "Basil", "--ec", "1e999"}).find("care add: --ec: \"1e999\" is too large; "), 0U);
+    EXPECT_EQ(Answer({"care", "add", "Basil", "--ec=-1e999"}).find("care add: --ec: \"-1e999\" is too small; "), 0U);
 }
 
 TEST_F(NearestWordTest, ALongFormOfAValueNamesTheValue)

@@ -88,6 +88,13 @@ TEST_F(RestoreCommandTest, AnyJournalFileCanBeRestored)
     EXPECT_EQ(Parsed({"care", "list", "Basil"}).size(), 0U);
 }
 
+TEST_F(RestoreCommandTest, AFileWhoseNameIsADateIsTheBackup)
+{
+    std::filesystem::copy_file(Second, Scratch.File("2026-05-01"));
+    EXPECT_NE(Restored({"2026-05-01"}).find("Restored " + Journal + " from 2026-05-01\n"), std::string::npos);
+    EXPECT_EQ(Plants(), 2U); // the dated backup of 1 May has one
+}
+
 TEST_F(RestoreCommandTest, FromFindsTheBackupsOfAnotherPlace)
 {
     DoneOn("2026-05-04", {"backup", "--to", "stick"});

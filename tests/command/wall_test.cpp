@@ -90,7 +90,10 @@ TEST(WallTest, OnlyTheFilesForOneSystemContainCodeForIt)
               (Names{"terminal/console_posix.cpp", "terminal/console_windows.cpp"}));
     EXPECT_EQ(FilesWithLine("file", IsForOneSystem),
               (Names{"plant_file.h", "system_posix.cpp", "system_windows.cpp", "system_windows_errors.cpp",
-                     "system_windows_names.cpp"})); // the header marks the exports
+                     "system_windows_names.cpp"}));                          // the header marks the exports
+    EXPECT_EQ(FilesWithLine("bench", IsForOneSystem), Names{"process.cpp"}); // measures other programs
+    EXPECT_EQ(FilesWithLine("examples", IsForOneSystem), Names());
+    EXPECT_EQ(FilesWithLine("testing", IsForOneSystem), Names());
     for (const std::string library : {"query", "report", "validation", "watch"})
         EXPECT_EQ(FilesWithLine(library, IsForOneSystem).size(), 1U) << library; // the header likewise
 }

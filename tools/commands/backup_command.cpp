@@ -8,6 +8,7 @@
 #include "plant_file.h"
 #include "record/elapsed.h"
 #include "refusal.h"
+#include "system.h"
 #include "terminal/console.h"
 #include "terminal/printable.h"
 #include "terminal/progress.h"
@@ -16,6 +17,8 @@
 #include <memory>
 #include <system_error>
 #include <utility>
+
+using plant_file::PathOfText;
 
 namespace
 {
@@ -31,7 +34,7 @@ struct BackUpArguments
 bool Exists(const std::string& path)
 {
     std::error_code ignored;
-    return std::filesystem::exists(path, ignored);
+    return std::filesystem::exists(PathOfText(path), ignored);
 }
 
 // Whether --overwrite is what a backup of `source` to `destination` lacks.
@@ -41,8 +44,8 @@ bool CanReplace(const std::string& source, const std::string& destination)
     std::error_code ignored;
     return InspectPlantSchema(source, file) &&
            (file.Kind == PlantFileKind::Current || file.Kind == PlantFileKind::Older) &&
-           std::filesystem::is_regular_file(destination, ignored) &&
-           !std::filesystem::equivalent(source, destination, ignored);
+           std::filesystem::is_regular_file(PathOfText(destination), ignored) &&
+           !std::filesystem::equivalent(PathOfText(source), PathOfText(destination), ignored);
 }
 
 // What to do about a destination that the backup refused.
@@ -51,16 +54,6 @@ std::string AdviceForDestination(const std::string& destination)
     if (Exists(destination + "-journal") || Exists(destination + "-wal")) // the error says to remove it
         return "or name another destination";
     return Exists(destination) ? "name another destination" : "";
-}
-
-// Shows the progress on `bar`.
-PlantBackUpProgress ShownOn(Progress& bar)
-{
-    return [&bar](std::int64_t done, std::int64_t total)
-    {
-        bar.Show(done, total);
-        return !Interrupted();
-    };
 }
 
 void BackUpWithProgress(const std::string& source, const std::string& destination, bool overwrite)

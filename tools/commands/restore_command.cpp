@@ -171,12 +171,7 @@ PlantRestoration RestoreWithProgress(const std::string& journal, const std::stri
 {
     Progress bar("Restoring");
     PlantRestoration restoration;
-    const PlantFileResult result = RestorePlantDatabase(backUp, journal, restoration,
-                                                        [&](std::int64_t done, std::int64_t total)
-                                                        {
-                                                            bar.Show(done, total);
-                                                            return !Interrupted();
-                                                        });
+    const PlantFileResult result = RestorePlantDatabase(backUp, journal, restoration, ShownOn(bar));
     if (result)
         return restoration;
     const bool isLocked = result.Error.ends_with("database is locked");
@@ -237,8 +232,8 @@ void AddRestoreCommand(CLI::App& program, Session& session)
                    "restore\nrestore yesterday\nrestore /media/stick/journal.db --yes",
                    [&session, wanted] { Restore(session, *wanted); });
     AddArgument(command, "BACKUP",
-                "the backup file, or a date for the newest good backup of that day or before; without it, the newest "
-                "good backup",
+                "the backup file, or a date for the newest good backup of that day or before; a file whose name is a "
+                "date is the backup file; without BACKUP, the newest good backup",
                 wanted->Chosen, Need::Optional);
     AddFlag(command, {"--from", "find the dated backups below DIR, as `backup --to DIR` keeps them", "DIR"},
             wanted->From);

@@ -29,6 +29,12 @@ std::filesystem::path DayFile(const std::string& journal)
     return PathOfText(BackUpDirectory(journal)) / "last-backup";
 }
 
+// The file with the day of the last notice.
+std::filesystem::path NoticeFile(const std::string& journal)
+{
+    return PathOfText(BackUpDirectory(journal)) / "last-notice";
+}
+
 std::string StoredDay(const std::filesystem::path& file)
 {
     const OpenedFile opened(file, Opening::Read, Access::Owner);
@@ -86,7 +92,10 @@ void OfferBackUp(const std::string& journal)
     std::int64_t days = 0;
     if (!DaysBetweenPlantDates(last, today, days) || days < 0) // none yet, or the clock was set back
         StoreDay(file, today);
-    else if (days > mostDays)
+    else if (days > mostDays && StoredDay(NoticeFile(journal)) != today)
+    {
         std::cerr << "notice: " << Printable(journal) << ": no backup for " << days
                   << " days; `plantjournal backup` makes one\n";
+        StoreDay(NoticeFile(journal), today);
+    }
 }

@@ -10,7 +10,7 @@ std::string BackUpDirectory(const std::string& journal, const std::string& paren
 // Remembers that the journal was backed up today, to any place. Ignores a failure: a backup needs no state directory.
 void RememberBackUp(const std::string& journal);
 
-// Prints a notice on standard error if the journal's last backup is more than seven days old. For a journal that was
-// never backed up, the days count from the first call. Call it after a change. Throws std::exception where the state
-// directory cannot be used.
+// Prints a notice on standard error if the journal's last backup is more than seven days old, at most once a day if the
+// state directory can be written. For a journal that was never backed up, the days count from the first call. Call it
+// after a change. Throws std::exception where the state directory cannot be used.
 void OfferBackUp(const std::string& journal);

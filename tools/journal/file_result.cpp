@@ -2,6 +2,7 @@
 
 #include "record/text.h"
 #include "refusal.h"
+#include "system.h"
 #include "terminal/console.h"
 
 namespace
@@ -74,7 +75,7 @@ void RequireSalvage(const PlantFileResult& result, const std::string& damaged, c
         if (InspectPlantSchema(damaged, file) && file.Kind == PlantFileKind::Locked)
             advice = "try again when the other program has finished";
     }
-    else if (std::filesystem::exists(destination, ignored))
+    else if (std::filesystem::exists(plant_file::PathOfText(destination), ignored))
         advice = "name another destination";
     throw Refusal(result.Error + "; " + advice);
 }

@@ -93,7 +93,7 @@ template <typename Number> void ParseInto(const std::string& text, Number& out)
     const char* const end = text.data() + text.size();
     const std::from_chars_result result = ReadNumber(text.data(), end, out);
     if (result.ec == std::errc::result_out_of_range)
-        throw BadValue(InQuotes(text) + " is too large");
+        throw BadValue(InQuotes(text) + (text.front() == '-' ? " is too small" : " is too large"));
     if (std::is_floating_point_v<Number> && result.ec == std::errc() && result.ptr != end && *result.ptr == ',' &&
         result.ptr + 1 != end && IsDigits({result.ptr + 1, end}))
         throw BadValue(InQuotes(text) + " is not a number; write a decimal point, not a comma");

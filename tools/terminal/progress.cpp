@@ -27,3 +27,12 @@ void Progress::Show(std::int64_t done, std::int64_t total)
               << std::string(static_cast<std::size_t>(length - share), '.') << "] " << share * 100 / length << " %"
               << std::flush;
 }
+
+std::function<bool(std::int64_t done, std::int64_t total)> ShownOn(Progress& bar)
+{
+    return [&bar](std::int64_t done, std::int64_t total)
+    {
+        bar.Show(done, total);
+        return !Interrupted();
+    };
+}

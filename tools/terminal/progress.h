@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 // A progress bar on standard error, if that is a terminal. It appears when the work takes longer than a second, and the
@@ -23,3 +24,6 @@ class Progress
     bool Terminal;
     bool Drawn = false;
 };
+
+// Shows the progress of a work in the library on `bar`, and ends the work when the user interrupts it.
+std::function<bool(std::int64_t done, std::int64_t total)> ShownOn(Progress& bar);
