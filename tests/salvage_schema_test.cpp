@@ -94,7 +94,7 @@ TEST_F(SalvageSchemaTest, ADefinitionThatNeverEndsCostsNoRow)
 TEST_F(SalvageSchemaTest, NoOtherStatementOfTheSchemaRuns)
 {
     const std::string created = Scratch.File("created.db");
-    for (const std::string sql : {"ATTACH |" + created + "| AS Other", "VACUUM INTO |" + created + '|'})
+    for (const std::string& sql : {"ATTACH |" + created + "| AS Other", "VACUUM INTO |" + created + '|'})
     {
         WriteSchema("UPDATE sqlite_master SET sql=replace('" + sql + "','|',char(39)) WHERE name='PlantEvents';");
         ExpectAllRows();
