@@ -308,8 +308,8 @@ struct PlantSalvageReport
 /// journal. If a write was interrupted, the function reads what the rollback would restore. It does not read a
 /// write-ahead log. Other processes cannot write to the file meanwhile.
 ///
-/// The function needs up to 4 MB of memory, mostly for SQLite, 200 bytes for each page of the damaged file, and room for
-/// the rows of one page. Where a table may have deleted rows, it also needs 100 bytes for each row of that table.
+/// The function needs up to 4 MB of memory, mostly for SQLite, 200 bytes for each page of the damaged file, and room
+/// for the rows of one page. Where a table may have deleted rows, it also needs 100 bytes for each row of that table.
 ///
 /// - A row keeps its row ID and all its values. Nothing can show that a byte inside a value was changed: such a row is
 ///   stored with the changed value.

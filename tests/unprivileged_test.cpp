@@ -26,7 +26,7 @@ TEST_F(UnprivilegedTest, AJournalThatIsWriteProtectedIsNotReplaced)
         if (damaged)
             Damage();
         const std::string before = FileBytes(Path);
-        std::filesystem::permissions(Path, perms::owner_all | perms::others_read);
+        std::filesystem::permissions(Path, perms::owner_all | perms::group_read | perms::others_read);
         {
             const WithoutPrivileges user;
             EXPECT_EQ(Restore(), Path + ": no permission to write");

@@ -33,7 +33,7 @@ TEST_F(JournalPlaceTest, TheDefaultPlaceIsTheXDGDataDirectory)
 TEST_F(JournalPlaceTest, WithoutXDGDataHomeThePlaceIsBelowHome)
 {
     const std::string home = Scratch.File("home/.local/share/plantjournal/journal.db");
-    Around.Environment.pop_back();
+    std::erase_if(Around.Environment, [](const std::string& text) { return text.starts_with("XDG_DATA_HOME="); });
     for (const char* ignored : {"", "XDG_DATA_HOME=", "XDG_DATA_HOME=relative"})
     {
         Surroundings around = Around;

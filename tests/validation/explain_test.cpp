@@ -2,10 +2,10 @@
 
 #include "support/allocation_failure.h"
 #include "support/child_process.h"
-#include "support/privileges.h"
 #include "support/connection_interruption.h"
 #include "support/journal_files.h"
 #include "support/journal_test.h"
+#include "support/privileges.h"
 #include "support/sample_records.h"
 #include "validation/stored_records.h"
 
