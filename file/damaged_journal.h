@@ -33,7 +33,7 @@ class DamagedJournal
         std::string Type;
         std::string Name;
         std::string Table;
-        PageNumber Root;
+        PageNumber Root = 0;
     };
 
     bool ReadSchema();
