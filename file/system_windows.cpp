@@ -190,6 +190,9 @@ class DirectoryStream
     explicit DirectoryStream(const std::filesystem::path& path)
         : Search(FindFirstFileW((path / L"*").c_str(), &Found)), HasName(Search != INVALID_HANDLE_VALUE)
     {
+        if (const DWORD found = HasName ? INVALID_FILE_ATTRIBUTES : GetFileAttributesW(path.c_str());
+            found != INVALID_FILE_ATTRIBUTES && (found & FILE_ATTRIBUTE_DIRECTORY) == 0)
+            SetLastError(ERROR_DIRECTORY);
     }
     ~DirectoryStream()
     {

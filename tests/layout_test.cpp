@@ -24,7 +24,7 @@ TEST(LayoutTest, NoFileOutsideTheLibraryIsTooLong)
         const std::filesystem::path root = PLANTJOURNAL_SOURCE_DIR "/" + directory;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
         {
-            const std::string path = entry.path().string();
+            const std::string path = entry.path().generic_string();
             if (!entry.is_regular_file() || !extensions.contains(entry.path().extension().string()) ||
                 path.find("/data/") != std::string::npos)
                 continue;

@@ -2,6 +2,7 @@
 // so that the test shares no code with the demonstration.
 
 #include "support/journal_test.h"
+#include "support/on_windows.h"
 #include "support/program.h"
 
 #include <algorithm>
@@ -276,7 +277,10 @@ class SeasonTest : public testing::Test
     void ExpectRefused(const std::string& data, const std::string& message) const
     {
         EXPECT_EQ(Run(data), 1);
-        EXPECT_NE(Err().find(message), std::string::npos) << Err();
+        std::string error = Err();
+        if (OnWindows)
+            std::replace(error.begin(), error.end(), '\\', '/');
+        EXPECT_NE(error.find(message), std::string::npos) << error;
         if (std::filesystem::exists(Journal))
         {
             EXPECT_EQ(PlainConnection(Journal).Value("SELECT COUNT(*) FROM Plants;"), "0");

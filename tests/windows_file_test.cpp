@@ -131,17 +131,16 @@ TEST_F(WindowsFileTest, AnOpenDestinationIsAnErrorThatSaysWhatToDo)
 {
     ASSERT_EQ(BackUp(), "");
     const std::string before = FileBytes(Destination);
+    const std::string refused = Destination + ": renaming the copy: access is denied: another program may have the "
+                                              "file open, or the file or its directory is write-protected";
     {
         const ExclusiveFile open(Destination);
-        EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite),
-                  Destination + ": renaming the copy: another program has the file open; close it there");
+        EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), refused);
     }
     {
         const PlainConnection open(Destination);
         EXPECT_EQ(open.Value("SELECT COUNT(*)>0 FROM Plants;"), "1");
-        EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite),
-                  Destination + ": renaming the copy: access is denied: another program may have the file open, or the "
-                                "file or its directory is write-protected");
+        EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), refused);
     }
     EXPECT_EQ(FileBytes(Destination) == before, true);
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));

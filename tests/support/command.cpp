@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <utility>
 
 namespace support
@@ -44,7 +45,10 @@ Words CommandTest::Line(const Words& words)
 
 ProgramResult CommandTest::Run(const Words& words, const std::string& input) const
 {
-    return RunningProgram(Line(words), Around, input).End();
+    ProgramResult result = RunningProgram(Line(words), Around, input).End();
+    if (OnWindows) // the paths of the files of a directory have a backslash
+        result.Error = std::regex_replace(result.Error, std::regex(R"(\\(?=[A-Z][A-Za-z]*\.csv))"), "/");
+    return result;
 }
 
 ProgramResult CommandTest::RunOnTerminal(const Words& words, const std::string& typed, int columns) const

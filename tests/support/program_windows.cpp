@@ -17,7 +17,7 @@ namespace support
 namespace
 {
 
-constexpr DWORD millisecondsToStart = 1000;
+constexpr DWORD millisecondsToStart = 300;
 constexpr UINT killedStatus = 137; // as of a process that signal 9 has ended
 
 void RequireWindows(bool done, const char* call)

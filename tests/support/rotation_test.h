@@ -4,7 +4,9 @@
 
 #include "support/backup_test.h"
 #include "support/fixed_time.h"
+#include "support/on_windows.h"
 
+#include <algorithm>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -37,7 +39,21 @@ class RotationTest : public BackUpTest
     }
     std::string Rotate(const PlantBackUpPolicy& policy = {})
     {
-        return RotatePlantBackUps(Path, Place, policy, Rotation).Error;
+        const std::string error = RotatePlantBackUps(Path, Place, policy, Rotation).Error;
+        if (OnWindows) // the library joins paths by a backslash
+        {
+            Rotation.Path = WithSlash(Rotation.Path);
+            std::transform(Rotation.Dropped.begin(), Rotation.Dropped.end(), Rotation.Dropped.begin(), WithSlash);
+        }
+        return error;
+    }
+
+    // The path with a slash before its last part.
+    static std::string WithSlash(std::string path)
+    {
+        if (const std::size_t last = path.rfind('\\'); last != std::string::npos)
+            path[last] = '/';
+        return path;
     }
 
     // Writes a file into the directory.
