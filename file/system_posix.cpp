@@ -1,6 +1,7 @@
 // POSIX 2008, and what Linux and macOS have in addition where they have it.
 #include "system.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -20,29 +21,16 @@ namespace
 
 // NOLINTBEGIN(cppcoreguidelines-pro-type-vararg): the system has no other form of open and fcntl
 
-int FlagsOf(Opening opening)
-{
-    switch (opening)
-    {
-    case Opening::Read:
-        return O_RDONLY | O_NONBLOCK;
-    case Opening::ReadWrite:
-        return O_RDWR;
-    case Opening::CreateNew:
-        return O_RDWR | O_CREAT | O_EXCL;
-    case Opening::CreateOrOpen:
-        return O_RDWR | O_CREAT;
-    case Opening::CreateOrTruncate:
-        break;
-    }
-    return O_WRONLY | O_CREAT | O_TRUNC;
-}
+// In the order of Opening.
+constexpr std::array<int, 5> OpenFlags = {O_RDONLY | O_NONBLOCK, O_RDWR, O_RDWR | O_CREAT | O_EXCL, O_RDWR | O_CREAT,
+                                          O_WRONLY | O_CREAT | O_TRUNC};
 
 int OpenDescriptor(const std::filesystem::path& path, Opening opening, Access access)
 {
     constexpr mode_t owner = S_IRUSR | S_IWUSR;
     constexpr mode_t everyone = owner | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-    return open(path.c_str(), FlagsOf(opening) | O_CLOEXEC | O_NOFOLLOW, access == Access::Owner ? owner : everyone);
+    const int flags = OpenFlags.at(static_cast<std::size_t>(opening)) | O_CLOEXEC | O_NOFOLLOW;
+    return open(path.c_str(), flags, access == Access::Owner ? owner : everyone);
 }
 
 int CreateTemporaryDescriptor(char* name)
@@ -70,12 +58,6 @@ bool SyncDescriptor(int descriptor)
 
 bool RenameDirectoryWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination)
 {
-#ifdef RENAME_NOREPLACE
-    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE) == 0)
-        return true;
-    if (errno != EINVAL && errno != ENOSYS) // these two: the file system or the system has no such renaming
-        return false;
-#endif
     // Where another process creates the name between the two calls, only an empty directory is replaced.
     struct stat present = {};
     if (lstat(destination.c_str(), &present) == 0)

@@ -1,7 +1,9 @@
 #include "plant_file.h"
 
 #include "support/child_process.h"
+#include "support/damage_file.h"
 #include "support/restore_test.h"
+#include "support/sqlite_calls.h"
 #include "testing/old_files.h"
 
 #include <algorithm>
@@ -388,6 +390,24 @@ TEST_F(RestoreRefusalTest, AJournalThatIsReplacedMeanwhileIsNotReplaced)
     };
     EXPECT_EQ(Restore(replace), Path + ": another process has replaced the file meanwhile; try again");
     EXPECT_EQ(FileBytes(Path) == LaterBytes, true);
+}
+
+// SQLite would notice it only after the journal was copied aside.
+TEST_F(RestoreRefusalTest, AJournalThatIsReplacedBeforeItIsLockedIsNotCopied)
+{
+    const std::string former = Scratch.File("former.db");
+    const AfterCall replace(SQLiteCall::BackUp, 1,
+                            [&]
+                            {
+                                std::filesystem::rename(Path, former);
+                                WriteBytes(Path, "another program's");
+                            });
+    EXPECT_EQ(Restore(), Path + ": another process has replaced the file meanwhile; try again");
+    EXPECT_TRUE(replace.Happened());
+    EXPECT_EQ(Restoration.KeptPath, "");
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "former.db", "journal.db"}));
+    EXPECT_EQ(FileBytes(Path), "another program's");
+    EXPECT_EQ(FileBytes(former) == LaterBytes, true);
 }
 
 TEST_F(RestoreTest, TheProgramKeepsItsLocksOnTheJournal)
