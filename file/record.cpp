@@ -15,11 +15,12 @@ constexpr std::int64_t RealType = 7;
 constexpr std::int64_t ZeroType = 8;
 constexpr std::int64_t FirstBlob = 12;
 
-std::optional<std::size_t> SizeOfType(std::int64_t type)
+// In a damaged record, a size may exceed the memory of a 32-bit system.
+std::optional<std::uint64_t> SizeOfType(std::int64_t type)
 {
-    constexpr std::size_t sizes[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0};
+    constexpr std::uint64_t sizes[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0};
     if (type >= FirstBlob)
-        return static_cast<std::size_t>(type - FirstBlob) / 2;
+        return static_cast<std::uint64_t>(type - FirstBlob) / 2;
     const auto number = static_cast<std::uint64_t>(type); // a negative one becomes large
     return number < std::size(sizes) ? std::optional(sizes[number]) : std::nullopt;
 }
@@ -118,11 +119,12 @@ std::optional<Values> ReadRecord(const Bytes& payload, TextEncoding encoding)
     while (at < bodyAt)
     {
         const std::optional<std::int64_t> type = ReadVarint(payload, at, bodyAt);
-        const std::optional<std::size_t> size = type ? SizeOfType(*type) : std::nullopt;
+        const std::optional<std::uint64_t> size = type ? SizeOfType(*type) : std::nullopt;
         if (!size || *size > payload.size() - valueAt)
             return std::nullopt;
-        values.push_back(ReadValue(payload.data() + valueAt, *size, *type, encoding));
-        valueAt += *size;
+        const auto length = static_cast<std::size_t>(*size);
+        values.push_back(ReadValue(payload.data() + valueAt, length, *type, encoding));
+        valueAt += length;
     }
     if (valueAt != payload.size())
         return std::nullopt;

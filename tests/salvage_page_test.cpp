@@ -201,6 +201,20 @@ TEST_F(SalvagePageTest, ARowWithValuesThatDoNotFillItIsNotStored)
     EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 1);
 }
 
+TEST_F(SalvagePageTest, ARowWithATextOfGigabytesIsNotStored)
+{
+    const UsedPage& leaf = PageOf("PlantEvents", "leaf", 3);
+    const std::string types("\0\x55\x21\x15\x1D", 5); // NULL and texts of 36, 10, 4 and 8 bytes
+    const std::string file = FileBytes(Path);
+    const std::size_t header = file.find(types, leaf.Offset) - 1;
+    ASSERT_LT(header, leaf.Offset + leaf.Size);
+    // The row has a longer header now, and a text of 2^31 + 4 bytes, of which four are there.
+    Change(header, '\x0A' + types.substr(0, 4) + "\x90\x80\x80\x80\x15" + file.substr(header + 6, 50) + "note");
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 202);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 1);
+}
+
 TEST_F(SalvagePageTest, ARowIDOutOfOrderIsNotStored)
 {
     const UsedPage& leaf = PageOf("PlantEvents", "leaf", 1);

@@ -256,7 +256,8 @@ TEST_F(BasilTest, AListIsNewestFirstAndLimitedByNewest)
     EXPECT_TRUE(list.find("2026-03") < list.find("2026-02") && list.find("2026-02") < list.find("2026-01")) << list;
     EXPECT_EQ(Parsed({"note", "list", "Basil", "--newest", "2"}).size(), 2U);
     EXPECT_EQ(Parsed({"note", "list", "Basil", "--newest", "1"}).at(0).at("EntryDate"), "2026-03");
-    EXPECT_EQ(Parsed({"note", "list", "--newest", "1"}).size(), 2U); // of each plant
+    EXPECT_EQ(Parsed({"note", "list", "--newest", "1"}).size(), 2U);                   // of each plant
+    EXPECT_EQ(Parsed({"note", "list", "Basil", "--newest", "4294967297"}).size(), 3U); // more than 32 bits
     Mistaken({"note", "list", "--newest", "-1"});
 }
 

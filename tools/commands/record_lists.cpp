@@ -5,7 +5,7 @@
 #include "commands/shown_uuids.h"
 #include "terminal/printable.h"
 
-#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -18,10 +18,11 @@ struct ListRequest
     std::optional<std::string> Newest; // only this many of the newest records of each plant
 };
 
-template <typename Record> std::vector<Record> NewestOf(Session& session, const Plant& plant, std::size_t newest)
+template <typename Record> std::vector<Record> NewestOf(Session& session, const Plant& plant, std::int64_t newest)
 {
     std::vector<Record> records = RecordsOf<Record>(session, plant);
-    records.resize(std::min(records.size(), newest));
+    if (newest < static_cast<std::int64_t>(records.size()))
+        records.resize(static_cast<std::size_t>(newest));
     return records;
 }
 
@@ -35,8 +36,7 @@ template <typename Record> void List(Session& session, const ListRequest& reques
     JSON array = JSON::Array();
     std::vector<Row> rows;
     for (const Plant& plant : plants)
-        for (const Record& record :
-             NewestOf<Record>(session, plant, static_cast<std::size_t>(NumberFrom(request.Newest))))
+        for (const Record& record : NewestOf<Record>(session, plant, NumberFrom(request.Newest)))
         {
             array.Add(RecordJSON(record, plant));
             rows.push_back(RowOf(record));
