@@ -173,6 +173,7 @@ TEST_F(RotationPowerLossTest, NoneIsLostWithoutHardLinksEither)
         const FileCallFailure failure({FileCall::Link}, FileCallFailure::EveryCall, EPERM);
         return Recorded();
     }();
+    EXPECT_TRUE(losses.Has("creation"));
     EXPECT_TRUE(losses.Has("rename"));
     EXPECT_EQ(losses.Find([this](bool returned) { return Problem(returned); }), Problems());
 }

@@ -79,7 +79,8 @@ extern "C"
 
     int mkostemp64(char* name, int flags) // mkostemp with file offsets of 64 bits
     {
-        return Pass(FileCall::CreateTemporary, "mkostemp64", -1, name, flags);
+        const int result = Pass(FileCall::CreateTemporary, "mkostemp64", -1, name, flags);
+        return Announce<const char*>(result, &FileCallListener::Created, name);
     }
 
     int flock(int file, int operation) noexcept

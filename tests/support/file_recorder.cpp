@@ -39,6 +39,15 @@ template <typename Result, typename Record> Result Recorded(Result result, const
     return result;
 }
 
+// Opens a file with the system's function of this name. A call that can create the file has its permissions, too.
+int OpenRecorded(const char* function, const char* name, int flags, va_list arguments)
+{
+    if ((flags & O_CREAT) == 0)
+        return CallSystem<int>(function, name, flags);
+    const int file = CallSystem<int>(function, name, flags, va_arg(arguments, mode_t));
+    return Recorded(file, [&](FileRecorder& to, int) { to.Created(name); });
+}
+
 } // namespace
 
 FileRecorder::FileRecorder(const std::string& directory) : Root(std::filesystem::canonical(directory).string())
@@ -130,24 +139,29 @@ void FileRecorder::Truncated(int file, std::size_t size)
 
 using support::CallSystem;
 using support::FileRecorder;
+using support::OpenRecorded;
 using support::Recorded;
 
 extern "C"
 {
-    // SQLite calls the functions that end with 64 where the system has them.
+    // SQLite and the library call the functions that end with 64 where the system has them.
 
     int open(const char* name, int flags, ...)
     {
-        mode_t mode = 0;
-        if ((flags & O_CREAT) != 0)
-        {
-            va_list arguments;
-            va_start(arguments, flags);
-            mode = va_arg(arguments, mode_t);
-            va_end(arguments);
-        }
-        const int file = CallSystem<int>("open", name, flags, mode);
-        return (flags & O_CREAT) == 0 ? file : Recorded(file, [&](FileRecorder& to, int) { to.Created(name); });
+        va_list arguments;
+        va_start(arguments, flags);
+        const int file = OpenRecorded("open", name, flags, arguments);
+        va_end(arguments);
+        return file;
+    }
+
+    int open64(const char* name, int flags, ...)
+    {
+        va_list arguments;
+        va_start(arguments, flags);
+        const int file = OpenRecorded("open64", name, flags, arguments);
+        va_end(arguments);
+        return file;
     }
 
     int unlink(const char* name) noexcept
