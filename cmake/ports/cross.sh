@@ -10,15 +10,11 @@ cross_packages=(libstdc++-12-dev libcli11-dev libexif-dev libexpat1-dev libgtest
 cross() {
     local directory=$project/build/cross/$1 list=cmake/ports/left_out_$1.txt tests='' programs=''
     case $1 in
-        arm64)
-            need g++-aarch64-linux-gnu qemu-user-static
-            tests=$(sed -n 's/^\([^#:]*[.][^:]*\):.*/\1/p' "$list" | paste -sd :)
-            programs=$(sed -n 's/^\([^#:.]*\):.*/\1/p' "$list" | paste -sd '|')
-            ;;
+        arm64) need g++-aarch64-linux-gnu qemu-user-static ;;
         i386) need g++-i686-linux-gnu ;;
         *) fail "cross: $1: unknown architecture; use arm64 or i386" ;;
     esac
-    need "${test_packages[@]}" dpkg-dev
+    need "${test_packages[@]}"
     if [[ ! -e $directory/root.complete ]]; then
         say "Fetching the packages for $1"
         private_apt "$directory/apt" "$1"
@@ -28,6 +24,8 @@ cross() {
     fi
     build_port "$directory/release" --toolchain "$project/cmake/ports/$1.cmake"
     if [[ -e $list ]]; then
+        tests=$(sed -n 's/^\([^#:]*[.][^:]*\):.*/\1/p' "$list" | paste -sd :)
+        programs=$(sed -n 's/^\([^#:.]*\):.*/\1/p' "$list" | paste -sd '|')
         say 'Left out:'
         sed '/^#/d' "$list" >&2
     fi

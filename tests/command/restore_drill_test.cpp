@@ -28,7 +28,7 @@ class SalvageDrillTest : public DatedCommandTest
     // Sets the pages in the middle of the journal to zero, and returns the number of the first one.
     std::size_t LoseTheMiddle() const
     {
-        const auto pages = std::filesystem::file_size(Journal) / PageSize;
+        const auto pages = static_cast<std::size_t>(std::filesystem::file_size(Journal)) / PageSize;
         Zero(Journal, pages / 4 * PageSize, pages / 2 * PageSize);
         return pages / 4 + 1;
     }

@@ -4,6 +4,7 @@
 #include "support/command.h"
 
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -55,7 +56,7 @@ class DatedCommandTest : public CommandTest
         const auto size = std::filesystem::file_size(Journal);
         std::fstream file(Journal, std::ios::in | std::ios::out | std::ios::binary);
         file.seekp(static_cast<std::streamoff>(size / 4));
-        file << std::string(size / 2, '\0');
+        file << std::string(static_cast<std::size_t>(size / 2), '\0');
     }
 
     std::string State = StateDirectory + "/backups";
