@@ -48,4 +48,25 @@ TEST_F(SalvageIndexTest, AnIndexWithACycleEnds)
     EXPECT_FALSE(TableOf(report, "PlantEvents").IsWhole);
 }
 
+TEST_F(SalvageIndexTest, AnEntryWithoutARowIDNamesNoRow)
+{
+    Grow();
+    const UsedPage leaf = PageOf("PlantEvents", "leaf");
+    // The entry of event 5: its size, the header's size, four types, the plant and the date, and the row ID twice.
+    const std::string key =
+        PlainConnection(Path).Value("SELECT PlantUUID||EventDate FROM PlantEvents WHERE ID=5;") + "\5\5";
+    const std::size_t at = FileBytes(Path).find(key);
+    ASSERT_NE(at, std::string::npos);
+    ASSERT_EQ(FileBytes(Path).substr(at - 2, 2), "\1\1"); // the types of the row IDs: integers of one byte
+    Zero(Path, leaf.Offset, leaf.Size);
+    const std::string whole = FileBytes(Path);
+    const auto rows = static_cast<std::int64_t>(leaf.Cells);
+    EXPECT_EQ(TableOf(Salvage(), "PlantEvents").RowsMissing, rows);
+    Replace(at - 1, "\x0F"); // a text of one byte
+    EXPECT_EQ(TableOf(Salvage(), "PlantEvents").RowsMissing, rows - 1);
+    WriteBytes(Path, whole);
+    Replace(at - 6, "\1\1"); // no values
+    EXPECT_EQ(TableOf(Salvage(), "PlantEvents").RowsMissing, rows - 1);
+}
+
 } // namespace

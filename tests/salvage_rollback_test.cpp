@@ -52,6 +52,24 @@ TEST_F(SalvageRollbackTest, ARollbackJournalThatWasNeverSyncedIsApplied)
     EXPECT_TRUE(RowsOf(Destination) == Before);
 }
 
+TEST_F(SalvageRollbackTest, ARecordThatIsCutShortOrDamagedEndsTheRollback)
+{
+    constexpr std::size_t header = 512; // the size of a sector
+    Interrupt("PRAGMA synchronous=OFF;");
+    ASSERT_EQ(Rollback.substr(20, 4), std::string("\0\0\2\0", 4));
+    WriteBytes(Path + "-journal", Rollback + Rollback.substr(header, 300));
+    EXPECT_TRUE(Salvage().RolledBack);
+    EXPECT_TRUE(RowsOf(Destination) == Before);
+
+    WriteBytes(Path + "-journal", Rollback.substr(0, header + 300));
+    EXPECT_FALSE(Salvage().RolledBack);
+    std::string damaged = Rollback;
+    damaged[header + 4 + 512 + 3] ^= 1; // the last byte of the first record's checksum
+    WriteBytes(Path + "-journal", damaged);
+    EXPECT_FALSE(Salvage().RolledBack);
+    EXPECT_FALSE(RowsOf(Destination) == Before);
+}
+
 TEST_F(SalvageRollbackTest, ADamagedHeaderOfARollbackJournalIsNotApplied)
 {
     Interrupt();

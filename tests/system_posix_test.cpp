@@ -4,6 +4,7 @@
 
 #include "support/child_process.h"
 #include "support/damage_file.h"
+#include "support/file_calls.h"
 #include "support/fixed_time.h"
 #include "testing/plain_connection.h"
 #include "testing/scratch_directory.h"
@@ -222,6 +223,19 @@ TEST_F(SystemTest, ARenamedDirectoryReplacesNothing)
     EXPECT_EQ(FileBytes(Scratch.File("to/file")), "text");
     EXPECT_FALSE(RenameWithoutReplacing(Named("to"), Named("none/to")));
     EXPECT_EQ(LastSystemError(), std::errc::no_such_file_or_directory);
+}
+
+TEST_F(SystemTest, ARenamingThatFailsReportsItsOwnError)
+{
+    const auto takeName = [&]
+    {
+        std::filesystem::remove(Named("to"));
+        std::filesystem::create_directory(Named("to")); // then removing the file fails, too
+    };
+    const support::AfterFileCall afterwards(support::FileCall::Rename, takeName);
+    EXPECT_FALSE(RenameWithoutReplacing(Named("none"), Named("to")));
+    EXPECT_EQ(LastSystemError(), std::errc::no_such_file_or_directory);
+    EXPECT_TRUE(afterwards.Happened());
 }
 
 // ---- Time
