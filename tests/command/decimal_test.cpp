@@ -1,14 +1,13 @@
 // Numbers are read to the last bit, in each locale, with each standard library.
 
 #include "record/decimal.h"
-#include "testing/scratch_directory.h"
+#include "support/comma_numbers.h"
 
 #include <array>
 #include <charconv>
 #include <clocale>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
@@ -35,33 +34,6 @@ double NumberWithBits(std::uint64_t bits)
     std::memcpy(&number, &bits, sizeof number);
     return number;
 }
-
-// A locale with a decimal comma, for as long as it lives. The system's tool compiles it: few systems have one
-// installed.
-class CommaNumbers
-{
-  public:
-    CommaNumbers()
-    {
-        const std::string compile =
-            "localedef -i de_DE -f UTF-8 '" + Locales.File("de_DE.UTF-8") + "' >'" + Locales.File("log") + "' 2>&1";
-        IsCompiled = std::system(compile.c_str()) == 0;
-        setenv("LOCPATH", Locales.File("").c_str(), 1);
-        IsSet = std::setlocale(LC_NUMERIC, "de_DE.UTF-8") != nullptr;
-    }
-    ~CommaNumbers()
-    {
-        std::setlocale(LC_NUMERIC, Before.c_str());
-        unsetenv("LOCPATH");
-    }
-    CommaNumbers(const CommaNumbers&) = delete;
-    CommaNumbers& operator=(const CommaNumbers&) = delete;
-
-    support::ScratchDirectory Locales;
-    std::string Before = std::setlocale(LC_NUMERIC, nullptr);
-    bool IsCompiled = false;
-    bool IsSet = false;
-};
 
 class DecimalTest : public testing::TestWithParam<Reader>
 {
@@ -175,10 +147,9 @@ TEST_P(DecimalTest, OnlyTheGivenLettersAreRead)
 
 TEST_P(DecimalTest, TheLocaleOfTheProgramDoesNotMatter)
 {
-    const CommaNumbers locale;
-    if (!locale.IsCompiled)
-        GTEST_SKIP() << "this system cannot compile a locale with a decimal comma";
-    ASSERT_TRUE(locale.IsSet);
+    const support::CommaNumbers locale;
+    if (!locale.WhyNot().empty())
+        GTEST_SKIP() << locale.WhyNot();
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     const double point = Read("1.5", 3);
     const double comma = Read("1,5", 1);

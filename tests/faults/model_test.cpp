@@ -24,7 +24,7 @@ namespace
 
 using namespace std::string_literals;
 
-std::vector<StepResult> RunAndCount(const std::vector<Step>& steps)
+std::vector<StepResult> RunAndCount(const std::vector<StepBytes>& steps)
 {
     std::vector<StepResult> outcomes = RunSteps(steps);
     AddToFigure("sequences");
@@ -41,7 +41,7 @@ TEST(ModelTest, RandomOperationsDoWhatTheModelDoes)
 {
     // Every byte is equally likely, also in short sequences.
     const auto anyByte = rc::gen::resize(rc::kNominalSize, rc::gen::arbitrary<std::uint8_t>());
-    const auto anySteps = rc::gen::container<std::vector<Step>>(rc::gen::container<Step>(anyByte));
+    const auto anySteps = rc::gen::container<std::vector<StepBytes>>(rc::gen::container<StepBytes>(anyByte));
 
     std::set<std::string> done;
     std::set<std::string> refused;

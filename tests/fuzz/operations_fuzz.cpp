@@ -17,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     try
     {
-        RunSteps(StepsFrom(data, std::min(size, 64 * Step{}.size()))); // longer inputs are slower and find nothing more
+        RunSteps(
+            StepsFrom(data, std::min(size, 64 * StepBytes{}.size()))); // longer inputs are slower and find nothing more
     }
     catch (const Mismatch& mismatch)
     {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "support/environment.h"
+
 #include <ctime>
-#include <optional>
 #include <string>
 
 namespace support
@@ -17,17 +18,17 @@ class FixedTime
     FixedTime& operator=(const FixedTime&) = delete;
 };
 
+// The fixed time, or that of the system.
+std::time_t PresentTime();
+
 // Sets the time zone in the environment while in scope. Does not call tzset.
 class TimeZone
 {
   public:
-    explicit TimeZone(const std::string& zone);
-    ~TimeZone();
-    TimeZone(const TimeZone&) = delete;
-    TimeZone& operator=(const TimeZone&) = delete;
+    explicit TimeZone(const std::string& zone) : Variable("TZ", zone) {}
 
   private:
-    std::optional<std::string> Previous;
+    EnvironmentVariable Variable;
 };
 
 } // namespace support

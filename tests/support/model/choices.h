@@ -10,13 +10,13 @@ namespace support
 
 // A random operation with random arguments, as bytes: the first byte chooses the operation, the others choose its
 // arguments. A byte of 0 chooses the plainest value.
-using Step = std::array<std::uint8_t, 16>;
+using StepBytes = std::array<std::uint8_t, 16>;
 
 // Reads the choices of a step in their order. After the last, every choice is 0.
 class Choices
 {
   public:
-    explicit Choices(const Step& step) : Bytes(step) {}
+    explicit Choices(const StepBytes& step) : Bytes(step) {}
 
     std::uint8_t Next() { return At < Bytes.size() ? Bytes.at(At++) : std::uint8_t{0}; }
 
@@ -27,7 +27,7 @@ class Choices
     }
 
   private:
-    const Step& Bytes;
+    const StepBytes& Bytes;
     std::size_t At = 0;
 };
 

@@ -19,7 +19,7 @@ struct StepRunner
 {
     explicit StepRunner(const std::string& path) : Journal(path), Arguments(Journal.Expected()) {}
 
-    StepResult Run(const Step& step);
+    StepResult Run(const StepBytes& step);
 
     template <typename Call, typename... Types> bool Run(const char* name, const Call& call, Types&... arguments)
     {
@@ -294,7 +294,7 @@ const std::vector<StepOperation>& StepOperations()
     return operations;
 }
 
-const StepOperation& OperationOf(const Step& step)
+const StepOperation& OperationOf(const StepBytes& step)
 {
     const std::vector<StepOperation>& operations = StepOperations();
     static const int weights = [&]
@@ -314,7 +314,7 @@ const StepOperation& OperationOf(const Step& step)
     return *chosen;
 }
 
-StepResult StepRunner::Run(const Step& step)
+StepResult StepRunner::Run(const StepBytes& step)
 {
     const StepOperation& operation = OperationOf(step);
     Choices choices(step);
@@ -324,25 +324,25 @@ StepResult StepRunner::Run(const Step& step)
 
 } // namespace
 
-std::vector<Step> StepsFrom(const std::uint8_t* data, std::size_t size)
+std::vector<StepBytes> StepsFrom(const std::uint8_t* data, std::size_t size)
 {
-    std::vector<Step> steps((size + Step{}.size() - 1) / Step{}.size());
+    std::vector<StepBytes> steps((size + StepBytes{}.size() - 1) / StepBytes{}.size());
     for (std::size_t i = 0; i < size; ++i)
-        steps[i / Step{}.size()].at(i % Step{}.size()) = data[i];
+        steps[i / StepBytes{}.size()].at(i % StepBytes{}.size()) = data[i];
     return steps;
 }
 
-std::vector<StepResult> RunSteps(const std::vector<Step>& steps)
+std::vector<StepResult> RunSteps(const std::vector<StepBytes>& steps)
 {
     // A journal in memory is faster, but only one in a file can be closed and opened again.
     std::optional<ScratchDirectory> scratch;
     std::string path = ":memory:";
     if (std::any_of(steps.begin(), steps.end(),
-                    [](const Step& step) { return std::strcmp(OperationOf(step).Name, "Reopen") == 0; }))
+                    [](const StepBytes& step) { return std::strcmp(OperationOf(step).Name, "Reopen") == 0; }))
         path = scratch.emplace().File("journal.db");
     StepRunner runner(path);
     std::vector<StepResult> results;
-    for (const Step& step : steps)
+    for (const StepBytes& step : steps)
         results.push_back(runner.Run(step));
     runner.Journal.CheckFile();
     return results;

@@ -13,7 +13,7 @@ namespace support
 {
 
 // The steps in `data`, one after the other. Missing bytes at the end are 0.
-std::vector<Step> StepsFrom(const std::uint8_t* data, std::size_t size);
+std::vector<StepBytes> StepsFrom(const std::uint8_t* data, std::size_t size);
 
 // The operation that a step called, and whether it returned true.
 struct StepResult
@@ -23,7 +23,7 @@ struct StepResult
 };
 
 // Runs the steps on an empty journal and on its model. Throws Mismatch.
-std::vector<StepResult> RunSteps(const std::vector<Step>& steps);
+std::vector<StepResult> RunSteps(const std::vector<StepBytes>& steps);
 
 // The names of all operations that a step can call.
 std::set<std::string> StepOperationNames();
