@@ -174,7 +174,7 @@ PlantFileResult BackUpPlantDatabase(const std::string& source, const std::string
     const auto makeCopy = [&]
     {
         std::filesystem::path to;
-        WithPathErrors([&] { to = std::filesystem::weakly_canonical(AbsolutePath(destination)); });
+        WithPathErrors([&] { to = CanonicalPath(AbsolutePath(destination)); });
         RequireFreeDestination(journal->Path(), to, mode);
         PartFile part(to);
         journal->CopyTo(part, progress);

@@ -200,7 +200,7 @@ std::vector<DatedBackUp> DatedBackUps(const std::filesystem::path& directory, co
 std::string JournalNameOf(const std::string& journal)
 {
     std::string name;
-    WithPathErrors([&] { name = TextOfPath(std::filesystem::weakly_canonical(AbsolutePath(journal)).filename()); });
+    WithPathErrors([&] { name = TextOfPath(CanonicalPath(AbsolutePath(journal)).filename()); });
     return name;
 }
 

@@ -26,12 +26,6 @@ std::filesystem::path CopyOf(std::filesystem::path lock)
     return lock;
 }
 
-void RemoveName(const std::filesystem::path& path)
-{
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-}
-
 bool IsLockName(std::string_view name, std::string_view beginning)
 {
     constexpr std::string_view letters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
@@ -47,8 +41,8 @@ void RemoveUnlessLocked(const std::filesystem::path& lock)
     const OpenedFile file(lock, Opening::Read, Access::Owner);
     if (file.TryLock() != FileLock::Held || !file.IsAt(lock))
         return;
-    RemoveName(CopyOf(lock)); // first, so that a kill between the two leaves the lock file for the next backup
-    RemoveName(lock);
+    RemoveFile(CopyOf(lock)); // first, so that a kill between the two leaves the lock file for the next backup
+    RemoveFile(lock);
 }
 
 // False where another backup has locked or removed the file, between its creation and this call. A file system may
@@ -69,8 +63,8 @@ void RemoveWithoutLock(const std::filesystem::path& lock)
     const OpenedFile file(lock, Opening::CreateNew, Access::Owner);
     if (!file.IsOpen() || !LockNewFile(file, lock))
         return;
-    RemoveName(copy);
-    RemoveName(lock);
+    RemoveFile(copy);
+    RemoveFile(lock);
 }
 
 // Files that cannot be listed or removed stay.
@@ -120,9 +114,9 @@ PartFile::PartFile(const std::filesystem::path& destination) : PartFile()
 PartFile::~PartFile()
 {
     CopyFile.Close();
-    RemoveName(Copy);
+    RemoveFile(Copy);
     if (LockFile.IsOpen())
-        RemoveName(Lock); // while it is locked, so that no other backup takes it for an orphan
+        RemoveFile(Lock); // while it is locked, so that no other backup takes it for an orphan
 }
 
 void PartFile::Finish(std::filesystem::perms permissions)

@@ -200,7 +200,7 @@ PlantFileResult RestorePlantDatabase(const std::string& backup, const std::strin
     const auto restore = [&]
     {
         std::filesystem::path to;
-        WithPathErrors([&] { to = std::filesystem::weakly_canonical(AbsolutePath(journal)); });
+        WithPathErrors([&] { to = CanonicalPath(AbsolutePath(journal)); });
         Restore(*source, to, progress, restoration);
     };
     PlantFileResult result = Attempt(backup, [&] { source.emplace(backup); });

@@ -11,7 +11,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -24,7 +23,7 @@ namespace
 std::filesystem::path ExistingDirectory(const std::string& directory)
 {
     std::filesystem::path path;
-    WithPathErrors([&] { path = std::filesystem::weakly_canonical(AbsolutePath(directory)); });
+    WithPathErrors([&] { path = CanonicalPath(AbsolutePath(directory)); });
     CreateSyncedDirectory(path);
     return path;
 }
@@ -94,11 +93,11 @@ void Remove(const std::vector<DatedBackUp>& backUps, std::vector<std::string>& r
     std::optional<Failure> failed;
     for (const DatedBackUp& backUp : backUps)
     {
-        std::error_code error;
-        if (std::filesystem::remove(backUp.Path, error)) // false if another rotation has removed it
+        const std::optional<bool> done = RemoveFile(backUp.Path);
+        if (!done && !failed)
+            failed = Failure{SQLITE_OK, "removing " + backUp.Name, LastSystemError().message()};
+        else if (done == true) // false if another rotation has removed it
             removed.push_back(TextOfPath(backUp.Path));
-        else if (error && !failed)
-            failed = Failure{SQLITE_OK, "removing " + backUp.Name, error.message()};
     }
     if (failed)
         throw Failure(*failed);

@@ -6,6 +6,7 @@
 #include "plant_database.h"
 #include "plant_file.h"
 #include "salvaged_journal.h"
+#include "system.h"
 
 #include <filesystem>
 #include <optional>
@@ -64,7 +65,7 @@ PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::stri
     const auto write = [&]
     {
         std::filesystem::path to;
-        WithPathErrors([&] { to = std::filesystem::weakly_canonical(AbsolutePath(destination)); });
+        WithPathErrors([&] { to = CanonicalPath(AbsolutePath(destination)); });
         RequireNewDestination(from, to);
         PartFile part(to);
         {

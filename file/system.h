@@ -26,6 +26,9 @@ std::error_code LastSystemError();
 std::filesystem::path PathOfText(const std::string& text);
 std::string TextOfPath(const std::filesystem::path& path);
 
+// The path without symbolic links, "." and "..". The parts that do not exist stay as they are.
+std::filesystem::path CanonicalPath(const std::filesystem::path& path);
+
 // Calls `fail` with the reason where the system cannot have a file of that name, although it may find one.
 void RequirePossibleName(const std::filesystem::path& path,
                          void (*fail)(const std::string& step, const std::string& reason));
@@ -133,6 +136,10 @@ bool RenameReplacingOpen(const std::filesystem::path& from, const std::filesyste
 
 // Fails where `destination` exists. `from` may be a file or a directory; a file may keep its earlier name, too.
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination);
+
+// Whether the call removed the file: false where no file has the name, for another process may have removed it
+// meanwhile. Nothing after a failure.
+std::optional<bool> RemoveFile(const std::filesystem::path& path);
 
 // The size of a regular file. Nothing where the path names another kind of file, or a link, or cannot be examined.
 std::optional<std::int64_t> SizeOfRegularFile(const std::filesystem::path& path);

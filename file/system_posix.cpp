@@ -82,6 +82,11 @@ std::string TextOfPath(const std::filesystem::path& path)
     return path.native();
 }
 
+std::filesystem::path CanonicalPath(const std::filesystem::path& path)
+{
+    return std::filesystem::weakly_canonical(path);
+}
+
 void RequirePossibleName(const std::filesystem::path& /*path*/,
                          void (* /*fail*/)(const std::string& step, const std::string& reason))
 {
@@ -254,6 +259,13 @@ bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesy
     unlink(destination.c_str());
     errno = error;
     return false;
+}
+
+std::optional<bool> RemoveFile(const std::filesystem::path& path)
+{
+    if (std::remove(path.c_str()) == 0)
+        return true;
+    return errno == ENOENT ? std::optional(false) : std::nullopt;
 }
 
 std::optional<std::int64_t> SizeOfRegularFile(const std::filesystem::path& path)

@@ -252,6 +252,13 @@ bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesy
     return MoveFileExW(from.c_str(), destination.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
 }
 
+std::optional<bool> RemoveFile(const std::filesystem::path& path)
+{
+    if (DeleteFileW(path.c_str()) != 0)
+        return true;
+    return LastSystemError() == std::errc::no_such_file_or_directory ? std::optional(false) : std::nullopt;
+}
+
 std::optional<std::int64_t> SizeOfRegularFile(const std::filesystem::path& path)
 {
     WIN32_FILE_ATTRIBUTE_DATA found = {};

@@ -64,7 +64,39 @@ std::wstring WithoutPrefix(std::wstring path)
     return path;
 }
 
+constexpr DWORD LongestPath = 32768;
+
+// The path of a file as the system has it; empty where the file does not exist.
+std::wstring FinalPath(const std::wstring& path)
+{
+    std::wstring final(LongestPath, L'\0');
+    const HANDLE file = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return {};
+    final.resize(GetFinalPathNameByHandleW(file, final.data(), LongestPath, FILE_NAME_NORMALIZED | VOLUME_NAME_DOS));
+    CloseHandle(file);
+    return WithoutPrefix(std::move(final));
+}
+
 } // namespace
+
+// Libstdc++'s weakly_canonical() returns another path where memory runs out.
+std::filesystem::path CanonicalPath(const std::filesystem::path& path)
+{
+    std::wstring whole(LongestPath, L'\0');
+    whole.resize(GetFullPathNameW(path.c_str(), LongestPath, whole.data(), nullptr));
+    std::wstring missing;
+    for (std::wstring existing = whole; !existing.empty() && existing.back() != L':';)
+    {
+        if (const std::wstring final = FinalPath(existing); !final.empty())
+            return final + missing;
+        const std::size_t parent = std::min(existing.find_last_of(L"\\/"), existing.size());
+        missing.insert(0, existing, parent, std::wstring::npos);
+        existing.resize(parent);
+    }
+    return whole;
+}
 
 std::filesystem::path PathOfText(const std::string& text)
 {

@@ -4,6 +4,7 @@
 #include "support/backup_test.h"
 #include "support/disk_failure.h"
 #include "support/file_calls.h"
+#include "support/on_windows.h"
 
 #include <filesystem>
 #include <fstream>
@@ -130,7 +131,7 @@ TEST_F(BackUpFailureTest, ADirectoryThatCannotBeOpenedIsAnErrorAndLeavesNoFile)
     for (const PlantBackUpMode mode : {PlantBackUpMode::Keep, PlantBackUpMode::Overwrite})
     {
         const FileCallFailure failure({FileCall::OpenDirectory}, FileCallFailure::EveryCall, EACCES);
-        EXPECT_EQ(BackUp({}, mode), Destination + ": opening the directory: Permission denied");
+        EXPECT_EQ(BackUp({}, mode), Destination + ": opening the directory: " + AccessDenied);
     }
     EXPECT_TRUE(Scratch.Files() == before);
 }

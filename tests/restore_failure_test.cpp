@@ -6,6 +6,7 @@
 #include "support/child_process.h"
 #include "support/disk_failure.h"
 #include "support/file_calls.h"
+#include "support/on_windows.h"
 #include "support/restore_test.h"
 
 #include <cerrno>
@@ -108,6 +109,13 @@ class RestoreFailureTest : public RestoreTest
                 ExpectFormerOrRestored(former, error);
             }
         }
+    }
+
+    // Whether another process has the journal locked, or on Windows open.
+    static bool IsInUse(const std::string& error)
+    {
+        return error.ends_with("database is locked") ||
+               (OnWindows && error.find("another program may have the file open") != std::string::npos);
     }
 
     // Kills a process that runs `work` again and again, after a random time.
@@ -224,8 +232,7 @@ TEST_F(RestoreFailureTest, RestorationsAtTheSameTimeDoNoHarm)
             for (const std::string& error : child.ReadLines())
             {
                 restored += error.empty() ? 1 : 0;
-                EXPECT_TRUE(error.empty() || error.find("meanwhile; try again") != std::string::npos ||
-                            error.find("database is locked") != std::string::npos)
+                EXPECT_TRUE(error.empty() || error.find("meanwhile; try again") != std::string::npos || IsInUse(error))
                     << error;
             }
             EXPECT_EQ(child.End(), "done");
@@ -240,7 +247,10 @@ TEST_F(RestoreFailureTest, RestorationsAtTheSameTimeDoNoHarm)
                 formerCopies += isFormer ? 1 : 0;
                 EXPECT_TRUE(isFormer || ContentOf(Scratch.File(name)) == BackedUp) << name;
             }
-        EXPECT_EQ(formerCopies, former == Former::Missing ? 0 : 1);
+        if (OnWindows && former == Former::Damaged) // each one that cannot replace the open file has made a copy
+            EXPECT_GE(formerCopies, 1);
+        else
+            EXPECT_EQ(formerCopies, former == Former::Missing ? 0 : 1);
     }
 }
 
@@ -264,7 +274,7 @@ TEST_F(RestoreFailureTest, RotationsDuringRestorationsCopyWholeJournals)
         {
             PlantRestoration restoration;
             const std::string error = RestorePlantDatabase(Destination, Path, restoration).Error;
-            EXPECT_TRUE(error.empty() || error.ends_with("database is locked")) << error;
+            EXPECT_TRUE(error.empty() || IsInUse(error)) << error;
         }
         for (const std::string& error : rotating.ReadLines())
             EXPECT_TRUE(error.empty() || error.ends_with("database is locked") ||

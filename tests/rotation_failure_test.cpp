@@ -121,7 +121,7 @@ TEST_F(RotationFailureTest, ABackupThatCannotBeRemovedIsAnError)
     ASSERT_EQ(RotateAt("2026-05-03 10:00:00"), "");
     const FileCallFailure failure({FileCall::Remove}, 1, EACCES);
     EXPECT_EQ(RotateAt("2026-05-04 10:00:00", {1, 0, 0}),
-              Place + ": removing 2026-05-03-100000-journal.db: Permission denied");
+              Place + ": removing 2026-05-03-100000-journal.db: " + AccessDenied);
     EXPECT_EQ(Rotation.Path, Place + "/2026-05-04-100000-journal.db");
     EXPECT_EQ(Rotation.Dropped.size(), 2U); // the others
     EXPECT_EQ(There(), (Names{"2026-05-03-100000-journal.db", "2026-05-04-100000-journal.db"}));
@@ -133,7 +133,7 @@ TEST_F(RotationFailureTest, OfSeveralFailedRemovalsTheFirstIsReported)
     ASSERT_EQ(RotateAt("2026-05-03 10:00:00"), "");
     const FileCallFailure failure({FileCall::Remove}, FileCallFailure::EveryCall, EACCES);
     EXPECT_EQ(RotateAt("2026-05-04 10:00:00", {1, 0, 0}),
-              Place + ": removing 2026-05-03-100000-journal.db: Permission denied");
+              Place + ": removing 2026-05-03-100000-journal.db: " + AccessDenied);
     EXPECT_TRUE(Rotation.Dropped.empty());
 }
 
@@ -157,11 +157,11 @@ TEST_F(RotationFailureTest, ADirectoryThatCannotBeListedIsAnError)
 {
     const Names before = There();
     const FileCallFailure failure({FileCall::OpenDirectory}, 3, EACCES); // after the orphans and the sync
-    EXPECT_EQ(RotateAt(Second), Place + ": opening the directory: Permission denied");
+    EXPECT_EQ(RotateAt(Second), Place + ": opening the directory: " + AccessDenied);
     EXPECT_EQ(There().size(), before.size() + 1);
     std::vector<PlantBackUpFile> files;
     const FileCallFailure next({FileCall::OpenDirectory}, 1, EACCES);
-    EXPECT_EQ(ListPlantBackUps(Path, Place, files).Error, Place + ": opening the directory: Permission denied");
+    EXPECT_EQ(ListPlantBackUps(Path, Place, files).Error, Place + ": opening the directory: " + AccessDenied);
 }
 
 TEST_F(RotationFailureTest, ABackupWhoseNameIsTakenMeanwhileHasTheNext)

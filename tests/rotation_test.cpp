@@ -105,7 +105,7 @@ TEST_F(RotationTest, TheListHasTheNewestBackupFirst)
     std::filesystem::remove(Path);
     EXPECT_EQ(ListPlantBackUps(Path, Place, files).Error, ""); // without the journal
     ASSERT_EQ(files.size(), 2U);
-    EXPECT_EQ(files[0].Path, Place + "/2026-05-02-000000-journal.db");
+    EXPECT_EQ(WithSlash(files[0].Path), Place + "/2026-05-02-000000-journal.db");
     EXPECT_EQ(files[0].Time, "2026-05-02 00:00:00");
     EXPECT_EQ(files[1].Time, "2026-05-01 14:03:07");
     EXPECT_EQ(files[1].Bytes, static_cast<std::int64_t>(std::filesystem::file_size(files[1].Path)));

@@ -72,12 +72,6 @@ void Rename(const std::filesystem::path& from, const std::filesystem::path& dest
         Fail(from, "renaming");
 }
 
-void RemoveFile(const std::filesystem::path& path)
-{
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-}
-
 } // namespace
 
 UndoStore::UndoStore(const std::string& journal)
