@@ -17,12 +17,19 @@ configure_windows() {
         -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=16 -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON "${@:2}"
 }
 
+# windows [--quick]
 windows() {
+    windows_set=whole
+    if [[ ${1-} == --quick ]]; then
+        windows_set=quick
+        shift
+    fi
+    (($# == 0)) || fail 'usage: ./dev windows [--quick]'
     need "${test_packages[@]}" "${windows_packages[@]}"
     windows_libraries
     # The tests replace functions of SQLite and of Windows, which they can do only for static libraries.
     configure_windows tests -DPLANTJOURNAL_TEST_MODEL=OFF -DPLANTJOURNAL_TEST_PROGRAMS_WHOLE=ON \
-        -DCMAKE_CXX_FLAGS_RELEASE='-O1 -DNDEBUG' -DCMAKE_EXE_LINKER_FLAGS=-static
+        -DCMAKE_CXX_FLAGS_RELEASE='-O1 -DNDEBUG' -DCMAKE_EXE_LINKER_FLAGS='-static -s'
     cmake --build "$windows_build/tests"
     # The command finds the DLLs in its own directory.
     configure_windows shared -DBUILD_SHARED_LIBS=ON -DPLANTJOURNAL_BUILD_TESTS=OFF -DPLANTJOURNAL_BUILD_EXAMPLES=OFF \

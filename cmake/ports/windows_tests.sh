@@ -27,15 +27,28 @@ windows_tests_left_out() {
     sed -n 's/^\([A-Za-z0-9_\/*]*\.[A-Za-z0-9_\/*]*\):.*/\1/p' tests/left_out_windows.txt | grep -v '\.cpp$' | paste -sd :
 }
 
-# run_windows_program PROGRAM: writes its output to build/windows/results/.
+# windows_parts PROGRAM: prints the parts of the program that run. The long programs run in eighths. The quick set has no
+# fault tests, and of the long programs only some eighths.
+windows_parts() {
+    case $windows_set:$1 in
+        quick:*_test) ;;
+        quick:command_tests) echo 0 1 ;;
+        quick:plantjournal_tests) echo 0 1 2 3 ;;
+        *:command_tests | *:plantjournal_tests) echo 0 1 2 3 4 5 6 7 ;;
+        *) echo 0 ;;
+    esac
+}
+
+# run_windows_program PROGRAM PART: writes its output to build/windows/results/.
 run_windows_program() {
-    local output=$windows_build/results/$1 status=0
-    rm -f "$output".*
+    local output=$windows_build/results/$1.$2 status=0 parts=1
+    [[ $1 != command_tests && $1 != plantjournal_tests ]] || parts=8
     if [[ $1 == *_corpus_test ]]; then # is not of GoogleTest
         cmake/ports/wine.sh "$(windows_program "$1")" >"$output.txt" 2>&1 || status=$?
     else
         # Wine gives a program a console, which Ctrl-C needs, only where it is on a terminal.
-        GTEST_FILTER="*-$(windows_tests_left_out)" script --quiet --return --command \
+        GTEST_FILTER="*-$(windows_tests_left_out)" GTEST_TOTAL_SHARDS=$parts GTEST_SHARD_INDEX=$2 \
+            script --quiet --return --command \
             "cmake/ports/wine.sh '$(windows_program "$1")' >'$output.txt' 2>&1" /dev/null </dev/null >/dev/null || status=$?
     fi
     echo "$status" >"$output.status"
@@ -52,37 +65,51 @@ tests_here() {
     fi
 }
 
+# counted_tests RESULT PROGRAM: prints how many tests of the program have the result, PASSED or SKIPPED.
+counted_tests() {
+    sed -n "s/.*\\[  $1 *\\] \\([0-9]*\\) tests\\{0,1\\}[.,].*/\\1/p" "$windows_build/results/$2".*.txt |
+        awk '{ sum += $1 } END { print sum + 0 }'
+}
+
 # report_windows_program PROGRAM: prints its line of the table and its failures. Fails where a test failed.
 report_windows_program() {
-    local output=$windows_build/results/$1.txt here passed skipped left_out=-
-    passed=$(sed -n 's/.*\[  PASSED  \] \([0-9]*\) tests\{0,1\}\..*/\1/p' "$output")
-    skipped=$(sed -n 's/.*\[  SKIPPED \] \([0-9]*\) tests\{0,1\}, .*/\1/p' "$output")
+    local output part here passed skipped left_out=- result=0
+    passed=$(counted_tests PASSED "$1")
+    skipped=$(counted_tests SKIPPED "$1")
     if [[ $1 == *_corpus_test ]]; then
         here=1 passed=1
     else
         here=$(tests_here "$1")
     fi
-    [[ $here == - ]] || left_out=$((here - ${passed:-0} - ${skipped:-0}))
-    printf '%-32s %8s %8s %8s %8s\n' "$1" "${passed:-0}" "${skipped:-0}" "$left_out" "$here"
-    if [[ $(<"${output%.txt}.status") != 0 ]]; then
-        sed -n '/^\[  FAILED  \] [^ ]*\( (.*\)*$/p' "$output" | sort -u
-        [[ $output == *_corpus_test.txt || -n $passed ]] || tail -n 5 "$output"
-        return 1
-    fi
+    # The quick set does not run the whole program.
+    [[ $here == - || $windows_set == quick ]] || left_out=$((here - passed - skipped))
+    printf '%-32s %8s %8s %8s %8s\n' "$1" "$passed" "$skipped" "$left_out" "$here"
+    for part in $(windows_parts "$1"); do
+        output=$windows_build/results/$1.$part
+        [[ $(<"$output.status") != 0 ]] || continue
+        result=1
+        sed -n '/^\[  FAILED  \] [^ ]*\( (.*\)*$/p' "$output.txt" | sort -u
+        grep -q '^\[  PASSED  \]' "$output.txt" || tail -n 5 "$output.txt"
+    done
+    return "$result"
 }
 
-# Runs all programs, two at once, and prints how many of their tests passed.
+# Runs the programs of the set, two at once, and prints how many of their tests passed.
 run_windows_tests() {
-    local program programs status=0 results=$windows_build/results
-    mapfile -t programs < <(windows_test_programs)
+    local program part programs=() status=0 results=$windows_build/results
+    while IFS= read -r program; do
+        [[ -z $(windows_parts "$program") ]] || programs+=("$program")
+    done < <(windows_test_programs)
     rm -rf "$results"
     mkdir -p "$results"
     say 'Running the tests under Wine'
     for program in "${programs[@]}"; do
-        while (($(jobs -pr | wc -l) >= 2)); do
-            wait -n || true
+        for part in $(windows_parts "$program"); do
+            while (($(jobs -pr | wc -l) >= 2)); do
+                wait -n || true
+            done
+            run_windows_program "$program" "$part" &
         done
-        run_windows_program "$program" &
     done
     wait
     printf '%-32s %8s %8s %8s %8s\n' program passed skipped 'left out' Linux
@@ -90,13 +117,11 @@ run_windows_tests() {
         report_windows_program "$program" || status=1
     done
     printf '\nSkipped:\n'
-    for program in "${programs[@]}"; do
-        sed -n '/: Skipped\r*$/{n;h};/^\[  SKIPPED \] .* ms)/{s/^\[  SKIPPED \] \([^ ]*\) .*/\1: /;G;s/[\r\n]//g;p}' "$results/$program.txt"
-    done
+    sed -n '/: Skipped\r*$/{n;h};/^\[  SKIPPED \] .* ms)/{s/^\[  SKIPPED \] \([^ ]*\) .*/\1: /;G;s/[\r\n]//g;p}' "$results"/*.txt
     printf '\nLeft out:\n'
     sed '/^#/d; /^$/d' tests/left_out_windows.txt
     ((status == 0)) || fail 'windows: tests failed; see build/windows/results/'
-    check_tests_left_out "${programs[@]}"
+    check_tests_left_out $(windows_test_programs)
 }
 
 # check_tests_left_out PROGRAM...: fails where left_out_windows.txt names a test that no program has. CMake has checked
