@@ -274,12 +274,13 @@ class SeasonTest : public testing::Test
     }
 
     // Expects the program to refuse the data with a message and to write nothing.
-    void ExpectRefused(const std::string& data, const std::string& message) const
+    void ExpectRefused(const std::string& data, std::string message) const
     {
         EXPECT_EQ(Run(data), 1);
         std::string error = Err();
-        if (OnWindows)
-            std::replace(error.begin(), error.end(), '\\', '/');
+        for (std::string* text : {&error, &message})
+            if (OnWindows)
+                std::replace(text->begin(), text->end(), '\\', '/');
         EXPECT_NE(error.find(message), std::string::npos) << error;
         if (std::filesystem::exists(Journal))
         {

@@ -97,10 +97,10 @@ struct PlantChanges
 /// Transactions: several writes of one transaction are one change, which counts once it is committed. Nothing that was
 /// rolled back counts, with two exceptions, for which SQLite gives no notice: after `ROLLBACK TO`, and after a
 /// statement that failed within a transaction, the rows that it wrote count if the transaction is then committed. If a
-/// commit fails because of the disk, its changes may count although they were rolled back: where another commit of this
-/// connection succeeded since the last poll without `AskAgain`, and where the poll sets `AskAgain`. A transaction that
-/// is open when the watcher is constructed counts as a change of everything once it is committed; if it wrote nothing,
-/// the next commit of this connection counts so.
+/// commit fails because of the disk, or on Windows for lack of memory, its changes may count although they were rolled
+/// back: where another commit of this connection succeeded since the last poll without `AskAgain`, and where the poll
+/// sets `AskAgain`. A transaction that is open when the watcher is constructed counts as a change of everything once it
+/// is committed; if it wrote nothing, the next commit of this connection counts so.
 ///
 /// Other connections: `OthersChanged` is SQLite's `PRAGMA data_version`. Commits of this connection do not set it. It
 /// may also be set after a failed commit of this connection, and after SQLite rolled back an interrupted write of a

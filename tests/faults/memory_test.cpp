@@ -76,10 +76,13 @@ class MemoryTest : public testing::Test
     // The content of the file, which must be undamaged and without a rollback journal. Equal files are read once.
     const std::string& Found()
     {
-        // Without memory at a commit, SQLite on Windows can leave the rollback journal until the next use of the file.
-        if (OnWindows && std::filesystem::exists(Path + "-journal"))
+        const std::string journal = Path + "-journal";
+        // Without memory, SQLite on Windows cannot remove the rollback journal. The next use of the file rolls the
+        // write back. A rollback journal that was not synced begins with a zero: it is not applied, and the next write
+        // replaces it.
+        if (OnWindows && std::filesystem::exists(journal))
             PlainConnection(Path).RunSQL("SELECT COUNT(*) FROM sqlite_master;");
-        EXPECT_FALSE(std::filesystem::exists(Path + "-journal"));
+        EXPECT_FALSE(std::filesystem::exists(journal) && (!OnWindows || FileBytes(journal).front() != '\0'));
         const auto [place, unknown] = Contents.try_emplace(FileBytes(Path));
         if (unknown)
         {

@@ -100,7 +100,7 @@ class LockWaitTest : public JournalFileTest
             call.Before = ContentOnceOpen(call.Path);
             call.After = after;
             Children.emplace_back(
-                [&](const ParentProcess& parent)
+                [&operation, &call, sample](const ParentProcess& parent)
                 {
                     PlantDatabase database;
                     OpenOrThrow(database, call.Path);
@@ -126,7 +126,7 @@ class LockWaitTest : public JournalFileTest
             call.After = ContentOnceOpen(call.Path);
             WriteOldFile(call.Path, file);
             call.Before = Content(PlainConnection(call.Path).NativeHandle());
-            Children.emplace_back([&](const ParentProcess& parent)
+            Children.emplace_back([&call](const ParentProcess& parent)
                                   { CallTwice(parent, [&] { return OpeningResult(call.Path); }); });
         }
     }

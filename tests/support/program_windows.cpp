@@ -2,6 +2,8 @@
 
 #include "testing/scratch_directory.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <set>
@@ -17,7 +19,7 @@ namespace support
 namespace
 {
 
-constexpr DWORD millisecondsToStart = 300;
+constexpr DWORD millisecondsToStart = 700;
 constexpr UINT killedStatus = 137; // as of a process that signal 9 has ended
 
 void RequireWindows(bool done, const char* call)
@@ -179,7 +181,16 @@ void RunningProgram::Type(const std::string& /*keys*/) const
 
 void RunningProgram::Interrupt()
 {
-    // The system does not show whether a program has installed its handler.
+    // Before a program is attached to the console, Ctrl-C does not reach it. The system does not show whether the
+    // program has installed its handler.
+    const auto isAttached = [this]
+    {
+        std::array<DWORD, 64> processes = {};
+        const DWORD count = GetConsoleProcessList(processes.data(), processes.size());
+        return std::find(processes.begin(), processes.begin() + std::min<DWORD>(count, processes.size()),
+                         Running->Process.dwProcessId) != processes.begin() + std::min<DWORD>(count, processes.size());
+    };
+    support::Await(isAttached);
     WaitForSingleObject(Running->Process.hProcess, millisecondsToStart);
     RequireWindows(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0, "GenerateConsoleCtrlEvent");
 }

@@ -1,6 +1,7 @@
 // Which transactions count, and when.
 #include "support/allocation_failure.h"
 #include "support/disk_failure.h"
+#include "support/on_windows.h"
 #include "support/sample_records.h"
 #include "watch/watch_test.h"
 
@@ -190,7 +191,9 @@ TEST_F(WatchedTransactionTest, ACommitThatFailsForLackOfMemoryIsNoChange)
         failed += written ? 0 : 1;
         ASSERT_TRUE(Repository.UpdatePlant(Mint));
         const Families families = Poll(Watcher).Families;
-        EXPECT_EQ(std::count(families.begin(), families.end(), Family::Event), written ? 1 : 0) << number;
+        const auto counted = std::count(families.begin(), families.end(), Family::Event);
+        // On Windows, SQLite cannot remove its rollback journal without memory, as if the disk had failed.
+        EXPECT_TRUE(counted == (written ? 1 : 0) || (OnWindows && counted == 1)) << number;
     }
     EXPECT_GT(failed, 3);
 }
