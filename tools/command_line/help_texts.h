@@ -88,15 +88,15 @@ A journal with an earlier schema is backed up in its directory before it is migr
 )"},
     {"ENVIRONMENT", R"(
 PLANTJOURNAL_FILE names the journal file. XDG_DATA_HOME and HOME name the directory of the journal where no file is
-named. XDG_STATE_HOME and HOME name the directory of the dated backups and of what `plantjournal undo` needs. NO_COLOR
-turns colours off.
+named. XDG_STATE_HOME and HOME name the directory of the dated backups and of what `plantjournal undo` needs. On
+Windows, LOCALAPPDATA names both directories. NO_COLOR turns colours off.
 )"},
     {"BACKUPS", R"(
 `plantjournal backup` makes a backup with the date and time in its name. It keeps the newest of each of the last 7 days,
 4 weeks and 12 months that have a backup, and removes the others. The backups are in plantjournal/backups in the XDG
-state directory ($XDG_STATE_HOME, by default ~/.local/state), in a directory for each journal, or below DIR with --to
-DIR. Other files there are left alone. After the first change of a day, a notice offers a backup if the last one is more
-than seven days old.
+state directory ($XDG_STATE_HOME, by default ~/.local/state; on Windows %LOCALAPPDATA%), in a directory for each
+journal, or below DIR with --to DIR. Other files there are left alone. After the first change of a day, a notice offers
+a backup if the last one is more than seven days old.
 
 `plantjournal restore` puts a backup in the place of the journal. The present journal stays next to it, with
 .before-restore- and the date after its name. Programs that have the journal open go on with the restored one, unless it
