@@ -81,7 +81,15 @@ pack_windows() {
     windows_zip=$package.zip
 }
 
-# Builds a program with the unpacked .zip alone, and runs it and the command with the DLLs of the .zip alone.
+# build_with_windows_zip PACKAGE SOURCE BUILD: builds a program with the unpacked .zip alone.
+build_with_windows_zip() {
+    quietly cmake -G Ninja -S "$2" -B "$3" --toolchain "$project/cmake/ports/windows.cmake" \
+        -Dplantjournal_DIR="$1/lib/cmake/plantjournal" -DSQLite3_INCLUDE_DIR="$1/include" \
+        -DSQLite3_LIBRARY="$1/lib/libsqlite3.dll.a"
+    quietly cmake --build "$3"
+}
+
+# Runs two programs that are built with the .zip, and the command, with the DLLs of the .zip alone.
 test_windows_zip() {
     local scratch=$windows_build/consumer package output
     rm -rf "$scratch"
@@ -90,17 +98,17 @@ test_windows_zip() {
     package=$scratch/$(windows_package_name)
     cp -r tests/package/find_package "$scratch/app"
     cp tests/package/main.cpp "$scratch/app"
-    quietly cmake -G Ninja -S "$scratch/app" -B "$scratch/build" \
-        --toolchain "$project/cmake/ports/windows.cmake" -Dplantjournal_DIR="$package/lib/cmake/plantjournal" \
-        -DSQLite3_INCLUDE_DIR="$package/include" -DSQLite3_LIBRARY="$package/lib/libsqlite3.dll.a"
-    quietly cmake --build "$scratch/build"
+    build_with_windows_zip "$package" "$scratch/app" "$scratch/build"
+    build_with_windows_zip "$package" tests/package/native_handle "$scratch/native_handle"
     (
         cd "$scratch" || exit
         export PLANTJOURNAL_DLLS=$package/bin
         output=$("$project/cmake/ports/wine.sh" "$scratch/build/app.exe" | tr -d '\r')
         [[ $output == 'Current, Veg, Basil' ]] || fail "windows: the program of the .zip printed: $output"
+        output=$("$project/cmake/ports/wine.sh" "$scratch/native_handle/native_handle.exe" | tr -d '\r')
+        [[ $output == 'plants: 1' ]] || fail "windows: the program that uses NativeHandle printed: $output"
         output=$("$project/cmake/ports/wine.sh" "$package/bin/plantjournal.exe" --file journal.db plant list --quiet)
         [[ -n $output ]] || fail 'windows: the command of the .zip does not list the plant of the program'
     )
-    say 'A program that uses the libraries of the .zip runs'
+    say 'Programs that use the libraries of the .zip run'
 }
