@@ -25,11 +25,6 @@ struct RollbackHeader
     std::uint32_t PageSize;
 };
 
-bool IsPowerOfTwo(std::uint32_t number)
-{
-    return number != 0 && (number & (number - 1)) == 0;
-}
-
 bool ReadAt(std::ifstream& journal, std::int64_t offset, Bytes& out)
 {
     journal.clear();
@@ -70,9 +65,8 @@ RollbackJournal ReadRollbackJournal(const std::filesystem::path& file)
     if (!journal)
         Fail("reading the rollback journal", "it cannot be opened");
     RollbackHeader first{};
-    if (!ReadHeader(journal, 0, first) || !IsPageSize(first.PageSize) || !IsPowerOfTwo(first.SectorSize) ||
-        first.SectorSize < 32 || first.SectorSize > MostPageSize)
-        return result;
+    if (!ReadHeader(journal, 0, first) || !IsPageSize(first.PageSize) || first.SectorSize == 0)
+        return result; // with another wrong size of a sector, the checksum of the first record does not fit
     result.PageSize = first.PageSize;
     result.PageCount = first.PageCount;
     Bytes record(first.PageSize + 8U);
