@@ -156,6 +156,7 @@ TEST_F(SalvageFailureTest, AFailingCallOfSQLiteLeavesNoFile)
                 const PlantFileResult result = SalvagePlantDatabase(Path, Destination, report);
                 happened = failure.Happened();
                 ASSERT_TRUE(result || happened) << result.Error;
+                ASSERT_FALSE(result && happened && *sql != '\0') << number << ' ' << sql;
                 ASSERT_TRUE(result || Scratch.Files() == before) << number << ' ' << sql;
                 if (result) // the end of a transaction that only read may fail
                 {
