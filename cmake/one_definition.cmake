@@ -1,7 +1,7 @@
 # Links all object files, which makes GCC compare their types. With -flto it reports a type that two source files define
-# differently, even if they belong to different programs. The result of the link is not used. Build only the target
-# one_definition: with -flto, the programs take long to link. Second builds of the same files are left out: of the watcher
-# and its tests, and of the code for POSIX systems, where the C library declares some structures otherwise.
+# differently, even if they belong to different programs. The result of the link is not used. Second builds of the same
+# files are left out: of the watcher and its tests, and of the code for POSIX systems, where the C library declares some
+# structures otherwise.
 
 function(list_object_files out directory)
     get_property(targets DIRECTORY ${directory} PROPERTY BUILDSYSTEM_TARGETS)
