@@ -195,8 +195,8 @@ struct PlantBackUpRotation
 /// second one in the same second is `2026-05-01-140307_02-journal.db`. The names of the backups sort by time. The
 /// backup is made, checked and synced as by BackUpPlantDatabase(). Only then are older backups removed.
 ///
-/// The policy counts the days, weeks and months that have a backup, from the new backup back. After a long break, the
-/// backups from before it are therefore kept. The new backup is always kept. A backup whose name has a later time than
+/// The policy counts only the days, weeks and months that have a backup, and begins with the newest. After a long
+/// break, the backups from before it are therefore kept. The new backup is always kept. A backup whose name has a later time than
 /// the new one stays and does not count: the clock was set back, or had been wrong. Only regular files are removed that
 /// have exactly such a name with the name of this journal. Other files and symbolic links stay. An empty file with such
 /// a name does not count and is removed: a killed process can leave it where the file system has no hard links. Two
@@ -207,9 +207,9 @@ struct PlantBackUpRotation
 /// @param policy  What to keep. A negative number is an error.
 /// @param out  Written back in every case.
 /// @param progress  As for BackUpPlantDatabase().
-/// @return An error as for BackUpPlantDatabase(), after which no backup was removed. With two exceptions, no backup was
-/// made either. Where the step is `syncing the directory`, a power loss may remove the new backup. Where the step is
-/// `removing` and a name, `out` has the new backup, and all others that could be removed were removed. The unfinished
+/// @return An error as for BackUpPlantDatabase(), after which no backup was made or removed, with two exceptions. Where
+/// the step is `syncing the directory`, the new backup is in place, but a power loss may remove it. Where the step is
+/// `removing`, followed by a name, `out` has the new backup, and all others that could be removed were removed. The unfinished
 /// copy of a killed process is removed by the next rotation; its name is that of the journal, with `.part-` and more
 /// characters after it.
 PLANTJOURNAL_FILE_API PlantFileResult RotatePlantBackUps(const std::string& journal, const std::string& directory,
@@ -246,9 +246,9 @@ struct PlantRestoration
 ///
 /// The function first checks the backup as BackUpPlantDatabase() checks a copy. It locks the journal, and copies it
 /// byte by byte to a file next to it, even if it is damaged: `journal.db.before-restore-2026-05-01`, with `-2` and so
-/// on after it where that name is taken. Then:
+/// on after it where that name is taken. An interrupted write is rolled back before, as by any open. Then:
 /// - A journal that can be read, or an empty file, is overwritten in one transaction. Programs that have it open see
-///   the restored journal in their next transaction, and go on. If the backup has an earlier schema, they must open the
+///   the restored journal in their next transaction, and can continue. If the backup has an earlier schema, they must open the
 ///   journal again, which migrates it; `MustReopen` is then true.
 /// - A damaged journal, or a file that is not a database, is replaced by a new file, which is checked and synced first.
 ///   Programs that have the journal open keep the damaged file, and their writes are lost: close them first, or let
@@ -262,7 +262,8 @@ struct PlantRestoration
 /// @param journal  The file to restore. Where it is a symbolic link, its target is restored. A replaced file keeps its
 /// permissions, and a new one has those of the backup.
 /// @param out  Written back in every case.
-/// @param progress  As for BackUpPlantDatabase(). It may be called while the journal is locked.
+/// @param progress  As for BackUpPlantDatabase(). It may be called while the journal is locked. In the last call for a
+/// journal that can be read, the restored journal is already in place, so the result of `progress` changes nothing.
 /// @return An error where the backup is damaged, is not a journal or cannot be read; where the journal is the backup
 /// itself, or another program's database; where another process reads or writes it for longer than 2.5 seconds; where
 /// it is damaged or missing and a file exists that SQLite would apply to the restored one (its name with `-journal` or
@@ -304,7 +305,7 @@ struct PlantSalvageReport
 /// `destination`. If a backup exists, restore it instead: it is complete.
 ///
 /// The function reads the pages of the file itself, so it also works where SQLite cannot open the file: with a damaged
-/// header, schema or tree, or with a part of the file only. It does not change the damaged file and its rollback
+/// header, schema or tree, or with a part of the file only. It does not change the damaged file or its rollback
 /// journal. If a write was interrupted, the function reads what the rollback would restore. It does not read a
 /// write-ahead log. Other processes cannot write to the file meanwhile.
 ///
@@ -316,7 +317,7 @@ struct PlantSalvageReport
 /// - The new journal has the current schema. The rows of a file with an earlier schema are converted as by a migration.
 ///   If the definition of the event table is lost, events are stored without conversion.
 /// - A row is not stored if a value has a type or a name that its column does not allow, if another row has the same
-///   UUID, or if its page or a page of its text is damaged in a way that shows. The report counts these rows.
+///   UUID, or if its page or a page of its text has damage that can be detected. The report counts these rows.
 /// - Deleted rows are not restored, with two exceptions. If the list of free pages and a table are damaged, and no
 ///   whole index shows which rows the table had, a deleted row may come back. It may also come back if a page of the
 ///   table was replaced by an older page.

@@ -142,7 +142,10 @@ void RestoreReadable(const SoundBackUp& backUp, const Connection& connection, co
     const RawFile bytes(connection.Handle());
     bytes.RequireItsName();
     out.KeptPath = TextOfPath(KeepAside(bytes, journal));
-    copy.Run(progress);
+    // With the last page, SQLite has committed.
+    const auto untilCommitted = [&](std::int64_t done, std::int64_t total)
+    { return !progress || progress(done, total) || done == total; };
+    copy.Run(untilCommitted);
     out.MustReopen = backUp.IsOlder();
 }
 

@@ -335,6 +335,14 @@ TEST_F(RestoreRefusalTest, AnInterruptionChangesNothing)
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db", "journal.db.before-restore-2026-05-01"}));
 }
 
+TEST_F(RestoreRefusalTest, AnInterruptionAfterTheLastPageIsTooLate)
+{
+    // The backup has fewer pages than are copied at once.
+    EXPECT_EQ(Restore([](std::int64_t, std::int64_t) { return false; }), "");
+    EXPECT_EQ(FileBytes(Kept) == LaterBytes, true);
+    EXPECT_EQ(FileBytes(Path) == LaterBytes, false);
+}
+
 // ---- Other processes
 
 class RestoreDuringWriteTest : public RestoreRefusalTest

@@ -18,7 +18,7 @@ namespace
 
 void AddCommands(CLI::App& program, Session& session)
 {
-    AddFlag(program, {"--file", "journal file", "FILE"}, session.File);
+    AddFlag(program, {"--file", "journal file", "FILE", Need::Optional, PathObjection}, session.File);
     AddSwitch(program, "--json", "print JSON", session.AsJSON);
     AddSwitch(program, "-q,--quiet", "after a change, print only the identifier of what was stored", session.Quiet);
     AddPlantCommands(program, session);

@@ -161,6 +161,31 @@ TEST_F(BackUpOfferTest, AfterSevenDaysAChangeOffersABackup)
     EXPECT_EQ(On("2026-05-10", {"water", "Mint"}).Error.find("notice"), std::string::npos); // nor does a refusal
 }
 
+TEST_F(BackUpOfferTest, AnEmptyBackupOrOneOfTheFutureDoesNotCount)
+{
+    const std::string directory = BackUpDirectoryIn(State);
+    std::filesystem::create_directories(directory);
+    EXPECT_EQ(Changed("2026-05-01"), "");
+    Write(directory + "/2026-05-08-120000-journal.db", "");
+    Write(directory + "/2099-01-01-120000-journal.db", "a backup of a wrong clock");
+    EXPECT_EQ(Changed("2026-05-09"), Offer(8));
+    EXPECT_EQ(Changed("2026-05-10"), Offer(9));
+}
+
+TEST_F(BackUpCommandTest, AnEmptyPathIsNotTakenForNone)
+{
+    for (const Words& words : {Words{"backup", ""},
+                               {"backup", "--to", ""},
+                               {"restore", ""},
+                               {"restore", "--from", ""},
+                               {"info", "--file", ""}})
+    {
+        const ProgramResult outcome = On("2026-05-05", words);
+        EXPECT_EQ(outcome.Status, 2) << words.front();
+        EXPECT_TRUE(outcome.Error.ends_with(": the text is empty; give a path\n")) << outcome.Error;
+    }
+}
+
 TEST_F(BackUpOfferTest, ADayHasOneNoticeForEachJournal)
 {
     const std::string other = Scratch.File("other.db");

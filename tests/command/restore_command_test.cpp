@@ -95,6 +95,37 @@ TEST_F(RestoreCommandTest, AFileWhoseNameIsADateIsTheBackup)
     EXPECT_EQ(Plants(), 2U); // the dated backup of 1 May has one
 }
 
+TEST_F(RestoreCommandTest, ADirectoryWhoseNameIsADateIsNotTheBackup)
+{
+    std::filesystem::create_directory(Scratch.File("2026-05-01"));
+    EXPECT_NE(Restored({"2026-05-01"}).find(" from " + First), std::string::npos);
+    std::filesystem::create_directory(Scratch.File("photos"));
+    EXPECT_NE(Refused({"restore", "photos", "--yes"}).find("photos: "), std::string::npos);
+}
+
+TEST_F(RestoreCommandTest, ATableThatTheBackupLacksLosesItsRows)
+{
+    PlainConnection(Second).RunSQL("DROP TABLE PlantHealthObservations; DROP TABLE PlantCareEntries;");
+    const std::string out = Restored({});
+    EXPECT_NE(out.find("Care entries                  1       0      -1\n"), std::string::npos) << out;
+    const JSON restored = JSON::parse(Restored({Former, "--json"}));
+    EXPECT_EQ(restored.at("Tables").at("PlantCareEntries"), (JSON{{"Now", 0}, {"BackUp", 1}}));
+}
+
+TEST_F(RestoreCommandTest, AMovedJournalHasItsBackupsInTheFormerDirectory)
+{
+    const std::string former = std::filesystem::path(First).parent_path();
+    const std::string moved = Scratch.File("new/journal.db");
+    std::filesystem::create_directory(Scratch.File("new"));
+    std::filesystem::rename(Journal, moved);
+    const std::string refusal = Refused({"restore", "--file", moved, "--yes"});
+    EXPECT_NE(refusal.find(": no backup of this journal; backups of other journals with its name are in " + former +
+                           "; name a backup, or read what is left"),
+              std::string::npos)
+        << refusal;
+    std::filesystem::rename(moved, Journal);
+}
+
 TEST_F(RestoreCommandTest, FromFindsTheBackupsOfAnotherPlace)
 {
     DoneOn("2026-05-04", {"backup", "--to", "stick"});
@@ -145,6 +176,8 @@ TEST_F(RestoreCommandTest, JSONHasTheRowsNowAndInTheBackup)
     EXPECT_EQ(restored.at("File"), Journal);
     EXPECT_EQ(restored.at("BackUp"), Second);
     EXPECT_EQ(restored.at("FormerFile"), Former);
+    EXPECT_EQ(restored.at("LastDate"), (JSON{{"Now", "2026-05-04"}, {"BackUp", ""}}));
+    EXPECT_EQ(restored.at("OpenPrograms"), "CanContinue");
     EXPECT_EQ(restored.at("Tables").at("Plants"), (JSON{{"Now", 1}, {"BackUp", 2}}));
     std::filesystem::remove(Journal);
     const JSON again = JSON::parse(DoneOn("2026-05-05", {"restore", "--yes", "--json"}));
@@ -167,7 +200,13 @@ TEST_F(RestoreCommandTest, AnotherProgramsFileIsRefused)
     EXPECT_NE(Refused({"restore", "basil", "--yes"}).find("basil: no such backup, and not a date"), std::string::npos);
     Write("notes.txt", "notes");
     EXPECT_NE(Refused({"restore", "notes.txt", "--yes"}).find("notes.txt: not an SQLite database"), std::string::npos);
-    EXPECT_NE(Refused({"restore", Journal, "--yes"}).find("the backup and the journal are the same file"),
+    EXPECT_NE(Refused({"restore", Journal, "--yes"})
+                  .find("the backup and the journal are the same file; name another backup, or another journal with "),
+              std::string::npos);
+    const std::string foreign = Scratch.File("foreign.db");
+    PlainConnection(foreign).RunSQL("CREATE TABLE t (a);");
+    EXPECT_NE(Refused({"restore", Second, "--file", foreign, "--yes"})
+                  .find(": The table \"t\" is not part of a journal; name another journal with --file\n"),
               std::string::npos);
 }
 

@@ -117,7 +117,8 @@ TEST_F(SalvageCommandTest, TheAdviceForADamagedJournalNamesIt)
     }
     Zero(Damaged, 0, 100);
     EXPECT_NE(Refused({"check", "--file", "damaged.db"})
-                  .find("; `plantjournal salvage` reads what is left of a damaged journal; "),
+                  .find("; if this is the damaged journal, `plantjournal restore` replaces it with a backup, and "
+                        "`plantjournal salvage` reads what is left\n"),
               std::string::npos);
     Done({"salvage", "damaged.db", "new.db"});
 }

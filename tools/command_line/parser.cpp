@@ -47,7 +47,14 @@ void RunWithoutCommand(CLI::App& group, const std::string& examples, std::functi
 
 void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::string& value, Need need)
 {
-    command.add_option(name, value, help)->required(need == Need::Required)->type_name("");
+    CLI::Option& option = *command.add_option(name, value, help)->required(need == Need::Required)->type_name("");
+    if (need == Need::Optional)
+        option.check(PathObjection); // an empty text stands for an argument that was not given
+}
+
+std::string PathObjection(const std::string& text)
+{
+    return text.empty() ? "the text is empty; give a path" : "";
 }
 
 void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::int64_t& value)

@@ -35,6 +35,8 @@ enum class Need
 void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::string& value,
                  Need need = Need::Required);
 void AddArgument(CLI::App& command, const std::string& name, const std::string& help, std::int64_t& value);
+// The objection to an empty path.
+std::string PathObjection(const std::string& text);
 // Adds an argument that stands for any number of words.
 void AddArguments(CLI::App& command, const std::string& name, const std::string& help, std::vector<std::string>& values,
                   Need need = Need::Required);

@@ -166,7 +166,9 @@ void AddBackUpCommand(CLI::App& program, Session& session)
                 "the backup file to write; without it, the backup is named by date and time, and older ones are "
                 "removed: the newest of each of 7 days, 4 weeks and 12 months stays",
                 wanted->Destination, Need::Optional);
-    AddFlag(command, {"--to", "keep the dated backups in a directory below DIR instead of the state directory", "DIR"},
+    AddFlag(command,
+            {"--to", "keep the dated backups in a directory below DIR instead of the state directory", "DIR",
+             Need::Optional, PathObjection},
             wanted->To);
     AddSwitch(command, "--overwrite", "replace DESTINATION if it exists", wanted->Overwrite);
     AddSwitch(command, "--list", "list the dated backups: their age, size and content", wanted->List);

@@ -15,8 +15,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace
 {
@@ -43,6 +46,23 @@ std::string WhyNotGood(const std::string& path)
     return damage != findings.end() ? path + ": " + damage->Description : checked.Error;
 }
 
+// Where the backups of other journals with the name of this one are. A journal that was moved left its backups there.
+std::string OthersOfThisName(const std::filesystem::path& directory)
+{
+    std::string found;
+    std::error_code ignored;
+    const std::string own = plant_file::TextOfPath(directory.filename());
+    const std::string name = own.substr(0, own.rfind('-') + 1);
+    for (const auto& entry : std::filesystem::directory_iterator(directory.parent_path(), ignored))
+    {
+        const std::string other = plant_file::TextOfPath(entry.path().filename());
+        if (other.size() == own.size() && other.starts_with(name) && other != own)
+            found += (found.empty() ? "; backups of other journals with its name are in " : ", ") +
+                     plant_file::TextOfPath(entry.path());
+    }
+    return found;
+}
+
 // The newest good backup of a day or before; of any day where `until` is empty. A month or a year stands for its last
 // day.
 std::string NewestGoodBackUp(const std::string& journal, const std::string& directory, const std::string& until)
@@ -50,6 +70,9 @@ std::string NewestGoodBackUp(const std::string& journal, const std::string& dire
     std::vector<PlantBackUpFile> files;
     if (const PlantFileResult result = ListPlantBackUps(journal, directory, files); !result)
         throw Refusal(result.Error + "; name a backup");
+    if (files.empty())
+        throw Refusal(directory + ": no backup of this journal" + OthersOfThisName(directory) +
+                      "; name a backup, or read what is left of a damaged journal with `plantjournal salvage`");
     for (const PlantBackUpFile& file : files)
     {
         if (file.Time.substr(0, until.size()) > until)
@@ -69,7 +92,8 @@ std::string ChosenBackUp(const std::string& journal, const RestoreArguments& arg
     std::string until;
     if (!arguments.Chosen.empty())
     {
-        if (std::filesystem::exists(plant_file::PathOfText(arguments.Chosen), ignored))
+        const std::filesystem::path file = plant_file::PathOfText(arguments.Chosen);
+        if (std::filesystem::is_regular_file(file, ignored))
             return arguments.Chosen;
         try
         {
@@ -77,6 +101,8 @@ std::string ChosenBackUp(const std::string& journal, const RestoreArguments& arg
         }
         catch (const BadValue&)
         {
+            if (std::filesystem::exists(file, ignored))
+                return arguments.Chosen;
             throw Refusal(arguments.Chosen + ": no such backup, and not a date; `plantjournal backup --list` lists the "
                                              "backups");
         }
@@ -98,9 +124,9 @@ class Comparison
     void Print(std::ostream& out) const
     {
         std::vector<Row> rows;
-        for (const PlantFileTable& table : Then.Tables)
-            if (const std::string label = TableLabel(table.Name); !label.empty())
-                rows.push_back({label, NowIn(table.Name), std::to_string(table.Rows), Change(table)});
+        for (const std::string& table : TableNames())
+            if (const std::string label = TableLabel(table); !label.empty())
+                rows.push_back({label, TextOf(RowsIn(Now, table)), TextOf(RowsIn(Then, table)), Change(table)});
         const bool isRead = !Now.Tables.empty();
         rows.push_back({"Last date", isRead ? Now.LastDate : "", Then.LastDate, ""});
         if (!isRead)
@@ -113,18 +139,31 @@ class Comparison
                    rows);
     }
 
+    bool ReplacesTheFile() const
+    {
+        return Now.Kind == PlantFileKind::Damaged || Now.Kind == PlantFileKind::NotADatabase;
+    }
+
     JSON AsJSON() const
     {
         JSON object = JSON::Object();
-        for (const PlantFileTable& table : Then.Tables)
+        for (const std::string& table : TableNames())
         {
+            const std::optional<std::int64_t> now = RowsIn(Now, table);
             JSON counts = JSON::Object();
-            const PlantFileTable* const now = TableNow(table.Name);
-            counts.Add("Now", now != nullptr ? JSONOf(now->Rows) : JSON::Null());
-            counts.Add("BackUp", JSONOf(table.Rows));
-            object.Add(table.Name, std::move(counts));
+            counts.Add("Now", now ? JSONOf(*now) : JSON::Null());
+            counts.Add("BackUp", JSONOf(*RowsIn(Then, table)));
+            object.Add(table, std::move(counts));
         }
         return object;
+    }
+
+    JSON LastDates() const
+    {
+        JSON dates = JSON::Object();
+        dates.Add("Now", Now.Tables.empty() ? JSON::Null() : JSONOf(Now.LastDate));
+        dates.Add("BackUp", JSONOf(Then.LastDate));
+        return dates;
     }
 
   private:
@@ -134,26 +173,36 @@ class Comparison
             file.Kind = PlantFileKind::Damaged; // the restoration has the reason
     }
 
-    const PlantFileTable* TableNow(const std::string& name) const
+    // The tables of either file.
+    std::vector<std::string> TableNames() const
     {
-        const auto table = std::find_if(Now.Tables.begin(), Now.Tables.end(),
-                                        [&](const PlantFileTable& other) { return other.Name == name; });
-        return table != Now.Tables.end() ? &*table : nullptr;
+        std::vector<std::string> names;
+        for (const PlantFileInspection* const file : {&Then, &Now})
+            for (const PlantFileTable& table : file->Tables)
+                if (std::find(names.begin(), names.end(), table.Name) == names.end())
+                    names.push_back(table.Name);
+        return names;
     }
 
-    std::string NowIn(const std::string& name) const
+    // Nothing where the file could not be read. Earlier schemas lack some of the tables.
+    static std::optional<std::int64_t> RowsIn(const PlantFileInspection& file, const std::string& table)
     {
-        const PlantFileTable* const table = TableNow(name);
-        return table != nullptr ? std::to_string(table->Rows) : "";
+        if (file.Tables.empty())
+            return {};
+        const auto found = std::find_if(file.Tables.begin(), file.Tables.end(),
+                                        [&](const PlantFileTable& other) { return other.Name == table; });
+        return found != file.Tables.end() ? found->Rows : 0;
     }
 
-    std::string Change(const PlantFileTable& backUp) const
+    static std::string TextOf(const std::optional<std::int64_t>& rows) { return rows ? std::to_string(*rows) : ""; }
+
+    std::string Change(const std::string& table) const
     {
-        const PlantFileTable* const now = TableNow(backUp.Name);
-        if (now == nullptr || now->Rows == backUp.Rows)
+        const std::optional<std::int64_t> now = RowsIn(Now, table);
+        const std::int64_t then = *RowsIn(Then, table);
+        if (!now || *now == then)
             return "";
-        const std::string change = std::to_string(backUp.Rows - now->Rows);
-        return backUp.Rows > now->Rows ? '+' + change : change;
+        return (then > *now ? "+" : "") + std::to_string(then - *now);
     }
 
     PlantFileInspection Now;
@@ -163,8 +212,28 @@ class Comparison
 void Ask(const Comparison& comparison, const std::string& journal, const std::string& backUp)
 {
     comparison.Print(std::cerr);
+    if (comparison.ReplacesTheFile())
+        std::cerr << "Close the programs that have it open first, or their changes are lost.\n";
     if (!Confirm("Restore " + Printable(journal) + " from " + Printable(backUp) + '?', "--yes"))
         throw Refusal("nothing was restored; answer y, or pass --yes");
+}
+
+// What to do about a refused restoration.
+std::string AdviceAfter(const std::string& error, const std::string& journal)
+{
+    if (Interrupted())
+        return "run the command again";
+    if (error.ends_with("database is locked"))
+        return "try again when the other program has finished";
+    if (error.ends_with("remove it first"))
+        return "then run the command again";
+    if (error.ends_with("are the same file"))
+        return "name another backup, or another journal with --file";
+    PlantFileInspection file;
+    const bool isRead = static_cast<bool>(InspectPlantSchema(journal, file));
+    return isRead && file.Kind == PlantFileKind::Foreign
+               ? "name another journal with --file"
+               : "check the paths, the permissions and the free space of the disk";
 }
 
 PlantRestoration RestoreWithProgress(const std::string& journal, const std::string& backUp)
@@ -174,14 +243,13 @@ PlantRestoration RestoreWithProgress(const std::string& journal, const std::stri
     const PlantFileResult result = RestorePlantDatabase(backUp, journal, restoration, ShownOn(bar));
     if (result)
         return restoration;
-    const bool isLocked = result.Error.ends_with("database is locked");
-    throw Refusal(Joined({result.Error,
-                          restoration.KeptPath.empty() ? "" : "the former journal is also in " + restoration.KeptPath,
-                          Interrupted() ? "run the command again"
-                          : isLocked    ? "try again when the other program has finished"
-                                        : "check the paths, the permissions and the free space of the disk, or name "
-                                          "another backup"},
-                         "; "));
+    std::string error = result.Error;
+    if (error.ends_with('.')) // a sentence about the schema or the damage
+        error.pop_back();
+    throw Refusal(
+        Joined({error, restoration.KeptPath.empty() ? "" : "the former journal is also in " + restoration.KeptPath,
+                AdviceAfter(error, journal)},
+               "; "));
 }
 
 void PrintRestored(const Session& session, const std::string& journal, const std::string& backUp,
@@ -196,6 +264,8 @@ void PrintRestored(const Session& session, const std::string& journal, const std
         object.Add("BackUp", JSONOf(backUp));
         object.Add("FormerFile", restoration.KeptPath.empty() ? JSON::Null() : JSONOf(restoration.KeptPath));
         object.Add("Tables", comparison.AsJSON());
+        object.Add("LastDate", comparison.LastDates());
+        object.Add("OpenPrograms", JSONOf(std::string(restoration.MustReopen ? "MustReopen" : "CanContinue")));
         return PrintJSON(object);
     }
     if (session.Quiet)
@@ -235,7 +305,9 @@ void AddRestoreCommand(CLI::App& program, Session& session)
                 "the backup file, or a date for the newest good backup of that day or before; a file whose name is a "
                 "date is the backup file; without BACKUP, the newest good backup",
                 wanted->Chosen, Need::Optional);
-    AddFlag(command, {"--from", "find the dated backups below DIR, as `backup --to DIR` keeps them", "DIR"},
+    AddFlag(command,
+            {"--from", "find the dated backups below DIR, as `backup --to DIR` keeps them", "DIR", Need::Optional,
+             PathObjection},
             wanted->From);
     AddSwitch(command, "-y,--yes", "restore without asking", wanted->Confirmed);
 }

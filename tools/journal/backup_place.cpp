@@ -49,12 +49,17 @@ void StoreDay(const std::filesystem::path& file, const std::string& day)
     static_cast<void>(OpenedFile(file, Opening::CreateOrTruncate, Access::Owner).Write(day + '\n'));
 }
 
-// The day of the newest dated backup; empty where there is none.
-std::string NewestDay(const std::string& journal)
+// The day of the newest dated backup; empty where there is none. A killed process can leave an empty file, and a wrong
+// clock a date to come.
+std::string NewestDay(const std::string& journal, const std::string& today)
 {
     std::vector<PlantBackUpFile> files;
-    const bool listed = static_cast<bool>(ListPlantBackUps(journal, BackUpDirectory(journal), files));
-    return listed && !files.empty() ? files.front().Time.substr(0, DateLength) : "";
+    if (!ListPlantBackUps(journal, BackUpDirectory(journal), files))
+        return {};
+    const auto counts = [&](const PlantBackUpFile& file)
+    { return file.Bytes > 0 && file.Time.substr(0, DateLength) <= today; };
+    const auto newest = std::find_if(files.begin(), files.end(), counts);
+    return newest != files.end() ? newest->Time.substr(0, DateLength) : "";
 }
 
 } // namespace
@@ -88,7 +93,7 @@ void OfferBackUp(const std::string& journal)
     constexpr std::int64_t mostDays = 7;
     const std::filesystem::path file = DayFile(journal);
     const std::string today = PlantEventCurrentDate();
-    const std::string last = std::max(StoredDay(file), NewestDay(journal));
+    const std::string last = std::max(StoredDay(file), NewestDay(journal, today));
     std::int64_t days = 0;
     if (!DaysBetweenPlantDates(last, today, days) || days < 0) // none yet, or the clock was set back
         StoreDay(file, today);

@@ -22,7 +22,7 @@ std::string AdviceForJournal(const std::string& path)
     case PlantFileKind::Foreign:
         return "--file names another file";
     case PlantFileKind::NotADatabase:
-        return "`plantjournal salvage` reads what is left of a damaged journal; --file names another file";
+        return AdviceForNoDatabase;
     case PlantFileKind::Damaged:
         return AdviceForDamage;
     case PlantFileKind::Locked:
@@ -75,6 +75,8 @@ void RequireSalvage(const PlantFileResult& result, const std::string& damaged, c
         if (InspectPlantSchema(damaged, file) && file.Kind == PlantFileKind::Locked)
             advice = "try again when the other program has finished";
     }
+    else if (result.Error.ends_with("remove it first"))
+        advice = "or name another destination";
     else if (std::filesystem::exists(plant_file::PathOfText(destination), ignored))
         advice = "name another destination";
     throw Refusal(result.Error + "; " + advice);

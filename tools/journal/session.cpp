@@ -118,10 +118,7 @@ void Session::Open(bool create)
         throw Refusal(path + ": not a plantjournal file, or one of a newer version (" + Joined(file.Reasons, "; ") +
                       "); it was not changed; --file names another file");
     case PlantFileKind::NotADatabase:
-        throw Refusal(
-            path +
-            ": not an SQLite database; it was not changed; `plantjournal salvage` reads what is left of a damaged "
-            "journal; --file names another file");
+        throw Refusal(path + ": not an SQLite database; it was not changed; " + AdviceForNoDatabase);
     case PlantFileKind::Damaged:
         throw Refusal(path + ": damaged (" + Joined(file.Reasons, "; ") + "); " + AdviceForDamage);
     case PlantFileKind::Locked:

@@ -58,7 +58,7 @@ std::filesystem::path StateDirectory()
 {
     std::filesystem::path directory = UserDirectory("XDG_STATE_HOME", StateInHome);
     if (directory.empty())
-        throw Refusal("HOME is not set; set it or XDG_STATE_HOME");
+        throw Refusal("HOME is not set; set it or XDG_STATE_HOME, or name the backup or its directory");
     return directory;
 }
 
