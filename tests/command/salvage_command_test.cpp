@@ -118,7 +118,7 @@ TEST_F(SalvageCommandTest, TheAdviceForADamagedJournalNamesIt)
     Zero(Damaged, 0, 100);
     EXPECT_NE(Refused({"check", "--file", "damaged.db"})
                   .find("; if this is the damaged journal, `plantjournal restore` replaces it with a backup, and "
-                        "`plantjournal salvage` reads what is left\n"),
+                        "`plantjournal salvage` reads what is left; --file names another file\n"),
               std::string::npos);
     Done({"salvage", "damaged.db", "new.db"});
 }

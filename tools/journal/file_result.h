@@ -13,8 +13,8 @@ constexpr const char* AdviceForDamage =
 
 // What to do about a file that is not an SQLite database: it may be another file, or a journal with a damaged header.
 constexpr const char* AdviceForNoDatabase =
-    "--file names another file; if this is the damaged journal, `plantjournal restore` replaces it with a backup, and "
-    "`plantjournal salvage` reads what is left";
+    "if this is the damaged journal, `plantjournal restore` replaces it with a backup, and `plantjournal salvage` reads "
+    "what is left; --file names another file";
 
 // After a function that reads the journal at `path`.
 void RequireRead(const PlantFileResult& result, const std::string& path, const std::string& consequence = {});
