@@ -62,11 +62,12 @@ TEST_F(UndoRecordTest, ADamagedRecordIsRefused)
     for (int i = 0; i < ShortOrLong(60, 2000); ++i)
     {
         std::string damaged = Bytes;
+        const auto at = static_cast<std::size_t>(random() % Bytes.size());
         if (i % 2 == 0)
-            damaged.resize(random() % Bytes.size());
+            damaged.resize(at);
         else
         {
-            char& byte = damaged[random() % Bytes.size()];
+            char& byte = damaged[at];
             byte = static_cast<char>(byte ^ static_cast<char>(1U << random() % 8));
         }
         EXPECT_NE(RefusedWith(damaged).find("nothing was changed"), std::string::npos);
@@ -78,13 +79,14 @@ TEST_F(UndoRecordTest, ADamagedRecordIsRefused)
 TEST_F(UndoRecordTest, ARecordWithAnInvalidChangeNeverEndsTheProgram)
 {
     std::mt19937_64 random(Seed());
+    const auto below = [&](std::size_t count) { return static_cast<std::size_t>(random() % count); };
     const std::string journal = FileBytes(Journal);
     for (int i = 0; i < ShortOrLong(60, 2000); ++i)
     {
         std::string damaged = Bytes;
-        damaged[20 + random() % (Bytes.size() - 20)] = static_cast<char>(random() % 256);
+        damaged[20 + below(Bytes.size() - 20)] = static_cast<char>(below(256));
         if (i % 3 == 0)
-            damaged.erase(20 + random() % (Bytes.size() - 36), 1 + random() % 16);
+            damaged.erase(20 + below(Bytes.size() - 36), 1 + below(16));
         WriteRecord(Signed(damaged));
         EXPECT_LE(Run({"undo", "--yes"}).Status, 1) << i;
         Write("data/plantjournal/journal.db", journal);
