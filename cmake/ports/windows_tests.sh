@@ -132,7 +132,7 @@ check_tests_left_out() {
         [[ $program == *_corpus_test ]] ||
             cmake/ports/wine.sh "$(windows_program "$program")" --gtest_list_tests \
                 "--gtest_filter=$(windows_tests_left_out)" |
-            awk '/^[^ ].*\./ { sub(/ .*/, ""); suite = $0 } /^  / { sub(/\r/, ""); print suite $1 }'
+            awk '/^[^ ].*\./ { sub(/[ \r].*/, ""); suite = $0 } /^  / { sub(/\r/, ""); print suite $1 }'
     done >"$names"
     while IFS= read -r name; do
         grep -qE "^${name//\*/.*}\$" "$names" || fail "tests/left_out_windows.txt: no test is named $name"
