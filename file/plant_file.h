@@ -196,11 +196,11 @@ struct PlantBackUpRotation
 /// backup is made, checked and synced as by BackUpPlantDatabase(). Only then are older backups removed.
 ///
 /// The policy counts only the days, weeks and months that have a backup, and begins with the newest. After a long
-/// break, the backups from before it are therefore kept. The new backup is always kept. A backup whose name has a later time than
-/// the new one stays and does not count: the clock was set back, or had been wrong. Only regular files are removed that
-/// have exactly such a name with the name of this journal. Other files and symbolic links stay. An empty file with such
-/// a name does not count and is removed: a killed process can leave it where the file system has no hard links. Two
-/// rotations at the same time are safe; the later one may remove the earlier one's backup of the same day.
+/// break, the backups from before it are therefore kept. The new backup is always kept. A backup whose name has a later
+/// time than the new one stays and does not count: the clock was set back, or had been wrong. Only regular files are
+/// removed that have exactly such a name with the name of this journal. Other files and symbolic links stay. An empty
+/// file with such a name does not count and is removed: a killed process can leave it where the file system has no hard
+/// links. Two rotations at the same time are safe; the later one may remove the earlier one's backup of the same day.
 /// @param journal  The journal, as for InspectPlantDatabase(). Where it is a symbolic link, its target gives the name.
 /// @param directory  The backups' directory. It is created with the directories above it where it does not exist. Use
 /// a directory for each journal: two journals with the same name would remove each other's backups.
@@ -209,9 +209,9 @@ struct PlantBackUpRotation
 /// @param progress  As for BackUpPlantDatabase().
 /// @return An error as for BackUpPlantDatabase(), after which no backup was made or removed, with two exceptions. Where
 /// the step is `syncing the directory`, the new backup is in place, but a power loss may remove it. Where the step is
-/// `removing`, followed by a name, `out` has the new backup, and all others that could be removed were removed. The unfinished
-/// copy of a killed process is removed by the next rotation; its name is that of the journal, with `.part-` and more
-/// characters after it.
+/// `removing`, followed by a name, `out` has the new backup, and all others that could be removed were removed. The
+/// unfinished copy of a killed process is removed by the next rotation; its name is that of the journal, with `.part-`
+/// and more characters after it.
 PLANTJOURNAL_FILE_API PlantFileResult RotatePlantBackUps(const std::string& journal, const std::string& directory,
                                                          const PlantBackUpPolicy& policy, PlantBackUpRotation& out,
                                                          const PlantBackUpProgress& progress = {});
@@ -248,8 +248,8 @@ struct PlantRestoration
 /// byte by byte to a file next to it, even if it is damaged: `journal.db.before-restore-2026-05-01`, with `-2` and so
 /// on after it where that name is taken. An interrupted write is rolled back before, as by any open. Then:
 /// - A journal that can be read, or an empty file, is overwritten in one transaction. Programs that have it open see
-///   the restored journal in their next transaction, and can continue. If the backup has an earlier schema, they must open the
-///   journal again, which migrates it; `MustReopen` is then true.
+///   the restored journal in their next transaction, and can continue. If the backup has an earlier schema, they must
+///   open the journal again, which migrates it; `MustReopen` is then true.
 /// - A damaged journal, or a file that is not a database, is replaced by a new file, which is checked and synced first.
 ///   Programs that have the journal open keep the damaged file, and their writes are lost: close them first, or let
 ///   them open the journal again at once. The function cannot see them, since an idle connection holds no lock.
