@@ -112,6 +112,16 @@ run_windows_tests() {
         done
     done
     wait
+    # On a busy machine, a test that waits for another program can fail.
+    for program in "${programs[@]}"; do
+        for part in $(windows_parts "$program"); do
+            [[ $(<"$results/$program.$part.status") == 0 ]] || {
+                say "Running $program, part $part, a second time"
+                mv "$results/$program.$part.txt" "$results/$program.$part.first"
+                run_windows_program "$program" "$part"
+            }
+        done
+    done
     printf '%-32s %8s %8s %8s %8s\n' program passed skipped 'left out' Linux
     for program in "${programs[@]}"; do
         report_windows_program "$program" || status=1

@@ -96,9 +96,13 @@ async function main(command, season, directory, executablePath) {
         const reports = writeReports(command, season, directory, await makePicture(browser));
         const accepted = await checkBrokenPages(browser, reports.find(({ name }) => name === 'linked-photos'));
         const views = [];
-        for (const report of reports) {
-            views.push(...await checkReport(browser, report));
-        }
+        const waiting = [...reports];
+        const checkWaiting = async () => {
+            for (let report = waiting.shift(); report; report = waiting.shift()) {
+                views.push(...await checkReport(browser, report));
+            }
+        };
+        await Promise.all([checkWaiting(), checkWaiting()]); // a tab often waits for the browser
         const findings = views.flatMap((view) => view.findings);
         const rules = new Set(views.flatMap((view) => view.rules));
         console.log(`axe-core ${axe.version} (${ruleTags.join(', ')}) applied ${rules.size} rules: ` +
