@@ -24,8 +24,8 @@ void LockShared(sqlite3_file* file)
 
 } // namespace
 
-DamagedFile::DamagedFile(const std::filesystem::path& path)
-    : Opened(path, SQLITE_OPEN_READONLY), SizeInBytes(FileSize(path))
+DamagedFile::DamagedFile(const std::filesystem::path& path, const PlantBackUpProgress& progress)
+    : Opened(path, SQLITE_OPEN_READONLY), Progress(progress), SizeInBytes(FileSize(path))
 {
     sqlite3_file_control(Opened.Handle(), nullptr, SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&File));
     LockShared(File);
@@ -45,6 +45,22 @@ DamagedFile::~DamagedFile()
     File->pMethods->xUnlock(File, SQLITE_LOCK_NONE);
 }
 
+std::int64_t DamagedFile::TotalBlocks() const
+{
+    return std::max<std::int64_t>(1, (SizeInBytes + LeastPageSize - 1) / LeastPageSize);
+}
+
+void DamagedFile::AddDone(std::size_t pageSize)
+{
+    Done = std::min(TotalBlocks(), Done + static_cast<std::int64_t>(pageSize / LeastPageSize));
+}
+
+void DamagedFile::ReportProgress(const char* step) const
+{
+    if (Progress && !Progress(Done, TotalBlocks()))
+        Fail(step, "interrupted");
+}
+
 void DamagedFile::ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size)
 {
     // A short read sets the missing bytes to zero.
@@ -57,6 +73,7 @@ void DamagedFile::ReadFromFile(std::int64_t offset, unsigned char* bytes, std::s
 
 void DamagedFile::Read(std::int64_t offset, Bytes& out)
 {
+    ReportProgress("reading the damaged file");
     if (Rollback.PageSize == 0)
         return ReadFromFile(offset, out.data(), out.size());
     const auto pageSize = static_cast<std::int64_t>(Rollback.PageSize);

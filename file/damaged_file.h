@@ -3,6 +3,7 @@
 
 #include "access.h"
 #include "page.h"
+#include "plant_file.h"
 #include "rollback_journal.h"
 
 #include <cstddef>
@@ -16,11 +17,13 @@ namespace plant_file
 {
 
 // Reads a file as it is after SQLite would have rolled back an interrupted write, and changes neither the file nor its
-// rollback journal. While it exists, no other process can write to the file.
+// rollback journal. While it exists, no other process can write to the file. Each read reports the progress, and fails
+// where the callback ends the work.
 class DamagedFile
 {
   public:
-    explicit DamagedFile(const std::filesystem::path& path);
+    // The callback may be empty, and must live longer than this.
+    DamagedFile(const std::filesystem::path& path, const PlantBackUpProgress& progress);
     ~DamagedFile();
     DamagedFile(const DamagedFile&) = delete;
     DamagedFile& operator=(const DamagedFile&) = delete;
@@ -31,12 +34,20 @@ class DamagedFile
     // The bytes at `offset`. Bytes that do not exist, or that the disk cannot read, are zeros.
     void Read(std::int64_t offset, Bytes& out);
     std::int64_t FailedReads() const { return Failed; }
+    // Counts a page whose rows are copied.
+    void AddDone(std::size_t pageSize);
+    void AddRest() { Done = TotalBlocks(); }
+    void ReportProgress(const char* step) const;
 
   private:
+    // The page size may be lost, so the progress counts pages of the smallest size.
+    std::int64_t TotalBlocks() const;
     void ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size);
 
     Connection Opened; // SQLite opens the file, so that closing it drops no lock of the program
     sqlite3_file* File = nullptr;
+    const PlantBackUpProgress& Progress;
+    std::int64_t Done = 0; // of TotalBlocks()
     RollbackJournal Rollback;
     std::ifstream Journal;
     std::int64_t SizeInBytes = 0;

@@ -20,7 +20,9 @@ constexpr std::size_t MostMissing = 10; // percent
 
 } // namespace
 
-DamagedJournal::DamagedJournal(const std::filesystem::path& path, const std::vector<JournalTable>& tables) : Bytes(path)
+DamagedJournal::DamagedJournal(const std::filesystem::path& path, const std::vector<JournalTable>& tables,
+                               const PlantBackUpProgress& progress)
+    : Bytes(path, progress)
 {
     for (const JournalTable& table : tables)
         Tables.push_back({table, FormsOf(table), {}});
@@ -168,6 +170,7 @@ void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)
                                 values[mapped.Table.IndexOf("Details")].Text);
             journal.Add(table, row.RowID, values);
         }
+        Bytes.AddDone(Pages->Format().PageSize);
     }
     if (damaged != 0 || !mapped.Gaps.empty())
         journal.AddDamaged(table, damaged, AddEntriesOfIndexes(table, journal));
@@ -215,6 +218,7 @@ void DamagedJournal::CopyTo(SalvagedJournal& journal)
 {
     for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
         CopyTable(table, journal);
+    Bytes.AddRest();
 }
 
 } // namespace plant_file

@@ -19,7 +19,8 @@ class DamagedJournal
 {
   public:
     // Finds the pages of the tables. Fails where no table or row of a journal is in the file.
-    DamagedJournal(const std::filesystem::path& path, const std::vector<JournalTable>& tables);
+    DamagedJournal(const std::filesystem::path& path, const std::vector<JournalTable>& tables,
+                   const PlantBackUpProgress& progress);
 
     // Adds all rows, and the lost ones as far as they are known.
     void CopyTo(SalvagedJournal& journal);

@@ -329,8 +329,12 @@ struct PlantSalvageReport
 /// @param damaged  The damaged file.
 /// @param destination  The new journal's file, as for BackUpPlantDatabase() in the mode `Keep`.
 /// @param report  Written back in every case; default-constructed after an error.
+/// @param progress  As for BackUpPlantDatabase(), but the page size may be lost, so a page counts as pages of 512
+/// bytes. `done` stays 0 until the tables are found. It is called while other processes cannot write to the damaged
+/// file.
 /// @return An error where the damaged file cannot be opened or is locked, where no table or row of a journal is found
-/// in it, or where the destination cannot be written. The destination and other files are then as after an error of
-/// BackUpPlantDatabase().
+/// in it, where the destination cannot be written, or where `progress` returns `false`. The destination and other files
+/// are then as after an error of BackUpPlantDatabase().
 PLANTJOURNAL_FILE_API PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::string& destination,
-                                                           PlantSalvageReport& report);
+                                                           PlantSalvageReport& report,
+                                                           const PlantBackUpProgress& progress = {});

@@ -49,9 +49,10 @@ void RequireNewDestination(const std::filesystem::path& damaged, const std::file
 } // namespace plant_file
 
 PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::string& destination,
-                                     PlantSalvageReport& report)
+                                     PlantSalvageReport& report, const PlantBackUpProgress& progress)
 {
     using namespace plant_file;
+    constexpr const char* writingStep = "writing the new journal";
     std::filesystem::path from;
     std::vector<JournalTable> tables;
     std::optional<DamagedJournal> journal;
@@ -60,7 +61,7 @@ PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::stri
     {
         from = AbsolutePath(damaged);
         tables = TablesOfANewJournal();
-        journal.emplace(from, tables);
+        journal.emplace(from, tables, progress);
     };
     const auto write = [&]
     {
@@ -71,11 +72,14 @@ PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::stri
         {
             SalvagedJournal salvaged(part.CopyPath(), tables);
             journal->CopyTo(salvaged);
+            journal->File().ReportProgress(writingStep);
             salvaged.Finish(found);
         }
+        journal->File().ReportProgress(writingStep);
         found.FailedReads = journal->File().FailedReads();
         found.RolledBack = journal->File().JournalPageSize() != 0;
         RequireSoundCopy(part.CopyPath());
+        journal->File().ReportProgress(writingStep);
         part.Finish(PermissionsOf(from));
         RequireNewDestination(from, to); // other processes may have created files meanwhile
         if (!MoveIntoPlace(part.CopyPath(), to, PlantBackUpMode::Keep))

@@ -83,6 +83,20 @@ TEST_F(SalvageCommandTest, LostPlantsAreAnnounced)
     EXPECT_NE(Done({"plant", "list", "--file", "new.db"}).find("Lost plant "), std::string::npos);
 }
 
+TEST_F(SalvageCommandTest, CtrlCDuringASalvageLeavesNoFiles)
+{
+    std::filesystem::create_directory(Scratch.File("salvaged"));
+    OtherProgram other(Damaged, "BEGIN EXCLUSIVE;"); // so that the signal comes in time
+    RunningProgram program(Line({"salvage", "damaged.db", "salvaged/new.db"}), Around);
+    program.Interrupt();
+    other.Finish();
+    const ProgramResult outcome = program.End();
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_EQ(outcome.Error,
+              "plantjournal: damaged.db: reading the damaged file: interrupted; run the command again\n");
+    EXPECT_TRUE(std::filesystem::is_empty(Scratch.File("salvaged")));
+}
+
 TEST_F(SalvageCommandTest, QuietPrintsNothing)
 {
     EXPECT_EQ(Done({"salvage", "--quiet", "damaged.db", "new.db"}), "");

@@ -6,6 +6,7 @@
 #include "plant_file.h"
 #include "record/text.h"
 #include "terminal/printable.h"
+#include "terminal/progress.h"
 
 #include <algorithm>
 #include <memory>
@@ -91,10 +92,17 @@ void DescribeSalvage(const std::string& destination, const PlantSalvageReport& r
               << Printable(destination) << "`\n";
 }
 
+PlantFileResult SalvageWithProgress(const std::string& damaged, const std::string& destination,
+                                    PlantSalvageReport& report)
+{
+    Progress bar("Salvaging");
+    return SalvagePlantDatabase(damaged, destination, report, ShownOn(bar));
+}
+
 void Salvage(const Session& session, const std::string& damaged, const std::string& destination)
 {
     PlantSalvageReport report;
-    RequireSalvage(SalvagePlantDatabase(damaged, destination, report), damaged, destination);
+    RequireSalvage(SalvageWithProgress(damaged, destination, report), damaged, destination);
     ReportCopy(session, "Salvaged " + damaged + " to " + destination);
     if (session.AsJSON)
         PrintSalvageJSON(damaged, destination, report);

@@ -69,7 +69,9 @@ void RequireSalvage(const PlantFileResult& result, const std::string& damaged, c
     std::error_code ignored;
     std::string advice = "check that the directory exists, is writable and has free space";
     PlantFileInspection file;
-    if (result.Error.starts_with(damaged + ": ") && damaged != destination)
+    if (Interrupted())
+        advice = "run the command again";
+    else if (result.Error.starts_with(damaged + ": ") && damaged != destination)
     {
         advice = "check the path, or name another file";
         if (InspectPlantSchema(damaged, file) && file.Kind == PlantFileKind::Locked)
