@@ -174,7 +174,8 @@ std::vector<DatedBackUp> DatedBackUps(const std::filesystem::path& directory, co
     RequireSystemCall(opened.IsOpen(), "opening the directory");
     const auto look = [&]
     {
-        while (const std::optional<std::filesystem::path> entry = opened.NextName())
+        std::optional<std::filesystem::path> entry = opened.NextName();
+        for (; entry && !entry->empty(); entry = opened.NextName())
         {
             const std::string name = TextOfPath(*entry);
             const std::optional<BackUpMoment> moment = MomentOfName(name, journal);
@@ -190,6 +191,7 @@ std::vector<DatedBackUp> DatedBackUps(const std::filesystem::path& directory, co
                 backUp.Bytes = *bytes;
             }
         }
+        RequireSystemCall(entry.has_value(), "reading the directory");
     };
     WithPathErrors(look);
     std::sort(found.begin(), found.end(),

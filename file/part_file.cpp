@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -75,7 +74,7 @@ void RemoveOrphans(const std::filesystem::path& destination)
     const OpenedDirectory directory(parent);
     if (!directory.IsOpen())
         return;
-    while (const std::optional<std::filesystem::path> name = directory.NextName())
+    for (auto name = directory.NextName(); name && !name->empty(); name = directory.NextName())
     {
         std::string text = TextOfPath(*name);
         if (IsLockName(text, beginning))

@@ -185,7 +185,7 @@ struct PlantBackUpPolicy
 /// The result of a rotation.
 struct PlantBackUpRotation
 {
-    std::string Path;                 ///< The new backup. Empty after an error, unless the step is `removing`.
+    std::string Path;                 ///< The new backup. Empty after an error, unless the backup is complete.
     std::vector<std::string> Dropped; ///< The backups that were removed, the newest first.
 };
 
@@ -207,9 +207,10 @@ struct PlantBackUpRotation
 /// @param policy  What to keep. A negative number is an error.
 /// @param out  Written back in every case.
 /// @param progress  As for BackUpPlantDatabase().
-/// @return An error as for BackUpPlantDatabase(), after which no backup was made or removed, with two exceptions. Where
-/// the step is `syncing the directory`, the new backup is in place, but a power loss may remove it. Where the step is
-/// `removing`, followed by a name, `out` has the new backup, and all others that could be removed were removed. The
+/// @return An error as for BackUpPlantDatabase(), after which no backup was made or removed, with three exceptions.
+/// Where the step is `syncing the directory`, the new backup is in place, but a power loss may remove it. Where the
+/// step is `removing`, followed by a name, `out` has the new backup, and all others that could be removed were removed.
+/// Where `out` has the new backup after another step, the directory could not be read, and nothing was removed. The
 /// unfinished copy of a killed process is removed by the next rotation; its name is that of the journal, with `.part-`
 /// and more characters after it.
 PLANTJOURNAL_FILE_API PlantFileResult RotatePlantBackUps(const std::string& journal, const std::string& directory,

@@ -111,8 +111,9 @@ class OpenedDirectory
     OpenedDirectory& operator=(const OpenedDirectory&) = delete;
 
     bool IsOpen() const;
-    // The name of the next file in it; nothing after the last one. Unlike std::filesystem::directory_iterator, it
-    // throws std::bad_alloc where memory runs out: libstdc++'s ends the program.
+    // The name of the next file in it, empty after the last one; nothing after a failure. Unlike
+    // std::filesystem::directory_iterator, it throws std::bad_alloc where memory runs out: libstdc++'s ends the
+    // program.
     std::optional<std::filesystem::path> NextName() const;
     // Returns once the names in it are on the disk.
     bool Sync() const;

@@ -213,9 +213,11 @@ bool OpenedDirectory::IsOpen() const
 
 std::optional<std::filesystem::path> OpenedDirectory::NextName() const
 {
+    errno = 0; // the end of the directory does not change it
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has this directory stream
-    const dirent* const entry = readdir(Stream->Opened);
-    return entry == nullptr ? std::nullopt : std::optional<std::filesystem::path>(entry->d_name);
+    if (const dirent* const entry = readdir(Stream->Opened))
+        return entry->d_name;
+    return errno == 0 ? std::optional<std::filesystem::path>(std::in_place) : std::nullopt;
 }
 
 bool OpenedDirectory::Sync() const

@@ -204,7 +204,7 @@ class DirectoryStream
 
     WIN32_FIND_DATAW Found = {};
     const HANDLE Search;
-    bool HasName; // in Found
+    bool HasName; // in Found, which NextName() has not returned yet
 };
 
 OpenedDirectory::OpenedDirectory(const std::filesystem::path& path) : Stream(std::make_unique<DirectoryStream>(path)) {}
@@ -218,11 +218,9 @@ bool OpenedDirectory::IsOpen() const
 
 std::optional<std::filesystem::path> OpenedDirectory::NextName() const
 {
-    if (!Stream->HasName)
-        return std::nullopt;
-    std::filesystem::path name = Stream->Found.cFileName;
-    Stream->HasName = FindNextFileW(Stream->Search, &Stream->Found) != 0;
-    return name;
+    if (std::exchange(Stream->HasName, false) || FindNextFileW(Stream->Search, &Stream->Found) != 0)
+        return Stream->Found.cFileName;
+    return GetLastError() == ERROR_NO_MORE_FILES ? std::optional<std::filesystem::path>(std::in_place) : std::nullopt;
 }
 
 bool OpenedDirectory::Sync() const

@@ -24,7 +24,11 @@ class FileCallsTest : public testing::Test
 {
   protected:
     FileCallsTest() { std::ofstream(File) << "text"; }
-    ~FileCallsTest() override { close(Descriptor); }
+    ~FileCallsTest() override
+    {
+        close(Descriptor);
+        closedir(Directory);
+    }
 
     // Makes one call of each kind. True where it succeeds.
     bool Make(FileCall call)
@@ -58,18 +62,23 @@ class FileCallsTest : public testing::Test
             DIR* const directory = opendir(std::filesystem::path(File).parent_path().c_str());
             return directory != nullptr && closedir(directory) == 0;
         }
+        case FileCall::ReadDirectory:
+            rewinddir(Directory);
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has this directory stream
+            return readdir(Directory) != nullptr;
         }
         return false;
     }
 
     ScratchDirectory Scratch;
     std::string File = Scratch.File("file");
+    DIR* const Directory = opendir(std::filesystem::path(File).parent_path().c_str());
     int Descriptor = open(File.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
 };
 
-const std::set<FileCall> AllFileCalls = {FileCall::Link,       FileCall::Rename,        FileCall::Sync,
-                                         FileCall::ChangeMode, FileCall::OpenDirectory, FileCall::CreateTemporary,
-                                         FileCall::Lock,       FileCall::AddDirectory,  FileCall::Remove};
+const std::set<FileCall> AllFileCalls = {
+    FileCall::Link,          FileCall::Rename,          FileCall::Sync, FileCall::ChangeMode,   FileCall::OpenDirectory,
+    FileCall::ReadDirectory, FileCall::CreateTemporary, FileCall::Lock, FileCall::AddDirectory, FileCall::Remove};
 
 TEST_F(FileCallsTest, CallsReachTheSystemWhereNoFailureIsInScope)
 {

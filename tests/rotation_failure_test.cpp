@@ -87,8 +87,9 @@ TEST_F(RotationFailureTest, AFailingDiskRemovesNoBackup)
 
 TEST_F(RotationFailureTest, AFailingSystemCallRemovesNoBackup)
 {
-    for (const FileCall call : {FileCall::Link, FileCall::Rename, FileCall::Sync, FileCall::ChangeMode,
-                                FileCall::OpenDirectory, FileCall::CreateTemporary, FileCall::Lock})
+    for (const FileCall call :
+         {FileCall::Link, FileCall::Rename, FileCall::Sync, FileCall::ChangeMode, FileCall::OpenDirectory,
+          FileCall::ReadDirectory, FileCall::CreateTemporary, FileCall::Lock})
         ExpectABackupStays([&](int number) { return FileCallFailure({call}, number); });
 }
 
@@ -162,6 +163,30 @@ TEST_F(RotationFailureTest, ADirectoryThatCannotBeListedIsAnError)
     std::vector<PlantBackUpFile> files;
     const FileCallFailure next({FileCall::OpenDirectory}, 1, EACCES);
     EXPECT_EQ(ListPlantBackUps(Path, Place, files).Error, Place + ": opening the directory: " + AccessDenied);
+}
+
+TEST_F(RotationFailureTest, ADirectoryThatCannotBeReadToItsEndIsAnError)
+{
+    std::vector<PlantBackUpFile> files;
+    int names = 0;
+    for (bool happened = true; happened; names += happened ? 1 : 0)
+    {
+        const FileCallFailure failure({FileCall::ReadDirectory}, names + 1);
+        const std::string error = ListPlantBackUps(Path, Place, files).Error;
+        happened = failure.Happened();
+        EXPECT_EQ(error, happened ? Place + ": reading the directory: Input/output error" : "");
+        EXPECT_EQ(files.empty(), happened);
+    }
+    EXPECT_GT(names, 1);
+    ASSERT_EQ(RotateAt("2026-05-02 10:00:00"), "");
+    const Names before = There();
+    {
+        const FileCallFailure failure({FileCall::ReadDirectory}, FileCallFailure::EveryCall);
+        EXPECT_EQ(RotateAt("2026-05-03 10:00:00", {1, 0, 0}), Place + ": reading the directory: Input/output error");
+    }
+    EXPECT_EQ(There().size(), before.size() + 1);
+    EXPECT_EQ(Rotation.Path, Place + "/2026-05-03-100000-journal.db");
+    EXPECT_TRUE(Rotation.Dropped.empty());
 }
 
 TEST_F(RotationFailureTest, ABackupWhoseNameIsTakenMeanwhileHasTheNext)

@@ -17,6 +17,7 @@ enum class FileCall
     Sync,            // fsync
     ChangeMode,      // fchmod
     OpenDirectory,   // opendir
+    ReadDirectory,   // readdir, readdir64
     CreateTemporary, // mkostemp, mkostemp64
     Lock,            // flock
     AddDirectory,    // mkdir

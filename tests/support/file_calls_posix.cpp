@@ -23,8 +23,11 @@ Result Pass(FileCall call, const char* name, Result failed, Arguments... argumen
         errno = *error;
         return failed;
     }
-    const Result result = reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
-    const int error = errno;
+    int error = errno; // a caller of readdir finds the end of the directory by an unchanged number
+    auto* const original = reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name));
+    errno = error;
+    const Result result = original(arguments...);
+    error = errno;
     support::FileCallGate::Returned(call);
     errno = error;
     return result;
@@ -69,6 +72,16 @@ extern "C"
     DIR* opendir(const char* name)
     {
         return Pass(FileCall::OpenDirectory, "opendir", static_cast<DIR*>(nullptr), name);
+    }
+
+    dirent* readdir(DIR* directory)
+    {
+        return Pass(FileCall::ReadDirectory, "readdir", static_cast<dirent*>(nullptr), directory);
+    }
+
+    dirent64* readdir64(DIR* directory) // readdir with file offsets of 64 bits
+    {
+        return Pass(FileCall::ReadDirectory, "readdir64", static_cast<dirent64*>(nullptr), directory);
     }
 
     int mkostemp(char* name, int flags)

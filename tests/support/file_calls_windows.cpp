@@ -79,6 +79,11 @@ HANDLE WINAPI FindFirstGated(LPCWSTR pattern, LPWIN32_FIND_DATAW found)
     return Pass(FileCall::OpenDirectory, original, INVALID_HANDLE_VALUE, pattern, found);
 }
 
+BOOL WINAPI FindNextGated(HANDLE search, LPWIN32_FIND_DATAW found)
+{
+    return Pass(FileCall::ReadDirectory, Original<decltype(FindNextFileW)>("FindNextFileW"), FALSE, search, found);
+}
+
 HANDLE WINAPI CreateGated(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
                           DWORD flags, HANDLE pattern)
 {
@@ -115,6 +120,7 @@ extern "C"
     decltype(&FlushGated) __imp_FlushFileBuffers = FlushGated;
     decltype(&SetInformationGated) __imp_SetFileInformationByHandle = SetInformationGated;
     decltype(&FindFirstGated) __imp_FindFirstFileW = FindFirstGated;
+    decltype(&FindNextGated) __imp_FindNextFileW = FindNextGated;
     decltype(&CreateGated) __imp_CreateFileW = CreateGated;
     decltype(&LockGated) __imp_LockFileEx = LockGated;
     decltype(&AddDirectoryGated) __imp_CreateDirectoryW = AddDirectoryGated;
