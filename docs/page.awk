@@ -1,5 +1,7 @@
 # Converts a page for Doxygen, in older and newer versions. Names the page after its file, replaces links to other pages
-# with references to their names, and replaces links to source files with links to the pages that show them.
+# with references to their names, and replaces links to source files with links to the pages that show them. Doxygen
+# looks for the file of a link in its own directory first, which is the project's: a link that leads up would find the
+# file of another project.
 FNR == 1 {
     page = tolower(FILENAME)
     sub(/.*\//, "", page)
@@ -24,6 +26,7 @@ FNR == 1 {
         name = tolower(link)
         sub(/.*\//, "", name)
         sub(/\.md$/, "", name)
+        sub(/^(\.\.\/)+/, "", link)
         done = done substr($0, 1, RSTART + 1) (name ~ /^(readme|origin)$/ ? link : "@ref " name) ")"
         $0 = substr($0, RSTART + RLENGTH)
     }
