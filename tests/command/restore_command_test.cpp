@@ -150,6 +150,30 @@ TEST_F(RestoreCommandTest, ADamagedBackupIsPassedOver)
               std::string::npos);
 }
 
+TEST_F(RestoreCommandTest, ABackupOfTheFutureIsRestoredOnlyByItsDateOrName)
+{
+    const std::string future = BackUpDirectoryIn(State) + "/2099-01-01-120000-journal.db";
+    std::filesystem::copy_file(First, future);
+    const std::string notice =
+        "notice: " + future + ": its date is in the future, so it is not used; name it to restore it\n";
+    const ProgramResult outcome = On("2026-05-05", {"restore", "--yes"});
+    EXPECT_EQ(outcome.Status, 0);
+    EXPECT_EQ(outcome.Error, notice);
+    EXPECT_NE(outcome.Out.find("from " + Second), std::string::npos) << outcome.Out;
+    Left.emplace_back("journal.db.before-restore-2026-05-05");
+    EXPECT_NE(Restored({"today"}).find("from " + Second), std::string::npos);
+    EXPECT_NE(Restored({"2099"}).find("from " + future), std::string::npos);
+    EXPECT_NE(Restored({future}).find("from " + future), std::string::npos);
+    for (const std::string& backUp : {First, Second})
+        std::filesystem::remove(backUp);
+    const ProgramResult none = On("2026-05-05", {"restore", "--yes"});
+    EXPECT_EQ(none.Status, 1);
+    EXPECT_TRUE(none.Error.starts_with(notice)) << none.Error;
+    EXPECT_TRUE(none.Error.ends_with(": no good backup of 2026-05-05 or before; `plantjournal backup --list` lists the "
+                                     "backups; name one\n"))
+        << none.Error;
+}
+
 TEST_F(RestoreCommandTest, AMissingJournalIsRestored)
 {
     std::filesystem::remove_all(std::filesystem::path(Journal).parent_path());

@@ -98,10 +98,11 @@ state directory ($XDG_STATE_HOME, by default ~/.local/state; on Windows %LOCALAP
 journal, or below DIR with --to DIR. Other files there are left alone. After the first change of a day, a notice offers
 a backup if the last one is more than seven days old.
 
-`plantjournal restore` puts a backup in the place of the journal. The present journal stays next to it, with
-.before-restore- and the date after its name. Programs that have the journal open go on with the restored one, unless it
-was damaged: then they must open it again. `plantjournal undo` does not roll back a restoration, nor a change from
-before it; restore the kept file instead.
+`plantjournal restore` puts a backup in the place of the journal. A backup with a date in the future, which a wrong
+clock can have made, is restored only if its file or its date is named. The present journal stays next to the restored
+one, with .before-restore- and the date after its name. Programs that have the journal open go on with the restored one,
+unless the journal was damaged: then they must open it again. `plantjournal undo` does not roll back a restoration, nor
+a change from before it; restore the kept file instead.
 )"},
     {"UNDO", R"(
 `plantjournal undo` rolls back the last change that the command made, if nothing has changed the journal since. It

@@ -63,8 +63,8 @@ std::string OthersOfThisName(const std::filesystem::path& directory)
     return found;
 }
 
-// The newest good backup of a day or before; of any day where `until` is empty. A month or a year stands for its last
-// day.
+// The newest good backup of a day or before; of today or before where `until` is empty: a wrong clock can have made one
+// of the future. A month or a year stands for its last day.
 std::string NewestGoodBackUp(const std::string& journal, const std::string& directory, const std::string& until)
 {
     std::vector<PlantBackUpFile> files;
@@ -73,17 +73,23 @@ std::string NewestGoodBackUp(const std::string& journal, const std::string& dire
     if (files.empty())
         throw Refusal(directory + ": no backup of this journal" + OthersOfThisName(directory) +
                       "; name a backup, or read what is left of a damaged journal with `plantjournal salvage`");
+    const std::string last = until.empty() ? PlantEventCurrentDate() : until;
     for (const PlantBackUpFile& file : files)
     {
-        if (file.Time.substr(0, until.size()) > until)
+        if (file.Time.substr(0, last.size()) > last)
+        {
+            if (until.empty())
+                std::cerr << "notice: " << Printable(file.Path)
+                          << ": its date is in the future, so it is not used; name it to restore it\n";
             continue;
+        }
         const std::string reason = WhyNotGood(file.Path);
         if (reason.empty())
             return file.Path;
         std::cerr << "notice: " << Printable(reason) << "; an older backup is used\n";
     }
-    throw Refusal(directory + ": no good backup" + (until.empty() ? "" : " of " + until + " or before") +
-                  "; `plantjournal backup --list` lists the backups; name one");
+    throw Refusal(directory + ": no good backup of " + last +
+                  " or before; `plantjournal backup --list` lists the backups; name one");
 }
 
 std::string ChosenBackUp(const std::string& journal, const RestoreArguments& arguments)
@@ -303,7 +309,7 @@ void AddRestoreCommand(CLI::App& program, Session& session)
                    [&session, wanted] { Restore(session, *wanted); });
     AddArgument(command, "BACKUP",
                 "the backup file, or a date for the newest good backup of that day or before; a file whose name is a "
-                "date is the backup file; without BACKUP, the newest good backup",
+                "date is the backup file; without BACKUP, the newest good backup up to today",
                 wanted->Chosen, Need::Optional);
     AddFlag(command,
             {"--from", "find the dated backups below DIR, as `backup --to DIR` keeps them", "DIR", Need::Optional,
