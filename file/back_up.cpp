@@ -22,6 +22,7 @@ constexpr const char* RenamingStep = "renaming the copy";
 void RequireFreeDestination(const std::filesystem::path& source, const std::filesystem::path& destination,
                             PlantBackUpMode mode)
 {
+    RequireNoBrokenLink(destination);
     const auto look = [&]
     {
         const bool exists = FileSize(destination) != NoFile;
@@ -110,6 +111,14 @@ void RequireNoLog(const std::filesystem::path& file)
         }
     };
     WithPathErrors(look);
+}
+
+void RequireNoBrokenLink(const std::filesystem::path& file)
+{
+    bool isLink = false;
+    WithPathErrors([&] { isLink = std::filesystem::is_symlink(std::filesystem::symlink_status(file)); });
+    if (isLink)
+        Fail("", "a symbolic link to a file that does not exist");
 }
 
 std::filesystem::perms PermissionsOf(const std::filesystem::path& file)

@@ -45,6 +45,10 @@ void RequireSoundCopy(const std::filesystem::path& file);
 // Fails where a file exists that SQLite would apply to one with this name.
 void RequireNoLog(const std::filesystem::path& file);
 
+// Fails where the canonical path is that of a symbolic link: its target does not exist, so a new file would not be the
+// target, but take the place of the link.
+void RequireNoBrokenLink(const std::filesystem::path& file);
+
 std::filesystem::perms PermissionsOf(const std::filesystem::path& file);
 
 // A journal that is open to be copied. An interrupted write in it has been rolled back.

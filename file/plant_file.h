@@ -161,10 +161,11 @@ using PlantBackUpProgress = std::function<bool(std::int64_t done, std::int64_t t
 /// @param progress  May be empty. Where it returns `false`, the backup ends with the error "interrupted".
 /// @param mode  What to do with an existing destination.
 /// @return An error where the source is not a journal, is damaged or cannot be read; where the destination exists (in
-/// the mode `Keep`), is the source itself or not a regular file; where a file exists that SQLite would apply to the
-/// copy (the destination's name with `-journal` or `-wal`); where the disk is full, or the copy cannot be read. After
-/// an error the destination is unchanged and no other file is left, with one exception: where the step is `syncing the
-/// directory`, the copy is complete and in place, but a power loss may remove it.
+/// the mode `Keep`), is the source itself, not a regular file, or a symbolic link to a file that does not exist; where
+/// a file exists that SQLite would apply to the copy (the destination's name with `-journal` or `-wal`); where the disk
+/// is full, or the copy cannot be read. After an error the destination is unchanged and no other file is left, with one
+/// exception: where the step is `syncing the directory`, the copy is complete and in place, but a power loss may remove
+/// it.
 ///
 /// A killed process or a power loss leaves the unfinished copy. Its files are named like the destination, with `.part-`
 /// and at least six characters after it. The next backup to the same destination removes them. It does not remove the
@@ -266,8 +267,9 @@ struct PlantRestoration
 /// @param progress  As for BackUpPlantDatabase(). It may be called while the journal is locked. In the last call for a
 /// journal that can be read, the restored journal is already in place, so the result of `progress` changes nothing.
 /// @return An error where the backup is damaged, is not a journal or cannot be read; where the journal is the backup
-/// itself, or another program's database; where another process reads or writes it for longer than 2.5 seconds; where
-/// it is damaged or missing and a file exists that SQLite would apply to the restored one (its name with `-journal` or
+/// itself, another program's database, or a symbolic link to a file that does not exist; where another process reads or
+/// writes it for longer than 2.5 seconds; where it is damaged or missing and a file exists that SQLite would apply to
+/// the restored one (its name with `-journal` or
 /// `-wal`); where permission is denied or the disk is full. After an error the journal is unchanged, with one
 /// exception: where the step is `syncing the directory`, the restored journal can be in place.
 PLANTJOURNAL_FILE_API PlantFileResult RestorePlantDatabase(const std::string& backup, const std::string& journal,

@@ -175,6 +175,7 @@ void ReplaceDamaged(const SoundBackUp& backUp, std::optional<Connection>& connec
 void Restore(const SoundBackUp& backUp, const std::filesystem::path& journal, const PlantBackUpProgress& progress,
              PlantRestoration& out)
 {
+    RequireNoBrokenLink(journal);
     if (FileSize(journal) == NoFile)
         return RestoreMissing(backUp, journal, progress);
     bool isSame = false;

@@ -32,6 +32,7 @@ constexpr const char* DestinationExists = "already exists";
 
 void RequireNewDestination(const std::filesystem::path& damaged, const std::filesystem::path& destination)
 {
+    RequireNoBrokenLink(destination);
     const auto look = [&]
     {
         if (FileSize(destination) == NoFile)

@@ -35,12 +35,25 @@ TEST_F(BackUpDestinationTest, AFileThatIsCreatedMeanwhileIsNotReplaced)
     EXPECT_EQ(FileBytes(Destination), "another program's");
     std::filesystem::remove(Destination);
 
-    // A broken symbolic link occupies the name, too.
-    std::filesystem::create_symlink("nowhere", Destination);
-    EXPECT_EQ(BackUp(), Destination + ": already exists");
-    EXPECT_TRUE(std::filesystem::is_symlink(Destination));
-    std::filesystem::remove(Destination);
     EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
+}
+
+TEST_F(BackUpDestinationTest, ABrokenLinkIsAnErrorAndStays)
+{
+    const std::string expected = Destination + ": a symbolic link to a file that does not exist";
+    const auto linkTo = [&](std::int64_t, std::int64_t)
+    {
+        std::filesystem::create_symlink("nowhere", Destination);
+        return true;
+    };
+    for (const PlantBackUpMode mode : {PlantBackUpMode::Keep, PlantBackUpMode::Overwrite})
+    {
+        EXPECT_EQ(BackUp(linkTo, mode), expected);
+        EXPECT_EQ(BackUp({}, mode), expected);
+        EXPECT_EQ(std::filesystem::read_symlink(Destination), "nowhere");
+        std::filesystem::remove(Destination);
+        EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
+    }
 }
 
 TEST_F(BackUpDestinationTest, ABackupNeedsNoHardLinks)

@@ -114,6 +114,16 @@ TEST_F(RestoreTest, AnEarlierSchemaIsRestoredAndMustBeReopened)
     }
 }
 
+TEST_F(RestoreTest, ABrokenLinkIsAnErrorAndStays)
+{
+    const std::string link = Scratch.File("link.db");
+    std::filesystem::create_symlink("nowhere", link);
+    EXPECT_EQ(RestorePlantDatabase(Destination, link, Restoration).Error,
+              link + ": a symbolic link to a file that does not exist");
+    EXPECT_EQ(std::filesystem::read_symlink(link), "nowhere");
+    EXPECT_FALSE(std::filesystem::exists(Scratch.File("nowhere")));
+}
+
 TEST_F(RestoreTest, ALinkToTheJournalStays)
 {
     const std::string link = Scratch.File("link.db");

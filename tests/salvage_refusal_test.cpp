@@ -79,6 +79,16 @@ TEST_F(SalvageRefusalTest, AnExistingDestinationIsKept)
     ExpectRefusal(Destination + ": the source and the destination are the same file");
 }
 
+TEST_F(SalvageRefusalTest, ABrokenLinkIsKept)
+{
+    std::filesystem::create_symlink("nowhere", Destination);
+    PlantSalvageReport report;
+    EXPECT_EQ(SalvagePlantDatabase(Path, Destination, report).Error,
+              Destination + ": a symbolic link to a file that does not exist");
+    EXPECT_EQ(std::filesystem::read_symlink(Destination), "nowhere");
+    EXPECT_FALSE(std::filesystem::exists(Scratch.File("nowhere")));
+}
+
 TEST_F(SalvageRefusalTest, ALogOfTheDestinationIsAnError)
 {
     WriteBytes(Destination + "-journal", "old");

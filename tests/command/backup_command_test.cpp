@@ -119,6 +119,15 @@ TEST_F(BackUpCommandTest, OptionsThatDoNotGoTogetherAreRefused)
     EXPECT_NE(Mistaken({"backup", "--overwrite"}).find("--overwrite needs a DESTINATION"), std::string::npos);
 }
 
+TEST_F(BackUpCommandTest, ABrokenLinkAsTheDestinationIsRefused)
+{
+    std::filesystem::create_symlink("nowhere", Scratch.File("copy.db"));
+    for (const Words& words :
+         {Words{"backup", "copy.db"}, {"backup", "--overwrite", "copy.db"}, {"salvage", Journal, "copy.db"}})
+        EXPECT_EQ(Refused(words),
+                  "plantjournal: copy.db: a symbolic link to a file that does not exist; name another destination\n");
+}
+
 TEST_F(BackUpCommandTest, APlaceThatCannotBeUsedIsRefused)
 {
     Write("file", "");

@@ -31,10 +31,11 @@ struct BackUpArguments
     bool List = false;
 };
 
+// True also for a symbolic link to a file that does not exist.
 bool Exists(const std::string& path)
 {
     std::error_code ignored;
-    return std::filesystem::exists(PathOfText(path), ignored);
+    return std::filesystem::exists(std::filesystem::symlink_status(PathOfText(path), ignored));
 }
 
 // Whether --overwrite is what a backup of `source` to `destination` lacks.

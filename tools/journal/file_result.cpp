@@ -79,7 +79,7 @@ void RequireSalvage(const PlantFileResult& result, const std::string& damaged, c
     }
     else if (result.Error.ends_with("remove it first"))
         advice = "or name another destination";
-    else if (std::filesystem::exists(plant_file::PathOfText(destination), ignored))
+    else if (std::filesystem::exists(std::filesystem::symlink_status(plant_file::PathOfText(destination), ignored)))
         advice = "name another destination";
     throw Refusal(result.Error + "; " + advice);
 }
