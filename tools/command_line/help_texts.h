@@ -94,9 +94,10 @@ Windows, LOCALAPPDATA names both directories. NO_COLOR turns colours off.
     {"BACKUPS", R"(
 `plantjournal backup` makes a backup with the date and time in its name. It keeps the newest of each of the last 7 days,
 4 weeks and 12 months that have a backup, and removes the others. The backups are in plantjournal/backups in the XDG
-state directory ($XDG_STATE_HOME, by default ~/.local/state; on Windows %LOCALAPPDATA%), in a directory for each
-journal, or below DIR with --to DIR. Other files there are left alone. After the first change of a day, a notice offers
-a backup if the last one is more than seven days old.
+state directory ($XDG_STATE_HOME, by default ~/.local/state; on macOS the default is ~/Library/Application Support, and
+on Windows the directory is %LOCALAPPDATA%), in a directory for each journal, or below DIR with --to DIR. Other files
+there are left alone. After the first change of a day, a notice offers a backup if the last one is more than seven days
+old.
 
 `plantjournal restore` puts a backup in the place of the journal. A backup with a date in the future, which a wrong
 clock can have made, is restored only if its file or its date is named. The present journal stays next to the restored
