@@ -103,9 +103,10 @@ TEST_F(ManualTest, TheManualDescribesArgumentsAndTypesOfValues)
 TEST_F(ManualTest, TheManualHasTheHeadingsOfTheHelpAndTheLongNotes)
 {
     std::size_t last = 0;
-    for (const char* heading : {"NAME", "SYNOPSIS", "DESCRIPTION", "PLANTS", "VALUES", "OUTPUT",
-                                "OPTIONS OF EVERY COMMAND", "KEEP THE JOURNAL", "LOOK", "CORRECT AND COMPLETE",
-                                "LOOK AFTER THE FILE", "FILES", "ENVIRONMENT", "EXIT STATUS"})
+    for (const char* heading :
+         {"NAME", "SYNOPSIS", "DESCRIPTION", "PLANTS", "VALUES", "OUTPUT", "OPTIONS OF EVERY COMMAND",
+          "KEEP THE JOURNAL", "LOOK", "CORRECT AND COMPLETE", "LOOK AFTER THE FILE", "FILES", "ENVIRONMENT", "BACKUPS",
+          "DAMAGED JOURNALS", "UNDO", "EXIT STATUS"})
     {
         const std::size_t found = Page.find(".SH " + std::string(heading) + '\n');
         ASSERT_NE(found, std::string::npos) << heading;
@@ -115,6 +116,40 @@ TEST_F(ManualTest, TheManualHasTheHeadingsOfTheHelpAndTheLongNotes)
     for (const char* word :
          {"PLANTJOURNAL_FILE", "NO_COLOR", "XDG_DATA_HOME", "at least four characters", "exact name"})
         EXPECT_NE(Page.find(word), std::string::npos) << word;
+}
+
+TEST_F(ManualTest, TheManualDescribesTheWayFromADamagedJournalToANewOne)
+{
+    std::size_t last = Page.find(".SH DAMAGED JOURNALS\n");
+    ASSERT_NE(last, std::string::npos);
+    for (const char* step :
+         {"`plantjournal restore` ", "`plantjournal salvage DAMAGED DESTINATION`", "Lost plant",
+          "`plantjournal check --repair --file DESTINATION`", "`plantjournal restore DESTINATION`", ".SH "})
+    {
+        const std::size_t found = Page.find(InRoff(step), last + 1);
+        ASSERT_NE(found, std::string::npos) << step;
+        last = found;
+    }
+    EXPECT_EQ(Page.compare(last, 7, ".SH UNDO", 7), 0);
+}
+
+TEST_F(ManualTest, ThePagesNameTheDirectoriesOfEverySystem)
+{
+    const auto section = [&](const std::string& title)
+    {
+        const std::size_t begin = Page.find(".SH " + title + '\n');
+        return Page.substr(begin, Page.find(".SH ", begin + 1) - begin);
+    };
+    const std::string readme = FileBytes(PLANTJOURNAL_SOURCE_DIR "/README.md");
+    for (const Words& directories :
+         {Words{"FILES", "$XDG_DATA_HOME", "~/.local/share"}, {"BACKUPS", "$XDG_STATE_HOME", "~/.local/state"}})
+        for (const std::string& directory :
+             {directories[1], directories[2], std::string("~/Library/Application Support"),
+              std::string("%LOCALAPPDATA%")})
+        {
+            EXPECT_NE(readme.find('`' + directory + '`'), std::string::npos) << directory;
+            EXPECT_NE(section(directories[0]).find(directory), std::string::npos) << directory;
+        }
 }
 
 TEST_F(ManualTest, TheManualIsFormattedWithoutWarnings)

@@ -105,6 +105,20 @@ one, with .before-restore- and the date after its name. Programs that have the j
 unless the journal was damaged: then they must open it again. `plantjournal undo` does not roll back a restoration, nor
 a change from before it; restore the kept file instead.
 )"},
+    {"DAMAGED JOURNALS", R"(
+`plantjournal restore` replaces a damaged journal with a backup, which is complete up to its date. Without a backup,
+`plantjournal salvage DAMAGED DESTINATION` reads what is left in the damaged file and writes it to a new journal. It
+changes neither the damaged file nor a file that exists at DESTINATION. Close the programs that write to the damaged
+file first.
+
+The table that it prints shows how many rows were read, how many are known to be missing, and why. The records of a lost
+plant are kept under a plant with the name Lost plant and the prefix of its UUID. A changed byte inside a value cannot
+be noticed: compare the new journal with what you remember.
+
+`plantjournal check --repair --file DESTINATION` then restores missing events of care entries and harvest records, and
+lists what else is wrong. `plantjournal restore DESTINATION` puts the new journal in the place of the damaged one, which
+stays next to it.
+)"},
     {"UNDO", R"(
 `plantjournal undo` rolls back the last change that the command made, if nothing has changed the journal since. It
 describes the change and asks first. There is one level.
