@@ -2,6 +2,7 @@
 
 #include "plant_file.h"
 
+#include "support/migration_test.h"
 #include "support/salvage_test.h"
 
 #include <filesystem>
@@ -102,14 +103,8 @@ TEST_F(SalvageSchemaTest, NoOtherStatementOfTheSchemaRuns)
     }
 }
 
-TEST_F(SalvageSchemaTest, WithoutADefinitionTheDatesShowTheForm)
+TEST_F(SalvageSchemaTest, WithoutTheSchemaADamagedRowIsMissingAlone)
 {
-    // Texts of ten bytes are dates only with hyphens in the right places.
-    PlainConnection(Path).RunSQL(
-        "INSERT INTO Plants(UUID,Name,Tent,PotSize,Medium,CloneDate,TransplantDate) VALUES"
-        "('u1','first','0123456789','0123-56789','0123456-89','2024-01-02','2024-01-03'),"
-        "('u2','second','','','','2024-02-02','2024-02-03'),('u3','third','','','','','2024-03-03');");
-    Expected = RowsOf(Path);
     std::string bytes = FileBytes(Path);
     for (const UsedPage& page : UsedPages(Path))
     {
@@ -122,9 +117,35 @@ TEST_F(SalvageSchemaTest, WithoutADefinitionTheDatesShowTheForm)
     const PlantSalvageReport report = Salvage();
     EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 202);
     EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 1);
-    EXPECT_EQ(Salvaged("SELECT group_concat(Name||Tent||PotSize||Medium||CloneDate||TransplantDate) FROM Plants WHERE "
-                       "UUID LIKE 'u_'"),
-              "first01234567890123-567890123456-892024-01-022024-01-03,second2024-02-022024-02-03,third2024-03-03");
+}
+
+TEST_F(SalvageSchemaTest, WithoutADefinitionTheDatesShowTheForm)
+{
+    // A migration appends SeedDate after Notes where the file was created without it. All columns between the two
+    // places are texts.
+    for (const std::size_t columnsAtCreation : {0U, 1U, 4U})
+    {
+        EarlierForm form = OldestForm();
+        form.MissingColumns.erase(form.MissingColumns.begin(),
+                                  form.MissingColumns.begin() + static_cast<std::ptrdiff_t>(columnsAtCreation));
+        WriteEarlierFile(Path, form);
+        ASSERT_TRUE(Database.Open(Path));
+        Database.Close();
+        // Texts of ten bytes are dates only with hyphens in the right places.
+        PlainConnection(Path).RunSQL(
+            "UPDATE Plants SET SeedDate='2024-01-01',Sex='Female';" // so that each row has a value in every column
+            "INSERT INTO Plants(UUID,Name,SeedDate,CloneDate,TransplantDate,FlipDate,HarvestDate,Notes) VALUES"
+            "('u1','first','2024-01-02','2024-01-03','','','2024-01-04','0123456789'),"
+            "('u2','second','','2024-01-03','2024-01-04','','','0123-56789'),"
+            "('u3','third','2024-01-02','','','2024-01-03','','0123456-89');");
+        Expected = RowsOf(Path);
+        std::string bytes = FileBytes(Path);
+        for (const UsedPage& page : UsedPages(Path))
+            if (page.Name == "sqlite_schema")
+                bytes.replace(page.Offset, page.Size, page.Size, '\0');
+        WriteBytes(Path, bytes);
+        ExpectAllRows();
+    }
 }
 
 } // namespace
