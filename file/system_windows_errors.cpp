@@ -85,8 +85,9 @@ class WindowsErrors : public std::error_category
 
 std::error_code LastSystemError()
 {
+    const auto code = static_cast<int>(GetLastError()); // first: the construction of `errors` changes it
     static const WindowsErrors errors;
-    return {static_cast<int>(GetLastError()), errors};
+    return {code, errors};
 }
 
 } // namespace plant_file
