@@ -26,7 +26,8 @@ std::error_code LastSystemError();
 std::filesystem::path PathOfText(const std::string& text);
 std::string TextOfPath(const std::filesystem::path& path);
 
-// The path without symbolic links, "." and "..". The parts that do not exist stay as they are.
+// The path without symbolic links, "." and "..", and on Windows in the case of letters that the disk has. The parts
+// that do not exist stay as they are.
 std::filesystem::path CanonicalPath(const std::filesystem::path& path);
 
 // Calls `fail` with the reason where the system cannot have a file of that name, although it may find one.
@@ -138,8 +139,8 @@ bool RenameReplacingOpen(const std::filesystem::path& from, const std::filesyste
 // Fails where `destination` exists. `from` may be a file or a directory; a file may keep its earlier name, too.
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& destination);
 
-// Whether the call removed the file: false where no file has the name, for another process may have removed it
-// meanwhile. Nothing after a failure.
+// Removes a file, even if it is read-only. Whether the call removed the file: false where no file has the name, for
+// another process may have removed it meanwhile. Nothing after a failure.
 std::optional<bool> RemoveFile(const std::filesystem::path& path);
 
 // The size of a regular file. Nothing where the path names another kind of file, or a link, or cannot be examined.

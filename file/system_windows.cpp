@@ -77,6 +77,24 @@ std::wstring RandomSuffix()
     return text;
 }
 
+// DeleteFileW refuses a read-only file, and other systems do not.
+bool DeleteReadOnly(const std::filesystem::path& path)
+{
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) == 0 ||
+        SetFileAttributesW(path.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)) == 0)
+    {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return false;
+    }
+    if (DeleteFileW(path.c_str()) != 0)
+        return true;
+    const DWORD error = GetLastError();
+    SetFileAttributesW(path.c_str(), attributes);
+    SetLastError(error);
+    return false;
+}
+
 DWORD MostAtOnce(std::size_t bytes)
 {
     constexpr std::size_t most = 0x40000000;
@@ -252,7 +270,7 @@ bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesy
 
 std::optional<bool> RemoveFile(const std::filesystem::path& path)
 {
-    if (DeleteFileW(path.c_str()) != 0)
+    if (DeleteFileW(path.c_str()) != 0 || (GetLastError() == ERROR_ACCESS_DENIED && DeleteReadOnly(path)))
         return true;
     return LastSystemError() == std::errc::no_such_file_or_directory ? std::optional(false) : std::nullopt;
 }

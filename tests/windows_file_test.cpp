@@ -1,6 +1,7 @@
 // What differs on Windows: names that it refuses, long paths, and files that another program has open.
 
 #include "plant_file.h"
+#include "system.h"
 
 #include "support/backup_test.h"
 #include "support/utf8_path.h"
@@ -169,6 +170,26 @@ TEST_F(WindowsFileTest, AReadOnlyJournalHasAReadOnlyBackup)
     EXPECT_NE(GetFileAttributesW(std::filesystem::path(Destination).c_str()) & FILE_ATTRIBUTE_READONLY, 0U);
     for (const std::string& path : {Path, Destination})
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+}
+
+TEST_F(WindowsFileTest, ARotationRemovesAReadOnlyBackup)
+{
+    std::filesystem::permissions(Path, std::filesystem::perms::owner_read);
+    PlantBackUpRotation rotation;
+    for (int round = 0; round < 2; ++round)
+        EXPECT_EQ(RotatePlantBackUps(Path, Scratch.File("backups"), {0, 0, 0}, rotation).Error, "");
+    EXPECT_EQ(rotation.Dropped.size(), 1U);
+    EXPECT_NE(GetFileAttributesW(std::filesystem::path(rotation.Path).c_str()) & FILE_ATTRIBUTE_READONLY, 0U);
+    for (const std::string& path : {Path, rotation.Path})
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+}
+
+TEST_F(WindowsFileTest, ACanonicalPathHasTheCaseOfLettersOnTheDisk)
+{
+    const std::filesystem::path directory = plant_file::PathOfText(Scratch.File(""));
+    for (const char* name : {"journal.db", "JOURNAL.DB", "Journal.Db"})
+        EXPECT_EQ(plant_file::CanonicalPath(directory / name).filename(), "journal.db") << name;
+    EXPECT_EQ(plant_file::CanonicalPath(directory / "Missing.db").filename(), "Missing.db");
 }
 
 TEST_F(WindowsFileTest, AJournalCannotBeOpenedByAPathThatIsNotUTF8)

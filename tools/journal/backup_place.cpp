@@ -68,12 +68,15 @@ std::string BackUpDirectory(const std::string& journal, const std::string& paren
 {
     const std::filesystem::path place =
         parent.empty() ? StateDirectory() / "plantjournal" / "backups" : PathOfText(parent);
-    std::error_code error;
-    const std::filesystem::path path =
-        std::filesystem::weakly_canonical(std::filesystem::absolute(PathOfText(journal), error), error);
-    if (error)
-        throw Refusal(journal + ": " + error.message() + "; check the path");
-    return TextOfPath(place / PathOfText(TextOfPath(path.filename()) + '-' + StableHash(TextOfPath(path))));
+    try
+    {
+        const std::filesystem::path path = CanonicalPath(std::filesystem::absolute(PathOfText(journal)));
+        return TextOfPath(place / PathOfText(TextOfPath(path.filename()) + '-' + StableHash(TextOfPath(path))));
+    }
+    catch (const std::filesystem::filesystem_error& error)
+    {
+        throw Refusal(journal + ": " + error.code().message() + "; check the path");
+    }
 }
 
 void RememberBackUp(const std::string& journal)

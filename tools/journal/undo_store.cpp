@@ -20,13 +20,17 @@ namespace
                   "; check the permissions and the free space of the disk");
 }
 
-std::filesystem::path CanonicalPath(const std::string& journal)
+// On Windows, canonical() keeps the case of the letters as typed.
+std::filesystem::path PathOfExisting(const std::string& journal)
 {
-    std::error_code error;
-    std::filesystem::path path = std::filesystem::canonical(PathOfText(journal), error);
-    if (error)
-        throw Refusal(journal + ": " + error.message() + "; check the path");
-    return path;
+    try
+    {
+        return CanonicalPath(std::filesystem::canonical(PathOfText(journal)));
+    }
+    catch (const std::filesystem::filesystem_error& error)
+    {
+        throw Refusal(journal + ": " + error.code().message() + "; check the path");
+    }
 }
 
 void WriteSynced(const std::filesystem::path& path, std::string_view bytes)
@@ -75,7 +79,7 @@ void Rename(const std::filesystem::path& from, const std::filesystem::path& dest
 } // namespace
 
 UndoStore::UndoStore(const std::string& journal)
-    : CanonicalJournal(TextOfPath(CanonicalPath(journal))), Directory(UndoPath() / StableHash(CanonicalJournal))
+    : CanonicalJournal(TextOfPath(PathOfExisting(journal))), Directory(UndoPath() / StableHash(CanonicalJournal))
 {
 }
 
