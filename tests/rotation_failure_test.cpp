@@ -148,7 +148,7 @@ TEST_F(RotationFailureTest, ABackupThatAnotherRotationHasRemovedIsNoError)
 
 TEST_F(RotationFailureTest, ADirectoryThatCannotBeCreatedIsAnError)
 {
-    const FileCallFailure failure({FileCall::AddDirectory}, 1);
+    const FileCallFailure failure({FileCall::AddDirectory}, FileCallFailure::EveryCall);
     Place = Scratch.File("stick/backups");
     EXPECT_EQ(RotateAt(Second), Place + ": creating the directory: Input/output error");
     EXPECT_FALSE(std::filesystem::exists(Scratch.File("stick")));
