@@ -4,6 +4,7 @@
 #include "support/damage_file.h"
 #include "testing/plain_connection.h"
 
+#include <algorithm>
 #include <filesystem>
 
 using namespace support;
@@ -37,7 +38,7 @@ TEST_F(SalvageCommandTest, AWholeJournalComesBackWithAllRows)
     const std::string out = Done({"salvage", "damaged.db", "new.db"});
     EXPECT_TRUE(out.starts_with("Salvaged damaged.db to new.db\nTable ")) << out;
     EXPECT_TRUE(
-        out.ends_with("\nA changed byte inside a value cannot be noticed: compare the new journal with what you "
+        out.ends_with("\nA changed byte inside a value can stay unnoticed: compare the new journal with what you "
                       "remember.\nNext: `plantjournal check --file new.db`\n"))
         << out;
     EXPECT_EQ(Done({"export", "-", "--file", "new.db"}), Done({"export", "-", "--file", "damaged.db"}));
@@ -95,6 +96,26 @@ TEST_F(SalvageCommandTest, CtrlCDuringASalvageLeavesNoFiles)
     EXPECT_EQ(outcome.Error,
               "plantjournal: damaged.db: reading the damaged file: interrupted; run the command again\n");
     EXPECT_TRUE(std::filesystem::is_empty(Scratch.File("salvaged")));
+}
+
+TEST_F(SalvageCommandTest, ImpossibleValuesAreNamedInNotices)
+{
+    const PlainConnection damaged(Damaged);
+    damaged.RunSQL("UPDATE Plants SET FlipDate='2O26-03-01' WHERE Name='Basil';"
+                   "UPDATE Strains SET FloweringWeeks=-1;"
+                   "UPDATE PlantCareEntries SET PH=99 WHERE ID=(SELECT min(ID) FROM PlantCareEntries);");
+    const std::string care = damaged.Value("SELECT min(ID) FROM PlantCareEntries;");
+    const std::string strain = damaged.Value("SELECT Name FROM Strains;");
+    const std::string notices = NoticesOf({"salvage", "damaged.db", "new.db"});
+    for (const std::string& notice : Words{
+             "notice: plant Basil: FlipDate \"2O26-03-01\": ", "notice: strain " + strain + ": FloweringWeeks \"-1\": ",
+             "notice: care entry " + care + " of Basil: PH \"99\": "})
+        EXPECT_NE(notices.find(notice), std::string::npos) << notices;
+    EXPECT_EQ(std::count(notices.begin(), notices.end(), '\n'), 3) << notices;
+    damaged.RunSQL("UPDATE PlantEvents SET EventDate='?'; INSERT INTO PlantEvents(PlantUUID,EventDate,EventType) "
+                   "SELECT UUID,'?','Note' FROM Plants,(VALUES(1),(2),(3),(4),(5),(6),(7),(8),(9),(10));");
+    EXPECT_NE(NoticesOf({"salvage", "damaged.db", "new2.db"}).find("\nnotice: more impossible values, not shown: "),
+              std::string::npos);
 }
 
 TEST_F(SalvageCommandTest, QuietPrintsNothing)

@@ -112,8 +112,8 @@ changes neither the damaged file nor a file that exists at DESTINATION. Close th
 file first.
 
 The table that it prints shows how many rows were read, how many are known to be missing, and why. The records of a lost
-plant are kept under a plant with the name Lost plant and the prefix of its UUID. A changed byte inside a value cannot
-be noticed: compare the new journal with what you remember.
+plant are kept under a plant with the name Lost plant and the prefix of its UUID. A changed byte inside a value can stay
+unnoticed; a notice names each value that became impossible. Compare the new journal with what you remember.
 
 `plantjournal check --repair --file DESTINATION` then restores missing events of care entries and harvest records, and
 lists what else is wrong. `plantjournal restore DESTINATION` puts the new journal in the place of the damaged one, which

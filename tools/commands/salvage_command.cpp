@@ -1,5 +1,6 @@
 #include "command_line/parser.h"
 #include "commands/commands.h"
+#include "commands/impossible_values.h"
 #include "commands/outcome.h"
 #include "commands/print.h"
 #include "journal/file_result.h"
@@ -87,7 +88,7 @@ void DescribeSalvage(const std::string& destination, const PlantSalvageReport& r
         std::cout << "Reads that the disk refused: " << report.FailedReads << "; use another disk\n";
     if (report.RolledBack)
         std::cout << "An interrupted write is not part of the new journal.\n";
-    std::cout << "A changed byte inside a value cannot be noticed: compare the new journal with what you remember.\n"
+    std::cout << "A changed byte inside a value can stay unnoticed: compare the new journal with what you remember.\n"
               << "Next: `plantjournal check" << (LacksEvents(report) ? " --repair" : "") << " --file "
               << Printable(destination) << "`\n";
 }
@@ -103,6 +104,7 @@ void Salvage(const Session& session, const std::string& damaged, const std::stri
 {
     PlantSalvageReport report;
     RequireSalvage(SalvageWithProgress(damaged, destination, report), damaged, destination);
+    PrintImpossibleValues(destination);
     ReportCopy(session, "Salvaged " + damaged + " to " + destination);
     if (session.AsJSON)
         PrintSalvageJSON(damaged, destination, report);
