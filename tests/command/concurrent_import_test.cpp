@@ -20,6 +20,13 @@ class ConcurrentImportTest : public TransferTest
         Write("source.json", R"({"Plants":[{"Name":"Mint"}]})");
     }
 
+    // Waits until the import has made its copy and waits for the lock of another program.
+    void AwaitTheWait() const
+    {
+        EXPECT_TRUE(Await([this] { return CopyIsThere(); }));
+        std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    }
+
     // Whether an import has made its copy of the journal.
     bool CopyIsThere() const
     {
@@ -56,6 +63,33 @@ TEST_F(ConcurrentImportTest, AJournalThatAnotherProgramOnlyLockedIsWritten)
     other.Finish();
     EXPECT_EQ(import.End().Status, 0);
     EXPECT_EQ(Parsed({"plant", "list"}).size(), 3U);
+}
+
+// With a read lock during the wait, neither program could go on.
+TEST_F(ConcurrentImportTest, AnImportThatWaitsLetsTheOtherProgramCommit)
+{
+    for (const char* change : {"", "UPDATE Plants SET Tent='of the other';"})
+    {
+        OtherProgram other(Journal, std::string("BEGIN IMMEDIATE;") + change);
+        RunningProgram import(Line({"import", "source.json"}), Around);
+        AwaitTheWait();
+        other.Finish();
+        const ProgramResult outcome = import.End();
+        EXPECT_EQ(outcome.Status, *change == '\0' ? 0 : 1);
+        EXPECT_EQ(outcome.Error.find("database is locked"), std::string::npos) << outcome.Error;
+    }
+}
+
+TEST_F(ConcurrentImportTest, CtrlCEndsTheWaitForALock)
+{
+    OtherProgram other(Journal, "BEGIN IMMEDIATE;");
+    RunningProgram import(Line({"import", "source.json"}), Around);
+    AwaitTheWait();
+    import.Interrupt();
+    const ProgramResult outcome = import.End();
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_EQ(outcome.Error, "plantjournal: interrupted; nothing was changed; run the command again\n");
+    other.Finish();
 }
 
 TEST_F(ConcurrentImportTest, AJournalThatAnotherProgramKeepsLockedIsUnchanged)

@@ -3,6 +3,8 @@
 #include "journal/file_result.h"
 #include "refusal.h"
 #include "system.h"
+#include "terminal/console.h"
+#include "terminal/interrupt.h"
 
 #include <filesystem>
 #include <memory>
@@ -21,6 +23,17 @@ void RememberError(void*, int code, const char*)
     if (const int kind = code & 0xFF;
         kind != SQLITE_ERROR && kind != SQLITE_NOTICE && kind != SQLITE_WARNING && kind != SQLITE_SCHEMA)
         loggedError = code;
+}
+
+// Waits for the lock of another program, as long as a PlantDatabase does, but not after Ctrl-C.
+int WaitUnlessInterrupted(void*, int earlierWaits)
+{
+    constexpr int most = 50;
+    constexpr int milliseconds = 50;
+    if (earlierWaits >= most || Interrupted())
+        return 0;
+    sqlite3_sleep(milliseconds);
+    return 1;
 }
 
 bool IsError(int code)
@@ -78,8 +91,14 @@ std::string SQL::FileHeader() const
 
 void SQL::LockUntilClosed() const
 {
+    sqlite3_busy_handler(Connection, WaitUnlessInterrupted, nullptr);
+    if (sqlite3_exec(Connection, "BEGIN EXCLUSIVE;", nullptr, nullptr, nullptr) != SQLITE_OK)
+    {
+        StopIfInterrupted();
+        Fail();
+    }
+    // Before the lock is held, the mode would keep a read lock during the wait: the other program could not commit.
     Run("PRAGMA locking_mode=EXCLUSIVE;");
-    Run("BEGIN EXCLUSIVE;");
     Run("COMMIT;");
 }
 

@@ -29,7 +29,8 @@ class SQL
     // pages and a counter of the changes of the schema. Call it in a transaction, or with the file locked. Throws
     // Refusal.
     std::string FileHeader() const;
-    // Locks the file against all other programs until the connection is closed. Throws Refusal.
+    // Locks the file against all other programs until the connection is closed. Ctrl-C ends the wait for another
+    // program. Throws Refusal.
     void LockUntilClosed() const;
     // Replaces everything in this connection's file with what `source` holds, in one transaction. Throws Refusal.
     void CopyPagesFrom(sqlite3* source) const;
