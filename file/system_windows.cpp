@@ -95,6 +95,15 @@ bool DeleteReadOnly(const std::filesystem::path& path)
     return false;
 }
 
+// For a path below a file, Windows reports that the path does not exist.
+bool LeadsThroughFile(std::filesystem::path path)
+{
+    for (; path.has_relative_path(); path = path.parent_path())
+        if (const DWORD found = GetFileAttributesW(path.c_str()); found != INVALID_FILE_ATTRIBUTES)
+            return (found & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    return false;
+}
+
 DWORD MostAtOnce(std::size_t bytes)
 {
     constexpr std::size_t most = 0x40000000;
@@ -208,9 +217,8 @@ class DirectoryStream
     explicit DirectoryStream(const std::filesystem::path& path)
         : Search(FindFirstFileW((path / L"*").c_str(), &Found)), HasName(Search != INVALID_HANDLE_VALUE)
     {
-        if (const DWORD found = HasName ? INVALID_FILE_ATTRIBUTES : GetFileAttributesW(path.c_str());
-            found != INVALID_FILE_ATTRIBUTES && (found & FILE_ATTRIBUTE_DIRECTORY) == 0)
-            SetLastError(ERROR_DIRECTORY);
+        if (const DWORD error = GetLastError(); !HasName)
+            SetLastError(LeadsThroughFile(path) ? ERROR_DIRECTORY : error);
     }
     ~DirectoryStream()
     {
