@@ -19,10 +19,12 @@ namespace
 // The only object that the handler of interrupts changes. The system runs it on a thread of its own.
 std::atomic<bool> interrupted = false; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
-// Returns LOCALAPPDATA; empty where it is not set.
+// Returns LOCALAPPDATA; empty where it is not set. A relative path does not count: it would be another place in each
+// directory.
 std::filesystem::path LocalDirectory()
 {
-    return plant_file::PathOfText(Environment("LOCALAPPDATA"));
+    std::filesystem::path directory = plant_file::PathOfText(Environment("LOCALAPPDATA"));
+    return directory.is_absolute() ? directory : std::filesystem::path();
 }
 
 bool IsTerminal(DWORD stream)
