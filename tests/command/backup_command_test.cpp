@@ -21,13 +21,14 @@ class BackUpCommandTest : public DatedCommandTest
 TEST_F(BackUpCommandTest, WithoutADestinationItIsInTheStateDirectory)
 {
     const std::string out = DoneOn("2026-05-01", {"backup"});
-    const std::string directory = BackUpDirectoryIn(State);
-    EXPECT_TRUE(std::regex_match(directory, std::regex(State + "/journal\\.db-[0-9a-f]{16}"))) << directory;
-    const std::string made = directory + "/2026-05-01-120000-journal.db";
+    const std::filesystem::path directory = BackUpDirectoryIn(State);
+    EXPECT_EQ(directory.parent_path().string(), State);
+    EXPECT_TRUE(std::regex_match(directory.filename().string(), std::regex("journal\\.db-[0-9a-f]{16}"))) << directory;
+    const std::string made = PathIn(directory.string(), "2026-05-01-120000-journal.db");
     EXPECT_EQ(out, "Backed up " + Journal + " to " + made + "\n");
     EXPECT_EQ(Parsed({"plant", "list", "--file", made}).size(), 1U);
-    Around.Environment.push_back("XDG_STATE_HOME=" + Scratch.File("state"));
-    DoneOn("2026-05-01", {"backup"});
+    SetVariable(StateVariable, Scratch.File("state"));
+    DoneOn("2026-05-01", {"backup", "--file", Journal});
     EXPECT_TRUE(std::filesystem::exists(BackUpDirectoryIn(Scratch.File("state/plantjournal/backups")) +
                                         "/2026-05-01-120000-journal.db"));
 }
@@ -46,9 +47,10 @@ TEST_F(BackUpCommandTest, OlderBackupsAreRemovedByDaysWeeksAndMonths)
 TEST_F(BackUpCommandTest, QuietAndJSONNameTheBackup)
 {
     const std::string first = DoneOn("2026-05-01", {"backup", "--quiet"});
-    EXPECT_EQ(first, BackUpDirectoryIn(State) + "/2026-05-01-120000-journal.db\n");
+    const std::string directory = BackUpDirectoryIn(State);
+    EXPECT_EQ(first, PathIn(directory, "2026-05-01-120000-journal.db") + '\n');
     const JSON second = JSON::parse(DoneOn("2026-05-01", {"backup", "--json"}));
-    EXPECT_EQ(second, (JSON{{"BackUp", BackUpDirectoryIn(State) + "/2026-05-01-120000_02-journal.db"},
+    EXPECT_EQ(second, (JSON{{"BackUp", PathIn(directory, "2026-05-01-120000_02-journal.db")},
                             {"Removed", {first.substr(0, first.size() - 1)}}}));
 }
 
@@ -82,19 +84,19 @@ TEST_F(BackUpCommandTest, TheListShowsAgeSizeAndContent)
     DoneOn("2026-05-03", {"feed", "Basil", "500ml"});
     DoneOn("2026-05-03", {"backup"});
     const std::string directory = BackUpDirectoryIn(State);
+    const std::string first = PathIn(directory, "2026-05-01-120000-journal.db");
+    const std::string second = PathIn(directory, "2026-05-03-120000-journal.db");
     const auto size = std::to_string(std::filesystem::file_size(Journal));
     const std::string list = DoneOn("2026-05-04", {"backup", "--list"});
     EXPECT_EQ(list, "Made                 Age        Bytes  Content                                         File\n"
                     "2026-05-03 12:00:00  yesterday  " +
-                        size + "  1 plant, 2 other records, last date 2026-05-03  " + directory +
-                        "/2026-05-03-120000-journal.db\n"
-                        "2026-05-01 12:00:00  3 d ago    " +
-                        size + "  1 plant, 0 other records                        " + directory +
-                        "/2026-05-01-120000-journal.db\n");
+                        size + "  1 plant, 2 other records, last date 2026-05-03  " + second +
+                        "\n2026-05-01 12:00:00  3 d ago    " + size +
+                        "  1 plant, 0 other records                        " + first + '\n');
     const JSON parsed = JSON::parse(DoneOn("2026-05-04", {"backup", "--list", "--json"}));
     ASSERT_EQ(parsed.size(), 2U);
     EXPECT_EQ(parsed[0].at("Time"), "2026-05-03 12:00:00");
-    EXPECT_EQ(parsed[0].at("File"), directory + "/2026-05-03-120000-journal.db");
+    EXPECT_EQ(parsed[0].at("File"), second);
     EXPECT_EQ(parsed[0].at("Kind"), "Current");
     EXPECT_EQ(std::to_string(parsed[0].at("Bytes").get<long>()), size);
     EXPECT_EQ(parsed[0].at("LastDate"), "2026-05-03");
@@ -137,8 +139,9 @@ TEST_F(BackUpCommandTest, APlaceThatCannotBeUsedIsRefused)
         << refusal;
     EXPECT_NE(Refused({"backup", "--list", "--to", "file"}).find("; check the path and the permissions"),
               std::string::npos);
-    std::erase_if(Around.Environment, [](const std::string& text) { return text.starts_with("HOME="); });
-    EXPECT_NE(Refused({"backup"}).find("HOME is not set"), std::string::npos);
+    RemoveVariable(HomeVariable);
+    EXPECT_NE(Refused({"backup", "--file", Journal}).find(std::string(HomeVariable) + " is not set; set it"),
+              std::string::npos);
 }
 
 // ---- The notice
@@ -243,7 +246,8 @@ TEST_F(BackUpOfferTest, AClockThatWasSetBackStartsAgain)
 
 TEST_F(BackUpOfferTest, WithoutAStateDirectoryThereIsNone)
 {
-    std::erase_if(Around.Environment, [](const std::string& text) { return text.starts_with("HOME="); });
+    SetVariable("PLANTJOURNAL_FILE", Journal);
+    RemoveVariable(HomeVariable);
     EXPECT_EQ(Changed("2026-06-09").find("no backup for"), std::string::npos);
 }
 

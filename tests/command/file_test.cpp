@@ -46,8 +46,8 @@ TEST_F(JournalPlaceTest, WithoutXDGDataHomeThePlaceIsBelowHome)
 
 TEST_F(JournalPlaceTest, WithoutAHomeDirectoryTheFlagIsRequired)
 {
-    std::erase_if(Around.Environment,
-                  [](const std::string& text) { return text.starts_with("HOME=") || text.starts_with("XDG_"); });
+    RemoveVariable(HomeVariable);
+    RemoveVariable("XDG_DATA_HOME");
     EXPECT_NE(Refused({"plant", "add", "Basil"}).find("pass --file to name the journal"), std::string::npos);
 }
 

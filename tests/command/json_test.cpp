@@ -175,8 +175,9 @@ TEST_F(RecordJSONTest, JSONOfATimelineHoldsTheTables)
 TEST_F(RecordJSONTest, JSONOfAnInspectionHoldsItsFields)
 {
     const std::string bytes = std::to_string(std::filesystem::file_size(Journal));
-    EXPECT_EQ(Parsed({"info"}), JSON::parse(R"({"File":")" + Journal + R"(","Kind":"Current","Bytes":)" + bytes +
-                                            R"(,"FirstDate":"2026-02","LastDate":"2026-07-01","Steps":[],"Reasons":[],
+    EXPECT_EQ(Parsed({"info"}),
+              JSON::parse(R"({"File":)" + JSON(Journal).dump() + R"(,"Kind":"Current","Bytes":)" + bytes +
+                          R"(,"FirstDate":"2026-02","LastDate":"2026-07-01","Steps":[],"Reasons":[],
         "Tables":{"SchemaMeta":0,"Strains":1,"Plants":2,"PlantEvents":3,"PlantCareEntries":1,"HarvestRecords":1,
         "PlantPhotos":1,"PlantHealthObservations":1,"PlantJournalEntries":1}})"));
     EXPECT_EQ(Parsed({"check"}), JSON::array());

@@ -201,11 +201,13 @@ TEST_F(UndoTest, OnlyTheOwnerCanReadWhatUndoNeeds)
 
 TEST_F(UndoTest, TheStateDirectoryCanBeSet)
 {
-    Around.Environment.push_back("XDG_STATE_HOME=" + Scratch.File("state"));
+    SetVariable("PLANTJOURNAL_FILE", Journal);
+    SetVariable(StateVariable, Scratch.File("state"));
     Done({"feed", "Basil"});
     EXPECT_TRUE(std::filesystem::exists(Only(Scratch.File("state/plantjournal/undo")) / "last-change"));
-    Around.Environment.back() = "XDG_STATE_HOME=state"; // a relative path counts as none
-    EXPECT_NE(Refused({"undo", "--yes"}).find("changed since \"Added Basil"), std::string::npos);
+    SetVariable(StateVariable, "state"); // a relative path counts as none
+    EXPECT_NE(Refused({"undo", "--yes"}).find(OnWindows ? "LOCALAPPDATA is not set" : "changed since \"Added Basil"),
+              std::string::npos);
 }
 
 TEST_F(UndoTest, AChangeIsStoredEvenIfItCannotBeUndone)
@@ -222,13 +224,14 @@ TEST_F(UndoTest, AChangeIsStoredEvenIfItCannotBeUndone)
     };
     Write("file", "");
     Write("source.json", R"({"Plants":[{"Name":"Mint"}]})");
-    Around.Environment.push_back("XDG_STATE_HOME=" + Scratch.File("file"));
+    SetVariable("PLANTJOURNAL_FILE", Journal);
+    SetVariable(StateVariable, Scratch.File("file"));
     expectNotice({"feed", "Basil"}, "file: creating the directory: Not a directory");
     expectNotice({"import", "source.json"}, "file: creating the directory: Not a directory");
-    Around.Environment.pop_back();
+    SetVariable(StateVariable, OnWindows ? Scratch.File("data") : "");
     EXPECT_NE(Refused({"undo", "--yes"}).find("the journal has changed since"), std::string::npos);
-    std::erase_if(Around.Environment, [](const std::string& variable) { return variable.starts_with("HOME="); });
-    expectNotice({"feed", "Basil"}, "HOME is not set");
+    RemoveVariable(HomeVariable);
+    expectNotice({"feed", "Basil"}, std::string(HomeVariable) + " is not set");
 }
 
 TEST_F(UndoTest, AClosedPipeDoesNotPreventUndo)

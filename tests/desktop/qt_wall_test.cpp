@@ -28,7 +28,7 @@ std::set<std::string> FilesThatIncludeQt()
         for (const auto& entry : std::filesystem::recursive_directory_iterator(directory))
             if (entry.is_regular_file() && (entry.path().extension() == ".h" || entry.path().extension() == ".cpp") &&
                 std::regex_search(FileBytes(entry.path().string()), include))
-                names.insert(entry.path().lexically_relative(project).string());
+                names.insert(entry.path().lexically_relative(project).generic_string());
     }
     return names;
 }

@@ -116,6 +116,17 @@ std::string CommandTest::RefusedWith(int status, const Words& words, const std::
     return outcome.Error;
 }
 
+void CommandTest::SetVariable(const std::string& name, const std::string& value)
+{
+    RemoveVariable(name);
+    Around.Environment.push_back(name + '=' + value);
+}
+
+void CommandTest::RemoveVariable(const std::string& name)
+{
+    std::erase_if(Around.Environment, [&](const std::string& variable) { return variable.starts_with(name + '='); });
+}
+
 void CommandTest::Write(const std::string& name, const std::string& bytes) const
 {
     const std::filesystem::path path = Scratch.File(name);

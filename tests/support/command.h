@@ -49,6 +49,10 @@ class CommandTest : public testing::Test
     // Likewise for a mistake in the command line: status 2.
     std::string Mistaken(const Words& words) const;
 
+    // Sets or removes a variable in the command's environment.
+    void SetVariable(const std::string& name, const std::string& value);
+    void RemoveVariable(const std::string& name);
+
     // Writes a file of the scratch directory.
     void Write(const std::string& name, const std::string& bytes) const;
     // The names of the files in the journal's directory, without those of StateDirectory; empty where it does not

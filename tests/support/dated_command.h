@@ -59,7 +59,7 @@ class DatedCommandTest : public CommandTest
         file << std::string(static_cast<std::size_t>(size / 2), '\0');
     }
 
-    std::string State = StateDirectory + "/backups";
+    std::string State = PathIn(StateDirectory, "backups");
 };
 
 } // namespace support

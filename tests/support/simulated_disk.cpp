@@ -224,7 +224,7 @@ void SimulatedDisk::Load(const std::string& directory)
 {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(directory))
     {
-        const std::string name = std::filesystem::relative(entry.path(), directory).string();
+        const std::string name = std::filesystem::relative(entry.path(), directory).generic_string();
         if (entry.is_directory())
             AddDirectory(name);
         else
