@@ -1,15 +1,21 @@
-// What differs on Windows: names that it refuses, long paths, and files that another program has open.
+// What differs on Windows: names that it refuses, long paths, and files that another program has open. And what file/
+// needs of every system.
 
 #include "plant_file.h"
 #include "system.h"
 
 #include "support/backup_test.h"
+#include "support/file_calls.h"
+#include "support/fixed_time.h"
 #include "support/utf8_path.h"
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <system_error>
 
 #include <windows.h>
 
@@ -54,6 +60,7 @@ TEST_F(WindowsFileTest, ANameThatWindowsRefusesIsAnErrorThatNamesTheReason)
     EXPECT_EQ(BackUpTo("NUL"), "Windows reserves the name NUL for a device");
     EXPECT_EQ(BackUpTo("con.db"), "Windows reserves the name con.db for a device");
     EXPECT_EQ(BackUpTo("LPT1.backup.db"), "Windows reserves the name LPT1.backup.db for a device");
+    EXPECT_EQ(BackUpTo("aux .db"), "Windows reserves the name aux .db for a device");
     EXPECT_EQ(BackUpTo("nul/copy.db"), "Windows reserves the name nul for a device");
     EXPECT_EQ(BackUpTo("a?b.db"), "Windows does not allow the character ? in a file name");
     EXPECT_EQ(BackUpTo("a|b.db"), "Windows does not allow the character | in a file name");
@@ -198,6 +205,138 @@ TEST_F(WindowsFileTest, AJournalCannotBeOpenedByAPathThatIsNotUTF8)
     EXPECT_FALSE(Database.Open(Scratch.File("") + "\xE4.db", &error));
     EXPECT_NE(error, "");
     EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
+}
+
+// ---- What file/ needs of every system
+
+TEST_F(WindowsFileTest, TheLocalTimeIsThatOfTheTimeZoneByNow)
+{
+    for (const int hours : {2, 5})
+    {
+        const TimeZone zone("XXX" + std::to_string(-hours)); // the hours to the west
+        std::tm local = {};
+        plant_file::ToLocalTime(0, local);
+        EXPECT_EQ(local.tm_hour, hours);
+    }
+}
+
+TEST_F(WindowsFileTest, OtherProgramsMayRenameAndRemoveAnOpenFile)
+{
+    const std::filesystem::path path = Scratch.File("open");
+    const std::filesystem::path other = Scratch.File("other");
+    const plant_file::OpenedFile file(path, plant_file::Opening::CreateNew, plant_file::Access::Owner);
+    EXPECT_TRUE(file.IsOpen());
+    std::error_code error;
+    std::filesystem::rename(path, other, error);
+    EXPECT_EQ(error, std::error_code());
+    EXPECT_TRUE(std::filesystem::remove(other, error)) << error.message();
+}
+
+TEST_F(WindowsFileTest, AFileIsAtItsOwnPathOnly)
+{
+    const std::filesystem::path path = Scratch.File("first");
+    const plant_file::OpenedFile first(path, plant_file::Opening::CreateNew, plant_file::Access::Owner);
+    const plant_file::OpenedFile second(Scratch.File("second"), plant_file::Opening::CreateNew,
+                                        plant_file::Access::Owner);
+    EXPECT_TRUE(first.IsAt(path));
+    EXPECT_FALSE(first.IsAt(Scratch.File("second")));
+    EXPECT_FALSE(first.IsAt(Scratch.File("missing")));
+    std::filesystem::rename(path, Scratch.File("third"));
+    EXPECT_FALSE(first.IsAt(path));
+    EXPECT_TRUE(first.IsAt(Scratch.File("third")));
+}
+
+TEST_F(WindowsFileTest, ALockIsTakenUntilItsFileIsClosed)
+{
+    using namespace plant_file;
+    const std::filesystem::path path = Scratch.File("lock");
+    OpenedFile first(path, Opening::CreateOrOpen, Access::Owner);
+    const OpenedFile second(path, Opening::CreateOrOpen, Access::Owner);
+    EXPECT_EQ(first.TryLock(), FileLock::Held);
+    EXPECT_EQ(second.TryLock(), FileLock::Taken);
+    EXPECT_TRUE(second.IsLockedByAnother());
+    EXPECT_TRUE(first.Close());
+    EXPECT_EQ(second.TryLock(), FileLock::Held);
+    EXPECT_EQ(first.TryLock(), FileLock::Unavailable);
+}
+
+TEST_F(WindowsFileTest, AnOpeningCreatesKeepsOrEmptiesAFile)
+{
+    using namespace plant_file;
+    const std::string path = Scratch.File("file");
+    std::ofstream(path) << "text";
+    EXPECT_FALSE(OpenedFile(path, Opening::CreateNew, Access::Owner).IsOpen());
+    EXPECT_EQ(LastSystemError(), std::errc::file_exists);
+    EXPECT_TRUE(OpenedFile(path, Opening::CreateOrOpen, Access::Owner).IsOpen());
+    EXPECT_EQ(FileBytes(path), "text");
+    EXPECT_TRUE(OpenedFile(path, Opening::CreateOrTruncate, Access::Owner).IsOpen());
+    EXPECT_EQ(FileBytes(path), "");
+}
+
+TEST_F(WindowsFileTest, ARenameReplacesAFileOnlyWhereItMay)
+{
+    const std::string from = Scratch.File("from");
+    const std::string destination = Scratch.File("destination");
+    std::ofstream(from) << "new";
+    std::ofstream(destination) << "old";
+    EXPECT_FALSE(plant_file::RenameWithoutReplacing(from, destination));
+    EXPECT_EQ(plant_file::LastSystemError(), std::errc::file_exists);
+    EXPECT_EQ(FileBytes(destination), "old");
+    EXPECT_TRUE(plant_file::RenameReplacing(from, destination));
+    EXPECT_EQ(FileBytes(destination), "new");
+}
+
+TEST_F(WindowsFileTest, ASyncReachesTheSystem)
+{
+    const plant_file::OpenedFile file(Scratch.File("file"), plant_file::Opening::CreateNew, plant_file::Access::Owner);
+    EXPECT_TRUE(file.Sync());
+    const FileCallFailure failure({FileCall::Sync}, 1);
+    EXPECT_FALSE(file.Sync());
+}
+
+TEST_F(WindowsFileTest, TheErrorOfAFileThatAnotherProgramHasOpenSaysSo)
+{
+    const ExclusiveFile open(Path);
+    EXPECT_FALSE(plant_file::OpenedFile(Path, plant_file::Opening::Read, plant_file::Access::Owner).IsOpen());
+    EXPECT_EQ(plant_file::LastSystemError().message(), "another program has the file open; close it there");
+}
+
+TEST_F(WindowsFileTest, ASizeHasMoreThan32Bits)
+{
+    constexpr std::int64_t size = 0x1'0000'0003;
+    const std::filesystem::path path = Scratch.File("sparse");
+    std::ofstream(path).close();
+    std::filesystem::resize_file(path, size);
+    EXPECT_EQ(plant_file::SizeOfRegularFile(path), size);
+    EXPECT_EQ(plant_file::SizeOfRegularFile(Scratch.File("")), std::nullopt);
+    EXPECT_EQ(plant_file::SizeOfRegularFile(Scratch.File("missing")), std::nullopt);
+}
+
+TEST_F(WindowsFileTest, AMissingFileIsNotRemovedAndIsNoError)
+{
+    std::ofstream(Scratch.File("file")).close();
+    EXPECT_EQ(plant_file::RemoveFile(Scratch.File("file")), true);
+    EXPECT_EQ(plant_file::RemoveFile(Scratch.File("file")), false);
+    EXPECT_EQ(plant_file::RemoveFile(Scratch.File("")), std::nullopt); // a directory
+}
+
+TEST_F(WindowsFileTest, ThePrefixOfALongPathIsRemoved)
+{
+    EXPECT_EQ(plant_file::PathOfText(R"(\\?\C:\garden\basil.db)"), LR"(C:\garden\basil.db)");
+    EXPECT_EQ(plant_file::PathOfText(R"(\\?\UNC\server\garden\basil.db)"), LR"(\\server\garden\basil.db)");
+}
+
+TEST_F(WindowsFileTest, ADirectoryBelowAFileIsAnErrorOfItsOwn)
+{
+    for (const std::string& path : {Path, Path + "/below", Path + "/below/below"})
+    {
+        const plant_file::OpenedDirectory directory(path);
+        const std::error_code error = plant_file::LastSystemError();
+        EXPECT_FALSE(directory.IsOpen());
+        EXPECT_EQ(error, std::errc::not_a_directory) << path << ": " << error.message();
+    }
+    const plant_file::OpenedDirectory missing(Scratch.File("missing/below"));
+    EXPECT_EQ(plant_file::LastSystemError(), std::errc::no_such_file_or_directory);
 }
 
 } // namespace
