@@ -29,8 +29,8 @@ class DamagedFile
     DamagedFile& operator=(const DamagedFile&) = delete;
 
     std::int64_t Size() const { return SizeInBytes; }
-    // The page size that the rollback journal names; 0 if there is none.
-    std::size_t JournalPageSize() const { return Rollback.PageSize; }
+    // Whether there was an interrupted write.
+    bool RollsBack() const { return Rollback.PageSize != 0; }
     // The bytes at `offset`. Bytes that do not exist, or that the disk cannot read, are zeros.
     void Read(std::int64_t offset, Bytes& out);
     std::int64_t FailedReads() const { return Failed; }

@@ -35,7 +35,8 @@ DamagedJournal::DamagedJournal(const std::filesystem::path& path, const std::vec
         Map.emplace(*Pages, Tables, FindFreePages(*Pages));
         FollowTables(ReadSchema());
         for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
-            isJournal = !Map->LeavesOf(table).empty() || isJournal;
+            if (!Map->LeavesOf(table).empty())
+                isJournal = true;
     }
     if (!isJournal)
         Fail("", "no table of a journal was found in it");

@@ -33,12 +33,11 @@ Page DamagedPages::Read(PageNumber number)
     return page;
 }
 
-// An overflow page begins with the number of the next one. The last one has 0 there. A page of zeros is damage: texts
-// and numbers have no such runs of zeros.
+// An overflow page begins with the number of the next one. The last one has 0 there. A page of zeros is damage: each
+// has dozens of bytes of the row, and texts and numbers have no such runs of zeros.
 bool DamagedPages::AppendOverflow(PageNumber number, std::size_t size, Bytes& payload)
 {
     constexpr std::size_t linkSize = 4;
-    constexpr std::size_t shortestRun = 16; // a number may end with a few zeros
     while (size > 0)
     {
         if (!Has(number) || --RemainingOverflow < 0)
@@ -47,7 +46,7 @@ bool DamagedPages::AppendOverflow(PageNumber number, std::size_t size, Bytes& pa
         const std::size_t here = std::min(size, page.Usable - linkSize);
         const auto begin = page.Content.begin() + linkSize;
         const auto end = begin + static_cast<std::ptrdiff_t>(here);
-        if (here >= shortestRun && std::all_of(begin, end, [](unsigned char byte) { return byte == 0; }))
+        if (std::all_of(begin, end, [](unsigned char byte) { return byte == 0; }))
             return false;
         payload.insert(payload.end(), begin, end);
         size -= here;

@@ -51,7 +51,7 @@ bool IsName(const std::string& text, Enum (*fromName)(const std::string&), const
 
 bool IsSchemaType(const std::string& text)
 {
-    return text == "table" || text == "index" || text == "view" || text == "trigger";
+    return text == "table" || text == "index"; // a journal has no views and triggers
 }
 
 // Whether a text can be in a column with this name. Most columns admit any text.
@@ -179,7 +179,8 @@ std::optional<RowForm> FormOfDefinition(const JournalTable& table, const std::st
     }
     form.Least = form.Columns.size();
     const auto isKnown = [&](std::size_t column) { return column < table.Columns.size(); };
-    if (!std::all_of(form.Columns.begin(), form.Columns.end(), isKnown) || form.Least < FormsOf(table).back().Least)
+    const std::size_t leastOfAll = FormsOf(table).back().Least;
+    if (!std::all_of(form.Columns.begin(), form.Columns.end(), isKnown) || form.Least < leastOfAll)
         return std::nullopt;
     while (IsLater(table.Columns[form.Columns[form.Least - 1]])) // there are others, too
         --form.Least;

@@ -76,8 +76,7 @@ std::optional<PageFormat> FindPageFormat(DamagedFile& file, const std::vector<Ma
     }
     for (std::uint32_t size = LeastPageSize; size <= MostPageSize; size *= 2)
         for (const TextEncoding encoding : Encodings)
-            if (file.JournalPageSize() == 0 || file.JournalPageSize() == size)
-                candidates.push_back({size, 0, encoding});
+            candidates.push_back({size, 0, encoding});
     std::optional<PageFormat> best;
     std::int64_t bestRows = 0;
     for (const PageFormat& candidate : candidates)

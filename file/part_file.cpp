@@ -82,7 +82,8 @@ void RemoveOrphans(const std::filesystem::path& destination)
             if (const std::filesystem::path lock = parent / *name; SizeOfRegularFile(lock) == 0)
                 RemoveUnlessLocked(lock);
         }
-        else if (text.size() > CopySuffix.size() && text.substr(text.size() - CopySuffix.size()) == CopySuffix)
+        else if (text.size() > CopySuffix.size() &&
+                 text.compare(text.size() - CopySuffix.size(), CopySuffix.size(), CopySuffix) == 0)
         {
             text.resize(text.size() - CopySuffix.size());
             if (IsLockName(text, beginning))

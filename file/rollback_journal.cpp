@@ -14,11 +14,10 @@ namespace
 {
 
 constexpr std::array<unsigned char, 8> RollbackMagic = {0xD9, 0xD5, 0x05, 0xF9, 0x20, 0xA1, 0x63, 0xD7};
-constexpr std::uint32_t UntilTheEnd = 0xFFFFFFFF; // as a number of records
 
 struct RollbackHeader
 {
-    std::uint32_t Records;
+    std::uint32_t Records; // in a journal that was not synced, the greatest number: all that are there
     std::uint32_t Nonce;
     std::uint32_t PageCount;
     std::uint32_t SectorSize;
@@ -74,7 +73,7 @@ RollbackJournal ReadRollbackJournal(const std::filesystem::path& file)
     for (std::int64_t offset = 0; ReadHeader(journal, offset, header);)
     {
         offset += first.SectorSize;
-        for (std::uint32_t i = 0; i < header.Records || header.Records == UntilTheEnd; ++i)
+        for (std::uint32_t i = 0; i < header.Records; ++i)
         {
             if (!ReadAt(journal, offset, record) ||
                 BigEndian32(record, 4 + first.PageSize) != Checksum(record, first.PageSize, header.Nonce))

@@ -78,7 +78,7 @@ PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::stri
         }
         journal->File().ReportProgress(writingStep);
         found.FailedReads = journal->File().FailedReads();
-        found.RolledBack = journal->File().JournalPageSize() != 0;
+        found.RolledBack = journal->File().RollsBack();
         RequireSoundCopy(part.CopyPath());
         journal->File().ReportProgress(writingStep);
         part.Finish(PermissionsOf(from));

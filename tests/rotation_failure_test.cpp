@@ -154,6 +154,15 @@ TEST_F(RotationFailureTest, ADirectoryThatCannotBeCreatedIsAnError)
     EXPECT_FALSE(std::filesystem::exists(Scratch.File("stick")));
 }
 
+TEST_F(RotationFailureTest, ABrokenLinkAsTheDirectoryIsAnError)
+{
+    Place = Scratch.File("broken");
+    std::filesystem::create_symlink(Scratch.File("missing"), Place);
+    EXPECT_EQ(RotateAt(Second), Place + ": creating a temporary file: No such file or directory");
+    EXPECT_TRUE(std::filesystem::is_symlink(Place));
+    EXPECT_FALSE(std::filesystem::exists(Scratch.File("missing")));
+}
+
 TEST_F(RotationFailureTest, ADirectoryThatCannotBeListedIsAnError)
 {
     const Names before = There();

@@ -69,4 +69,29 @@ TEST_F(SalvageIndexTest, AnEntryWithoutARowIDNamesNoRow)
     EXPECT_EQ(TableOf(Salvage(), "PlantEvents").RowsMissing, rows - 1);
 }
 
+TEST_F(SalvageIndexTest, AnIndexWithTheRowsOfAnotherTableIsNotUsed)
+{
+    const PlainConnection journal(Path);
+    const std::string before = RowsOf(Path);
+    journal.RunSQL("WITH RECURSIVE N(X) AS (SELECT 101 UNION ALL SELECT X+1 FROM N LIMIT 50) "
+                   "INSERT INTO PlantJournalEntries(ID,PlantUUID,EntryDate,Details) SELECT "
+                   "X,'11111111-1111-4111-8111-111111111111','2024-05-01','entry' FROM N;"
+                   "PRAGMA writable_schema=ON; UPDATE sqlite_master SET rootpage=(SELECT rootpage FROM sqlite_master "
+                   "WHERE name='PlantJournalByPlantDate') WHERE name='PlantEventsByPlantDate';");
+    const std::string events = journal.Value("SELECT count(*) FROM PlantEvents NOT INDEXED;");
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(std::to_string(TableOf(report, "PlantEvents").RowsRead), events);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 0);
+}
+
+TEST_F(SalvageIndexTest, ADamagedRowOfASmallTableIsMissingAlone)
+{
+    const UsedPage root = PageOf("PlantEvents", "leaf");
+    ASSERT_EQ(root.Path, "/");
+    Replace(root.Offset + 8, "\xFF\xFF"); // the pointer to its first row
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, static_cast<std::int64_t>(root.Cells) - 1);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 1);
+}
+
 } // namespace

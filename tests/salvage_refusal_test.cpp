@@ -57,6 +57,12 @@ TEST_F(SalvageRefusalTest, AFileWithoutAJournalIsAnError)
     }
 }
 
+TEST_F(SalvageRefusalTest, AWholeHeaderAloneIsAnError)
+{
+    Zero(Path, 100, FileBytes(Path).size() - 100);
+    ExpectRefusal(NothingFound());
+}
+
 TEST_F(SalvageRefusalTest, ADatabaseWithoutTablesIsAnError)
 {
     std::filesystem::remove(Path);

@@ -27,6 +27,20 @@ class SalvageSchemaTest : public SalvageTest
     {
         PlainConnection(Path).RunSQL("PRAGMA writable_schema=ON; " + sql);
     }
+    // Zeros the schema, and changes bytes of a leaf: by default, the first one of PlantEvents.
+    void LoseTheSchemaAndChange(std::size_t offset, const std::string& changed, const std::string& name = "PlantEvents",
+                                const std::string& path = "/001/") const
+    {
+        std::string bytes = FileBytes(Path);
+        for (const UsedPage& page : UsedPages(Path))
+        {
+            if (page.Name == "sqlite_schema")
+                bytes.replace(page.Offset, page.Size, page.Size, '\0');
+            if (page.Name == name && page.Path == path)
+                bytes.replace(page.Offset + offset, changed.size(), changed);
+        }
+        WriteBytes(Path, bytes);
+    }
     void ExpectAllRows() const
     {
         const PlantSalvageReport report = Salvage();
@@ -105,18 +119,27 @@ TEST_F(SalvageSchemaTest, NoOtherStatementOfTheSchemaRuns)
 
 TEST_F(SalvageSchemaTest, WithoutTheSchemaADamagedRowIsMissingAlone)
 {
-    std::string bytes = FileBytes(Path);
-    for (const UsedPage& page : UsedPages(Path))
-    {
-        if (page.Name == "sqlite_schema")
-            bytes.replace(page.Offset, page.Size, page.Size, '\0');
-        if (page.Name == "PlantEvents" && page.Path == "/001/") // its second row
-            bytes.replace(page.Offset + 10, 2, "\xFF\xFF");
-    }
-    WriteBytes(Path, bytes);
+    LoseTheSchemaAndChange(10, "\xFF\xFF"); // the pointer to the second row
     const PlantSalvageReport report = Salvage();
     EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 202);
     EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 1);
+}
+
+TEST_F(SalvageSchemaTest, WithoutTheSchemaADamagedPlantIsMissingAlone)
+{
+    const std::string rows = PlainConnection(Path).Value("SELECT count(*) FROM Plants;");
+    LoseTheSchemaAndChange(8, "\xFF\xFF", "Plants", "/"); // the pointer to the first row
+    const PlantSalvageTable plants = TableOf(Salvage(), "Plants");
+    EXPECT_EQ(plants.RowsMissing, 1);
+    EXPECT_EQ(std::to_string(plants.RowsRead + 1), rows);
+}
+
+TEST_F(SalvageSchemaTest, MoreRowsThanAPageCanHaveAreNotReportedAsMissing)
+{
+    LoseTheSchemaAndChange(3, std::string("\1\0", 2)); // the number of rows: 256
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 203);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 0);
 }
 
 TEST_F(SalvageSchemaTest, WithoutADefinitionTheDatesShowTheForm)
