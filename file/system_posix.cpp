@@ -166,8 +166,8 @@ bool OpenedFile::IsLockedByAnother() const
     lock.l_type = F_WRLCK;
     lock.l_whence = SEEK_SET; // with a length of 0: the whole file
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the system has no other form of it
-    fcntl(static_cast<int>(Number), F_GETLK, &lock); // a failure changes nothing: the file counts as locked
-    return lock.l_type != F_UNLCK || TryLock() == FileLock::Taken;
+    const bool hasRange = fcntl(static_cast<int>(Number), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    return hasRange || TryLock() == FileLock::Taken;
 }
 
 std::optional<std::size_t> OpenedFile::Read(char* bytes, std::size_t most) const
