@@ -26,11 +26,10 @@ std::optional<Trunk> ReadTrunk(const DamagedPages& pages, const Page& page)
     const std::size_t count = BigEndian32(page.Content, 4);
     if ((trunk.Next != 0 && !pages.Has(trunk.Next)) || count > page.Usable / 4 - 2)
         return std::nullopt;
-    FreePages different;
     for (std::size_t i = 0; i < count; ++i)
     {
         const PageNumber leaf = BigEndian32(page.Content, firstLeafAt + 4 * i);
-        if (leaf < 2 || !pages.Has(leaf) || !different.insert(leaf).second)
+        if (leaf < 2 || !pages.Has(leaf))
             return std::nullopt;
         trunk.Leaves.push_back(leaf);
     }
