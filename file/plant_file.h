@@ -294,7 +294,7 @@ struct PlantSalvageTable
     bool IsWhole = true;
 };
 
-/// The result of a salvage.
+/// The result of a salvage. It cannot show values of stored rows that damage has changed.
 struct PlantSalvageReport
 {
     std::vector<PlantSalvageTable> Tables; ///< The tables of a journal, in the schema's order.
@@ -302,6 +302,7 @@ struct PlantSalvageReport
     std::int64_t ClearedLinks = 0;         ///< The links to mothers and events that are lost.
     std::int64_t FailedReads = 0;          ///< The reads of the damaged file that the disk refused.
     bool RolledBack = false;               ///< Whether an interrupted write was rolled back in what was read.
+    bool HasWriteAheadLog = false;         ///< Whether a write-ahead log lies next to the file. It was not read.
 };
 
 /// Reads every row that can still be read from the damaged journal `damaged`, and writes the rows to a new journal,
@@ -310,7 +311,7 @@ struct PlantSalvageReport
 /// The function reads the pages of the file itself, so it also works where SQLite cannot open the file: with a damaged
 /// header, schema or tree, or with a part of the file only. It does not change the damaged file or its rollback
 /// journal. If a write was interrupted, the function reads what the rollback would restore. It does not read a
-/// write-ahead log. Other processes cannot write to the file meanwhile.
+/// write-ahead log, which a journal never has, but reports it. Other processes cannot write to the file meanwhile.
 ///
 /// The function needs up to 4 MB of memory, mostly for SQLite, 200 bytes for each page of the damaged file, and room
 /// for the rows of one page. Where a table may have deleted rows, it also needs 100 bytes for each row of that table.
@@ -320,7 +321,8 @@ struct PlantSalvageReport
 /// - The new journal has the current schema. The rows of a file with an earlier schema are converted as by a migration.
 ///   If the definition of the event table is lost, events are stored without conversion.
 /// - A row is not stored if a value has a type or a name that its column does not allow, if another row has the same
-///   UUID, or if its page or a page of its text has damage that can be detected. The report counts these rows.
+///   UUID, if a UUID has a zero byte, or if its page or a page of its text has damage that can be detected. The report
+///   counts these rows.
 /// - Deleted rows are not restored, with two exceptions. If the list of free pages and a table are damaged, and no
 ///   whole index shows which rows the table had, a deleted row may come back. It may also come back if a page of the
 ///   table was replaced by an older page.

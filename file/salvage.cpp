@@ -30,6 +30,12 @@ std::vector<JournalTable> TablesOfANewJournal()
 
 constexpr const char* DestinationExists = "already exists";
 
+bool HasWriteAheadLog(std::filesystem::path file)
+{
+    file += "-wal";
+    return FileSize(file) > 0;
+}
+
 void RequireNewDestination(const std::filesystem::path& damaged, const std::filesystem::path& destination)
 {
     RequireNoBrokenLink(destination);
@@ -79,6 +85,7 @@ PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::stri
         journal->File().ReportProgress(writingStep);
         found.FailedReads = journal->File().FailedReads();
         found.RolledBack = journal->File().RollsBack();
+        found.HasWriteAheadLog = HasWriteAheadLog(from);
         RequireSoundCopy(part.CopyPath());
         journal->File().ReportProgress(writingStep);
         part.Finish(PermissionsOf(from));

@@ -11,6 +11,7 @@ namespace
 {
 
 constexpr const char* Writing = "writing the new journal";
+constexpr const char* DamagedUUID = "A UUID has a zero byte.";
 
 // The row ID is parameter 1, and the other values follow in the order of the columns.
 void BindRow(sqlite3* db, sqlite3_stmt* statement, const JournalTable& table, std::int64_t rowID, const Values& values)
@@ -56,6 +57,12 @@ std::string CompareStatement(const JournalTable& table)
     for (std::size_t i = 0; i < table.Columns.size(); ++i)
         same += " AND " + table.Columns[i].Name + " IS ?" + std::to_string(i + 2);
     return "SELECT " + same + " FROM " + table.Name + " WHERE rowid=?1;";
+}
+
+// The library finds no row by such a UUID: it reads a text only up to a zero byte.
+bool HasZeroByte(const Values& values, std::size_t column)
+{
+    return column < values.size() && values[column].Text.find('\0') != std::string::npos;
 }
 
 // The statements of a journal in memory, in the order of a new file.
@@ -117,6 +124,20 @@ std::int64_t SalvagedJournal::Number(const std::string& sql)
 
 void SalvagedJournal::Add(std::size_t table, std::int64_t rowID, const Values& values)
 {
+    const std::size_t uuid = Tables[table].IndexOf("UUID");
+    const bool isNamed = !HasZeroByte(values, uuid) && !HasZeroByte(values, Tables[table].IndexOf("PlantUUID"));
+    const std::string reason = isNamed ? Insert(table, rowID, values) : DamagedUUID;
+    if (reason.empty())
+        return;
+    ++TableCounts[table].Refused[reason];
+    Run(("INSERT OR IGNORE INTO Refused VALUES(" + std::to_string(table) + ',' + std::to_string(rowID) + ");").c_str());
+    if (isNamed && uuid < values.size())
+        AddLost(table, rowID, values[uuid].Text);
+}
+
+// Returns why the table does not allow the row; empty where it has the row now.
+std::string SalvagedJournal::Insert(std::size_t table, std::int64_t rowID, const Values& values)
+{
     sqlite3* db = Journal.Handle();
     sqlite3_stmt* insert = Inserts[table].get();
     BindRow(db, insert, Tables[table], rowID, values);
@@ -129,12 +150,7 @@ void SalvagedJournal::Add(std::size_t table, std::int64_t rowID, const Values& v
     else
         ++TableCounts[table].Added;
     sqlite3_reset(insert);
-    if (reason.empty())
-        return;
-    ++TableCounts[table].Refused[reason];
-    Run(("INSERT OR IGNORE INTO Refused VALUES(" + std::to_string(table) + ',' + std::to_string(rowID) + ");").c_str());
-    if (const std::size_t uuid = Tables[table].IndexOf("UUID"); uuid < values.size())
-        AddLost(table, rowID, values[uuid].Text);
+    return reason;
 }
 
 // Empty where the table has the same row already.
@@ -232,10 +248,12 @@ std::int64_t SalvagedJournal::LostRows(std::size_t table)
     const std::string& name = Tables[table].Name;
     if (name == "Plants")
     {
-        // A plant whose UUID alone is known may be one whose row ID alone is known.
+        // A plant whose UUID alone is known may be one that was refused for its UUID, or whose row ID alone is known.
+        const std::map<std::string, std::int64_t>& refused = TableCounts[table].Refused;
         const std::int64_t unnamed =
             Number(std::string("SELECT count(*) FROM (") + RecordsWithPlants +
-                   ") WHERE PlantUUID NOT IN (SELECT UUID FROM Plants) AND PlantUUID NOT IN (SELECT UUID FROM Lost);");
+                   ") WHERE PlantUUID NOT IN (SELECT UUID FROM Plants) AND PlantUUID NOT IN (SELECT UUID FROM Lost);") -
+            (refused.count(DamagedUUID) != 0 ? refused.at(DamagedUUID) : 0);
         return Number(lost + " AND UUID<>'';") + std::max(Number(lost + " AND UUID='';"), unnamed);
     }
     std::int64_t named = 0;
@@ -257,7 +275,7 @@ void SalvagedJournal::Finish(PlantSalvageReport& report)
         result.IsWhole = !counts.IsDamaged;
         const std::int64_t lost = std::max(LostRows(table), counts.LostRowsAreKnown ? 0 : counts.Damaged);
         if (lost != 0)
-            result.Losses.push_back({counts.IsDamaged ? "They were on damaged pages."
+            result.Losses.push_back({counts.IsDamaged ? "They were damaged, or on damaged pages."
                                                       : "Other rows refer to them, but they are not in the file.",
                                      lost});
         for (const auto& [reason, rows] : counts.Refused)

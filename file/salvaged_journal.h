@@ -46,6 +46,7 @@ class SalvagedJournal
 
     using RowStatement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
     RowStatement Prepare(const std::string& sql);
+    std::string Insert(std::size_t table, std::int64_t rowID, const Values& values);
     std::string ReasonOfRefusal(std::size_t table, std::int64_t rowID, const Values& values);
     std::size_t NumberOf(const std::string& name) const;
     void FindLostByLinks();

@@ -174,7 +174,7 @@ TEST_F(SalvagePageTest, ALostLeafCostsItsRowsAlone)
     EXPECT_EQ(events.RowsRead, 203 - static_cast<std::int64_t>(leaf.Cells));
     EXPECT_EQ(events.RowsMissing, leaf.Cells); // the index names them
     ASSERT_EQ(events.Losses.size(), 1);
-    EXPECT_EQ(events.Losses.front().Reason, "They were on damaged pages.");
+    EXPECT_EQ(events.Losses.front().Reason, "They were damaged, or on damaged pages.");
     EXPECT_EQ(Salvaged("SELECT count(*) FROM PlantEvents WHERE ID BETWEEN " + std::to_string(before + 2) + " AND " +
                        std::to_string(before + leaf.Cells)),
               "0");
@@ -199,6 +199,21 @@ TEST_F(SalvagePageTest, ARowWithValuesThatDoNotFillItIsNotStored)
     const PlantSalvageReport report = Salvage();
     EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 202);
     EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 1);
+}
+
+TEST_F(SalvagePageTest, ARowWhoseNumbersDoNotEndIsNotStored)
+{
+    const UsedPage& leaf = PageOf("PlantEvents", "leaf", 3);
+    const std::string whole = FileBytes(Path);
+    const std::size_t types = whole.find(std::string("\0\x55\x21\x15\x1D", 5), leaf.Offset);
+    ASSERT_LT(types, leaf.Offset + leaf.Size);
+    Change(types + 4, "\x9D"); // the last type continues behind the types
+    EXPECT_EQ(TableOf(Salvage(), "PlantEvents").RowsMissing, 1);
+
+    WriteBytes(Path, whole);
+    Change(leaf.Offset + 8 + 2, std::string("\x01\xFC", 2)); // the second row begins four bytes before the page's end
+    Change(leaf.Offset + leaf.Size - 4, std::string(4, '\xFF')); // there, the text of another row ends
+    EXPECT_EQ(TableOf(Salvage(), "PlantEvents").RowsMissing, 1);
 }
 
 TEST_F(SalvagePageTest, ARowWithATextOfGigabytesIsNotStored)

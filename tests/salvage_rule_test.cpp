@@ -75,6 +75,27 @@ TEST_F(SalvageRuleTest, RecordsOfAnUnknownPlantAreKept)
               "Other rows refer to them, but they are not in the file.");
 }
 
+TEST_F(SalvageRuleTest, ARowOfAUUIDWithAZeroByteIsNotStored)
+{
+    Write("UPDATE PlantPhotos SET PlantUUID=CAST(x'31310000' AS TEXT);");
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(report.PlaceholderPlants, 0);
+    EXPECT_EQ(Salvaged("SELECT count(*) FROM PlantPhotos"), "0");
+    ASSERT_EQ(TableOf(report, "PlantPhotos").Losses.size(), 1);
+    EXPECT_EQ(TableOf(report, "PlantPhotos").Losses.front().Reason, "A UUID has a zero byte.");
+    EXPECT_EQ(TableOf(report, "Plants").RowsMissing, 0);
+}
+
+TEST_F(SalvageRuleTest, APlantWhoseUUIDHasAZeroByteIsLost)
+{
+    const std::string id = IDOf(Mother);
+    Write("UPDATE Plants SET UUID=CAST(x'31310000' AS TEXT) WHERE ID=" + id + ';');
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(report.PlaceholderPlants, 1);
+    EXPECT_EQ(Salvaged(std::string("SELECT Name FROM Plants WHERE UUID='") + Mother + "'"), "Lost plant 11111111");
+    EXPECT_EQ(TableOf(report, "Plants").RowsMissing, 1);
+}
+
 TEST_F(SalvageRuleTest, ALinkToALostMotherIsCleared)
 {
     Write(

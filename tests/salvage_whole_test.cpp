@@ -185,6 +185,15 @@ TEST_F(SalvageWholeTest, AFinishedRollbackJournalIsNotApplied)
     EXPECT_EQ(RowsOf(Destination), RowsOf(Path));
 }
 
+TEST_F(SalvageWholeTest, AWriteAheadLogIsReported)
+{
+    EXPECT_FALSE(Salvage().HasWriteAheadLog);
+    WriteBytes(Path + "-wal", "");
+    EXPECT_FALSE(Salvage().HasWriteAheadLog); // the last program that closes a journal can leave it empty
+    WriteBytes(Path + "-wal", "frames");
+    EXPECT_TRUE(Salvage().HasWriteAheadLog);
+}
+
 TEST_F(SalvageWholeTest, DeletedRowsStayDeleted)
 {
     Grow(500);

@@ -49,7 +49,7 @@ TEST_F(SalvageCommandTest, TheTableShowsWhatIsMissingAndWhy)
     Lose("PlantEvents");
     const std::string before = FileBytes(Damaged);
     const std::string out = Done({"salvage", "damaged.db", "new.db"});
-    EXPECT_NE(out.find("They were on damaged pages."), std::string::npos) << out;
+    EXPECT_NE(out.find("They were damaged, or on damaged pages."), std::string::npos) << out;
     EXPECT_NE(out.find("Links to lost mothers and events that were cleared: "), std::string::npos) << out;
     EXPECT_NE(out.find("Next: `plantjournal check --repair --file new.db`\n"), std::string::npos) << out;
     EXPECT_TRUE(FileBytes(Damaged) == before);
@@ -74,6 +74,18 @@ TEST_F(SalvageCommandTest, TheJSONHasTheWholeReport)
     for (const char* number : {"PlaceholderPlants", "ClearedLinks", "FailedReads"})
         EXPECT_EQ(report.at(number), 0) << number;
     EXPECT_EQ(report.at("InterruptedWrite"), "None");
+    EXPECT_EQ(report.at("WriteAheadLog"), "None");
+    EXPECT_EQ(report.at("Limit"),
+              "A changed byte inside a value can stay unnoticed: compare the new journal with what you remember.");
+}
+
+TEST_F(SalvageCommandTest, AWriteAheadLogIsReportedAsNotRead)
+{
+    WriteBytes(Damaged + "-wal", "frames");
+    EXPECT_EQ(NoticesOf({"salvage", "damaged.db", "new.db", "--quiet"}),
+              "notice: damaged.db: the changes in its write-ahead log were not read\n");
+    const ProgramResult result = Run({"salvage", "damaged.db", "another.db", "--json"});
+    EXPECT_EQ(JSON::parse(result.Out).at("WriteAheadLog"), "NotRead");
 }
 
 TEST_F(SalvageCommandTest, LostPlantsAreAnnounced)

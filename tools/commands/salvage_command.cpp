@@ -18,6 +18,9 @@
 namespace
 {
 
+constexpr const char* ChangedValues =
+    "A changed byte inside a value can stay unnoticed: compare the new journal with what you remember.";
+
 void PrintSalvageJSON(const std::string& damaged, const std::string& destination, const PlantSalvageReport& report)
 {
     JSON tables = JSON::Array();
@@ -47,6 +50,8 @@ void PrintSalvageJSON(const std::string& damaged, const std::string& destination
     object.Add("ClearedLinks", JSONOf(report.ClearedLinks));
     object.Add("FailedReads", JSONOf(report.FailedReads));
     object.Add("InterruptedWrite", JSONOf(std::string(report.RolledBack ? "RolledBack" : "None")));
+    object.Add("WriteAheadLog", JSONOf(std::string(report.HasWriteAheadLog ? "NotRead" : "None")));
+    object.Add("Limit", JSONOf(std::string(ChangedValues)));
     PrintJSON(object);
 }
 
@@ -88,7 +93,7 @@ void DescribeSalvage(const std::string& destination, const PlantSalvageReport& r
         std::cout << "Reads that the disk refused: " << report.FailedReads << "; use another disk\n";
     if (report.RolledBack)
         std::cout << "An interrupted write is not part of the new journal.\n";
-    std::cout << "A changed byte inside a value can stay unnoticed: compare the new journal with what you remember.\n"
+    std::cout << ChangedValues << '\n'
               << "Next: `plantjournal check" << (LacksEvents(report) ? " --repair" : "") << " --file "
               << Printable(destination) << "`\n";
 }
@@ -104,6 +109,8 @@ void Salvage(const Session& session, const std::string& damaged, const std::stri
 {
     PlantSalvageReport report;
     RequireSalvage(SalvageWithProgress(damaged, destination, report), damaged, destination);
+    if (report.HasWriteAheadLog)
+        std::cerr << "notice: " << Printable(damaged) << ": the changes in its write-ahead log were not read\n";
     PrintImpossibleValues(destination);
     ReportCopy(session, "Salvaged " + damaged + " to " + destination);
     if (session.AsJSON)
