@@ -63,6 +63,16 @@ void ExpectAllOrNothing(const ScratchDirectory& scratch, const std::string& path
         }
 }
 
+TEST_F(BackUpFailureTest, ADestinationThatIsCreatedAtTheEndIsKept)
+{
+    const AfterFileCall create( // the directory is opened for old files, and again after the name was found free
+        FileCall::OpenDirectory, [&] { std::ofstream(Destination) << "another program's"; }, 2);
+    EXPECT_EQ(BackUp(), Destination + ": already exists");
+    EXPECT_TRUE(create.Happened());
+    EXPECT_EQ(FileBytes(Destination), "another program's");
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
+}
+
 TEST_F(BackUpFailureTest, AFullDiskIsAnErrorAndLeavesNoFile)
 {
     const FailingDisk disk;
