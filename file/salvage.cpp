@@ -66,7 +66,8 @@ PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::stri
     PlantSalvageReport found;
     const auto openDamaged = [&]
     {
-        from = AbsolutePath(damaged);
+        // SQLite looks for the rollback journal next to the file that a symbolic link leads to.
+        WithPathErrors([&] { from = CanonicalPath(AbsolutePath(damaged)); });
         tables = TablesOfANewJournal();
         journal.emplace(from, tables, progress);
     };

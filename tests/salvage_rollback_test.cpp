@@ -44,6 +44,20 @@ class SalvageRollbackTest : public SalvageTest
     std::string Rollback; // the bytes of the rollback journal
 };
 
+TEST_F(SalvageRollbackTest, ASymbolicLinkLeadsToTheRollbackJournalOfItsFile)
+{
+    Interrupt();
+    const std::string link = Scratch.File("link.db");
+    std::filesystem::create_symlink(Path, link);
+    std::filesystem::permissions(Path, std::filesystem::perms::owner_read);
+    Path = link;
+    EXPECT_TRUE(Salvage().RolledBack);
+    EXPECT_TRUE(RowsOf(Destination) == Before);
+    EXPECT_FALSE(std::filesystem::is_symlink(Destination));
+    const auto write = std::filesystem::status(Destination).permissions() & std::filesystem::perms::owner_write;
+    EXPECT_EQ(write, std::filesystem::perms::none);
+}
+
 TEST_F(SalvageRollbackTest, ARollbackJournalThatWasNeverSyncedIsApplied)
 {
     Interrupt("PRAGMA synchronous=OFF;"); // then its header has no number of records
