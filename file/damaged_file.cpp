@@ -24,25 +24,51 @@ void LockShared(sqlite3_file* file)
 
 } // namespace
 
+std::int64_t PageCountInHeader(const Bytes& header)
+{
+    // Programs that do not set the number leave two different change counters: the file's, and that of the number.
+    return BigEndian32(header, 24) == BigEndian32(header, 92) ? BigEndian32(header, 28) : 0;
+}
+
 DamagedFile::DamagedFile(const std::filesystem::path& path, const PlantBackUpProgress& progress)
-    : Opened(path, SQLITE_OPEN_READONLY), Progress(progress), SizeInBytes(FileSize(path))
+    : Opened(path, SQLITE_OPEN_READONLY), Progress(progress)
 {
     sqlite3_file_control(Opened.Handle(), nullptr, SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&File));
     LockShared(File);
+    SizeInBytes = FileSize(path);
     std::filesystem::path journal = path;
     journal += "-journal";
     Rollback = ReadRollbackJournal(journal);
-    if (Rollback.Pages.empty()) // the file was not changed yet, or the rollback journal is damaged
-        Rollback.PageSize = 0;
     if (Rollback.PageSize == 0)
         return;
     Journal.open(journal, std::ios::binary);
-    SizeInBytes = Rollback.PageCount * static_cast<std::int64_t>(Rollback.PageSize);
+    SizeInBytes = SizeBeforeTheWrite();
 }
 
 DamagedFile::~DamagedFile()
 {
     File->pMethods->xUnlock(File, SQLITE_LOCK_NONE);
+}
+
+// No checksum protects the number of pages in the rollback journal. The header of the file has it, too. A number that
+// is too large does less harm: the pages that the write added belong to no tree.
+std::int64_t DamagedFile::SizeBeforeTheWrite()
+{
+    const auto pageSize = static_cast<std::int64_t>(Rollback.PageSize);
+    Bytes header(FileHeaderSize);
+    ReadRestored(0, header);
+    const std::int64_t inHeader = PageCountInHeader(header);
+    if (Rollback.PageCount == 0 || Rollback.PageCount < inHeader)
+        Rollback.IsDamaged = true;
+    const std::int64_t stored = std::max(Rollback.PageCount, inHeader);
+    const std::int64_t inFile = (SizeInBytes + pageSize - 1) / pageSize;
+    std::int64_t last = inFile;
+    for (const auto& [number, at] : Rollback.Pages)
+        if (number <= stored)
+            last = std::max<std::int64_t>(last, number);
+    // The write may have removed pages, but then the rollback journal has each of them.
+    last = std::min(last, inFile + static_cast<std::int64_t>(Rollback.Pages.size()));
+    return (stored == 0 ? last : std::min(last, stored)) * pageSize;
 }
 
 std::int64_t DamagedFile::TotalBlocks() const
@@ -74,6 +100,11 @@ void DamagedFile::ReadFromFile(std::int64_t offset, unsigned char* bytes, std::s
 void DamagedFile::Read(std::int64_t offset, Bytes& out)
 {
     ReportProgress("reading the damaged file");
+    ReadRestored(offset, out);
+}
+
+void DamagedFile::ReadRestored(std::int64_t offset, Bytes& out)
+{
     if (Rollback.PageSize == 0)
         return ReadFromFile(offset, out.data(), out.size());
     const auto pageSize = static_cast<std::int64_t>(Rollback.PageSize);

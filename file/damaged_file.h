@@ -16,6 +16,9 @@
 namespace plant_file
 {
 
+// The number of pages in the file's header; 0 where the header does not have it.
+std::int64_t PageCountInHeader(const Bytes& header);
+
 // Reads a file as it is after SQLite would have rolled back an interrupted write, and changes neither the file nor its
 // rollback journal. While it exists, no other process can write to the file. Each read reports the progress, and fails
 // where the callback ends the work.
@@ -29,8 +32,10 @@ class DamagedFile
     DamagedFile& operator=(const DamagedFile&) = delete;
 
     std::int64_t Size() const { return SizeInBytes; }
-    // Whether there was an interrupted write.
+    // Whether an interrupted write is rolled back, at least in part.
     bool RollsBack() const { return Rollback.PageSize != 0; }
+    // Whether the rollback journal of an interrupted write is damaged.
+    bool RollbackIsDamaged() const { return Rollback.IsDamaged; }
     // The bytes at `offset`. Bytes that do not exist, or that the disk cannot read, are zeros.
     void Read(std::int64_t offset, Bytes& out);
     std::int64_t FailedReads() const { return Failed; }
@@ -42,6 +47,8 @@ class DamagedFile
   private:
     // The page size may be lost, so the progress counts pages of the smallest size.
     std::int64_t TotalBlocks() const;
+    std::int64_t SizeBeforeTheWrite();
+    void ReadRestored(std::int64_t offset, Bytes& out);
     void ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size);
 
     Connection Opened; // SQLite opens the file, so that closing it drops no lock of the program

@@ -303,6 +303,9 @@ struct PlantSalvageReport
     std::int64_t FailedReads = 0;          ///< The reads of the damaged file that the disk refused.
     bool RolledBack = false;               ///< Whether an interrupted write was rolled back in what was read.
     bool HasWriteAheadLog = false;         ///< Whether a write-ahead log lies next to the file. It was not read.
+    /// Whether the rollback journal of an interrupted write is damaged. Rows may then have values from that write, or be
+    /// missing.
+    bool RollbackIsDamaged = false;
 };
 
 /// Reads every row that can still be read from the damaged journal `damaged`, and writes the rows to a new journal,

@@ -2,10 +2,13 @@
 
 #include "access.h"
 #include "page.h"
+#include "system.h"
 
+#include <algorithm>
 #include <array>
 #include <fstream>
-#include <vector>
+#include <limits>
+#include <string>
 
 namespace plant_file
 {
@@ -14,15 +17,7 @@ namespace
 {
 
 constexpr std::array<unsigned char, 8> RollbackMagic = {0xD9, 0xD5, 0x05, 0xF9, 0x20, 0xA1, 0x63, 0xD7};
-
-struct RollbackHeader
-{
-    std::uint32_t Records; // in a journal that was not synced, the greatest number: all that are there
-    std::uint32_t Nonce;
-    std::uint32_t PageCount;
-    std::uint32_t SectorSize;
-    std::uint32_t PageSize;
-};
+constexpr std::uint32_t AllRecords = std::numeric_limits<std::uint32_t>::max();
 
 bool ReadAt(std::ifstream& journal, std::int64_t offset, Bytes& out)
 {
@@ -31,15 +26,25 @@ bool ReadAt(std::ifstream& journal, std::int64_t offset, Bytes& out)
     return bool(journal.read(reinterpret_cast<char*>(out.data()), static_cast<std::streamsize>(out.size())));
 }
 
-bool ReadHeader(std::ifstream& journal, std::int64_t offset, RollbackHeader& out)
+// The header of a segment.
+struct RollbackHeader
 {
-    Bytes bytes(28);
-    if (!ReadAt(journal, offset, bytes) || !std::equal(RollbackMagic.begin(), RollbackMagic.end(), bytes.begin()))
-        return false;
-    out = {BigEndian32(bytes, 8), BigEndian32(bytes, 12), BigEndian32(bytes, 16), BigEndian32(bytes, 20),
-           BigEndian32(bytes, 24)};
-    return true;
-}
+    RollbackHeader(std::ifstream& journal, std::int64_t offset) : Content(28) { ReadAt(journal, offset, Content); }
+
+    bool HasMagic() const { return std::equal(RollbackMagic.begin(), RollbackMagic.end(), Content.begin()); }
+    // SQLite writes the magic and the number of records last, and sets the header to zero when the write is finished.
+    bool IsInUse() const
+    {
+        return std::any_of(Content.begin(), Content.begin() + 12, [](unsigned char byte) { return byte != 0; });
+    }
+    std::uint32_t Records() const { return BigEndian32(Content, 8); } // AllRecords where the journal was not synced
+    std::uint32_t Nonce() const { return BigEndian32(Content, 12); }
+    std::uint32_t PageCount() const { return BigEndian32(Content, 16); }
+    std::uint32_t SectorSize() const { return BigEndian32(Content, 20); }
+    std::uint32_t PageSize() const { return BigEndian32(Content, 24); }
+
+    Bytes Content; // bytes that do not exist are zeros
+};
 
 // Not all bytes are part of it: every 200th, from the end.
 std::uint32_t Checksum(const Bytes& record, std::size_t pageSize, std::uint32_t nonce)
@@ -53,36 +58,86 @@ std::uint32_t Checksum(const Bytes& record, std::size_t pageSize, std::uint32_t 
     return sum;
 }
 
+// Whether a whole record is there. Its size sets the size of the page.
+bool ReadRecord(std::ifstream& journal, std::int64_t offset, std::uint32_t nonce, Bytes& record)
+{
+    const std::size_t pageSize = record.size() - 8;
+    return ReadAt(journal, offset, record) && BigEndian32(record, 4 + pageSize) == Checksum(record, pageSize, nonce);
+}
+
+// Reads the records as SQLite does: to the first one that is damaged. A journal that a crash cut short has fewer
+// records than were written, but those that a header counts were synced before.
+void ReadRecords(std::ifstream& journal, const RollbackHeader& first, RollbackJournal& result)
+{
+    const auto sectorSize = static_cast<std::int64_t>(first.SectorSize());
+    Bytes record(first.PageSize() + 8U);
+    const auto recordSize = static_cast<std::int64_t>(record.size());
+    RollbackHeader header = first;
+    std::int64_t offset = 0;
+    while (header.HasMagic())
+    {
+        offset += sectorSize;
+        std::uint32_t records = 0;
+        for (; records < header.Records() && ReadRecord(journal, offset, header.Nonce(), record); ++records)
+        {
+            result.Pages.emplace(BigEndian32(record, 0), offset + 4); // the first copy is the oldest
+            offset += recordSize;
+        }
+        const bool isCut = records < header.Records();
+        // A good record behind the last one belongs to the same segment: this one is damaged, or the number of them is.
+        result.IsDamaged = (isCut && header.Records() != AllRecords) ||
+                           ReadRecord(journal, isCut ? offset + recordSize : offset, header.Nonce(), record);
+        if (isCut || result.IsDamaged)
+            return;
+        offset = (offset + sectorSize - 1) / sectorSize * sectorSize;
+        header = RollbackHeader(journal, offset);
+    }
+    // What follows may be left from an earlier write; then the first byte is zero.
+    result.IsDamaged = header.Content[0] != 0 && ReadRecord(journal, offset + sectorSize, header.Nonce(), record);
+}
+
+// A write to several files is committed when their super-journal is deleted. Its name is at the end of the journal.
+bool IsCommitted(std::ifstream& journal, std::int64_t size)
+{
+    constexpr std::int64_t longest = 4096;
+    Bytes end(16); // the length of the name, the sum of its bytes, and the magic
+    if (size < 16 || !ReadAt(journal, size - 16, end) ||
+        !std::equal(RollbackMagic.begin(), RollbackMagic.end(), end.begin() + 8))
+        return false;
+    const auto length = static_cast<std::int64_t>(BigEndian32(end, 0));
+    Bytes name(static_cast<std::size_t>(std::min(length, longest)));
+    if (length == 0 || length > longest || !ReadAt(journal, size - 16 - length, name))
+        return false;
+    std::uint32_t sum = 0;
+    for (const unsigned char byte : name)
+        sum += static_cast<std::uint32_t>(static_cast<signed char>(byte));
+    std::error_code error; // a name that cannot be looked up is taken for that of a file
+    return sum == BigEndian32(end, 4) &&
+           !std::filesystem::exists(PathOfText(std::string(name.begin(), name.end())), error) && !error;
+}
+
 } // namespace
 
 RollbackJournal ReadRollbackJournal(const std::filesystem::path& file)
 {
     RollbackJournal result;
-    if (FileSize(file) == NoFile)
+    const std::int64_t size = FileSize(file);
+    if (size == NoFile)
         return result;
     std::ifstream journal(file, std::ios::binary);
     if (!journal)
         Fail("reading the rollback journal", "it cannot be opened");
-    RollbackHeader first{};
-    if (!ReadHeader(journal, 0, first) || !IsPageSize(first.PageSize) || first.SectorSize == 0)
-        return result; // with another wrong size of a sector, the checksum of the first record does not fit
-    result.PageSize = first.PageSize;
-    result.PageCount = first.PageCount;
-    Bytes record(first.PageSize + 8U);
-    RollbackHeader header{};
-    for (std::int64_t offset = 0; ReadHeader(journal, offset, header);)
-    {
-        offset += first.SectorSize;
-        for (std::uint32_t i = 0; i < header.Records; ++i)
-        {
-            if (!ReadAt(journal, offset, record) ||
-                BigEndian32(record, 4 + first.PageSize) != Checksum(record, first.PageSize, header.Nonce))
-                return result;
-            result.Pages.emplace(BigEndian32(record, 0), offset + 4); // the first copy is the oldest
-            offset += static_cast<std::int64_t>(record.size());
-        }
-        offset = (offset + first.SectorSize - 1) / first.SectorSize * first.SectorSize;
-    }
+    const RollbackHeader first(journal, 0);
+    if (!first.IsInUse() || IsCommitted(journal, size))
+        return result;
+    result.IsDamaged = !first.HasMagic() || !IsPageSize(first.PageSize()) || first.SectorSize() == 0;
+    if (result.IsDamaged)
+        return result;
+    ReadRecords(journal, first, result); // with another wrong size of a sector, no record is found
+    if (result.Pages.empty())            // the file was not changed yet, or the rollback journal is damaged
+        return result;
+    result.PageSize = first.PageSize();
+    result.PageCount = first.PageCount();
     return result;
 }
 

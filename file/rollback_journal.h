@@ -11,8 +11,9 @@ namespace plant_file
 
 struct RollbackJournal
 {
-    std::size_t PageSize = 0; // 0 where nothing has to be rolled back
+    std::size_t PageSize = 0; // 0 where nothing is rolled back
     std::int64_t PageCount = 0;
+    bool IsDamaged = false; // whether a write was interrupted that is not, or not wholly, rolled back
     std::unordered_map<std::uint32_t, std::int64_t> Pages; // by page number: where the journal has its former bytes
 };
 

@@ -87,6 +87,7 @@ PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::stri
         found.FailedReads = journal->File().FailedReads();
         found.RolledBack = journal->File().RollsBack();
         found.HasWriteAheadLog = HasWriteAheadLog(from);
+        found.RollbackIsDamaged = journal->File().RollbackIsDamaged();
         RequireSoundCopy(part.CopyPath());
         journal->File().ReportProgress(writingStep);
         part.Finish(PermissionsOf(from));

@@ -21,26 +21,45 @@ class SalvageRollbackTest : public SalvageTest
     }
 
     // Replaces the journal by one with an interrupted write.
-    void Interrupt(const std::string& pragmas = {})
+    void Interrupt(const std::string& pragmas = {}, const std::string& write = LongWrite)
     {
         const std::string copy = Scratch.File("copy.db");
+        std::filesystem::remove(copy);
+        std::filesystem::remove(copy + "-journal");
         {
             const PlainConnection writer(Path);
-            writer.RunSQL("PRAGMA cache_size=2; " + pragmas +
-                          "BEGIN; UPDATE PlantEvents SET Details='changed'; DELETE FROM PlantJournalEntries;"
-                          "INSERT INTO PlantPhotos VALUES(9,'u','11111111-1111-4111-8111-111111111111','',"
-                          "hex(zeroblob(90000)),'');");
+            writer.RunSQL("PRAGMA cache_size=2; " + pragmas + "BEGIN; " + write);
             std::filesystem::copy_file(Path, copy);
             std::filesystem::copy_file(Path + "-journal", copy + "-journal");
             writer.RunSQL("ROLLBACK;");
         }
         Path = copy;
-        Changed = FileBytes(Path);
         Rollback = FileBytes(Path + "-journal");
     }
+    PlantSalvageReport SalvageWith(const std::string& rollback) const
+    {
+        WriteBytes(Path + "-journal", rollback);
+        return Salvage();
+    }
+    // Where the segments of the rollback journal begin. The last one was not synced, and has no magic.
+    std::vector<std::size_t> Segments() const
+    {
+        std::vector<std::size_t> segments;
+        for (std::size_t at = 0; at < Rollback.size(); at += 512)
+            if (Rollback.compare(at, 8, "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7") == 0)
+                segments.push_back(at);
+        return segments;
+    }
+    // The number of pages before the write.
+    std::string PageCount() const { return Rollback.substr(16, 4); }
 
-    std::string Before;   // all rows before the write
-    std::string Changed;  // the bytes of the file after the interruption
+    static constexpr const char* LongWrite =
+        "UPDATE PlantEvents SET Details='changed'; DELETE FROM PlantJournalEntries; "
+        "INSERT INTO PlantPhotos VALUES(9,'u','11111111-1111-4111-8111-111111111111','',hex(zeroblob(90000)),'');";
+    static constexpr std::size_t Header = 512; // the size of a sector
+    static constexpr std::size_t Record = 520; // a page, its number, and its checksum
+    std::string Before;                        // all rows before the write
+    const std::string Original = Path;
     std::string Rollback; // the bytes of the rollback journal
 };
 
@@ -111,6 +130,165 @@ TEST_F(SalvageRollbackTest, ADamagedHeaderOfARollbackJournalIsNotApplied)
         WriteBytes(Path + "-journal", Rollback.substr(0, size));
         EXPECT_EQ(Printed(Salvage()), Printed(expected)) << size;
     }
+}
+
+TEST_F(SalvageRollbackTest, AnInterruptedRollbackJournalIsNotDamaged)
+{
+    Interrupt();
+    ASSERT_GT(Segments().size(), 2U);
+    const PlantSalvageReport report = Salvage();
+    EXPECT_TRUE(report.RolledBack);
+    EXPECT_FALSE(report.RollbackIsDamaged);
+    EXPECT_TRUE(RowsOf(Destination) == Before);
+    // What follows the last segment was not synced.
+    const std::size_t unsynced = Rollback.size() - Record;
+    ASSERT_GT(unsynced, Segments().back());
+    for (const std::string& rest : {std::string(), std::string(300, 'x'), std::string(5000, '\0')})
+    {
+        EXPECT_FALSE(SalvageWith(Rollback.substr(0, unsynced) + rest).RollbackIsDamaged);
+        EXPECT_TRUE(RowsOf(Destination) == Before);
+    }
+}
+
+TEST_F(SalvageRollbackTest, ARollbackJournalOfAWriteThatChangedNothingIsNotDamaged)
+{
+    Interrupt();
+    WriteBytes(Path, FileBytes(Original));
+    // SQLite writes the magic and the number of records before it changes the file.
+    for (const std::string& rollback :
+         {std::string(), std::string(12, '\0') + Rollback.substr(12), std::string(5, '\0'), std::string(28, '\0')})
+    {
+        const PlantSalvageReport report = SalvageWith(rollback);
+        EXPECT_FALSE(report.RolledBack) << rollback.size();
+        EXPECT_FALSE(report.RollbackIsDamaged) << rollback.size();
+        EXPECT_TRUE(RowsOf(Destination) == Before);
+    }
+}
+
+TEST_F(SalvageRollbackTest, ARollbackJournalThatIsKeptIsNotDamaged)
+{
+    for (const std::string pragmas : {"PRAGMA synchronous=OFF; ", "PRAGMA synchronous=FULL; "})
+    {
+        // Behind the records of this write are those of an earlier, longer one.
+        PlainConnection(Path).RunSQL("PRAGMA journal_mode=PERSIST; PRAGMA cache_size=2; BEGIN; UPDATE "
+                                     "PlantEvents SET Details='changed'; UPDATE PlantJournalEntries SET "
+                                     "Details='changed'; COMMIT;");
+        EXPECT_FALSE(Salvage().RollbackIsDamaged);
+        Before = RowsOf(Path);
+        Interrupt("PRAGMA journal_mode=PERSIST; " + pragmas, "UPDATE PlantEvents SET Details='' WHERE ID<60;");
+        const PlantSalvageReport report = Salvage();
+        EXPECT_FALSE(report.RollbackIsDamaged) << pragmas;
+        EXPECT_TRUE(RowsOf(Destination) == Before) << pragmas;
+        Path = Original;
+    }
+}
+
+TEST_F(SalvageRollbackTest, ADamagedRecordIsReported)
+{
+    for (const std::string pragmas : {"PRAGMA synchronous=FULL; ", "PRAGMA synchronous=OFF; "})
+    {
+        Interrupt(pragmas);
+        const std::vector<std::size_t> segments = Segments();
+        for (const std::size_t record : {Header, segments.size() > 1 ? segments[1] + Header : Header + 2 * Record})
+        {
+            std::string damaged = Rollback;
+            damaged[record + 4 + 512 - 200] ^= 1;
+            const PlantSalvageReport report = SalvageWith(damaged);
+            EXPECT_EQ(report.RolledBack, record != Header) << pragmas;
+            EXPECT_TRUE(report.RollbackIsDamaged) << pragmas;
+            EXPECT_FALSE(RowsOf(Destination) == Before);
+        }
+        Path = Original;
+    }
+}
+
+TEST_F(SalvageRollbackTest, AnyByteOfAHeaderIsRolledBackOrReported)
+{
+    Interrupt();
+    const std::vector<std::size_t> segments = Segments();
+    for (const std::size_t segment : {segments[0], segments[1], segments.back()})
+        for (std::size_t at = segment; at < segment + 28; ++at)
+            for (const char change : {'\x01', '\x80', '\xFF'})
+            {
+                std::string damaged = Rollback;
+                damaged[at] = static_cast<char>(damaged[at] ^ change);
+                const PlantSalvageReport report = SalvageWith(damaged);
+                EXPECT_TRUE(report.RollbackIsDamaged || (report.RolledBack && RowsOf(Destination) == Before)) << at;
+            }
+}
+
+TEST_F(SalvageRollbackTest, ARollbackJournalThatIsCutShortIsReported)
+{
+    Interrupt();
+    const std::vector<std::size_t> segments = Segments();
+    for (const std::size_t size : {std::size_t{1}, std::size_t{27}, std::size_t{28}, Header, Header + 300,
+                                   Header + Record - 1, segments[1] + Header, segments.back() + Header + 1})
+        EXPECT_TRUE(SalvageWith(Rollback.substr(0, size)).RollbackIsDamaged) << size;
+}
+
+TEST_F(SalvageRollbackTest, AWrongNumberOfPagesCostsNoRow)
+{
+    Interrupt();
+    ASSERT_LT(PageCount()[3], '\x7F');
+    const std::string greater = {0, 0, 0, static_cast<char>(PageCount()[3] + 1)};
+    const std::string less = {0, 0, 0, static_cast<char>(PageCount()[3] - 20)};
+    for (const std::string& count :
+         {std::string(4, '\0'), std::string("\0\0\0\1", 4), less, greater, std::string(4, '\xFF')})
+    {
+        std::string damaged = Rollback;
+        for (const std::size_t segment : Segments())
+            damaged.replace(segment + 16, 4, count);
+        const PlantSalvageReport report = SalvageWith(damaged);
+        EXPECT_EQ(report.RollbackIsDamaged, count < PageCount());
+        for (const PlantSalvageTable& table : report.Tables)
+            EXPECT_TRUE(table.IsWhole) << table.Name;
+        EXPECT_TRUE(RowsOf(Destination) == Before);
+    }
+}
+
+TEST_F(SalvageRollbackTest, AWriteThatRemovedPagesIsRolledBack)
+{
+    Interrupt();
+    std::size_t kept = FileBytes(Original).size() / 512;
+    const auto isInJournal = [&](std::size_t page)
+    {
+        return Rollback.find(std::string{0, 0, 0, static_cast<char>(page)} +
+                             FileBytes(Original).substr(page * 512 - 512, 512)) != std::string::npos;
+    };
+    const std::size_t pages = kept;
+    while (isInJournal(kept))
+        --kept;
+    ASSERT_LT(kept, pages - 5);
+    WriteBytes(Path, FileBytes(Path).substr(0, kept * 512));
+    const PlantSalvageReport report = Salvage();
+    EXPECT_TRUE(report.RolledBack);
+    EXPECT_FALSE(report.RollbackIsDamaged);
+    EXPECT_TRUE(RowsOf(Destination) == Before);
+}
+
+TEST_F(SalvageRollbackTest, AWriteThatCommittedToSeveralFilesIsKept)
+{
+    Interrupt();
+    const std::string super = Scratch.File("super");
+    std::uint32_t sum = 0;
+    for (const char letter : super)
+        sum += static_cast<unsigned char>(letter);
+    const auto number = [](std::uint32_t value)
+    {
+        return std::string{static_cast<char>(value >> 24U), static_cast<char>(value >> 16U),
+                           static_cast<char>(value >> 8U), static_cast<char>(value)};
+    };
+    const std::string end = super + number(static_cast<std::uint32_t>(super.size())) + number(sum);
+    const std::string magic = Rollback.substr(0, 8);
+    WriteBytes(super, "the names of the rollback journals");
+    EXPECT_TRUE(SalvageWith(Rollback + end + magic).RolledBack);
+    std::filesystem::remove(super);
+    const PlantSalvageReport report = SalvageWith(Rollback + end + magic);
+    EXPECT_FALSE(report.RolledBack);
+    EXPECT_FALSE(report.RollbackIsDamaged);
+    for (const std::string& other : {super + number(0) + number(sum), super + number(5000) + number(sum),
+                                     super + number(1'000'000'000) + number(sum), super + number(4) + number(sum)})
+        EXPECT_TRUE(SalvageWith(Rollback + other + magic).RolledBack);
 }
 
 } // namespace
