@@ -35,7 +35,8 @@ DamagedFile::DamagedFile(const std::filesystem::path& path, const PlantBackUpPro
 {
     sqlite3_file_control(Opened.Handle(), nullptr, SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&File));
     LockShared(File);
-    SizeInBytes = FileSize(path);
+    SizeOfFile = FileSize(path);
+    SizeInBytes = SizeOfFile;
     std::filesystem::path journal = path;
     journal += "-journal";
     Rollback = ReadRollbackJournal(journal);
@@ -61,7 +62,7 @@ std::int64_t DamagedFile::SizeBeforeTheWrite()
     if (Rollback.PageCount == 0 || Rollback.PageCount < inHeader)
         Rollback.IsDamaged = true;
     const std::int64_t stored = std::max(Rollback.PageCount, inHeader);
-    const std::int64_t inFile = (SizeInBytes + pageSize - 1) / pageSize;
+    const std::int64_t inFile = (SizeOfFile + pageSize - 1) / pageSize;
     std::int64_t last = inFile;
     for (const auto& [number, at] : Rollback.Pages)
         if (number <= stored)
@@ -87,43 +88,53 @@ void DamagedFile::ReportProgress(const char* step) const
         Fail(step, "interrupted");
 }
 
-void DamagedFile::ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size)
+std::size_t DamagedFile::ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size)
 {
     // A short read sets the missing bytes to zero.
     const int result = File->pMethods->xRead(File, bytes, static_cast<int>(size), offset);
-    if (result == SQLITE_OK || result == SQLITE_IOERR_SHORT_READ)
-        return;
+    if (result == SQLITE_OK)
+        return size;
+    if (result == SQLITE_IOERR_SHORT_READ)
+        return static_cast<std::size_t>(
+            std::clamp<std::int64_t>(SizeOfFile - offset, 0, static_cast<std::int64_t>(size)));
     std::fill_n(bytes, size, static_cast<unsigned char>(0));
     ++Failed;
+    return 0;
 }
 
-void DamagedFile::Read(std::int64_t offset, Bytes& out)
+std::size_t DamagedFile::Read(std::int64_t offset, Bytes& out)
 {
     ReportProgress("reading the damaged file");
-    ReadRestored(offset, out);
+    return ReadRestored(offset, out);
 }
 
-void DamagedFile::ReadRestored(std::int64_t offset, Bytes& out)
+std::size_t DamagedFile::ReadRestored(std::int64_t offset, Bytes& out)
 {
     if (Rollback.PageSize == 0)
         return ReadFromFile(offset, out.data(), out.size());
     const auto pageSize = static_cast<std::int64_t>(Rollback.PageSize);
+    std::size_t readable = 0;
     for (std::size_t done = 0; done < out.size();)
     {
         const std::int64_t at = offset + static_cast<std::int64_t>(done);
         const std::int64_t inPage = at % pageSize;
         const std::size_t size = std::min(out.size() - done, static_cast<std::size_t>(pageSize - inPage));
         const auto found = Rollback.Pages.find(static_cast<PageNumber>(at / pageSize + 1));
+        std::size_t read = 0;
         if (found == Rollback.Pages.end())
-            ReadFromFile(at, &out[done], size);
+            read = ReadFromFile(at, &out[done], size);
         else
         {
             Journal.clear();
             Journal.seekg(found->second + inPage);
             Journal.read(reinterpret_cast<char*>(&out[done]), static_cast<std::streamsize>(size));
+            read = static_cast<std::size_t>(Journal.gcount());
         }
+        if (readable == done)
+            readable += read;
         done += size;
     }
+    return readable;
 }
 
 } // namespace plant_file

@@ -36,8 +36,9 @@ class DamagedFile
     bool RollsBack() const { return Rollback.PageSize != 0; }
     // Whether the rollback journal of an interrupted write is damaged.
     bool RollbackIsDamaged() const { return Rollback.IsDamaged; }
-    // The bytes at `offset`. Bytes that do not exist, or that the disk cannot read, are zeros.
-    void Read(std::int64_t offset, Bytes& out);
+    // The bytes at `offset`. Bytes that do not exist, or that the disk cannot read, are zeros. The result is the number
+    // of bytes before the first of these.
+    std::size_t Read(std::int64_t offset, Bytes& out);
     std::int64_t FailedReads() const { return Failed; }
     // Counts a page whose rows are copied.
     void AddDone(std::size_t pageSize);
@@ -48,8 +49,9 @@ class DamagedFile
     // The page size may be lost, so the progress counts pages of the smallest size.
     std::int64_t TotalBlocks() const;
     std::int64_t SizeBeforeTheWrite();
-    void ReadRestored(std::int64_t offset, Bytes& out);
-    void ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size);
+    // Like Read(), without the progress.
+    std::size_t ReadRestored(std::int64_t offset, Bytes& out);
+    std::size_t ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size);
 
     Connection Opened; // SQLite opens the file, so that closing it drops no lock of the program
     sqlite3_file* File = nullptr;
@@ -57,7 +59,8 @@ class DamagedFile
     std::int64_t Done = 0; // of TotalBlocks()
     RollbackJournal Rollback;
     std::ifstream Journal;
-    std::int64_t SizeInBytes = 0;
+    std::int64_t SizeOfFile = 0;
+    std::int64_t SizeInBytes = 0; // after the rollback
     std::int64_t Failed = 0;
 };
 

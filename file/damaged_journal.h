@@ -25,6 +25,7 @@ class DamagedJournal
     // Adds all rows, and the lost ones as far as they are known.
     void CopyTo(SalvagedJournal& journal);
     const DamagedFile& File() const { return Bytes; }
+    std::int64_t CountMissingPages() { return Pages->CountMissing(); }
 
   private:
     using RowIDs = std::unordered_set<std::int64_t>;

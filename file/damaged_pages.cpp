@@ -25,12 +25,22 @@ DamagedPages::DamagedPages(DamagedFile& file, const PageFormat& format)
 
 Page DamagedPages::Read(PageNumber number)
 {
+    constexpr std::size_t mostHeader = 12; // of an interior page
     Page page;
     page.Number = number;
     page.Usable = Parameters.PageSize - Parameters.Reserved;
     page.Content.resize(Parameters.PageSize);
-    File.Read(static_cast<std::int64_t>(number - 1) * static_cast<std::int64_t>(Parameters.PageSize), page.Content);
+    const std::int64_t offset = static_cast<std::int64_t>(number - 1) * static_cast<std::int64_t>(Parameters.PageSize);
+    page.Readable = std::min(page.Usable, File.Read(offset, page.Content));
+    if (page.Readable < page.HeaderOffset() + mostHeader)
+        page.Content.assign(page.Content.size(), 0);
     return page;
+}
+
+std::int64_t DamagedPages::CountMissing()
+{
+    const std::int64_t whole = File.Size() / static_cast<std::int64_t>(Parameters.PageSize);
+    return std::max<std::int64_t>(0, PageCountInHeader(Read(1).Content) - whole);
 }
 
 // An overflow page begins with the number of the next one. The last one has 0 there. A page of zeros is damage: each
@@ -44,6 +54,8 @@ bool DamagedPages::AppendOverflow(PageNumber number, std::size_t size, Bytes& pa
             return false;
         const Page page = Read(number);
         const std::size_t here = std::min(size, page.Usable - linkSize);
+        if (linkSize + here > page.Readable)
+            return false;
         const auto begin = page.Content.begin() + linkSize;
         const auto end = begin + static_cast<std::ptrdiff_t>(here);
         if (std::all_of(begin, end, [](unsigned char byte) { return byte == 0; }))

@@ -29,6 +29,8 @@ class DamagedPages
     bool Has(PageNumber number) const { return number >= 1 && number <= PageCount; }
     // The page must exist.
     Page Read(PageNumber number);
+    // The pages of the number in the header that the file does not have, or does not have whole.
+    std::int64_t CountMissing();
     // The values of a cell; std::nullopt where an overflow page is missing or the values do not fit the payload.
     std::optional<Values> ReadValues(const Page& page, const Cell& cell);
 

@@ -23,8 +23,8 @@ std::optional<Trunk> ReadTrunk(const DamagedPages& pages, const Page& page)
     constexpr std::size_t firstLeafAt = 8;
     Trunk trunk;
     trunk.Next = BigEndian32(page.Content, 0);
-    const std::size_t count = BigEndian32(page.Content, 4);
-    if ((trunk.Next != 0 && !pages.Has(trunk.Next)) || count > page.Usable / 4 - 2)
+    const std::uint32_t count = BigEndian32(page.Content, 4);
+    if ((trunk.Next != 0 && !pages.Has(trunk.Next)) || firstLeafAt + 4 * std::uint64_t{count} > page.Readable)
         return std::nullopt;
     for (std::size_t i = 0; i < count; ++i)
     {

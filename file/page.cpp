@@ -25,7 +25,7 @@ std::vector<std::size_t> CellPointers(const Page& page)
     for (std::size_t i = 0; i < count && begin + 2 * i + 2 <= page.Usable; ++i)
     {
         const std::size_t pointer = BigEndian16(page.Content, begin + 2 * i);
-        const bool isInside = pointer >= begin && pointer + 4 <= page.Usable;
+        const bool isInside = pointer >= begin && pointer + 4 <= page.Readable;
         pointers.push_back(isInside ? pointer : 0);
     }
     return pointers;
@@ -64,7 +64,7 @@ std::optional<Cell> ReadCell(const Page& page, std::size_t at)
     cell.LocalAt = at;
     cell.LocalSize = LocalSizeOf(cell.Size, page.Usable, isTable);
     const bool overflows = cell.LocalSize < cell.Size;
-    if (at + cell.LocalSize + (overflows ? 4 : 0) > page.Usable)
+    if (at + cell.LocalSize + (overflows ? 4 : 0) > page.Readable)
         return std::nullopt;
     if (overflows)
         cell.Overflow = BigEndian32(page.Content, at + cell.LocalSize);
@@ -121,7 +121,7 @@ Children ChildrenOf(const Page& page)
         std::size_t at = pointer + 4;
         std::optional<std::int64_t> greatest = before;
         if (pointer != 0 && page.Is(PageType::InteriorTable))
-            greatest = ReadVarint(page.Content, at, page.Usable);
+            greatest = ReadVarint(page.Content, at, page.Readable);
         if (pointer == 0 || !greatest || *greatest < before)
         {
             children.IsWhole = false;

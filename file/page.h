@@ -36,7 +36,8 @@ enum class PageType : unsigned char
 struct Page
 {
     PageNumber Number = 0;
-    std::size_t Usable = 0; // bytes without the reserved ones at the end
+    std::size_t Usable = 0;   // bytes without the reserved ones at the end
+    std::size_t Readable = 0; // of the usable bytes: the others are behind the end of the file, and zeros here
     Bytes Content;
 
     std::size_t HeaderOffset() const { return Number == 1 ? FileHeaderSize : 0; }

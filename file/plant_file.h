@@ -303,6 +303,9 @@ struct PlantSalvageReport
     std::int64_t FailedReads = 0;          ///< The reads of the damaged file that the disk refused.
     bool RolledBack = false;               ///< Whether an interrupted write was rolled back in what was read.
     bool HasWriteAheadLog = false;         ///< Whether a write-ahead log lies next to the file. It was not read.
+    /// The pages of the number in the file's header that the file does not have whole: it was cut short, or the number
+    /// is damaged.
+    std::int64_t MissingPages = 0;
     /// Whether the rollback journal of an interrupted write is damaged. Rows may then have values from that write, or be
     /// missing.
     bool RollbackIsDamaged = false;

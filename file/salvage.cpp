@@ -70,6 +70,7 @@ PlantFileResult SalvagePlantDatabase(const std::string& damaged, const std::stri
         WithPathErrors([&] { from = CanonicalPath(AbsolutePath(damaged)); });
         tables = TablesOfANewJournal();
         journal.emplace(from, tables, progress);
+        found.MissingPages = journal->CountMissingPages();
     };
     const auto write = [&]
     {
