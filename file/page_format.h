@@ -11,8 +11,9 @@
 namespace plant_file
 {
 
-// The format in the file's header if a page of the file has a row in that format, and otherwise the one in which the
-// most rows can be read. std::nullopt where no format gives any row of the tables.
+// The format in the file's header if the header agrees with the size of the file and a row of the schema can be read in
+// that format, and otherwise the one in which the most rows can be read. std::nullopt where no format gives any row of
+// the tables, of which the last is the schema.
 std::optional<PageFormat> FindPageFormat(DamagedFile& file, const std::vector<MappedTable>& tables);
 
 } // namespace plant_file

@@ -306,8 +306,8 @@ struct PlantSalvageReport
     /// The pages of the number in the file's header that the file does not have whole: it was cut short, or the number
     /// is damaged.
     std::int64_t MissingPages = 0;
-    /// Whether the rollback journal of an interrupted write is damaged. Rows may then have values from that write, or be
-    /// missing.
+    /// Whether the rollback journal of an interrupted write is damaged. Rows may then have values from that write, or
+    /// be missing.
     bool RollbackIsDamaged = false;
 };
 
