@@ -211,9 +211,9 @@ struct PlantBackUpRotation
 /// @return An error as for BackUpPlantDatabase(), after which no backup was made or removed, with three exceptions.
 /// Where the step is `syncing the directory`, the new backup is in place, but a power loss may remove it. Where the
 /// step is `removing`, followed by a name, `out` has the new backup, and all others that could be removed were removed.
-/// Where `out` has the new backup after another step, the directory could not be read, and nothing was removed. The
-/// unfinished copy of a killed process is removed by the next rotation; its name is that of the journal, with `.part-`
-/// and more characters after it.
+/// Where `out` has the new backup after another step, the directory could not be read, and nothing was removed. A new
+/// directory stays after an error. The unfinished copy of a killed process is removed by the next rotation; its name is
+/// that of the journal, with `.part-` and more characters after it.
 PLANTJOURNAL_FILE_API PlantFileResult RotatePlantBackUps(const std::string& journal, const std::string& directory,
                                                          const PlantBackUpPolicy& policy, PlantBackUpRotation& out,
                                                          const PlantBackUpProgress& progress = {});

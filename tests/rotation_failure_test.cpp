@@ -154,6 +154,19 @@ TEST_F(RotationFailureTest, ADirectoryThatCannotBeCreatedIsAnError)
     EXPECT_FALSE(std::filesystem::exists(Scratch.File("stick")));
 }
 
+TEST_F(RotationFailureTest, ADirectoryIsCreatedOnlyWhereItsNameCanBeSynced)
+{
+    const std::string above = Scratch.File("stick");
+    Place = above + "/backups";
+    for (const int number : {1, 2})
+    {
+        const FileCallFailure failure({FileCall::OpenDirectory}, number, EACCES);
+        EXPECT_EQ(RotateAt(Second), Place + ": creating the directory: " + AccessDenied);
+        EXPECT_EQ(std::filesystem::exists(above), number == 2);
+        EXPECT_FALSE(std::filesystem::exists(Place));
+    }
+}
+
 TEST_F(RotationFailureTest, ABrokenLinkAsTheDirectoryIsAnError)
 {
     Place = Scratch.File("broken");

@@ -53,4 +53,27 @@ TEST_F(UnprivilegedTest, ARollbackJournalThatCannotBeReadIsAnError)
     EXPECT_FALSE(std::filesystem::exists(salvaged));
 }
 
+TEST_F(UnprivilegedTest, NoDirectoryIsCreatedWhereNoneCanBeListed)
+{
+    using std::filesystem::perms;
+    const std::string hidden = Scratch.File("hidden");
+    std::filesystem::create_directory(hidden);
+    std::filesystem::permissions(Scratch.File(""), perms::all);
+    std::filesystem::permissions(Path, perms::all);
+    std::filesystem::permissions(Destination, perms::all);
+    std::filesystem::permissions(hidden, perms::owner_write | perms::owner_exec | perms::group_write |
+                                             perms::group_exec | perms::others_write | perms::others_exec);
+    const std::string place = hidden + "/backups";
+    const std::string missing = hidden + "/new/journal.db";
+    PlantBackUpRotation rotation;
+    {
+        const WithoutPrivileges user;
+        EXPECT_EQ(RotatePlantBackUps(Path, place, {}, rotation).Error,
+                  place + ": creating the directory: Permission denied");
+        EXPECT_EQ(RestorePlantDatabase(Destination, missing, Restoration).Error,
+                  missing + ": creating the directory: Permission denied");
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(hidden));
+}
+
 } // namespace
