@@ -258,11 +258,15 @@ struct PlantRestoration
 ///   `MustReopen` is then true.
 /// - A missing journal is created, with the directories above it.
 ///
+/// A file that SQLite can read and that is not a journal may belong to another program, so it is refused. A journal is
+/// refused in the same way where the damage is in the text of its schema, or in the two bytes of its header that show a
+/// write-ahead log. Move such a journal away and restore the missing one, or salvage it.
+///
 /// After a killed process or a power loss, either the former journal or the restored one is in place. The backup is not
 /// changed.
 /// @param backup  A journal that can be read: a backup, or any other journal.
 /// @param journal  The file to restore. Where it is a symbolic link, its target is restored. A replaced file keeps its
-/// permissions, and a new one has those of the backup.
+/// permissions. A new one has those of the backup, and its owner may write to it even if the backup is read-only.
 /// @param out  Written back in every case.
 /// @param progress  As for BackUpPlantDatabase(). It may be called while the journal is locked. In the last call for a
 /// journal that can be read, the restored journal is already in place, so the result of `progress` changes nothing.
@@ -271,7 +275,8 @@ struct PlantRestoration
 /// writes it for longer than 2.5 seconds; where it is damaged or missing and a file exists that SQLite would apply to
 /// the restored one (its name with `-journal` or
 /// `-wal`); where permission is denied or the disk is full. After an error the journal is unchanged, with one
-/// exception: where the step is `syncing the directory`, the restored journal can be in place.
+/// exception: where the step is `syncing the directory`, the restored journal can be in place. A new directory
+/// stays after an error.
 PLANTJOURNAL_FILE_API PlantFileResult RestorePlantDatabase(const std::string& backup, const std::string& journal,
                                                            PlantRestoration& out,
                                                            const PlantBackUpProgress& progress = {});

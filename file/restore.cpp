@@ -102,14 +102,14 @@ void ChangeCounter(const std::filesystem::path& file)
         header.Write(counter.data(), counter.size(), offset, CopyingTheBackUp);
 }
 
-// Makes the unfinished file a whole copy of the backup, with the permissions of `model`.
-void CopyTo(PartFile& part, const SoundBackUp& backUp, const std::filesystem::path& model,
+// Makes the unfinished file a whole copy of the backup.
+void CopyTo(PartFile& part, const SoundBackUp& backUp, std::filesystem::perms permissions,
             const PlantBackUpProgress& progress)
 {
     CopyToNewFile(backUp.Handle(), part.CopyPath(), CopyingTheBackUp, progress);
     ChangeCounter(part.CopyPath());
     RequireSoundCopy(part.CopyPath());
-    part.Finish(PermissionsOf(model));
+    part.Finish(permissions);
 }
 
 void RestoreMissing(const SoundBackUp& backUp, const std::filesystem::path& journal,
@@ -118,7 +118,7 @@ void RestoreMissing(const SoundBackUp& backUp, const std::filesystem::path& jour
     constexpr const char* created = "another process has created the file meanwhile; try again";
     CreateSyncedDirectory(journal.parent_path());
     PartFile part(journal);
-    CopyTo(part, backUp, backUp.Path(), progress);
+    CopyTo(part, backUp, PermissionsOf(backUp.Path()) | std::filesystem::perms::owner_write, progress);
     try
     {
         RequireNoLog(journal);
@@ -154,7 +154,7 @@ void ReplaceDamaged(const SoundBackUp& backUp, std::optional<Connection>& connec
                     const std::filesystem::path& journal, const PlantBackUpProgress& progress, PlantRestoration& out)
 {
     PartFile part(journal);
-    CopyTo(part, backUp, journal, progress);
+    CopyTo(part, backUp, PermissionsOf(journal), progress);
     const RawFile bytes(connection->Handle());
     std::optional<RawLock> lock(bytes);
     bytes.RequireItsName();

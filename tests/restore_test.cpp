@@ -2,6 +2,7 @@
 
 #include "support/child_process.h"
 #include "support/damage_file.h"
+#include "support/on_windows.h"
 #include "support/restore_test.h"
 #include "support/sqlite_calls.h"
 #include "testing/old_files.h"
@@ -224,6 +225,18 @@ TEST_F(RestoreTest, AMissingJournalIsCreated)
     const std::string far = Scratch.File("new/home/journal.db");
     EXPECT_EQ(RestorePlantDatabase(Destination, far, Restoration).Error, "");
     EXPECT_EQ(ContentOf(far), BackedUp);
+}
+
+TEST_F(RestoreTest, AJournalFromAReadOnlyBackupCanBeWritten)
+{
+    using std::filesystem::perms;
+    std::filesystem::remove(Path);
+    std::filesystem::permissions(Destination, perms::owner_read | perms::group_read);
+    EXPECT_EQ(Restore(), "");
+    const perms expected = std::filesystem::status(Destination).permissions() | perms::owner_write;
+    EXPECT_NE(std::filesystem::status(Path).permissions() & perms::owner_write, perms::none);
+    EXPECT_TRUE(OnWindows || std::filesystem::status(Path).permissions() == expected);
+    std::filesystem::permissions(Destination, perms::owner_all); // Windows does not remove a read-only file
 }
 
 TEST_F(RestoreTest, AJournalThatIsCreatedMeanwhileIsNotReplaced)
