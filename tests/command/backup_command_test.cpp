@@ -142,6 +142,28 @@ TEST_F(BackUpCommandTest, APlaceThatCannotBeUsedIsRefused)
     RemoveVariable(HomeVariable);
     EXPECT_NE(Refused({"backup", "--file", Journal}).find(std::string(HomeVariable) + " is not set; set it"),
               std::string::npos);
+    const std::string notice = On("2026-05-01", {"water", "Basil", "--file", Journal}).Error;
+    EXPECT_TRUE(notice.starts_with("notice: `undo` cannot roll back this change: ")) << notice;
+    EXPECT_EQ(notice.find("name the backup"), std::string::npos) << notice;
+}
+
+TEST_F(BackUpCommandTest, AnOlderBackupThatCannotBeRemovedIsAnError)
+{
+    std::filesystem::create_directory(Scratch.File("stick"));
+    DoneOn("2026-05-01", {"backup", "--to", "stick"});
+    const std::string directory = BackUpDirectoryIn(Scratch.File("stick"));
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms::all);
+    std::filesystem::permissions(directory, std::filesystem::perms(01777)); // only root removes root's files
+    Around.AsUser = true;
+    const ProgramResult outcome = On("2026-05-01", {"backup", "--to", "stick"});
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_TRUE(outcome.Error.ends_with(
+        ": removing 2026-05-01-120000-journal.db: Operation not permitted; the new backup " + directory +
+        "/2026-05-01-120000_02-journal.db is complete; check the "
+        "permissions, and whether a program has an older backup open\n"))
+        << outcome.Error;
+    EXPECT_TRUE(std::filesystem::exists(directory + "/2026-05-01-120000_02-journal.db"));
+    Around.AsUser = false;
 }
 
 // ---- The notice
@@ -182,6 +204,27 @@ TEST_F(BackUpOfferTest, AnEmptyBackupOrOneOfTheFutureDoesNotCount)
     Write(directory + "/2099-01-01-120000-journal.db", "a backup of a wrong clock");
     EXPECT_EQ(Changed("2026-05-09"), Offer(8));
     EXPECT_EQ(Changed("2026-05-10"), Offer(9));
+}
+
+TEST_F(BackUpOfferTest, AStoredDayThatIsNoDateOrOfTheFutureDoesNotCount)
+{
+    DoneOn("2026-05-01", {"backup"});
+    const std::string stored = BackUpDirectoryIn(State) + "/last-backup";
+    int day = 10;
+    for (const char* text : {"garbage in a file", "~", "2099-01-01\n", ""})
+    {
+        Write(stored, text);
+        EXPECT_EQ(Changed("2026-05-" + std::to_string(day)), Offer(day - 1)) << text;
+        ++day;
+    }
+    Write(stored, "2026-05-15\n"); // of another time zone
+    EXPECT_EQ(Changed("2026-05-14"), "");
+}
+
+TEST_F(BackUpOfferTest, AnUndoIsAChangeToo)
+{
+    EXPECT_EQ(Changed("2026-05-01"), "");
+    EXPECT_EQ(NoticeOn("2026-05-09", {"undo", "--yes"}), Offer(8));
 }
 
 TEST_F(BackUpCommandTest, AnEmptyPathIsNotTakenForNone)

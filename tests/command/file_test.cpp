@@ -51,6 +51,15 @@ TEST_F(JournalPlaceTest, WithoutAHomeDirectoryTheFlagIsRequired)
     EXPECT_NE(Refused({"plant", "add", "Basil"}).find("pass --file to name the journal"), std::string::npos);
 }
 
+TEST_F(JournalPlaceTest, ARelativeHomeDirectoryCountsAsNone)
+{
+    RemoveVariable("XDG_DATA_HOME");
+    SetVariable(HomeVariable, "home");
+    EXPECT_NE(Refused({"plant", "add", "Basil"}).find("pass --file to name the journal"), std::string::npos);
+    EXPECT_EQ(NoticesOf({"plant", "add", "Basil", "--file", Scratch.File("named.db")}).find("notice: `undo` cannot "),
+              0U);
+}
+
 TEST_F(JournalPlaceTest, TheFlagPrevailsOverTheEnvironment)
 {
     Around.Environment.push_back("PLANTJOURNAL_FILE=" + Scratch.File("named.db"));

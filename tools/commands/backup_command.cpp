@@ -81,7 +81,8 @@ PlantBackUpRotation Rotate(const std::string& source, const std::string& directo
     PlantBackUpRotation rotation;
     const PlantFileResult result = RotatePlantBackUps(source, directory, {}, rotation, ShownOn(bar));
     if (!result && !rotation.Path.empty())
-        throw Refusal(result.Error + "; the new backup " + rotation.Path + " is complete; check the permissions");
+        throw Refusal(result.Error + "; the new backup " + rotation.Path +
+                      " is complete; check the permissions, and whether a program has an older backup open");
     RequireBackUp(result, source);
     return rotation;
 }

@@ -38,6 +38,7 @@ void UndoLastChange(Session& session, bool confirmed)
     if (!confirmed)
         ConfirmUndo(*record);
     Undo(session.Connection(), path, store, *record);
+    session.AddSummary("Undone"); // a change, after which a backup is offered
     if (session.AsJSON)
     {
         JSON object = JSON::Object();

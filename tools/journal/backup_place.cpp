@@ -10,9 +10,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -22,6 +24,16 @@ namespace
 {
 
 constexpr std::size_t DateLength = 10; // YYYY-MM-DD
+
+// How many days ago a date was; nothing where the text is not a date, or a date of the future. The local date is a day
+// back after a change of the time zone.
+std::optional<std::int64_t> DaysSince(const std::string& date)
+{
+    std::int64_t days = 0;
+    if (!DaysBetweenPlantDates(date, PlantEventCurrentDate(), days) || days < -1)
+        return std::nullopt;
+    return std::max<std::int64_t>(days, 0);
+}
 
 // The file with the day from which the age of the last backup counts.
 std::filesystem::path DayFile(const std::string& journal)
@@ -49,28 +61,41 @@ void StoreDay(const std::filesystem::path& file, const std::string& day)
     static_cast<void>(OpenedFile(file, Opening::CreateOrTruncate, Access::Owner).Write(day + '\n'));
 }
 
-// The day of the newest dated backup; empty where there is none. A killed process can leave an empty file, and a wrong
-// clock a date to come.
-std::string NewestDay(const std::string& journal, const std::string& today)
+// How many days ago the newest dated backup was made; nothing where there is none. A killed process can leave an empty
+// file.
+std::optional<std::int64_t> DaysSinceNewest(const std::string& journal)
 {
     std::vector<PlantBackUpFile> files;
-    if (!ListPlantBackUps(journal, BackUpDirectory(journal), files))
-        return {};
-    const auto counts = [&](const PlantBackUpFile& file)
-    { return file.Bytes > 0 && file.Time.substr(0, DateLength) <= today; };
-    const auto newest = std::find_if(files.begin(), files.end(), counts);
-    return newest != files.end() ? newest->Time.substr(0, DateLength) : "";
+    static_cast<void>(ListPlantBackUps(journal, BackUpDirectory(journal), files));
+    for (const PlantBackUpFile& file : files)
+        if (const std::optional<std::int64_t> days = DaysSince(file.Time.substr(0, DateLength)); days && file.Bytes > 0)
+            return days;
+    return std::nullopt;
+}
+
+// The user's directory of dated backups.
+std::filesystem::path OwnPlace()
+{
+    try
+    {
+        return StateDirectory() / "plantjournal" / "backups";
+    }
+    catch (const Refusal& refusal)
+    {
+        throw Refusal(std::string(refusal.what()) + ", or name the backup or its directory");
+    }
 }
 
 } // namespace
 
 std::string BackUpDirectory(const std::string& journal, const std::string& parent)
 {
-    const std::filesystem::path place =
-        parent.empty() ? StateDirectory() / "plantjournal" / "backups" : PathOfText(parent);
+    const std::filesystem::path place = parent.empty() ? OwnPlace() : PathOfText(parent);
     try
     {
         const std::filesystem::path path = CanonicalPath(std::filesystem::absolute(PathOfText(journal)));
+        if (std::filesystem::is_symlink(path))
+            throw Refusal(journal + ": a symbolic link to a file that does not exist; " + AdviceForBrokenLink);
         return TextOfPath(place / PathOfText(TextOfPath(path.filename()) + '-' + StableHash(TextOfPath(path))));
     }
     catch (const std::filesystem::filesystem_error& error)
@@ -94,16 +119,22 @@ void RememberBackUp(const std::string& journal)
 void OfferBackUp(const std::string& journal)
 {
     constexpr std::int64_t mostDays = 7;
-    const std::filesystem::path file = DayFile(journal);
     const std::string today = PlantEventCurrentDate();
-    const std::string last = std::max(StoredDay(file), NewestDay(journal, today));
-    std::int64_t days = 0;
-    if (!DaysBetweenPlantDates(last, today, days) || days < 0) // none yet, or the clock was set back
-        StoreDay(file, today);
+    const std::optional<std::int64_t> stored = DaysSince(StoredDay(DayFile(journal)));
+    const std::optional<std::int64_t> newest = DaysSinceNewest(journal);
+    constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
+    const std::int64_t days = std::min(stored.value_or(never), newest.value_or(never));
+    if (days == never)
+        StoreDay(DayFile(journal), today);
     else if (days > mostDays && StoredDay(NoticeFile(journal)) != today)
     {
         std::cerr << "notice: " << Printable(journal) << ": no backup for " << days
                   << " days; `plantjournal backup` makes one\n";
         StoreDay(NoticeFile(journal), today);
     }
+}
+
+bool IsOfTheFuture(const PlantBackUpFile& backUp)
+{
+    return !DaysSince(backUp.Time.substr(0, DateLength));
 }

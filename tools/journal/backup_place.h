@@ -1,6 +1,11 @@
 #pragma once
 
+#include "plant_file.h"
+
 #include <string>
+
+// What to do about a journal that is a symbolic link to a file that does not exist.
+constexpr const char* AdviceForBrokenLink = "remove the link, or name its target with --file";
 
 // The directory of a journal's dated backups: in the directory `parent`, or where that is empty, in the user's state
 // directory. Its name has the journal's file name and a hash of its canonical path, so that two journals with the same
@@ -14,3 +19,6 @@ void RememberBackUp(const std::string& journal);
 // state directory can be written. For a journal that was never backed up, the days count from the first call. Call it
 // after a change. Throws std::exception where the state directory cannot be used.
 void OfferBackUp(const std::string& journal);
+
+// Whether a dated backup was made after today. A date of tomorrow is not of the future: the time zone may have changed.
+bool IsOfTheFuture(const PlantBackUpFile& backUp);

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iterator>
+#include <string>
 
 #include <sys/ioctl.h>
 #include <sys/select.h>
@@ -20,14 +21,16 @@ constexpr const char* DataInHome = ".local/share";
 constexpr const char* StateInHome = ".local/state";
 #endif
 
-// A directory of the user: `variable`, else `fallback` in the home directory, else none.
-std::filesystem::path UserDirectory(const char* variable, const char* fallback)
+// A directory of the user: `variable`, else `fallback` in the home directory. Throws Refusal with the advice where the
+// user has none. A relative path does not count: it would be another place in each directory.
+std::filesystem::path UserDirectory(const char* variable, const char* fallback, const std::string& advice)
 {
-    // The XDG base directory rules say to ignore a relative path.
     if (std::filesystem::path directory = Environment(variable); directory.is_absolute())
         return directory;
-    const std::string home = Environment("HOME");
-    return home.empty() ? std::filesystem::path() : std::filesystem::path(home) / fallback;
+    const std::filesystem::path home = Environment("HOME");
+    if (home.is_absolute())
+        return home / fallback;
+    throw Refusal((home.empty() ? "HOME is not set; " : "HOME is not an absolute path; ") + advice);
 }
 
 // The only object that the signal handler changes.
@@ -48,18 +51,12 @@ std::string Environment(const char* name)
 
 std::filesystem::path DataDirectory()
 {
-    std::filesystem::path directory = UserDirectory("XDG_DATA_HOME", DataInHome);
-    if (directory.empty())
-        throw Refusal("HOME is not set; pass --file to name the journal");
-    return directory;
+    return UserDirectory("XDG_DATA_HOME", DataInHome, "pass --file to name the journal");
 }
 
 std::filesystem::path StateDirectory()
 {
-    std::filesystem::path directory = UserDirectory("XDG_STATE_HOME", StateInHome);
-    if (directory.empty())
-        throw Refusal("HOME is not set; set it or XDG_STATE_HOME, or name the backup or its directory");
-    return directory;
+    return UserDirectory("XDG_STATE_HOME", StateInHome, "set it or XDG_STATE_HOME");
 }
 
 bool InputIsTerminal()
