@@ -1,6 +1,7 @@
 // `restore`: which backup it takes, what it shows, and what it leaves.
 
 #include "support/dated_command.h"
+#include "support/journal_files.h"
 
 #include <filesystem>
 
@@ -144,7 +145,7 @@ TEST_F(RestoreCommandTest, ADamagedBackupIsPassedOver)
     const ProgramResult outcome = On("2026-05-05", {"restore", "--yes"});
     EXPECT_EQ(outcome.Status, 0);
     EXPECT_TRUE(outcome.Error.starts_with("notice: " + Second + ": ")) << outcome.Error;
-    EXPECT_TRUE(outcome.Error.ends_with("; an older backup is used\n"));
+    EXPECT_TRUE(outcome.Error.ends_with("; it is not used\n"));
     EXPECT_NE(outcome.Out.find("from " + First), std::string::npos);
     Left.emplace_back("journal.db.before-restore-2026-05-05");
     EXPECT_NE(Refused({"restore", Second, "--yes"}).find("; nothing was changed; `plantjournal backup --list`"),
@@ -192,10 +193,105 @@ TEST_F(RestoreCommandTest, ADamagedJournalIsReplacedWithANotice)
     const ProgramResult outcome = On("2026-05-05", {"restore", "--yes"});
     EXPECT_EQ(outcome.Status, 0);
     EXPECT_EQ(outcome.Error, "notice: " + Journal + ": programs that have it open must open it again\n");
-    EXPECT_TRUE(outcome.Out.starts_with("The present file: damaged file\n")) << outcome.Out;
+    EXPECT_TRUE(outcome.Out.starts_with("The present file: damaged file; its records are not counted\n"))
+        << outcome.Out;
     EXPECT_EQ(FileBytes(Former) == damaged, true);
     Left.emplace_back("journal.db.before-restore-2026-05-05");
     EXPECT_EQ(Plants(), 2U);
+}
+
+TEST_F(RestoreCommandTest, ADamagedIndexIsDamageOfTheJournal)
+{
+    OverwritePage(Journal, "sqlite_autoindex_Plants_1");
+    const std::string check = On("2026-05-05", {"check"}).Error;
+    EXPECT_TRUE(check.ends_with(
+        "is malformed; restore a backup with `plantjournal restore`, or read what is left with `plantjournal salvage`\n"))
+        << check;
+    const std::string question = On("2026-05-05", {"restore"}).Error;
+    EXPECT_TRUE(question.starts_with("The present file: damaged file\nRecords ")) << question;
+    EXPECT_NE(question.find("\nPlants                        1       2      +1\n"), std::string::npos) << question;
+    EXPECT_NE(question.find("Close the programs that have it open first"), std::string::npos) << question;
+    const ProgramResult outcome = On("2026-05-05", {"restore", "--yes"});
+    EXPECT_EQ(outcome.Error, "notice: " + Journal + ": programs that have it open must open it again\n");
+    Left.emplace_back("journal.db.before-restore-2026-05-05");
+}
+
+TEST_F(RestoreCommandTest, AnInterruptedWriteIsNotCounted)
+{
+    const auto interrupt = [](const std::string& from, const std::string& to)
+    {
+        const PlainConnection writer(from);
+        writer.RunSQL("PRAGMA cache_size=1; BEGIN; UPDATE Plants SET Notes=printf('%.90000c','x');");
+        std::filesystem::copy_file(from, to);
+        std::filesystem::copy_file(from + "-journal", to + "-journal");
+    };
+    const std::string torn = Scratch.File("torn.db");
+    interrupt(Journal, torn);
+    const std::string bytes = FileBytes(torn);
+    const std::string question = On("2026-05-05", {"restore", Second, "--file", torn}).Error;
+    EXPECT_TRUE(question.starts_with(
+        "The present file: journal with an interrupted write; its records are not counted\nRecords "))
+        << question;
+    EXPECT_EQ(FileBytes(torn) == bytes, true); // nothing is rolled back before the answer
+    EXPECT_NE(DoneOn("2026-05-05", {"restore", Second, "--file", torn, "--yes"}).find("Restored"), std::string::npos);
+
+    const std::string hot = Scratch.File("hot.db");
+    interrupt(Second, hot);
+    EXPECT_NE(Refused({"restore", hot, "--yes"})
+                  .find("hot.db: journal with an interrupted write, which `plantjournal plant list --file " + hot +
+                        "` rolls back; nothing was changed"),
+              std::string::npos);
+}
+
+TEST_F(RestoreCommandTest, AJournalWithADamagedSchemaNamesTheWayOut)
+{
+    PlainConnection(Journal).RunSQL("PRAGMA writable_schema=ON; UPDATE sqlite_master SET "
+                                    "sql=replace(sql,'TimelineEventID','TimelineEveotID') WHERE "
+                                    "name='PlantCareEntries';");
+    for (const Words& words : {Words{"restore", "--yes"}, {"check"}, {"plant", "list"}, {"backup"}})
+    {
+        const std::string refusal = On("2026-05-05", words).Error;
+        EXPECT_NE(refusal.find("; if this is the damaged journal, move it away and run `plantjournal restore`, or "),
+                  std::string::npos)
+            << refusal;
+    }
+    std::filesystem::rename(Journal, Scratch.File("away.db"));
+    EXPECT_EQ(On("2026-05-05", {"restore", "--yes"}).Status, 0);
+    EXPECT_EQ(Plants(), 2U);
+    EXPECT_EQ(On("2026-05-05", {"salvage", "away.db", "salvaged.db"}).Status, 0);
+    EXPECT_EQ(Parsed({"care", "list", "Basil", "--file", "salvaged.db"}).size(), 1U);
+}
+
+TEST_F(RestoreCommandTest, WhereNoBackupIsGoodNoneIsSaidToBeUsed)
+{
+    for (const std::string& backUp : {First, Second})
+        std::filesystem::resize_file(backUp, 100);
+    const std::string refusal = Refused({"restore", "--yes"});
+    EXPECT_EQ(refusal.find("is used"), std::string::npos) << refusal;
+    EXPECT_NE(refusal.find("; it is not used\n"), std::string::npos) << refusal;
+    EXPECT_NE(refusal.find(": no good backup of "), std::string::npos) << refusal;
+}
+
+TEST_F(RestoreCommandTest, ABackupOfTomorrowIsOfAnotherTimeZone)
+{
+    EXPECT_NE(DoneOn("2026-05-02", {"restore", "--yes"}).find("from " + Second), std::string::npos);
+    EXPECT_EQ(On("2026-05-01", {"restore", "--yes"}).Error,
+              "notice: " + Second + ": its date is in the future, so it is not used; name it to restore it\n");
+    Left = {"journal.db", "journal.db.before-restore-2026-05-01", "journal.db.before-restore-2026-05-02"};
+}
+
+TEST_F(RestoreCommandTest, ABrokenLinkNamesTheTarget)
+{
+    const std::string link = Scratch.File("link.db");
+    std::filesystem::create_symlink("nowhere.db", link);
+    for (const Words& words : {Words{"restore", Second, "--yes"}, {"restore", "--yes"}, {"backup", "--list"}})
+    {
+        Words line = words;
+        line.insert(line.end(), {"--file", link});
+        EXPECT_EQ(Refused(line), "plantjournal: " + link +
+                                     ": a symbolic link to a file that does not exist; remove the link, or name its "
+                                     "target with --file\n");
+    }
 }
 
 TEST_F(RestoreCommandTest, JSONHasTheRowsNowAndInTheBackup)
@@ -233,9 +329,12 @@ TEST_F(RestoreCommandTest, AnotherProgramsFileIsRefused)
               std::string::npos);
     const std::string foreign = Scratch.File("foreign.db");
     PlainConnection(foreign).RunSQL("CREATE TABLE t (a);");
-    EXPECT_NE(Refused({"restore", Second, "--file", foreign, "--yes"})
-                  .find(": The table \"t\" is not part of a journal; name another journal with --file\n"),
-              std::string::npos);
+    EXPECT_NE(
+        Refused({"restore", Second, "--file", foreign, "--yes"})
+            .find(": The table \"t\" is not part of a journal; if this is the damaged journal, move it away and run "
+                  "`plantjournal restore`, or read what is left with `plantjournal salvage`; --file names another "
+                  "file\n"),
+        std::string::npos);
 }
 
 TEST_F(RestoreCommandTest, UndoDoesNotApplyAnEarlierStep)
@@ -270,6 +369,21 @@ TEST_F(RestoreQuestionTest, ItShowsTheChangesAndAsks)
     EXPECT_EQ(Plants(), 1U);
     EXPECT_EQ(RunOnTerminal({"restore"}, "y\n").Status, 0);
     EXPECT_EQ(Plants(), 2U);
+    Left.push_back("journal.db.before-restore-" + PlantEventCurrentDate());
+}
+
+TEST_F(RestoreQuestionTest, ABackupThatWasRemovedMeanwhileSaysToRunItAgain)
+{
+    Surroundings terminal = Around;
+    terminal.Columns = 80;
+    RunningProgram command(Line({"restore"}), terminal);
+    ASSERT_TRUE(command.Await("from " + Second + '?'));
+    std::filesystem::remove(Second);
+    command.Type("y\n");
+    const ProgramResult outcome = command.End();
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_NE(outcome.Out.find(Second + ": no such file; run the command again"), std::string::npos) << outcome.Out;
+    EXPECT_EQ(RunOnTerminal({"restore"}, "y\n").Status, 0);
     Left.push_back("journal.db.before-restore-" + PlantEventCurrentDate());
 }
 

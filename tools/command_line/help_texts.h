@@ -99,7 +99,7 @@ on Windows the directory is %LOCALAPPDATA%), in a directory for each journal, or
 there are left alone. After the first change of a day, a notice offers a backup if the last one is more than seven days
 old.
 
-`plantjournal restore` puts a backup in the place of the journal. A backup with a date in the future, which a wrong
+`plantjournal restore` puts a backup in the place of the journal. A backup with a date after tomorrow, which a wrong
 clock can have made, is restored only if its file or its date is named. The present journal stays next to the restored
 one, with .before-restore- and the date after its name. Programs that have the journal open go on with the restored one,
 unless the journal was damaged: then they must open it again. `plantjournal undo` does not roll back a restoration, nor
@@ -110,6 +110,9 @@ a change from before it; restore the kept file instead.
 `plantjournal salvage DAMAGED DESTINATION` reads what is left in the damaged file and writes it to a new journal. It
 changes neither the damaged file nor a file that exists at DESTINATION. Close the programs that write to the damaged
 file first.
+
+Some damage makes a journal look like the file of another program. The commands then report that it is not a
+plantjournal file, and `plantjournal restore` does not replace it. Move the file away, and run `plantjournal restore`.
 
 The table that it prints shows how many rows were read, how many are known to be missing, and why. The records of a lost
 plant are kept under a plant with the name Lost plant and the prefix of its UUID. A changed byte inside a value can stay

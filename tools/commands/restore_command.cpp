@@ -3,6 +3,7 @@
 #include "commands/inspected_file.h"
 #include "commands/print.h"
 #include "journal/backup_place.h"
+#include "journal/file_result.h"
 #include "plant_file.h"
 #include "record/dates.h"
 #include "refusal.h"
@@ -31,19 +32,33 @@ struct RestoreArguments
     bool Confirmed = false;
 };
 
+bool IsJournal(const PlantFileInspection& file)
+{
+    return file.Kind == PlantFileKind::Current || file.Kind == PlantFileKind::Older;
+}
+
+// The damage that SQLite finds in a journal whose rows can be read; empty where there is none.
+std::string DamageIn(const std::string& path)
+{
+    std::vector<PlantFileFinding> findings;
+    const PlantFileResult checked = CheckPlantDatabase(path, findings);
+    const auto isDamage = [](const PlantFileFinding& finding) { return finding.Kind == PlantFindingKind::Damage; };
+    const auto damage = std::find_if(findings.begin(), findings.end(), isDamage);
+    return damage != findings.end() ? path + ": " + damage->Description : checked.Error;
+}
+
 // Why the file cannot be restored; empty if it is a good backup.
 std::string WhyNotGood(const std::string& path)
 {
     PlantFileInspection file;
     if (const PlantFileResult result = InspectPlantDatabase(path, file); !result)
         return result.Error;
-    if (file.Kind != PlantFileKind::Current && file.Kind != PlantFileKind::Older)
+    if (file.Kind == PlantFileKind::Interrupted)
+        return path + ": " + KindInWords(file.Kind) + ", which `plantjournal plant list --file " + path +
+               "` rolls back";
+    if (!IsJournal(file))
         return path + ": " + KindInWords(file.Kind);
-    std::vector<PlantFileFinding> findings;
-    const PlantFileResult checked = CheckPlantDatabase(path, findings);
-    const auto isDamage = [](const PlantFileFinding& finding) { return finding.Kind == PlantFindingKind::Damage; };
-    const auto damage = std::find_if(findings.begin(), findings.end(), isDamage);
-    return damage != findings.end() ? path + ": " + damage->Description : checked.Error;
+    return DamageIn(path);
 }
 
 // Where the backups of other journals with the name of this one are. A journal that was moved left its backups there.
@@ -63,8 +78,8 @@ std::string OthersOfThisName(const std::filesystem::path& directory)
     return found;
 }
 
-// The newest good backup of a day or before; of today or before where `until` is empty: a wrong clock can have made one
-// of the future. A month or a year stands for its last day.
+// The newest good backup of a day or before. Where `until` is empty, none of the future: a wrong clock can have made
+// it. A month or a year stands for its last day.
 std::string NewestGoodBackUp(const std::string& journal, const std::string& directory, const std::string& until)
 {
     std::vector<PlantBackUpFile> files;
@@ -73,22 +88,19 @@ std::string NewestGoodBackUp(const std::string& journal, const std::string& dire
     if (files.empty())
         throw Refusal(directory + ": no backup of this journal" + OthersOfThisName(directory) +
                       "; name a backup, or read what is left of a damaged journal with `plantjournal salvage`");
-    const std::string last = until.empty() ? PlantEventCurrentDate() : until;
     for (const PlantBackUpFile& file : files)
     {
-        if (file.Time.substr(0, last.size()) > last)
-        {
-            if (until.empty())
-                std::cerr << "notice: " << Printable(file.Path)
-                          << ": its date is in the future, so it is not used; name it to restore it\n";
+        if (until.empty() && IsOfTheFuture(file))
+            std::cerr << "notice: " << Printable(file.Path)
+                      << ": its date is in the future, so it is not used; name it to restore it\n";
+        if (until.empty() ? IsOfTheFuture(file) : file.Time.substr(0, until.size()) > until)
             continue;
-        }
         const std::string reason = WhyNotGood(file.Path);
         if (reason.empty())
             return file.Path;
-        std::cerr << "notice: " << Printable(reason) << "; an older backup is used\n";
+        std::cerr << "notice: " << Printable(reason) << "; it is not used\n";
     }
-    throw Refusal(directory + ": no good backup of " + last +
+    throw Refusal(directory + ": no good backup of " + (until.empty() ? PlantEventCurrentDate() : until) +
                   " or before; `plantjournal backup --list` lists the backups; name one");
 }
 
@@ -125,6 +137,8 @@ class Comparison
     {
         Read(journal, Now);
         Read(backUp, Then);
+        if (IsJournal(Now) && !DamageIn(journal).empty())
+            Now.Kind = PlantFileKind::Damaged;
     }
 
     void Print(std::ostream& out) const
@@ -135,8 +149,9 @@ class Comparison
                 rows.push_back({label, TextOf(RowsIn(Now, table)), TextOf(RowsIn(Then, table)), Change(table)});
         const bool isRead = !Now.Tables.empty();
         rows.push_back({"Last date", isRead ? Now.LastDate : "", Then.LastDate, ""});
-        if (!isRead)
-            out << "The present file: " << KindInWords(Now.Kind) << '\n';
+        if (!IsJournal(Now))
+            out << "The present file: " << KindInWords(Now.Kind)
+                << (isRead || Now.Bytes == 0 ? "" : "; its records are not counted") << '\n';
         PrintTable(out,
                    {{"Records", WhenNarrow::Keep},
                     {"Now", WhenNarrow::Keep, true},
@@ -225,9 +240,9 @@ void Ask(const Comparison& comparison, const std::string& journal, const std::st
 }
 
 // What to do about a refused restoration.
-std::string AdviceAfter(const std::string& error, const std::string& journal)
+std::string AdviceAfter(const std::string& error, const std::string& journal, const std::string& backUp)
 {
-    if (Interrupted())
+    if (Interrupted() || error == backUp + ": no such file") // it was removed since the question
         return "run the command again";
     if (error.ends_with("database is locked"))
         return "try again when the other program has finished";
@@ -235,10 +250,12 @@ std::string AdviceAfter(const std::string& error, const std::string& journal)
         return "then run the command again";
     if (error.ends_with("are the same file"))
         return "name another backup, or another journal with --file";
+    if (error.ends_with("a symbolic link to a file that does not exist"))
+        return AdviceForBrokenLink;
     PlantFileInspection file;
     const bool isRead = static_cast<bool>(InspectPlantSchema(journal, file));
     return isRead && file.Kind == PlantFileKind::Foreign
-               ? "name another journal with --file"
+               ? AdviceForForeign
                : "check the paths, the permissions and the free space of the disk";
 }
 
@@ -254,7 +271,7 @@ PlantRestoration RestoreWithProgress(const std::string& journal, const std::stri
         error.pop_back();
     throw Refusal(
         Joined({error, restoration.KeptPath.empty() ? "" : "the former journal is also in " + restoration.KeptPath,
-                AdviceAfter(error, journal)},
+                AdviceAfter(error, journal, backUp)},
                "; "));
 }
 

@@ -20,7 +20,7 @@ std::string AdviceForJournal(const std::string& path)
     case PlantFileKind::Empty:
         return "`plantjournal plant add NAME` creates a journal, --file names another";
     case PlantFileKind::Foreign:
-        return "--file names another file";
+        return AdviceForForeign;
     case PlantFileKind::NotADatabase:
         return AdviceForNoDatabase;
     case PlantFileKind::Damaged:
@@ -52,7 +52,8 @@ void Require(const PlantFileResult& result, const std::string& path, const std::
 
 void RequireRead(const PlantFileResult& result, const std::string& path, const std::string& consequence)
 {
-    Require(result, path, consequence, "try again; if that fails, restore a backup");
+    const bool isDamaged = result.Error.ends_with("is malformed"); // only an index is, so the rows can be counted
+    Require(result, path, consequence, isDamaged ? AdviceForDamage : "try again; if that fails, restore a backup");
 }
 
 void RequireBackUp(const PlantFileResult& result, const std::string& path, const std::string& consequence,

@@ -16,6 +16,11 @@ constexpr const char* AdviceForNoDatabase =
     "if this is the damaged journal, `plantjournal restore` replaces it with a backup, and `plantjournal salvage` reads "
     "what is left; --file names another file";
 
+// What to do about a database that is not a journal: it may be another program's, or a journal with a damaged schema.
+constexpr const char* AdviceForForeign =
+    "if this is the damaged journal, move it away and run `plantjournal restore`, or read what is left with "
+    "`plantjournal salvage`; --file names another file";
+
 // After a function that reads the journal at `path`.
 void RequireRead(const PlantFileResult& result, const std::string& path, const std::string& consequence = {});
 

@@ -116,7 +116,7 @@ void Session::Open(bool create)
         break;
     case PlantFileKind::Foreign:
         throw Refusal(path + ": not a plantjournal file, or one of a newer version (" + Joined(file.Reasons, "; ") +
-                      "); it was not changed; --file names another file");
+                      "); it was not changed; " + AdviceForForeign);
     case PlantFileKind::NotADatabase:
         throw Refusal(path + ": not an SQLite database; it was not changed; " + AdviceForNoDatabase);
     case PlantFileKind::Damaged:
