@@ -99,8 +99,13 @@ Connection::Connection(const std::filesystem::path& file, int flags) : Connectio
     const std::int64_t bytes = FileSize(file);
     if (bytes == NoFile)
         Fail("", "no such file");
-    if (sqlite3_open_v2(TextOfPath(file).c_str(), &Database, flags, nullptr) != SQLITE_OK)
-        FailWithErrorOf(Database, "opening");
+    constexpr const char* step = "opening";
+    const std::string path = TextOfPath(file);
+    const bool isOpen = sqlite3_open_v2(path.c_str(), &Database, flags, nullptr) == SQLITE_OK;
+    if (!isOpen && path.size() > static_cast<std::size_t>(sqlite3_vfs_find(nullptr)->mxPathname))
+        Fail(step, "the path is too long for SQLite"); // SQLite's own error does not say so
+    if (!isOpen)
+        FailWithErrorOf(Database, step);
     sqlite3_busy_timeout(Database, 2500);
     // About twenty times the work that an undamaged file takes. The pages of a damaged one may form a cycle.
     RemainingWork = 10'000 + bytes / 100;

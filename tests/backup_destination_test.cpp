@@ -131,4 +131,15 @@ TEST_F(BackUpDestinationTest, ADestinationThatCannotBeCreatedIsAnError)
     EXPECT_EQ(NamesOf(Scratch.Files()), Names{"journal.db"});
 }
 
+TEST_F(BackUpDestinationTest, APathThatIsTooLongForSQLiteIsAnError)
+{
+    std::string directory = "deep";
+    for (int i = 0; i < 3; ++i)
+        directory += '/' + std::string(200, 'd');
+    std::filesystem::create_directories(Scratch.File(directory));
+    Destination = Scratch.File(directory + "/copy.db");
+    EXPECT_EQ(BackUp(), Destination + ": opening: the path is too long for SQLite");
+    EXPECT_TRUE(std::filesystem::is_empty(Scratch.File(directory)));
+}
+
 } // namespace

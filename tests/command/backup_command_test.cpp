@@ -147,6 +147,17 @@ TEST_F(BackUpCommandTest, APlaceThatCannotBeUsedIsRefused)
     EXPECT_EQ(notice.find("name the backup"), std::string::npos) << notice;
 }
 
+TEST_F(BackUpCommandTest, APathThatIsTooLongForSQLiteIsCalledSo)
+{
+    std::string directory = "deep";
+    for (int i = 0; i < 3; ++i)
+        directory += '/' + std::string(200, 'd');
+    std::filesystem::create_directories(Scratch.File(directory));
+    EXPECT_EQ(Refused({"backup", directory + "/copy.db"}),
+              "plantjournal: " + directory +
+                  "/copy.db: opening: the path is too long for SQLite; use a shorter path\n");
+}
+
 TEST_F(BackUpCommandTest, AnOlderBackupThatCannotBeRemovedIsAnError)
 {
     std::filesystem::create_directory(Scratch.File("stick"));

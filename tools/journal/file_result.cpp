@@ -41,7 +41,10 @@ void Require(const PlantFileResult& result, const std::string& path, const std::
 {
     if (result)
         return;
-    const std::string advice = Interrupted() ? "run the command again" : AdviceForJournal(path);
+    const bool isTooLong = result.Error.ends_with("too long for SQLite");
+    const std::string advice = Interrupted() ? "run the command again"
+                               : isTooLong   ? "use a shorter path"
+                                             : AdviceForJournal(path);
     std::string error = result.Error;
     if (error.ends_with('.')) // a sentence about the schema or the damage
         error.pop_back();
