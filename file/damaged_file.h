@@ -32,6 +32,7 @@ class DamagedFile
     DamagedFile& operator=(const DamagedFile&) = delete;
 
     std::int64_t Size() const { return SizeInBytes; }
+    std::int64_t SizeBeforeRollback() const { return SizeOfFile; }
     // Whether an interrupted write is rolled back, at least in part.
     bool RollsBack() const { return Rollback.PageSize != 0; }
     // Whether the rollback journal of an interrupted write is damaged.

@@ -39,8 +39,17 @@ Page DamagedPages::Read(PageNumber number)
 
 std::int64_t DamagedPages::CountMissing()
 {
-    const std::int64_t whole = File.Size() / static_cast<std::int64_t>(Parameters.PageSize);
-    return std::max<std::int64_t>(0, PageCountInHeader(Read(1).Content) - whole);
+    const std::int64_t inHeader = PageCountInHeader(Read(1).Content);
+    const std::int64_t count = PageCount;
+    std::int64_t missing = std::max<std::int64_t>(0, inHeader - count);
+    // The rollback journal may have some of those that are behind the end of the file.
+    const std::int64_t firstCut = File.SizeBeforeRollback() / static_cast<std::int64_t>(Parameters.PageSize) + 1;
+    for (std::int64_t number = firstCut; number <= std::min(count, inHeader); ++number)
+    {
+        const Page page = Read(static_cast<PageNumber>(number));
+        missing += page.Readable < page.Usable ? 1 : 0;
+    }
+    return missing;
 }
 
 // An overflow page begins with the number of the next one. The last one has 0 there. A page of zeros is damage: each

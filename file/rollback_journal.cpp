@@ -111,9 +111,9 @@ bool IsCommitted(std::ifstream& journal, std::int64_t size)
     std::uint32_t sum = 0;
     for (const unsigned char byte : name)
         sum += static_cast<std::uint32_t>(static_cast<signed char>(byte));
-    std::error_code error; // a name that cannot be looked up is taken for that of a file
+    std::error_code error; // SQLite takes a name that cannot be looked up for one without a file
     return sum == BigEndian32(end, 4) &&
-           !std::filesystem::exists(PathOfText(std::string(name.begin(), name.end())), error) && !error;
+           !std::filesystem::exists(PathOfText(std::string(name.begin(), name.end())), error);
 }
 
 } // namespace

@@ -266,6 +266,22 @@ TEST_F(SalvageRollbackTest, AWriteThatRemovedPagesIsRolledBack)
     EXPECT_TRUE(RowsOf(Destination) == Before);
 }
 
+TEST_F(SalvageRollbackTest, AFileThatIsCutIsRolledBack)
+{
+    Interrupt({}, "UPDATE PlantEvents SET Details='changed' WHERE ID<60;");
+    constexpr std::size_t missing = 20;
+    const std::string whole = FileBytes(Path);
+    WriteBytes(Path, whole.substr(0, whole.size() - missing * 512 + 100));
+    const PlantSalvageReport report = Salvage();
+    EXPECT_TRUE(report.RolledBack);
+    EXPECT_FALSE(report.RollbackIsDamaged);
+    EXPECT_GT(report.MissingPages, 0);
+    EXPECT_LE(report.MissingPages, missing);
+    EXPECT_EQ(Salvaged("SELECT count(*) FROM PlantEvents WHERE Details='changed' OR instr(Details,char(0))"), "0");
+    WriteBytes(Path + "-journal", {});
+    EXPECT_EQ(Salvage().MissingPages, missing);
+}
+
 TEST_F(SalvageRollbackTest, AWriteThatCommittedToSeveralFilesIsKept)
 {
     Interrupt();
@@ -289,6 +305,7 @@ TEST_F(SalvageRollbackTest, AWriteThatCommittedToSeveralFilesIsKept)
     for (const std::string& other : {super + number(0) + number(sum), super + number(5000) + number(sum),
                                      super + number(1'000'000'000) + number(sum), super + number(4) + number(sum)})
         EXPECT_TRUE(SalvageWith(Rollback + other + magic).RolledBack);
+    EXPECT_TRUE(SalvageWith(Rollback.substr(0, 40) + number(4000) + number(sum) + magic).RollbackIsDamaged);
 }
 
 } // namespace
