@@ -65,7 +65,9 @@ std::int64_t DamagedFile::SizeBeforeTheWrite()
     const std::int64_t inFile = (SizeOfFile + pageSize - 1) / pageSize;
     std::int64_t last = inFile;
     for (const auto& [number, at] : Rollback.Pages)
-        if (number <= stored)
+        if (number == 0 || number > stored) // no checksum protects it
+            Rollback.IsDamaged = true;
+        else
             last = std::max<std::int64_t>(last, number);
     // The write may have removed pages, but then the rollback journal has each of them.
     last = std::min(last, inFile + static_cast<std::int64_t>(Rollback.Pages.size()));

@@ -101,8 +101,7 @@ bool IsCommitted(std::ifstream& journal, std::int64_t size)
 {
     constexpr std::int64_t longest = 4096;
     Bytes end(16); // the length of the name, the sum of its bytes, and the magic
-    if (size < 16 || !ReadAt(journal, size - 16, end) ||
-        !std::equal(RollbackMagic.begin(), RollbackMagic.end(), end.begin() + 8))
+    if (!ReadAt(journal, size - 16, end) || !std::equal(RollbackMagic.begin(), RollbackMagic.end(), end.begin() + 8))
         return false;
     const auto length = static_cast<std::int64_t>(BigEndian32(end, 0));
     Bytes name(static_cast<std::size_t>(std::min(length, longest)));
@@ -111,9 +110,9 @@ bool IsCommitted(std::ifstream& journal, std::int64_t size)
     std::uint32_t sum = 0;
     for (const unsigned char byte : name)
         sum += static_cast<std::uint32_t>(static_cast<signed char>(byte));
+    const std::filesystem::path superJournal = PathOfText(std::string(name.begin(), name.end()));
     std::error_code error; // SQLite takes a name that cannot be looked up for one without a file
-    return sum == BigEndian32(end, 4) &&
-           !std::filesystem::exists(PathOfText(std::string(name.begin(), name.end())), error);
+    return sum == BigEndian32(end, 4) && !std::filesystem::exists(superJournal, error);
 }
 
 } // namespace

@@ -140,7 +140,9 @@ TEST_F(SalvageRollbackTest, AnInterruptedRollbackJournalIsNotDamaged)
     EXPECT_TRUE(report.RolledBack);
     EXPECT_FALSE(report.RollbackIsDamaged);
     EXPECT_TRUE(RowsOf(Destination) == Before);
-    // What follows the last segment was not synced.
+    // What follows the segments was not synced.
+    for (const std::string& rest : {std::string(), std::string(2000, 'x')})
+        EXPECT_FALSE(SalvageWith(Rollback.substr(0, Segments().back()) + rest).RollbackIsDamaged);
     const std::size_t unsynced = Rollback.size() - Record;
     ASSERT_GT(unsynced, Segments().back());
     for (const std::string& rest : {std::string(), std::string(300, 'x'), std::string(5000, '\0')})
@@ -243,6 +245,36 @@ TEST_F(SalvageRollbackTest, AWrongNumberOfPagesCostsNoRow)
         for (const PlantSalvageTable& table : report.Tables)
             EXPECT_TRUE(table.IsWhole) << table.Name;
         EXPECT_TRUE(RowsOf(Destination) == Before);
+    }
+}
+
+TEST_F(SalvageRollbackTest, WithoutAnyNumberOfPagesTheSizeOfTheFileIsUsed)
+{
+    Interrupt();
+    const auto changeCounter = [](std::string bytes) // an earlier SQLite does not count the pages
+    {
+        const std::string magic("SQLite format 3", 16);
+        for (std::size_t at = bytes.find(magic); at != std::string::npos; at = bytes.find(magic, at + 1))
+            bytes[at + 24] = '\x7F';
+        return bytes;
+    };
+    WriteBytes(Path, changeCounter(FileBytes(Path)));
+    Rollback = changeCounter(Rollback);
+    EXPECT_FALSE(SalvageWith(Rollback).RollbackIsDamaged);
+    EXPECT_TRUE(RowsOf(Destination) == Before);
+    EXPECT_TRUE(SalvageWith(Rollback.replace(16, 4, 4, '\0')).RollbackIsDamaged);
+    EXPECT_TRUE(RowsOf(Destination) == Before);
+}
+
+TEST_F(SalvageRollbackTest, ARecordOfAPageThatCannotBeIsReported)
+{
+    Interrupt();
+    for (const std::string& page : {std::string(4, '\0'), std::string("\0\0\x7F\0", 4), std::string(4, '\xFF')})
+    {
+        std::string damaged = Rollback;
+        const PlantSalvageReport report = SalvageWith(damaged.replace(Header, 4, page));
+        EXPECT_TRUE(report.RolledBack);
+        EXPECT_TRUE(report.RollbackIsDamaged);
     }
 }
 
