@@ -21,3 +21,6 @@ set(ENV{PKG_CONFIG_SYSROOT_DIR} ${root})
 # libraries need.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--dynamic-linker=${root}${program_loader} -Wl,--disable-new-dtags \
 -Wl,-rpath,${root}/usr/lib/${multiarch_triplet}:${root}/lib/${multiarch_triplet}")
+
+# Without an emulator, CMake passes the name of a target to the shell where a command should run the program.
+set(CMAKE_CROSSCOMPILING_EMULATOR env)
