@@ -88,6 +88,40 @@ TEST_F(SalvageCommandTest, AWriteAheadLogIsReportedAsNotRead)
     EXPECT_EQ(JSON::parse(result.Out).at("WriteAheadLog"), "NotRead");
 }
 
+TEST_F(SalvageCommandTest, AnInterruptedWriteIsReported)
+{
+    const std::string interrupted = Scratch.File("interrupted.db");
+    {
+        const PlainConnection writer(Damaged);
+        writer.RunSQL("PRAGMA cache_size=1; BEGIN; UPDATE PlantEvents SET Details='changed'; UPDATE "
+                      "PlantJournalEntries SET Details=hex(zeroblob(90000));");
+        std::filesystem::copy_file(Damaged, interrupted);
+        std::filesystem::copy_file(Damaged + "-journal", interrupted + "-journal");
+        writer.RunSQL("ROLLBACK;");
+    }
+    EXPECT_EQ(Parsed({"salvage", "interrupted.db", "1.db"}).at("InterruptedWrite"), "RolledBack");
+    EXPECT_NE(Done({"salvage", "interrupted.db", "2.db"}).find("An interrupted write is not part of the new journal."),
+              std::string::npos);
+
+    std::string journal = FileBytes(interrupted + "-journal");
+    journal[0] = 'X';
+    WriteBytes(interrupted + "-journal", journal);
+    EXPECT_EQ(Parsed({"salvage", "interrupted.db", "3.db"}).at("InterruptedWrite"), "NotRolledBack");
+    const std::string out = Done({"salvage", "interrupted.db", "4.db"});
+    EXPECT_NE(out.find("\nThe rollback journal of an interrupted write is damaged: rows can have values from that "
+                       "write.\n"),
+              std::string::npos)
+        << out;
+}
+
+TEST_F(SalvageCommandTest, PagesThatAreCutOffAreCounted)
+{
+    std::filesystem::resize_file(Damaged, std::filesystem::file_size(Damaged) - 1);
+    EXPECT_EQ(Parsed({"salvage", "damaged.db", "new.db"}).at("MissingPages"), 1);
+    const std::string out = Done({"salvage", "damaged.db", "another.db"});
+    EXPECT_NE(out.find("\nPages that the damaged file has lost at its end: 1\n"), std::string::npos) << out;
+}
+
 TEST_F(SalvageCommandTest, LostPlantsAreAnnounced)
 {
     Lose("Plants");

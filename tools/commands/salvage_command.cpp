@@ -21,6 +21,13 @@ namespace
 constexpr const char* ChangedValues =
     "A changed byte inside a value can stay unnoticed: compare the new journal with what you remember.";
 
+const char* InterruptedWrite(const PlantSalvageReport& report)
+{
+    if (report.RollbackIsDamaged)
+        return report.RolledBack ? "PartlyRolledBack" : "NotRolledBack";
+    return report.RolledBack ? "RolledBack" : "None";
+}
+
 void PrintSalvageJSON(const std::string& damaged, const std::string& destination, const PlantSalvageReport& report)
 {
     JSON tables = JSON::Array();
@@ -49,7 +56,8 @@ void PrintSalvageJSON(const std::string& damaged, const std::string& destination
     object.Add("PlaceholderPlants", JSONOf(report.PlaceholderPlants));
     object.Add("ClearedLinks", JSONOf(report.ClearedLinks));
     object.Add("FailedReads", JSONOf(report.FailedReads));
-    object.Add("InterruptedWrite", JSONOf(std::string(report.RolledBack ? "RolledBack" : "None")));
+    object.Add("MissingPages", JSONOf(report.MissingPages));
+    object.Add("InterruptedWrite", JSONOf(std::string(InterruptedWrite(report))));
     object.Add("WriteAheadLog", JSONOf(std::string(report.HasWriteAheadLog ? "NotRead" : "None")));
     object.Add("Limit", JSONOf(std::string(ChangedValues)));
     PrintJSON(object);
@@ -91,7 +99,11 @@ void DescribeSalvage(const std::string& destination, const PlantSalvageReport& r
         std::cout << "Links to lost mothers and events that were cleared: " << report.ClearedLinks << '\n';
     if (report.FailedReads != 0)
         std::cout << "Reads that the disk refused: " << report.FailedReads << "; use another disk\n";
-    if (report.RolledBack)
+    if (report.MissingPages != 0)
+        std::cout << "Pages that the damaged file has lost at its end: " << report.MissingPages << '\n';
+    if (report.RollbackIsDamaged)
+        std::cout << "The rollback journal of an interrupted write is damaged: rows can have values from that write.\n";
+    else if (report.RolledBack)
         std::cout << "An interrupted write is not part of the new journal.\n";
     std::cout << ChangedValues << '\n'
               << "Next: `plantjournal check" << (LacksEvents(report) ? " --repair" : "") << " --file "
