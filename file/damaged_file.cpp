@@ -9,9 +9,11 @@ namespace
 {
 
 // Waits as long as SQLite's busy timeout does in the other functions.
-void LockShared(sqlite3_file* file)
+sqlite3_file* LockShared(sqlite3* db)
 {
     constexpr int pause = 25; // milliseconds
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(db, nullptr, SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
     int result = file->pMethods->xLock(file, SQLITE_LOCK_SHARED);
     for (int waited = 0; result == SQLITE_BUSY && waited < 2500; waited += pause)
     {
@@ -20,6 +22,7 @@ void LockShared(sqlite3_file* file)
     }
     if (result != SQLITE_OK)
         Fail("opening", sqlite3_errstr(result));
+    return file;
 }
 
 } // namespace
@@ -31,12 +34,9 @@ std::int64_t PageCountInHeader(const Bytes& header)
 }
 
 DamagedFile::DamagedFile(const std::filesystem::path& path, const PlantBackUpProgress& progress)
-    : Opened(path, SQLITE_OPEN_READONLY), Progress(progress)
+    : Opened(path, SQLITE_OPEN_READONLY), File(LockShared(Opened.Handle())), Progress(progress),
+      SizeOfFile(FileSize(path)), SizeInBytes(SizeOfFile)
 {
-    sqlite3_file_control(Opened.Handle(), nullptr, SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&File));
-    LockShared(File);
-    SizeOfFile = FileSize(path);
-    SizeInBytes = SizeOfFile;
     std::filesystem::path journal = path;
     journal += "-journal";
     Rollback = ReadRollbackJournal(journal);

@@ -55,7 +55,7 @@ class DamagedFile
     std::size_t ReadFromFile(std::int64_t offset, unsigned char* bytes, std::size_t size);
 
     Connection Opened; // SQLite opens the file, so that closing it drops no lock of the program
-    sqlite3_file* File = nullptr;
+    sqlite3_file* File;
     const PlantBackUpProgress& Progress;
     std::int64_t Done = 0; // of TotalBlocks()
     RollbackJournal Rollback;

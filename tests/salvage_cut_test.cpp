@@ -55,7 +55,7 @@ TEST_F(SalvageCutTest, NoValueComesFromBehindTheEnd)
     {
         SalvageFirst(size);
         for (const std::string& row : LinesOf(RowsOf(Destination)))
-            ASSERT_TRUE(Rows.count(row) != 0 || row.find("Lost plant 11111111") != std::string::npos ||
+            ASSERT_TRUE(Rows.contains(row) || row.find("Lost plant 11111111") != std::string::npos ||
                         row.find("Lost plant 22222222") != std::string::npos)
                 << size << ": " << row;
     }
@@ -81,7 +81,7 @@ TEST_F(SalvageCutTest, MissingPagesAreReported)
     EXPECT_EQ(SalvageFirst(Whole.size() - 1).MissingPages, 1);
     EXPECT_EQ(SalvageFirst(Whole.size() - 512).MissingPages, 1);
     EXPECT_EQ(SalvageFirst(Whole.size() - 513).MissingPages, 2);
-    EXPECT_EQ(SalvageFirst(Whole.size() - 10 * 512).MissingPages, 10);
+    EXPECT_EQ(SalvageFirst(Whole.size() - 5120).MissingPages, 10);
     WriteBytes(Path, Whole + 'x');
     EXPECT_EQ(Salvage().MissingPages, 0);
     std::string bytes = Whole;

@@ -253,7 +253,7 @@ TEST_F(SalvageRollbackTest, WithoutAnyNumberOfPagesTheSizeOfTheFileIsUsed)
     Interrupt();
     const auto changeCounter = [](std::string bytes) // an earlier SQLite does not count the pages
     {
-        const std::string magic("SQLite format 3", 16);
+        const std::string magic = "SQLite format 3";
         for (std::size_t at = bytes.find(magic); at != std::string::npos; at = bytes.find(magic, at + 1))
             bytes[at + 24] = '\x7F';
         return bytes;
@@ -336,7 +336,10 @@ TEST_F(SalvageRollbackTest, AWriteThatCommittedToSeveralFilesIsKept)
     EXPECT_FALSE(report.RollbackIsDamaged);
     for (const std::string& other : {super + number(0) + number(sum), super + number(5000) + number(sum),
                                      super + number(1'000'000'000) + number(sum), super + number(4) + number(sum)})
-        EXPECT_TRUE(SalvageWith(Rollback + other + magic).RolledBack);
+    {
+        std::string bytes = Rollback;
+        EXPECT_TRUE(SalvageWith(bytes.append(other).append(magic)).RolledBack);
+    }
     EXPECT_TRUE(SalvageWith(Rollback.substr(0, 40) + number(4000) + number(sum) + magic).RollbackIsDamaged);
 }
 
