@@ -196,30 +196,30 @@ std::string Damaged(const Original& original, std::mt19937_64& random)
 {
     std::string bytes = original.Bytes;
     const std::size_t pages = bytes.size() / original.PageSize;
+    const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
     const auto replace = [&](std::size_t at, const std::string& with)
     { bytes.replace(at, std::min(with.size(), bytes.size() - at), with, 0, std::min(with.size(), bytes.size() - at)); };
-    const auto kind = random() % 8;
+    const auto kind = below(8);
     if (kind == 0)
-        replace(random() % bytes.size(), RandomBytes(1, random));
+        replace(below(bytes.size()), RandomBytes(1, random));
     else if (kind == 1)
-        replace(random() % bytes.size(), RandomBytes(1 + random() % 200, random));
+        replace(below(bytes.size()), RandomBytes(1 + below(200), random));
     else if (kind == 2) // a sector
-        replace(random() % (bytes.size() / 512) * 512,
-                random() % 2 == 0 ? std::string(512, '\0') : RandomBytes(512, random));
+        replace(below(bytes.size() / 512) * 512, below(2) == 0 ? std::string(512, '\0') : RandomBytes(512, random));
     else if (kind == 3) // pages in a row
-        replace(random() % pages * original.PageSize, std::string((1 + random() % 10) * original.PageSize, '\0'));
+        replace(below(pages) * original.PageSize, std::string((1 + below(10)) * original.PageSize, '\0'));
     else
-        for (std::size_t count = 1 + random() % 10; count > 0; --count)
+        for (std::size_t count = 1 + below(10); count > 0; --count)
         {
-            const std::size_t at = random() % pages * original.PageSize;
+            const std::size_t at = below(pages) * original.PageSize;
             if (kind == 4)
                 replace(at, std::string(original.PageSize, '\0'));
             else if (kind == 5)
                 replace(at, RandomBytes(original.PageSize, random));
             else if (kind == 6) // another page
-                replace(at, original.Bytes.substr(random() % pages * original.PageSize, original.PageSize));
+                replace(at, original.Bytes.substr(below(pages) * original.PageSize, original.PageSize));
             else
-                replace(at + random() % original.PageSize, RandomBytes(1, random));
+                replace(at + below(original.PageSize), RandomBytes(1, random));
         }
     return bytes;
 }
