@@ -7,6 +7,9 @@
 #include "page_rows.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <iterator>
 #include <utility>
 
 namespace plant_file
@@ -53,7 +56,7 @@ bool DamagedJournal::ReadSchema()
     {
         const PageRows rows =
             ReadPageRows(*Pages, Pages->Read(number), Tables[schema].Table, Tables[schema].Forms.front());
-        isWhole = rows.Damaged == 0 && isWhole;
+        isWhole = rows.IsWhole && isWhole;
         for (const PageRow& row : rows.List)
         {
             AddSchemaEntry(row.Stored);
@@ -102,23 +105,55 @@ void DamagedJournal::FollowTables(bool schemaIsWhole)
             Tables[table].Gaps.emplace_back();
     }
     for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
-        if (Map->HasShallowLeaves(table) && LacksIndexedRows(table))
-            Map->DistrustShallowLeaves(table);
+        CompareWithIndexes(table);
     Map->AssignOrphans();
     for (std::size_t table = 0; table + 1 < Tables.size(); ++table)
         ChooseForm(table);
 }
 
-// Whether an index shows that the pages of the table are not all of its pages.
-bool DamagedJournal::LacksIndexedRows(std::size_t table)
+void DamagedJournal::ForEachRowID(std::size_t table, const std::function<void(std::int64_t rowID)>& read)
 {
-    RowIDs found;
     for (const PageNumber number : Map->LeavesOf(table))
         for (const std::optional<Cell>& cell : CellsOf(Pages->Read(number)))
             if (cell)
-                found.insert(cell->RowID);
+                read(cell->RowID);
+}
+
+// Whether a whole index has more entries than the pages of the table have rows. Needs no memory for them.
+bool DamagedJournal::LacksRows(std::size_t table)
+{
+    std::int64_t found = 0;
+    ForEachRowID(table, [&](std::int64_t /*rowID*/) { ++found; });
+    for (const SchemaEntry& entry : Schema)
+    {
+        if (entry.Type != "index" || entry.Table != Tables[table].Table.Name)
+            continue;
+        std::int64_t indexed = 0;
+        const bool isWhole =
+            ForEachIndexEntry(*Pages, entry.Root, [&](const Values& /*values*/, std::int64_t /*rowID*/) { ++indexed; });
+        if (isWhole)
+            return indexed > found;
+    }
+    return false;
+}
+
+// An index can show that the pages of the table are not all of its pages, or that one of them lost rows. As many
+// entries as rows can still be other row IDs, but then the index may be wrong.
+void DamagedJournal::CompareWithIndexes(std::size_t table)
+{
+    if (!LacksRows(table))
+        return;
+    RowIDs found;
+    ForEachRowID(table, [&](std::int64_t rowID) { found.insert(rowID); });
     const std::optional<RowIDs> indexed = IndexedRows(table, found);
-    return indexed && indexed->size() * 100 > found.size() * (100 + MostMissing);
+    if (!indexed)
+        return;
+    if (Map->HasShallowLeaves(table) && indexed->size() * 100 > found.size() * (100 + MostMissing))
+        Map->DistrustShallowLeaves(table);
+    std::vector<std::int64_t> lost;
+    std::copy_if(indexed->begin(), indexed->end(), std::back_inserter(lost),
+                 [&](std::int64_t rowID) { return found.count(rowID) == 0; });
+    Map->ExpectRows(table, lost);
 }
 
 // Without a definition, the rows themselves show in which order their columns are.
@@ -147,6 +182,7 @@ void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)
     const MappedTable& mapped = Tables[table];
     const bool convertsEvents = HasOldEvents && mapped.Table.Name == "PlantEvents";
     std::int64_t damaged = 0;
+    bool isWhole = mapped.Gaps.empty();
     const std::vector<PageNumber> leaves = Map->LeavesOf(table);
     const bool hasDoubtful = !leaves.empty() && Map->IsDoubtful(leaves.back());
     RowIDs copied; // only where the table has doubtful pages
@@ -159,6 +195,7 @@ void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)
             indexed = IndexedRows(table, copied);
         const PageRows rows = ReadPageRows(*Pages, Pages->Read(number), mapped.Table, mapped.Forms.front());
         damaged += rows.Damaged;
+        isWhole = rows.IsWhole && isWhole;
         for (const PageRow& row : rows.List)
         {
             if (isDoubtful && (copied.count(row.RowID) != 0 || (indexed && indexed->count(row.RowID) == 0)))
@@ -173,7 +210,7 @@ void DamagedJournal::CopyTable(std::size_t table, SalvagedJournal& journal)
         }
         Bytes.AddDone(Pages->Format().PageSize);
     }
-    if (damaged != 0 || !mapped.Gaps.empty())
+    if (!isWhole)
         journal.AddDamaged(table, damaged, AddEntriesOfIndexes(table, journal));
 }
 

@@ -6,7 +6,9 @@
 #include "page_map.h"
 #include "salvaged_journal.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -42,7 +44,10 @@ class DamagedJournal
     bool IsKnown(const SchemaEntry& entry) const;
     void AddSchemaEntry(const Values& values);
     void FollowTables(bool schemaIsWhole);
-    bool LacksIndexedRows(std::size_t table);
+    void CompareWithIndexes(std::size_t table);
+    bool LacksRows(std::size_t table);
+    // Calls `read` with the row ID of each row on the pages of the table.
+    void ForEachRowID(std::size_t table, const std::function<void(std::int64_t rowID)>& read);
     void ChooseForm(std::size_t table);
     void CopyTable(std::size_t table, SalvagedJournal& journal);
     std::optional<RowIDs> IndexedRows(std::size_t table, const RowIDs& copied);

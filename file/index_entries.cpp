@@ -23,6 +23,9 @@ bool ForEachIndexEntry(DamagedPages& pages, PageNumber root,
             isWhole = false;
             continue;
         }
+        const CellCount count = CountCells(page);
+        const bool isEmptyIndex = number == root && page.Is(PageType::LeafIndex);
+        isWhole = isWhole && count.IsRight && (count.Number != 0 || isEmptyIndex);
         for (const std::optional<Cell>& cell : CellsOf(page))
         {
             const std::optional<Values> values = cell ? pages.ReadValues(page, *cell) : std::nullopt;

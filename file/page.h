@@ -54,6 +54,17 @@ struct Cell
     PageNumber Overflow = 0; // the page with the rest; 0 for none
 };
 
+// The number of cells of a page of a tree.
+struct CellCount
+{
+    std::size_t Number = 0;
+    // Whether this number is in the page's header, and the cells and the free space fill the page.
+    bool IsRight = false;
+};
+
+// Where the number in the header is wrong, and a different number of cells fills the page, it is that number.
+CellCount CountCells(const Page& page);
+
 // The cells of a page of a table's leaves or of an index. A cell that does not fit the page is std::nullopt.
 std::vector<std::optional<Cell>> CellsOf(const Page& page);
 
@@ -67,7 +78,7 @@ struct Child
 struct Children
 {
     std::vector<Child> List; // in order; the last has the greatest row ID that exists
-    bool IsWhole = true;     // no cell is damaged, and the row IDs ascend
+    bool IsWhole = true;     // no damage was found: in the cells, in their number, and in the order of the row IDs
 };
 
 // The children of an interior page of a table or an index. `Greatest` is set for tables only.

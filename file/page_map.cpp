@@ -101,11 +101,12 @@ void PageMap::ClaimLeaf(std::size_t table, const Page& page, const RowIDRange& r
 {
     const std::size_t owner = OwnerOf(page);
     const bool isEmpty = CellsOf(page).empty();
+    const bool isLost = isEmpty && depth > 0; // SQLite keeps no empty leaf but a root
     const bool isInRange = isEmpty || HasRowIn(range, page);
     const bool fits = owner == table || (owner == Tables.size() && (isEmpty || HasRowOf(table, page)));
     const bool isFree = Free.Pages.count(page.Number) != 0;
     // A damaged link may lead to any page: one with row IDs out of its range is used if nothing else uses it.
-    if (!fits || (!isInRange && isFree))
+    if (!fits || isLost || (!isInRange && isFree))
     {
         Tables[table].Gaps.push_back(range);
         return;
@@ -173,6 +174,14 @@ void PageMap::DistrustShallowLeaves(std::size_t table)
     Tables[table].Gaps.emplace_back();
 }
 
+void PageMap::ExpectRows(std::size_t table, const std::vector<std::int64_t>& rowIDs)
+{
+    if (Tables[table].Gaps.empty()) // nothing but the index shows that rows are lost
+        Expecting.insert(table);
+    for (const std::int64_t rowID : rowIDs)
+        Tables[table].Gaps.push_back({rowID, rowID});
+}
+
 void PageMap::AssignOrphans()
 {
     for (MappedTable& table : Tables)
@@ -184,7 +193,7 @@ void PageMap::AssignOrphans()
         const Page page = Pages.Read(number);
         const std::size_t owner = page.Is(PageType::LeafTable) ? OwnerOf(page) : Tables.size();
         if (owner < Tables.size() && HasRowInAGap(Tables[owner].Gaps, page))
-            Leaves.emplace(number, Claim{owner, {}, true, !Free.IsWhole, 0});
+            Leaves.emplace(number, Claim{owner, {}, true, !Free.IsWhole || Expecting.count(owner) != 0, 0});
     }
 }
 

@@ -36,8 +36,8 @@ struct MappedTable
 // the rows of its tree.
 //
 // A page is doubtful if it may have deleted rows: a page with row IDs out of the range that the tree gives it, a page
-// to which both the tree and the free list lead, a page to which no tree leads while the free list is not whole, and a
-// page that DistrustShallowLeaves() finds.
+// to which both the tree and the free list lead, a page to which no tree leads while the free list is not whole or
+// only ExpectRows() found the gap, and a page that DistrustShallowLeaves() finds.
 class PageMap
 {
   public:
@@ -53,6 +53,8 @@ class PageMap
     bool HasShallowLeaves(std::size_t table) const;
     // Makes the shallow leaves doubtful, and expects rows of the table anywhere.
     void DistrustShallowLeaves(std::size_t table);
+    // Expects these rows of the table on pages that no tree leads to. An index of the table names them.
+    void ExpectRows(std::size_t table, const std::vector<std::int64_t>& rowIDs);
     // Assigns pages that no tree leads to. Call it after all trees were followed.
     void AssignOrphans();
     // The pages of a table in the order of the file, first those that are not doubtful.
@@ -82,6 +84,7 @@ class PageMap
     FreeList Free;
     std::unordered_set<PageNumber> Interiors;
     std::unordered_map<PageNumber, Claim> Leaves;
+    std::unordered_set<std::size_t> Expecting; // tables with gaps that only ExpectRows() found
 };
 
 } // namespace plant_file

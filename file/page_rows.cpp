@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <utility>
 
 namespace plant_file
@@ -34,13 +35,28 @@ std::vector<PageRow> LongestAscent(std::vector<PageRow> rows)
     return ascent;
 }
 
-// The number of rows in the page's header; 0 where it cannot be right.
-std::size_t CountInHeader(const Page& page)
+// The parts of a page that rows were read from.
+class ReadParts
 {
-    const std::size_t count = BigEndian16(page.Content, page.HeaderOffset() + 3);
+  public:
+    // Whether no byte of the cell was read.
+    bool HasNone(const Cell& cell) const
+    {
+        const auto after = Ends.lower_bound(cell.LocalAt + cell.LocalSize);
+        return after == Ends.begin() || std::prev(after)->second <= cell.LocalAt;
+    }
+    void Add(const Cell& cell) { Ends.emplace(cell.LocalAt, cell.LocalAt + cell.LocalSize); }
+
+  private:
+    std::map<std::size_t, std::size_t> Ends; // by the beginning
+};
+
+// The number of rows of the page; 0 where it cannot be right.
+std::size_t PossibleCount(const Page& page, const CellCount& count)
+{
     const std::size_t contentAt = BigEndian16(page.Content, page.HeaderOffset() + 5);
     const std::size_t end = contentAt == 0 ? MostPageSize : contentAt;
-    return page.HeaderOffset() + 8 + 2 * count <= std::min(end, page.Usable) ? count : 0;
+    return page.HeaderOffset() + 8 + 2 * count.Number <= std::min(end, page.Usable) ? count.Number : 0;
 }
 
 } // namespace
@@ -49,15 +65,22 @@ PageRows ReadPageRows(DamagedPages& pages, const Page& page, const JournalTable&
 {
     PageRows result;
     std::vector<PageRow> rows;
+    ReadParts parts;
     for (const std::optional<Cell>& cell : CellsOf(page))
     {
-        std::optional<Values> values = cell ? pages.ReadValues(page, *cell) : std::nullopt;
-        if (values && Fits(table, form, *values))
-            rows.push_back({cell->RowID, std::move(*values)});
+        if (!cell || !parts.HasNone(*cell))
+            continue;
+        std::optional<Values> values = pages.ReadValues(page, *cell);
+        if (!values || !Fits(table, form, *values))
+            continue;
+        parts.Add(*cell);
+        rows.push_back({cell->RowID, std::move(*values)});
     }
     result.List = LongestAscent(std::move(rows));
-    const std::size_t count = CountInHeader(page);
+    const CellCount cells = CountCells(page);
+    const std::size_t count = PossibleCount(page, cells);
     result.Damaged = static_cast<std::int64_t>(count - std::min(count, result.List.size()));
+    result.IsWhole = cells.IsRight && result.Damaged == 0;
     return result;
 }
 

@@ -20,9 +20,11 @@ struct PageRows
 {
     std::vector<PageRow> List;
     std::int64_t Damaged = 0; // rows that cannot be read
+    bool IsWhole = true;      // whether no damage was found in the page
 };
 
-// Reads the rows that have the form, and whose row IDs ascend: a row ID that is out of order is damaged.
+// Reads the rows that have the form, and whose row IDs ascend: a row ID that is out of order is damaged. No two rows
+// share a byte of the page.
 PageRows ReadPageRows(DamagedPages& pages, const Page& page, const JournalTable& table, const RowForm& form);
 
 } // namespace plant_file

@@ -325,7 +325,8 @@ struct PlantSalvageReport
 /// write-ahead log, which a journal never has, but reports it. Other processes cannot write to the file meanwhile.
 ///
 /// The function needs up to 4 MB of memory, mostly for SQLite, 200 bytes for each page of the damaged file, and room
-/// for the rows of one page. Where a table may have deleted rows, it also needs 100 bytes for each row of that table.
+/// for the rows of one page. Where a table may have deleted rows, or an index names more rows than its pages have, it
+/// also needs 100 bytes for each row of that table.
 ///
 /// - A row keeps its row ID and all its values. Nothing can show that a byte inside a value was changed: such a row is
 ///   stored with the changed value.
@@ -336,7 +337,7 @@ struct PlantSalvageReport
 ///   counts these rows.
 /// - Deleted rows are not restored, with two exceptions. If the list of free pages and a table are damaged, and no
 ///   whole index shows which rows the table had, a deleted row may come back. It may also come back if a page of the
-///   table was replaced by an older page.
+///   table or of its index was replaced by an older page.
 /// - If two rows of a table have the same row ID, the one on the page with the lower number is stored. Pages that may
 ///   have deleted rows come last. A row whose row ID was changed can take the place of another one in this way.
 /// - If a plant is lost, its records are stored under a plant with its UUID and the name "Lost plant" with the
