@@ -261,6 +261,20 @@ TEST_F(SalvagePageTest, AWrongLinkToALeafCostsNoRow)
     }
 }
 
+TEST_F(SalvagePageTest, TwoLinksToALeafWithRowsOfBothCostNoRow)
+{
+    const UsedPage& root = PageOf("PlantEvents", "internal");
+    const std::string page = FileBytes(Path).substr(root.Offset, root.Size);
+    const auto cellAt = [&](std::size_t at)
+    {
+        return root.Offset + (static_cast<std::size_t>(static_cast<unsigned char>(page[at]) << 8U |
+                                                       static_cast<unsigned char>(page[at + 1])));
+    };
+    Change(cellAt(12) + 4, "\1"); // only the first row of the first leaf is in the first range
+    Change(cellAt(14) + 3, std::string(1, static_cast<char>(PageOf("PlantEvents", "leaf").Number)));
+    ExpectAllRows("PlantEvents ");
+}
+
 TEST_F(SalvagePageTest, WrongKeysOfAnInteriorPageCostNoRow)
 {
     const UsedPage& root = PageOf("PlantEvents", "internal");
