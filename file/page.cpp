@@ -185,8 +185,7 @@ Children ChildrenOf(const Page& page)
 {
     Children children;
     const CellCount count = CountCells(page);
-    // Only the first page can be a root whose single child has no room in it.
-    children.IsWhole = count.IsRight && (count.Number != 0 || page.Number == 1);
+    children.IsWhole = count.IsRight && count.Number != 0;
     std::int64_t before = std::numeric_limits<std::int64_t>::min();
     for (const std::size_t pointer : CellPointers(page))
     {

@@ -125,8 +125,11 @@ std::int64_t SalvagedJournal::Number(const std::string& sql)
 void SalvagedJournal::Add(std::size_t table, std::int64_t rowID, const Values& values)
 {
     const std::size_t uuid = Tables[table].IndexOf("UUID");
-    const bool isNamed = !HasZeroByte(values, uuid) && !HasZeroByte(values, Tables[table].IndexOf("PlantUUID"));
-    const std::string reason = isNamed ? Insert(table, rowID, values) : DamagedUUID;
+    const std::size_t plant = Tables[table].IndexOf("PlantUUID");
+    const bool isNamed = !HasZeroByte(values, uuid) && !HasZeroByte(values, plant);
+    std::string reason = DamagedUUID;
+    if (isNamed)
+        reason = Insert(table, rowID, values);
     if (reason.empty())
         return;
     ++TableCounts[table].Refused[reason];
@@ -249,11 +252,11 @@ std::int64_t SalvagedJournal::LostRows(std::size_t table)
     if (name == "Plants")
     {
         // A plant whose UUID alone is known may be one that was refused for its UUID, or whose row ID alone is known.
-        const std::map<std::string, std::int64_t>& refused = TableCounts[table].Refused;
+        const auto refused = TableCounts[table].Refused.find(DamagedUUID);
         const std::int64_t unnamed =
             Number(std::string("SELECT count(*) FROM (") + RecordsWithPlants +
                    ") WHERE PlantUUID NOT IN (SELECT UUID FROM Plants) AND PlantUUID NOT IN (SELECT UUID FROM Lost);") -
-            (refused.count(DamagedUUID) != 0 ? refused.at(DamagedUUID) : 0);
+            (refused != TableCounts[table].Refused.end() ? refused->second : 0);
         return Number(lost + " AND UUID<>'';") + std::max(Number(lost + " AND UUID='';"), unnamed);
     }
     std::int64_t named = 0;
