@@ -29,12 +29,13 @@ namespace
 using Random = std::mt19937_64;
 
 // Where the process pauses while it opens a file: before the `Remaining`-th statement, counted from 1, that it runs
-// without a lock.
+// without a lock. On Windows, a thread stands for the process.
 struct Pause
 {
     int Remaining = 0;
     std::function<void(const std::string& statement)> At;
-} openingPause;
+};
+thread_local Pause openingPause;
 
 int OnStatement(unsigned, void* db, void*, void* text)
 {
