@@ -153,7 +153,7 @@ void CreateSyncedDirectory(const std::filesystem::path& directory)
     for (auto path = missing.rbegin(); path != missing.rend(); ++path)
     {
         constexpr const char* step = "creating the directory";
-        // Opened first: a directory that cannot be listed cannot be synced, and no new directory shall be left in it.
+        // Opened first, so that no new directory is left in one that cannot be listed and synced.
         const OpenedDirectory parent(path->parent_path());
         RequireSystemCall(parent.IsOpen(), step);
         RequireSystemCall(AddDirectory(*path, Access::Everyone) || LastSystemError() == std::errc::file_exists, step);
