@@ -231,9 +231,11 @@ TEST_F(SalvageRollbackTest, ARollbackJournalThatIsCutShortIsReported)
 TEST_F(SalvageRollbackTest, AWrongNumberOfPagesCostsNoRow)
 {
     Interrupt();
-    ASSERT_LT(PageCount()[3], '\x7F');
-    const std::string greater = {0, 0, 0, static_cast<char>(PageCount()[3] + 1)};
-    const std::string less = {0, 0, 0, static_cast<char>(PageCount()[3] - 20)};
+    const int lastByte = static_cast<unsigned char>(PageCount()[3]);
+    ASSERT_GT(lastByte, 20);
+    ASSERT_LT(lastByte, 0xFF);
+    const std::string greater = {0, 0, 0, static_cast<char>(lastByte + 1)};
+    const std::string less = {0, 0, 0, static_cast<char>(lastByte - 20)};
     for (const std::string& count :
          {std::string(4, '\0'), std::string("\0\0\0\1", 4), less, greater, std::string(4, '\xFF')})
     {
