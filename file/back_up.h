@@ -5,6 +5,7 @@
 #include "part_file.h"
 #include "plant_file.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -26,6 +27,8 @@ class PageCopy
 
     // Locks the destination against all other connections. Its bytes stay as they are.
     void LockDestination() const;
+    // The number of pages of the source. Call it after LockDestination().
+    std::int64_t PageCount() const { return sqlite3_backup_pagecount(BackUp.get()); }
     // Copies the source as it is at one moment.
     void Run(const PlantBackUpProgress& progress) const;
 

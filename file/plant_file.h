@@ -268,8 +268,9 @@ struct PlantRestoration
 /// @param journal  The file to restore. Where it is a symbolic link, its target is restored. A replaced file keeps its
 /// permissions. A new one has those of the backup, and its owner may write to it even if the backup is read-only.
 /// @param out  Written back in every case.
-/// @param progress  As for BackUpPlantDatabase(). It may be called while the journal is locked. In the last call for a
-/// journal that can be read, the restored journal is already in place, so the result of `progress` changes nothing.
+/// @param progress  As for BackUpPlantDatabase(). It may be called while the journal is locked. For a journal that can
+/// be read, it is also called before the first page, with 0 for `done`. In the last call for such a journal, the
+/// restored journal is already in place, so the result of `progress` changes nothing.
 /// @return An error where the backup is damaged, is not a journal or cannot be read; where the journal is the backup
 /// itself, another program's database, or a symbolic link to a file that does not exist; where another process reads or
 /// writes it for longer than 2.5 seconds; where it is damaged or missing and a file exists that SQLite would apply to

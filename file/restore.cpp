@@ -142,6 +142,8 @@ void RestoreReadable(const SoundBackUp& backUp, const Connection& connection, co
     const RawFile bytes(connection.Handle());
     bytes.RequireItsName();
     out.KeptPath = TextOfPath(KeepAside(bytes, journal));
+    if (progress && !progress(0, copy.PageCount())) // the first call of a small journal is the last one
+        Fail(CopyingTheBackUp, "interrupted");
     // With the last page, SQLite has committed.
     const auto untilCommitted = [&](std::int64_t done, std::int64_t total)
     { return !progress || progress(done, total) || done == total; };

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include <sqlite3.h>
 
@@ -356,6 +357,21 @@ TEST_F(RestoreRefusalTest, AnInterruptionChangesNothing)
     }
     EXPECT_EQ(FileBytes(Kept) == LaterBytes, true);
     EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db", "journal.db.before-restore-2026-05-01"}));
+}
+
+TEST_F(RestoreRefusalTest, AnInterruptionBeforeTheFirstPageIsNotTooLate)
+{
+    Shrink(); // all pages are copied at once, so that the call after them is too late
+    std::vector<std::int64_t> calls;
+    const auto interrupt = [&](std::int64_t done, std::int64_t total)
+    {
+        EXPECT_EQ(total, static_cast<std::int64_t>(std::filesystem::file_size(Destination) / 4096));
+        calls.push_back(done);
+        return false;
+    };
+    EXPECT_EQ(Restore(interrupt), Path + ": copying the backup: interrupted");
+    EXPECT_EQ(calls, std::vector<std::int64_t>{0});
+    EXPECT_EQ(FileBytes(Path) == LaterBytes, true);
 }
 
 TEST_F(RestoreRefusalTest, AnInterruptionAfterTheLastPageIsTooLate)
