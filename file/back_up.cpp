@@ -107,7 +107,7 @@ void RequireNoLog(const std::filesystem::path& file)
             log += suffix;
             if (std::filesystem::exists(log))
                 Fail("",
-                     TextOfPath(log.filename()) + " exists, and SQLite would apply it to the copy; remove it first");
+                     TextOfPath(log.filename()) + " exists, and SQLite would apply it to the copy; move it away first");
         }
     };
     WithPathErrors(look);

@@ -100,8 +100,8 @@ TEST_F(BackUpDestinationTest, AnSQLiteLogNextToTheDestinationIsAnError)
     for (const char* suffix : {"-journal", "-wal"})
         for (const PlantBackUpMode mode : {PlantBackUpMode::Keep, PlantBackUpMode::Overwrite})
         {
-            const std::string expected =
-                Destination + ": copy.db" + suffix + " exists, and SQLite would apply it to the copy; remove it first";
+            const std::string expected = Destination + ": copy.db" + suffix +
+                                         " exists, and SQLite would apply it to the copy; move it away first";
             std::ofstream(Destination + suffix) << "left";
             EXPECT_EQ(BackUp({}, mode), expected);
             std::filesystem::remove(Destination + suffix);

@@ -331,7 +331,7 @@ TEST_F(RestoreRefusalTest, AnEmptyPathIsAnError)
 
 TEST_F(RestoreRefusalTest, ALogNextToADamagedJournalIsNotApplied)
 {
-    const std::string advice = " exists, and SQLite would apply it to the copy; remove it first";
+    const std::string advice = " exists, and SQLite would apply it to the copy; move it away first";
     Damage();
     std::ofstream(Path + "-journal") << std::string(512, '\0'); // SQLite does not remove this one
     ExpectRefused(Path + ": journal.db-journal" + advice);

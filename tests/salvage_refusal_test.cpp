@@ -98,7 +98,8 @@ TEST_F(SalvageRefusalTest, ABrokenLinkIsKept)
 TEST_F(SalvageRefusalTest, ALogOfTheDestinationIsAnError)
 {
     WriteBytes(Destination + "-journal", "old");
-    ExpectRefusal(Destination + ": salvaged.db-journal exists, and SQLite would apply it to the copy; remove it first");
+    ExpectRefusal(Destination +
+                  ": salvaged.db-journal exists, and SQLite would apply it to the copy; move it away first");
 }
 
 TEST_F(SalvageRefusalTest, ADestinationInAMissingDirectoryIsAnError)

@@ -158,8 +158,8 @@ TEST_F(NextStepTest, ABackupToAnImpossiblePlaceNamesWhatToCheck)
     ExpectNextSteps({{{"backup", Journal}, other},
                      {{"backup", "--overwrite", Journal}, other},
                      {{"backup", Scratch.File("")}, other},
-                     {{"backup", "new.db"}, "remove it first; or " + other},
-                     {{"backup", "--overwrite", "old.db"}, "remove it first; or " + other},
+                     {{"backup", "new.db"}, "move it away first; or " + other},
+                     {{"backup", "--overwrite", "old.db"}, "move it away first; or " + other},
                      {{"backup", "no/such/directory.db"},
                       "check that the backup's directory exists, is writable and has free space"}});
 }

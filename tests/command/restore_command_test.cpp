@@ -4,6 +4,8 @@
 #include "support/journal_files.h"
 
 #include <filesystem>
+#include <fstream>
+#include <utility>
 
 using namespace support;
 
@@ -78,6 +80,50 @@ TEST_F(RestoreCommandTest, ADateTakesTheNewestBackupOfThatDayOrBefore)
         << none;
 }
 
+TEST_F(RestoreCommandTest, ATimeTakesTheNewestBackupOfThenOrBefore)
+{
+    for (const char* time : {"2026-05-03 12:00", "2026-05-03 12:00:00", "2026-05-04 00:00"})
+        EXPECT_NE(Restored({time}).find("from " + Second), std::string::npos) << time;
+    for (const char* time : {"2026-05-03 11:59", "2026-05-03 11:59:59", "2026-05-01 12:00"})
+        EXPECT_NE(Restored({time}).find("from " + First), std::string::npos) << time;
+    EXPECT_NE(
+        Refused({"restore", "2026-05-01 11:59", "--yes"}).find(": no good backup of 2026-05-01 11:59 or before; "),
+        std::string::npos);
+    for (const char* text :
+         {"2026-05-03 24:00", "2026-05-03 12:60", "2026-02-30 12:00", "2026-05-03 12", "2026-05-03T12"})
+        EXPECT_EQ(Refused({"restore", text, "--yes"}),
+                  "plantjournal: " + std::string(text) +
+                      ": no such backup, and not a date; `plantjournal backup --list` lists the backups; name one by "
+                      "its file or by its time\n");
+}
+
+TEST_F(RestoreCommandTest, ANameWithoutADirectoryIsOneOfTheDatedBackups)
+{
+    const std::string name = std::filesystem::path(First).filename().string();
+    EXPECT_NE(Restored({name}).find("from " + First + '\n'), std::string::npos);
+    DoneOn("2026-05-01", {"backup", "--to", "stick"});
+    const std::string other = PathIn(BackUpDirectoryIn(Scratch.File("stick")), name);
+    EXPECT_NE(Restored({name, "--from", "stick"}).find("from " + other + '\n'), std::string::npos);
+    EXPECT_NE(Refused({"restore", PathIn("nowhere", name), "--yes"}).find(": no such backup"), std::string::npos);
+}
+
+TEST_F(RestoreCommandTest, AFileDoesNotGoWithFrom)
+{
+    const ProgramResult outcome = On("2026-05-05", {"restore", First, "--from", "stick", "--yes"});
+    EXPECT_EQ(outcome.Status, 2);
+    EXPECT_NE(outcome.Error.find(" is a file, and does not go with --from"), std::string::npos) << outcome.Error;
+    EXPECT_EQ(Parsed({"care", "list", "Basil"}).size(), 1U); // nothing was restored
+}
+
+TEST_F(RestoreCommandTest, WithoutABackupTheWaysOutAreNamed)
+{
+    std::filesystem::remove_all(BackUpDirectoryIn(State));
+    EXPECT_TRUE(Refused({"restore", "--yes"})
+                    .ends_with(": no backup of this journal; name a backup, or with --from the directory of "
+                               "`plantjournal backup --to`, or read what is left of a damaged journal with "
+                               "`plantjournal salvage`\n"));
+}
+
 TEST_F(RestoreCommandTest, AnyJournalFileCanBeRestored)
 {
     DoneOn("2026-05-04", {"backup", "copy.db"});
@@ -125,7 +171,18 @@ TEST_F(RestoreCommandTest, AMovedJournalHasItsBackupsInTheFormerDirectory)
     EXPECT_NE(refusal.find(": no backup of this journal; backups of other journals with its name are in "),
               std::string::npos)
         << refusal;
-    EXPECT_NE(refusal.find(former + "; name a backup, or read what is left"), std::string::npos) << refusal;
+    EXPECT_NE(refusal.find(former + "; name a backup, or with --from the directory of `plantjournal backup --to`, or "
+                                    "read what is left of a damaged journal with `plantjournal salvage`\n"),
+              std::string::npos)
+        << refusal;
+    const std::string list = Done({"backup", "--list", "--file", moved});
+    EXPECT_TRUE(list.starts_with("No backups; backups of other journals with its name are in ")) << list;
+    EXPECT_TRUE(list.ends_with(former + "; `plantjournal backup` makes one.\n")) << list;
+    const std::string place = PathIn(State, former);
+    EXPECT_NE(Done({"backup", "--list", "--to", place, "--file", moved}).find("2026-05-03 12:00:00"),
+              std::string::npos);
+    EXPECT_EQ(On("2026-05-05", {"restore", "--from", place, "--file", moved, "--yes"}).Status, 0);
+    std::filesystem::remove(moved + ".before-restore-2026-05-05");
     std::filesystem::rename(moved, Journal);
 }
 
@@ -134,8 +191,11 @@ TEST_F(RestoreCommandTest, FromFindsTheBackupsOfAnotherPlace)
     DoneOn("2026-05-04", {"backup", "--to", "stick"});
     EXPECT_NE(Restored({"--from", "stick"}).find(Scratch.File("stick/journal.db-")), std::string::npos);
     EXPECT_EQ(Parsed({"care", "list", "Basil"}).size(), 1U);
-    EXPECT_NE(Refused({"restore", "--from", "nowhere", "--yes"}).find(PathIn("nowhere", "journal.db-")),
+    EXPECT_NE(Restored({"--from", PathIn(BackUpDirectoryIn(Scratch.File("stick")), "")})
+                  .find(Scratch.File("stick/journal.db-")),
               std::string::npos);
+    for (const Words& words : {Words{"restore", "--from", "nowhere", "--yes"}, {"backup", "--list", "--to", "nowhere"}})
+        EXPECT_EQ(Refused(words), "plantjournal: nowhere: no such directory; check the path\n");
 }
 
 TEST_F(RestoreCommandTest, ADamagedBackupIsPassedOver)
@@ -157,7 +217,7 @@ TEST_F(RestoreCommandTest, ABackupOfTheFutureIsRestoredOnlyByItsDateOrName)
     const std::string future = PathIn(BackUpDirectoryIn(State), "2099-01-01-120000-journal.db");
     std::filesystem::copy_file(First, future);
     const std::string notice =
-        "notice: " + future + ": its date is in the future, so it is not used; name it to restore it\n";
+        "notice: " + future + ": its date is after tomorrow, so it is not used; name it to restore it\n";
     const ProgramResult outcome = On("2026-05-05", {"restore", "--yes"});
     EXPECT_EQ(outcome.Status, 0);
     EXPECT_EQ(outcome.Error, notice);
@@ -171,8 +231,8 @@ TEST_F(RestoreCommandTest, ABackupOfTheFutureIsRestoredOnlyByItsDateOrName)
     const ProgramResult none = On("2026-05-05", {"restore", "--yes"});
     EXPECT_EQ(none.Status, 1);
     EXPECT_TRUE(none.Error.starts_with(notice)) << none.Error;
-    EXPECT_TRUE(none.Error.ends_with(": no good backup of 2026-05-05 or before; `plantjournal backup --list` lists the "
-                                     "backups; name one\n"))
+    EXPECT_TRUE(none.Error.ends_with(": no good backup of 2026-05-06 or before; `plantjournal backup --list` lists the "
+                                     "backups; name one by its file or by its time\n"))
         << none.Error;
 }
 
@@ -274,9 +334,13 @@ TEST_F(RestoreCommandTest, WhereNoBackupIsGoodNoneIsSaidToBeUsed)
 
 TEST_F(RestoreCommandTest, ABackupOfTomorrowIsOfAnotherTimeZone)
 {
-    EXPECT_NE(DoneOn("2026-05-02", {"restore", "--yes"}).find("from " + Second), std::string::npos);
+    const ProgramResult tomorrow = On("2026-05-02", {"restore", "--yes"});
+    EXPECT_NE(tomorrow.Out.find("from " + Second), std::string::npos);
+    EXPECT_EQ(tomorrow.Error, "notice: " + Second +
+                                  ": the time in its name is after the present time; the backup before it is " + First +
+                                  '\n');
     EXPECT_EQ(On("2026-05-01", {"restore", "--yes"}).Error,
-              "notice: " + Second + ": its date is in the future, so it is not used; name it to restore it\n");
+              "notice: " + Second + ": its date is after tomorrow, so it is not used; name it to restore it\n");
     Left = {"journal.db", "journal.db.before-restore-2026-05-01", "journal.db.before-restore-2026-05-02"};
 }
 
@@ -306,8 +370,24 @@ TEST_F(RestoreCommandTest, JSONHasTheRowsNowAndInTheBackup)
     std::filesystem::remove(Journal);
     const JSON again = JSON::parse(DoneOn("2026-05-05", {"restore", "--yes", "--json"}));
     EXPECT_EQ(again.at("FormerFile"), nullptr);
-    EXPECT_EQ(again.at("Tables").at("Plants"), (JSON{{"Now", nullptr}, {"BackUp", 2}}));
     EXPECT_EQ(Restored({"--quiet"}), "");
+}
+
+TEST_F(RestoreCommandTest, JSONHasNoRowsOnlyOfAFileThatCannotBeRead)
+{
+    const auto rows = [&]
+    {
+        const ProgramResult outcome = On("2026-05-05", {"restore", "--yes", "--json"});
+        const JSON restored = JSON::parse(outcome.Out);
+        return std::pair(restored.at("Tables").at("Plants"), restored.at("LastDate").at("Now"));
+    };
+    std::filesystem::remove(Journal);
+    EXPECT_EQ(rows(), std::pair(JSON{{"Now", 0}, {"BackUp", 2}}, JSON("")));
+    std::filesystem::resize_file(Journal, 0);
+    EXPECT_EQ(rows(), std::pair(JSON{{"Now", 0}, {"BackUp", 2}}, JSON("")));
+    DamageJournal();
+    EXPECT_EQ(rows(), std::pair(JSON{{"Now", nullptr}, {"BackUp", 2}}, JSON(nullptr)));
+    Left.insert(Left.end(), {"journal.db.before-restore-2026-05-05", "journal.db.before-restore-2026-05-05-2"});
 }
 
 TEST_F(RestoreCommandTest, WithoutATerminalItNeedsYes)
@@ -335,6 +415,70 @@ TEST_F(RestoreCommandTest, AnotherProgramsFileIsRefused)
                   "`plantjournal restore`, or read what is left with `plantjournal salvage`; --file names another "
                   "file\n"),
         std::string::npos);
+}
+
+TEST_F(RestoreCommandTest, WhatCannotBeReplacedIsRefusedBeforeTheQuestion)
+{
+    const auto refusal = [&](const std::string& backUp, const std::string& file) {
+        return Refused({"restore", backUp, "--file", file});
+    };
+    const std::string checks = "check the paths, the permissions and the free space of the disk\n";
+    const std::string folder = Scratch.File("folder");
+    std::filesystem::create_directory(folder);
+    EXPECT_EQ(refusal(Second, folder), "plantjournal: " + folder + ": not a regular file; " + checks);
+    EXPECT_EQ(refusal(Journal, Journal),
+              "plantjournal: " + Journal +
+                  ": the backup and the journal are the same file; name another backup, or another journal with "
+                  "--file\n");
+    const std::string foreign = Scratch.File("foreign.db");
+    PlainConnection(foreign).RunSQL("CREATE TABLE t (a);");
+    EXPECT_TRUE(refusal(Second, foreign)
+                    .starts_with("plantjournal: " + foreign + ": reading the schema: not a plantjournal file: "));
+}
+
+TEST_F(RestoreCommandTest, AMissingDirectoryIsNotTheJournal)
+{
+    for (const Words& answer : {Words{}, Words{"--yes"}})
+    {
+        Words line = {"restore", Second, "--file", "new/"};
+        line.insert(line.end(), answer.begin(), answer.end());
+        EXPECT_TRUE(Refused(line).ends_with("the path ends with a separator; name a file\n"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(Scratch.File("new")));
+}
+
+TEST_F(RestoreCommandTest, ARollbackJournalIsKeptWithItsJournal)
+{
+    const std::string log = Journal + "-journal";
+    const std::string away = ": journal.db-journal exists, and SQLite would apply it to the copy; move it away first; ";
+    DamageJournal();
+    Write(log, std::string(512, '\0')); // SQLite does not remove this one
+    EXPECT_EQ(Refused({"restore", "--yes"}),
+              "plantjournal: " + Journal + away +
+                  "move the journal with it, so that `plantjournal salvage` reads both; then run the command again\n");
+    std::filesystem::rename(Journal, Scratch.File("away.db"));
+    EXPECT_EQ(Refused({"restore", "--yes"}), "plantjournal: " + Journal + away + "then run the command again\n");
+    std::filesystem::rename(log, Scratch.File("away.db-journal"));
+    EXPECT_EQ(On("2026-05-05", {"restore", "--yes"}).Status, 0);
+    EXPECT_EQ(Plants(), 2U);
+}
+
+TEST_F(RestoreCommandTest, AReasonThatIsASentenceLosesItsStop)
+{
+    int page = 0;
+    {
+        const PlainConnection backUp(Second);
+        page = std::stoi(backUp.Value("SELECT rootpage FROM sqlite_master WHERE name='PlantsByStrain';"));
+    }
+    std::fstream file(Second, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp((page - 1) * 4096L).write(std::string(4096, '\0').data(), 4096);
+    file.close();
+    const std::string refusal = Refused({"restore", Second, "--yes"});
+    EXPECT_NE(refusal.find("; nothing was changed"), std::string::npos) << refusal;
+    EXPECT_EQ(refusal.find(".;"), std::string::npos) << refusal;
+    const std::string notice = On("2026-05-05", {"restore"}).Error;
+    EXPECT_TRUE(notice.starts_with("notice: " + Second)) << notice;
+    EXPECT_EQ(notice.find(".;"), std::string::npos) << notice;
 }
 
 TEST_F(RestoreCommandTest, UndoDoesNotApplyAnEarlierStep)
@@ -370,6 +514,23 @@ TEST_F(RestoreQuestionTest, ItShowsTheChangesAndAsks)
     EXPECT_EQ(RunOnTerminal({"restore"}, "y\n").Status, 0);
     EXPECT_EQ(Plants(), 2U);
     Left.push_back("journal.db.before-restore-" + PlantEventCurrentDate());
+}
+
+TEST_F(RestoreQuestionTest, AChangeSinceTheQuestionIsNotLost)
+{
+    Surroundings terminal = Around;
+    terminal.Columns = 80;
+    RunningProgram command(Line({"restore"}), terminal);
+    ASSERT_TRUE(command.Await("from " + Second + '?'));
+    EXPECT_EQ(Run({"plant", "add", "Sage"}).Status, 0);
+    command.Type("y\n");
+    const ProgramResult outcome = command.End();
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_NE(outcome.Out.find(Journal + ": it has changed since the question; nothing was restored; run the command "
+                                         "again"),
+              std::string::npos)
+        << outcome.Out;
+    EXPECT_EQ(Parsed({"plant", "show", "Sage"}).at("Name"), "Sage");
 }
 
 TEST_F(RestoreQuestionTest, ABackupThatWasRemovedMeanwhileSaysToRunItAgain)

@@ -99,11 +99,16 @@ on Windows the directory is %LOCALAPPDATA%), in a directory for each journal, or
 there are left alone. After the first change of a day, a notice offers a backup if the last one is more than seven days
 old.
 
-`plantjournal restore` puts a backup in the place of the journal. A backup with a date after tomorrow, which a wrong
-clock can have made, is restored only if its file or its date is named. The present journal stays next to the restored
-one, with .before-restore- and the date after its name. Programs that have the journal open go on with the restored one,
-unless the journal was damaged: then they must open it again. `plantjournal undo` does not roll back a restoration, nor
-a change from before it; restore the kept file instead.
+`plantjournal restore` puts a backup in the place of the journal. A backup is named by its file, by a date, or by a date
+with a time as `plantjournal backup --list` shows it, in quotes: then it is the newest good backup of that day or time,
+or before. Without a name, it is the newest good backup up to tomorrow, because the time zone can have changed; if the
+time in its name is after the present time, a notice names the backup before it, too. A backup with a date after
+tomorrow, which a wrong clock can have made, is restored only if its file or its date is named.
+
+The present journal stays next to the restored one, with .before-restore- and the date after its name. Programs that
+have the journal open go on with the restored one, unless the journal was damaged or the backup has an earlier schema:
+then they must open it again, and a notice says so. `plantjournal undo` does not roll back a restoration, nor a change
+from before it; restore the kept file instead.
 )"},
     {"DAMAGED JOURNALS", R"(
 `plantjournal restore` replaces a damaged journal with a backup, which is complete up to its date. Without a backup,
@@ -128,6 +133,6 @@ describes the change and asks first. There is one level.
 )"},
     {"EXIT STATUS", R"(
 0 on success, 1 on failure, 2 for a mistake in the command line. A message on standard error states the reason and what
-to do next. A line that begins with "notice:" reports something unlikely; the command has done its work.
+to do next. A line that begins with "notice:" reports something unlikely and does not change the exit status.
 )"},
 };

@@ -52,7 +52,7 @@ bool CanReplace(const std::string& source, const std::string& destination)
 // What to do about a destination that the backup refused.
 std::string AdviceForDestination(const std::string& destination)
 {
-    if (Exists(destination + "-journal") || Exists(destination + "-wal")) // the error says to remove it
+    if (Exists(destination + "-journal") || Exists(destination + "-wal")) // the error says to move it away
         return "or name another destination";
     return Exists(destination) ? "name another destination" : "";
 }
@@ -130,7 +130,8 @@ void ListBackUps(const Session& session, const std::string& directory)
     if (session.AsJSON)
         PrintJSON(array);
     else if (rows.empty())
-        std::cout << "No backups; `plantjournal backup` makes one.\n";
+        std::cout << Printable(Joined({"No backups", OthersOfThisName(directory)}, "; "))
+                  << "; `plantjournal backup` makes one.\n";
     else
         PrintTable(std::cout,
                    {{"Made", WhenNarrow::Keep},
@@ -149,11 +150,11 @@ void RunBackUp(const Session& session, const BackUpArguments& arguments)
         RefuseUsage("--overwrite needs a DESTINATION");
     if (!arguments.Destination.empty())
         return BackUpTo(session, arguments.Destination, arguments.Overwrite);
-    const std::string directory = BackUpDirectory(session.Path(), arguments.To.value_or(""));
+    const std::string place = arguments.To.value_or("");
     if (arguments.List)
-        ListBackUps(session, directory);
+        ListBackUps(session, BackUpsToRead(session.Path(), place));
     else
-        BackUpByDate(session, directory);
+        BackUpByDate(session, BackUpDirectory(session.Path(), place));
 }
 
 } // namespace

@@ -16,6 +16,7 @@
 #include <iostream>
 #include <limits>
 #include <optional>
+#include <system_error>
 #include <vector>
 
 using namespace plant_file;
@@ -104,6 +105,37 @@ std::string BackUpDirectory(const std::string& journal, const std::string& paren
     }
 }
 
+std::string BackUpsToRead(const std::string& journal, const std::string& parent)
+{
+    std::error_code ignored;
+    std::vector<PlantBackUpFile> files;
+    std::string directory = BackUpDirectory(journal, parent);
+    if (parent.empty())
+        return directory;
+    if (std::filesystem::status(PathOfText(parent), ignored).type() == std::filesystem::file_type::not_found)
+        throw Refusal(parent + ": no such directory; check the path");
+    const bool isItself = !std::filesystem::exists(PathOfText(directory), ignored) &&
+                          ListPlantBackUps(journal, parent, files) && !files.empty();
+    return isItself ? parent : directory;
+}
+
+std::string OthersOfThisName(const std::string& directory)
+{
+    std::string found;
+    std::error_code ignored;
+    const std::filesystem::path path = PathOfText(directory);
+    const std::string own = TextOfPath(path.filename());
+    const std::string name = own.substr(0, own.rfind('-') + 1);
+    for (const auto& entry : std::filesystem::directory_iterator(path.parent_path(), ignored))
+    {
+        const std::string other = TextOfPath(entry.path().filename());
+        if (other.size() == own.size() && other.starts_with(name) && other != own)
+            found +=
+                (found.empty() ? "backups of other journals with its name are in " : ", ") + TextOfPath(entry.path());
+    }
+    return found;
+}
+
 void RememberBackUp(const std::string& journal)
 {
     try
@@ -132,9 +164,4 @@ void OfferBackUp(const std::string& journal)
                   << " days; `plantjournal backup` makes one\n";
         StoreDay(NoticeFile(journal), today);
     }
-}
-
-bool IsOfTheFuture(const PlantBackUpFile& backUp)
-{
-    return !DaysSince(backUp.Time.substr(0, DateLength));
 }

@@ -12,6 +12,14 @@ constexpr const char* AdviceForBrokenLink = "remove the link, or name its target
 // name have two directories. Creates nothing. Throws Refusal.
 std::string BackUpDirectory(const std::string& journal, const std::string& parent = {});
 
+// Likewise, to read the backups. `parent` may also be the directory with the backups itself, which can be that of the
+// journal before it was moved. Throws Refusal also where `parent` does not exist.
+std::string BackUpsToRead(const std::string& journal, const std::string& parent = {});
+
+// Says where the backups of other journals with the name of this one are; empty where there are none. A journal that
+// was moved left its backups there. `directory` is that of BackUpDirectory().
+std::string OthersOfThisName(const std::string& directory);
+
 // Remembers that the journal was backed up today, to any place. Ignores a failure: a backup needs no state directory.
 void RememberBackUp(const std::string& journal);
 
@@ -19,6 +27,3 @@ void RememberBackUp(const std::string& journal);
 // state directory can be written. For a journal that was never backed up, the days count from the first call. Call it
 // after a change. Throws std::exception where the state directory cannot be used.
 void OfferBackUp(const std::string& journal);
-
-// Whether a dated backup was made after today. A date of tomorrow is not of the future: the time zone may have changed.
-bool IsOfTheFuture(const PlantBackUpFile& backUp);

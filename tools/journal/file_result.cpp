@@ -81,7 +81,7 @@ void RequireSalvage(const PlantFileResult& result, const std::string& damaged, c
         if (InspectPlantSchema(damaged, file) && file.Kind == PlantFileKind::Locked)
             advice = "try again when the other program has finished";
     }
-    else if (result.Error.ends_with("remove it first"))
+    else if (result.Error.ends_with("move it away first"))
         advice = "or name another destination";
     else if (std::filesystem::exists(std::filesystem::symlink_status(plant_file::PathOfText(destination), ignored)))
         advice = "name another destination";

@@ -163,6 +163,13 @@ std::string Joined(const std::vector<std::string>& texts, const std::string& sep
     return joined;
 }
 
+std::string WithoutStop(std::string sentence)
+{
+    if (sentence.ends_with('.'))
+        sentence.pop_back();
+    return sentence;
+}
+
 std::string TextOf(const ConstValueRef& value)
 {
     return std::visit([](const auto* of) { return PlainText(*of); }, value);

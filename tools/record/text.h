@@ -26,6 +26,9 @@ std::string InQuotes(const std::string& text);
 // Joins the texts that are not empty.
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator);
 
+// Returns the sentence without the full stop at its end, so that a message can go on after it.
+std::string WithoutStop(std::string sentence);
+
 // Returns the shortest text that reads back as the same number, or the stored name of an enumeration's value.
 std::string TextOf(const ConstValueRef& value);
 // Likewise, without an exponent: 200000, not 2e+05. Numbers from 1e15 on, and below 1e-6, keep theirs.
