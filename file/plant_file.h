@@ -238,7 +238,7 @@ PLANTJOURNAL_FILE_API PlantFileResult ListPlantBackUps(const std::string& journa
 struct PlantRestoration
 {
     /// The copy of the journal that was there before; empty where no file was there. Also filled in after an error,
-    /// where the copy was made.
+    /// where the copy stays.
     std::string KeptPath;
     /// Whether programs that have the journal open must close it and open it again.
     bool MustReopen = false;
@@ -262,8 +262,10 @@ struct PlantRestoration
 /// refused in the same way where the damage is in the text of its schema, or in the two bytes of its header that show a
 /// write-ahead log. Move such a journal away and restore the missing one, or salvage it.
 ///
-/// After a killed process or a power loss, either the former journal or the restored one is in place. The backup is not
-/// changed.
+/// After a killed process or a power loss, either the former journal or the restored one is in place, and the copy of
+/// the former one can be there in both cases. The backup is not changed. An unfinished copy can be left, too. Its files
+/// are named like the journal, with `.part-` and at least six characters after it. The next restoration of the same
+/// journal removes them. It does not remove the files of a running process.
 /// @param backup  A journal that can be read: a backup, or any other journal.
 /// @param journal  The file to restore. Where it is a symbolic link, its target is restored. A replaced file keeps its
 /// permissions. A new one has those of the backup, and its owner may write to it even if the backup is read-only.
@@ -272,12 +274,12 @@ struct PlantRestoration
 /// be read, it is also called before the first page, with 0 for `done`. In the last call for such a journal, the
 /// restored journal is already in place, so the result of `progress` changes nothing.
 /// @return An error where the backup is damaged, is not a journal or cannot be read; where the journal is the backup
-/// itself, another program's database, or a symbolic link to a file that does not exist; where another process reads or
-/// writes it for longer than 2.5 seconds; where it is damaged or missing and a file exists that SQLite would apply to
-/// the restored one (its name with `-journal` or
-/// `-wal`); where permission is denied or the disk is full. After an error the journal is unchanged, with one
-/// exception: where the step is `syncing the directory`, the restored journal can be in place. A new directory
-/// stays after an error.
+/// itself, another program's database, a symbolic link to a file that does not exist, or a path that ends with a
+/// separator; where another process reads or writes it for longer than 2.5 seconds; where it is damaged or missing and
+/// a file exists that SQLite would apply to the restored one (its name with `-journal` or `-wal`); where permission is
+/// denied or the disk is full. After an error the journal is unchanged, with one exception: where the step is `syncing
+/// the directory`, the restored journal can be in place. A new directory stays after an error, and so does the copy of
+/// the journal, which `KeptPath` then names. Where `progress` returned `false`, the copy is removed.
 PLANTJOURNAL_FILE_API PlantFileResult RestorePlantDatabase(const std::string& backup, const std::string& journal,
                                                            PlantRestoration& out,
                                                            const PlantBackUpProgress& progress = {});

@@ -116,6 +116,8 @@ void RestoreMissing(const SoundBackUp& backUp, const std::filesystem::path& jour
                     const PlantBackUpProgress& progress)
 {
     constexpr const char* created = "another process has created the file meanwhile; try again";
+    if (!journal.has_filename())
+        Fail("", "the path ends with a separator");
     CreateSyncedDirectory(journal.parent_path());
     PartFile part(journal);
     CopyTo(part, backUp, PermissionsOf(backUp.Path()) | std::filesystem::perms::owner_write, progress);
@@ -137,17 +139,35 @@ void RestoreMissing(const SoundBackUp& backUp, const std::filesystem::path& jour
 void RestoreReadable(const SoundBackUp& backUp, const Connection& connection, const std::filesystem::path& journal,
                      const PlantBackUpProgress& progress, PlantRestoration& out)
 {
-    const PageCopy copy(backUp.Handle(), connection.Handle(), CopyingTheBackUp);
-    copy.LockDestination();
+    std::optional<PageCopy> copy(std::in_place, backUp.Handle(), connection.Handle(), CopyingTheBackUp);
+    copy->LockDestination();
     const RawFile bytes(connection.Handle());
     bytes.RequireItsName();
-    out.KeptPath = TextOfPath(KeepAside(bytes, journal));
-    if (progress && !progress(0, copy.PageCount())) // the first call of a small journal is the last one
-        Fail(CopyingTheBackUp, "interrupted");
+    const std::filesystem::path kept = KeepAside(bytes, journal);
+    out.KeptPath = TextOfPath(kept);
+    bool isInterrupted = false;
     // With the last page, SQLite has committed.
     const auto untilCommitted = [&](std::int64_t done, std::int64_t total)
-    { return !progress || progress(done, total) || done == total; };
-    copy.Run(untilCommitted);
+    {
+        isInterrupted = progress && !progress(done, total) && done != total;
+        return !isInterrupted;
+    };
+    try
+    {
+        if (!untilCommitted(0, copy->PageCount())) // the next call for a small journal is the last one
+            Fail(CopyingTheBackUp, "interrupted");
+        copy->Run(untilCommitted);
+    }
+    catch (const Failure&)
+    {
+        copy.reset();      // rolls back
+        if (isInterrupted) // after another failure, the journal can have changed
+        {
+            RemoveFile(kept);
+            out.KeptPath.clear();
+        }
+        throw;
+    }
     out.MustReopen = backUp.IsOlder();
 }
 

@@ -329,6 +329,14 @@ TEST_F(RestoreRefusalTest, AnEmptyPathIsAnError)
     EXPECT_EQ(RestorePlantDatabase(Destination, "", Restoration).Error, ": the path is empty or contains a zero byte");
 }
 
+TEST_F(RestoreRefusalTest, AMissingDirectoryIsNotCreatedAsTheJournal)
+{
+    const std::string directory = Scratch.File("new/");
+    EXPECT_EQ(RestorePlantDatabase(Destination, directory, Restoration).Error,
+              directory + ": the path ends with a separator");
+    EXPECT_FALSE(std::filesystem::exists(Scratch.File("new")));
+}
+
 TEST_F(RestoreRefusalTest, ALogNextToADamagedJournalIsNotApplied)
 {
     const std::string advice = " exists, and SQLite would apply it to the copy; move it away first";
@@ -353,10 +361,9 @@ TEST_F(RestoreRefusalTest, AnInterruptionChangesNothing)
         const std::string before = FileBytes(Path);
         EXPECT_EQ(Restore(interrupt), Path + ": copying the backup: interrupted");
         EXPECT_EQ(FileBytes(Path) == before, true);
-        EXPECT_EQ(Restoration.KeptPath, damaged ? "" : Kept);
+        EXPECT_EQ(Restoration.KeptPath, "");
+        EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
     }
-    EXPECT_EQ(FileBytes(Kept) == LaterBytes, true);
-    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db", "journal.db.before-restore-2026-05-01"}));
 }
 
 TEST_F(RestoreRefusalTest, AnInterruptionBeforeTheFirstPageIsNotTooLate)
@@ -371,6 +378,8 @@ TEST_F(RestoreRefusalTest, AnInterruptionBeforeTheFirstPageIsNotTooLate)
     };
     EXPECT_EQ(Restore(interrupt), Path + ": copying the backup: interrupted");
     EXPECT_EQ(calls, std::vector<std::int64_t>{0});
+    EXPECT_EQ(Restoration.KeptPath, "");
+    EXPECT_EQ(NamesOf(Scratch.Files()), (Names{"copy.db", "journal.db"}));
     EXPECT_EQ(FileBytes(Path) == LaterBytes, true);
 }
 
