@@ -3,6 +3,7 @@
 #include "support/backup_test.h"
 #include "support/child_process.h"
 #include "support/file_calls.h"
+#include "support/journal_files.h"
 #include "testing/old_files.h"
 
 #include <cstdint>
@@ -258,8 +259,13 @@ TEST_F(BackUpTest, ADamagedJournalIsAnErrorAndNeverReplacesACopy)
     }
     const auto before = Scratch.Files();
     const std::string error = BackUp({}, PlantBackUpMode::Overwrite);
-    EXPECT_TRUE(error.starts_with(Destination + ": checking the copy: the journal is damaged: ")) << error;
+    const std::string damaged = Destination + ": checking the copy of " + Path + ": the journal is damaged: ";
+    EXPECT_TRUE(error.starts_with(damaged)) << error;
     EXPECT_TRUE(Scratch.Files() == before);
+    EXPECT_EQ(FileBytes(Destination), kept);
+
+    OverwritePage(Path, "PlantsByStrain");
+    EXPECT_EQ(BackUp({}, PlantBackUpMode::Overwrite), damaged + "database disk image is malformed");
     EXPECT_EQ(FileBytes(Destination), kept);
 
     std::filesystem::resize_file(Path, 4096);

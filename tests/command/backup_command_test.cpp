@@ -1,6 +1,7 @@
 // `backup`: dated backups, their list, and the notice that offers one.
 
 #include "support/dated_command.h"
+#include "support/journal_files.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -156,6 +157,22 @@ TEST_F(BackUpCommandTest, APathThatIsTooLongForSQLiteIsCalledSo)
     EXPECT_EQ(Refused({"backup", directory + "/copy.db"}),
               "plantjournal: " + directory +
                   "/copy.db: opening: the path is too long for SQLite; use a shorter path\n");
+}
+
+TEST_F(BackUpCommandTest, TheDamageOfTheJournalIsNotThatOfThePlace)
+{
+    Sound = false;
+    Done({"backup", "copy.db"});
+    OverwritePage(Journal, "PlantsByStrain");
+    for (const Words& words : {Words{"backup"}, {"backup", "other.db"}, {"backup", "copy.db", "--overwrite"}})
+    {
+        const std::string refusal = Refused(words);
+        EXPECT_TRUE(
+            refusal.ends_with(": checking the copy of " + Journal +
+                              ": the journal is damaged: database disk image is malformed; restore a backup with "
+                              "`plantjournal restore`, or read what is left with `plantjournal salvage`\n"))
+            << refusal;
+    }
 }
 
 TEST_F(BackUpCommandTest, AnOlderBackupThatCannotBeRemovedIsAnError)

@@ -267,6 +267,20 @@ TEST_F(JournalKindTest, AnEarlierSchemaWithDamagedRowsIsNotMigrated)
     Sound = false;
 }
 
+TEST_F(JournalKindTest, AnEarlierSchemaWithADamagedIndexIsNotMigrated)
+{
+    WriteOldFile(Journal, OldFiles().front());
+    OverwritePage(Journal, "sqlite_autoindex_Plants_1");
+    const std::string before = FileBytes(Journal);
+    const std::string refusal = Refused({"plant", "list"});
+    EXPECT_NE(refusal.find("the journal is damaged: database disk image is malformed; a journal is not migrated "
+                           "without a backup; restore a backup with `plantjournal restore`"),
+              std::string::npos)
+        << refusal;
+    EXPECT_EQ(FileBytes(Journal) == before, true);
+    Sound = false;
+}
+
 TEST_F(JournalKindTest, UnknownEventTypesAreRefusedAlsoWithoutACheck)
 {
     KeepEverything();

@@ -8,6 +8,12 @@
 namespace
 {
 
+// Whether the error is damage that an inspection does not find: only an index is damaged, so the rows can be counted.
+bool IsDamage(const std::string& error)
+{
+    return error.ends_with("is malformed") || error.find(": the journal is damaged: ") != std::string::npos;
+}
+
 // What to do about a file that is not a journal that can be read; empty for one that can be.
 std::string AdviceForJournal(const std::string& path)
 {
@@ -37,7 +43,7 @@ std::string AdviceForJournal(const std::string& path)
 }
 
 void Require(const PlantFileResult& result, const std::string& path, const std::string& consequence,
-             const std::string& adviceForReadable)
+             const std::string& adviceForSound)
 {
     if (result)
         return;
@@ -48,6 +54,7 @@ void Require(const PlantFileResult& result, const std::string& path, const std::
     std::string error = result.Error;
     if (error.ends_with('.')) // a sentence about the schema or the damage
         error.pop_back();
+    const std::string adviceForReadable = IsDamage(error) ? AdviceForDamage : adviceForSound;
     throw Refusal(Joined({error, consequence, advice.empty() ? adviceForReadable : advice}, "; "));
 }
 
@@ -55,8 +62,7 @@ void Require(const PlantFileResult& result, const std::string& path, const std::
 
 void RequireRead(const PlantFileResult& result, const std::string& path, const std::string& consequence)
 {
-    const bool isDamaged = result.Error.ends_with("is malformed"); // only an index is, so the rows can be counted
-    Require(result, path, consequence, isDamaged ? AdviceForDamage : "try again; if that fails, restore a backup");
+    Require(result, path, consequence, "try again; if that fails, restore a backup");
 }
 
 void RequireBackUp(const PlantFileResult& result, const std::string& path, const std::string& consequence,
