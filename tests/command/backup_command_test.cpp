@@ -182,6 +182,7 @@ TEST_F(BackUpCommandTest, AnOlderBackupThatCannotBeRemovedIsAnError)
     const std::string directory = BackUpDirectoryIn(Scratch.File("stick"));
     std::filesystem::permissions(Scratch.File(""), std::filesystem::perms::all);
     std::filesystem::permissions(directory, std::filesystem::perms(01777)); // only root removes root's files
+    SetVariable(StateVariable, Scratch.File("state"));
     Around.AsUser = true;
     const ProgramResult outcome = On("2026-05-01", {"backup", "--to", "stick"});
     EXPECT_EQ(outcome.Status, 1);
@@ -191,6 +192,8 @@ TEST_F(BackUpCommandTest, AnOlderBackupThatCannotBeRemovedIsAnError)
         "permissions, and whether a program has an older backup open\n"))
         << outcome.Error;
     EXPECT_TRUE(std::filesystem::exists(directory + "/2026-05-01-120000_02-journal.db"));
+    EXPECT_EQ(FileBytes(BackUpDirectoryIn(Scratch.File("state/plantjournal/backups")) + "/last-backup"),
+              "2026-05-01\n"); // so that no notice offers a backup
     Around.AsUser = false;
 }
 

@@ -80,6 +80,8 @@ PlantBackUpRotation Rotate(const std::string& source, const std::string& directo
     Progress bar("Backing up");
     PlantBackUpRotation rotation;
     const PlantFileResult result = RotatePlantBackUps(source, directory, {}, rotation, ShownOn(bar));
+    if (!rotation.Path.empty())
+        RememberBackUp(source);
     if (!result && !rotation.Path.empty())
         throw Refusal(result.Error + "; the new backup " + rotation.Path +
                       " is complete; check the permissions, and whether a program has an older backup open");
@@ -91,7 +93,6 @@ void BackUpByDate(const Session& session, const std::string& directory)
 {
     const std::string source = session.Path();
     const PlantBackUpRotation rotation = Rotate(source, directory);
-    RememberBackUp(source);
     if (session.AsJSON)
     {
         JSON object = JSON::Object();
