@@ -113,6 +113,22 @@ TEST_F(BackUpCommandTest, TheListShowsABackupThatCannotBeRead)
     EXPECT_EQ(JSON::parse(DoneOn("2026-05-01", {"backup", "--list", "--json"})).at(0).at("Kind"), "NotADatabase");
 }
 
+TEST_F(BackUpCommandTest, TheListHasTheErrorOfABackupThatIsNotReadable)
+{
+    DoneOn("2026-05-01", {"backup", "--to", "stick"});
+    const std::string made = BackUpDirectoryIn(Scratch.File("stick")) + "/2026-05-01-120000-journal.db";
+    const Words list = {"backup", "--list", "--json", "--to", "stick"};
+    EXPECT_EQ(JSON::parse(DoneOn("2026-05-01", list)).at(0).at("Error"), "");
+    std::filesystem::permissions(Scratch.File(""), std::filesystem::perms(0755));
+    std::filesystem::permissions(made, std::filesystem::perms::none);
+    Around.AsUser = true;
+    const JSON backUp = JSON::parse(DoneOn("2026-05-01", list)).at(0);
+    EXPECT_EQ(backUp.at("Kind"), nullptr);
+    EXPECT_EQ(backUp.at("Bytes"), std::filesystem::file_size(made));
+    EXPECT_EQ(backUp.at("Error"), made + ": opening: unable to open database file");
+    Around.AsUser = false;
+}
+
 TEST_F(BackUpCommandTest, OptionsThatDoNotGoTogetherAreRefused)
 {
     EXPECT_NE(Mistaken({"backup", "x.db", "--list"}).find("DESTINATION does not go with --to or --list"),

@@ -121,9 +121,13 @@ void ListBackUps(const Session& session, const std::string& directory)
     {
         PlantFileInspection found;
         const PlantFileResult read = InspectPlantDatabase(file.Path, found);
+        found.Bytes = file.Bytes;
         JSON object = JSON::Object();
         object.Add("Time", JSONOf(file.Time));
         object.AddFieldsOf(InspectionJSON(file.Path, found));
+        if (!read)
+            object.Add("Kind", JSON::Null());
+        object.Add("Error", JSONOf(read.Error));
         array.Add(std::move(object));
         rows.push_back({file.Time, AgoText(file.Time.substr(0, 10), PlantEventCurrentDate()),
                         std::to_string(file.Bytes), read ? ContentInWords(found) : read.Error, file.Path});
