@@ -34,6 +34,25 @@ TEST_F(BackUpCommandTest, WithoutADestinationItIsInTheStateDirectory)
                                         "/2026-05-01-120000-journal.db"));
 }
 
+TEST_F(BackUpCommandTest, OnlyTheOwnerCanReadTheStateDirectory)
+{
+    using std::filesystem::perms;
+    for (const Words& words : {Words{"backup"}, {"backup", "copy.db"}})
+    {
+        const std::string state = Scratch.File("state of " + words.back());
+        SetVariable(StateVariable, state);
+        DoneOn("2026-05-01", words);
+        for (const char* name : {"", "/plantjournal", "/plantjournal/backups"})
+            EXPECT_EQ(std::filesystem::status(state + name).permissions(), perms::owner_all) << state << name;
+        const std::string directory = BackUpDirectoryIn(state + "/plantjournal/backups");
+        EXPECT_EQ(std::filesystem::status(directory).permissions(), perms::owner_all) << directory;
+    }
+    DoneOn("2026-05-01", {"backup", "--to", "stick"}); // has the permissions of any new directory
+    std::filesystem::create_directory(Scratch.File("any"));
+    EXPECT_EQ(std::filesystem::status(Scratch.File("stick")).permissions(),
+              std::filesystem::status(Scratch.File("any")).permissions());
+}
+
 TEST_F(BackUpCommandTest, OlderBackupsAreRemovedByDaysWeeksAndMonths)
 {
     EXPECT_EQ(DoneOn("2026-05-01", {"backup"}).find("removed"), std::string::npos);

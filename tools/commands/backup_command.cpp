@@ -5,6 +5,7 @@
 #include "commands/print.h"
 #include "journal/backup_place.h"
 #include "journal/file_result.h"
+#include "journal/own_directory.h"
 #include "plant_file.h"
 #include "record/elapsed.h"
 #include "refusal.h"
@@ -157,9 +158,11 @@ void RunBackUp(const Session& session, const BackUpArguments& arguments)
         return BackUpTo(session, arguments.Destination, arguments.Overwrite);
     const std::string place = arguments.To.value_or("");
     if (arguments.List)
-        ListBackUps(session, BackUpsToRead(session.Path(), place));
-    else
-        BackUpByDate(session, BackUpDirectory(session.Path(), place));
+        return ListBackUps(session, BackUpsToRead(session.Path(), place));
+    const std::string directory = BackUpDirectory(session.Path(), place);
+    if (!arguments.To && Exists(session.Path()))
+        CreateOwnDirectory(PathOfText(directory));
+    BackUpByDate(session, directory);
 }
 
 } // namespace

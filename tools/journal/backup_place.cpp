@@ -1,5 +1,6 @@
 #include "journal/backup_place.h"
 
+#include "journal/own_directory.h"
 #include "journal/undo_record.h"
 #include "plant_file.h"
 #include "plant_validation.h"
@@ -58,7 +59,7 @@ std::string StoredDay(const std::filesystem::path& file)
 
 void StoreDay(const std::filesystem::path& file, const std::string& day)
 {
-    std::filesystem::create_directories(file.parent_path());
+    CreateOwnDirectory(file.parent_path());
     static_cast<void>(OpenedFile(file, Opening::CreateOrTruncate, Access::Owner).Write(day + '\n'));
 }
 

@@ -1,5 +1,6 @@
 #include "journal/undo_store.h"
 
+#include "journal/own_directory.h"
 #include "journal/path.h"
 #include "refusal.h"
 #include "system.h"
@@ -90,7 +91,7 @@ std::string UndoStore::CopyPath() const
 
 std::string UndoStore::TemporaryPrefix() const
 {
-    CreateDirectory();
+    CreateOwnDirectory(Directory);
     return TextOfPath(Directory / "copy.db-");
 }
 
@@ -108,7 +109,7 @@ std::optional<UndoRecord> UndoStore::Load() const
 
 void UndoStore::Save(const UndoRecord& record, const std::string& copy) const
 {
-    CreateDirectory();
+    CreateOwnDirectory(Directory);
     const std::filesystem::path part =
         Directory / "last-change.part"; // no other process writes to it: the journal is locked
     WriteSynced(part, Encoded(record));
@@ -124,23 +125,6 @@ void UndoStore::Remove() const
 {
     RemoveFile(RecordPath());
     RemoveFile(PathOfText(CopyPath()));
-}
-
-void UndoStore::CreateDirectory() const
-{
-    std::filesystem::path created = Directory.root_path();
-    for (const std::filesystem::path& name : Directory.relative_path())
-    {
-        created /= name;
-        if (AddDirectory(created, Access::Owner))
-            continue;
-        std::error_code error = LastSystemError();
-        if (std::error_code ignored; std::filesystem::is_directory(created, ignored))
-            continue;
-        if (error == std::errc::file_exists)
-            error = std::make_error_code(std::errc::not_a_directory);
-        throw Refusal(TextOfPath(created) + ": creating the directory: " + error.message() + "; check the permissions");
-    }
 }
 
 void UndoStore::SyncDirectory() const

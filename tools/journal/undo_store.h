@@ -35,7 +35,6 @@ class UndoStore
     void Remove() const;
 
   private:
-    void CreateDirectory() const;
     void SyncDirectory() const;
     std::filesystem::path RecordPath() const { return Directory / "last-change"; }
 
