@@ -59,8 +59,8 @@ enum class FileLock
     Unavailable // the file is not open, or the file system has no such locks
 };
 
-// An open file, closed at the end of its scope. A child process does not inherit it. No call follows a symbolic link in
-// the last part of a path, or waits for the other end of a pipe.
+// An open file, closed at the end of its scope. A child process does not inherit it. Opening does not follow a symbolic
+// link in the last part of a path, and does not wait for the other end of a pipe.
 class OpenedFile
 {
   public:

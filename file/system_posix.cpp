@@ -23,7 +23,7 @@ namespace
 
 // In the order of Opening.
 constexpr std::array<int, 5> OpenFlags = {O_RDONLY | O_NONBLOCK, O_RDWR, O_RDWR | O_CREAT | O_EXCL, O_RDWR | O_CREAT,
-                                          O_WRONLY | O_CREAT | O_TRUNC};
+                                          O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK};
 
 int OpenDescriptor(const std::filesystem::path& path, Opening opening, Access access)
 {

@@ -90,6 +90,7 @@ TEST_F(SystemTest, NoOpeningFollowsALinkOrWaitsForAPipe)
     EXPECT_EQ(FileBytes(Scratch.File("file")), "text");
     ASSERT_EQ(mkfifo(Scratch.File("pipe").c_str(), 0600), 0);
     EXPECT_TRUE(OpenedFile(Named("pipe"), Opening::Read, Access::Owner).IsOpen());
+    EXPECT_FALSE(OpenedFile(Named("pipe"), Opening::CreateOrTruncate, Access::Owner).IsOpen());
 }
 
 TEST_F(SystemTest, AChildProcessDoesNotInheritAFile)
