@@ -186,15 +186,16 @@ struct PlantBackUpPolicy
 /// The result of a rotation.
 struct PlantBackUpRotation
 {
-    std::string Path;                 ///< The new backup. Empty after an error, unless the backup is complete.
+    std::string Path;                 ///< The new backup. Empty after an error, unless the backup is synced in place.
     std::vector<std::string> Dropped; ///< The backups that were removed, the newest first.
 };
 
 /// Makes a backup with the date and time as its name, then removes older backups that the policy does not keep.
 ///
 /// A backup of journal.db is named like `2026-05-01-140307-journal.db`: local time, then the name of the journal. A
-/// second one in the same second is `2026-05-01-140307_02-journal.db`. The names of the backups sort by time. The
-/// backup is made, checked and synced as by BackUpPlantDatabase(). Only then are older backups removed.
+/// second one in the same second is `2026-05-01-140307_02-journal.db`. The names of the backups sort by time, except
+/// in an hour that a clock change repeats. The backup is made, checked and synced as by BackUpPlantDatabase(). Only
+/// then are older backups removed.
 ///
 /// The policy counts only the days, weeks and months that have a backup, and begins with the newest. After a long
 /// break, the backups from before it are therefore kept. The new backup is always kept. A backup whose name has a later
@@ -226,7 +227,8 @@ struct PlantBackUpFile
     std::int64_t Bytes = 0; ///< The size of the file.
 };
 
-/// Lists the backups that RotatePlantBackUps() made of `journal` in `directory`, the newest first. Does not open them.
+/// Lists the backups that RotatePlantBackUps() made of `journal` in `directory`, the newest first by their names.
+/// Does not open them.
 /// @param journal  The journal. It need not exist.
 /// @param directory  The backups' directory. Where it does not exist, the list is empty.
 /// @param out  Written back in every case; empty after an error.

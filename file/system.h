@@ -1,5 +1,5 @@
-// What this library and the command need of the operating system. system_posix.cpp and system_windows.cpp implement
-// it; no other file of file/ and tools/ contains code for one system.
+// What this library and the command need of the operating system. The files system_*.cpp implement it. Of the source
+// files, only they and tools/terminal/console_*.cpp contain code for one system.
 //
 // A function that returns false has failed, and LastSystemError() has the reason until the next call.
 #pragma once
