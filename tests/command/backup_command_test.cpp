@@ -72,6 +72,8 @@ TEST_F(BackUpCommandTest, QuietAndJSONNameTheBackup)
     const JSON second = JSON::parse(DoneOn("2026-05-01", {"backup", "--json"}));
     EXPECT_EQ(second, (JSON{{"BackUp", PathIn(directory, "2026-05-01-120000_02-journal.db")},
                             {"Removed", {first.substr(0, first.size() - 1)}}}));
+    EXPECT_EQ(JSON::parse(DoneOn("2026-05-01", {"backup", "copy.db", "--json"})),
+              (JSON{{"BackUp", "copy.db"}, {"Removed", JSON::array()}}));
 }
 
 TEST_F(BackUpCommandTest, JournalsOfOneNameKeepTheirOwnBackups)

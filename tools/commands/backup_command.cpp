@@ -68,11 +68,21 @@ void BackUpWithProgress(const std::string& source, const std::string& destinatio
     RequireBackUp(result, source, {}, AdviceForDestination(destination));
 }
 
+void PrintBackUpJSON(const PlantBackUpRotation& rotation)
+{
+    JSON object = JSON::Object();
+    object.Add("BackUp", JSONOf(rotation.Path));
+    object.Add("Removed", JSONOf(rotation.Dropped));
+    PrintJSON(object);
+}
+
 void BackUpTo(const Session& session, const std::string& destination, bool overwrite)
 {
     const std::string source = session.Path();
     BackUpWithProgress(source, destination, overwrite);
     RememberBackUp(source);
+    if (session.AsJSON)
+        return PrintBackUpJSON({destination, {}});
     ReportCopy(session, "Backed up " + source + " to " + destination);
 }
 
@@ -95,12 +105,7 @@ void BackUpByDate(const Session& session, const std::string& directory)
     const std::string source = session.Path();
     const PlantBackUpRotation rotation = Rotate(source, directory);
     if (session.AsJSON)
-    {
-        JSON object = JSON::Object();
-        object.Add("BackUp", JSONOf(rotation.Path));
-        object.Add("Removed", JSONOf(rotation.Dropped));
-        return PrintJSON(object);
-    }
+        return PrintBackUpJSON(rotation);
     const std::size_t removed = rotation.Dropped.size();
     std::cout << (session.Quiet ? Printable(rotation.Path)
                                 : Printable("Backed up " + source + " to " + rotation.Path) +
