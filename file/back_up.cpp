@@ -153,16 +153,20 @@ void CopySource::CopyTo(PartFile& part, const PlantBackUpProgress& progress) con
 
 void CreateSyncedDirectory(const std::filesystem::path& directory)
 {
+    constexpr const char* step = "creating the directory";
     std::vector<std::filesystem::path> missing;
     const auto look = [&]
     {
         for (std::filesystem::path path = directory; !std::filesystem::exists(path); path = path.parent_path())
+        {
+            if (std::filesystem::is_symlink(path))
+                Fail(step, TextOfPath(path) + " is a symbolic link to a directory that does not exist");
             missing.push_back(path);
+        }
     };
     WithPathErrors(look);
     for (auto path = missing.rbegin(); path != missing.rend(); ++path)
     {
-        constexpr const char* step = "creating the directory";
         // Opened first, so that no new directory is left in one that cannot be listed and synced.
         const OpenedDirectory parent(path->parent_path());
         RequireSystemCall(parent.IsOpen(), step);

@@ -169,10 +169,15 @@ TEST_F(RotationFailureTest, ADirectoryIsCreatedOnlyWhereItsNameCanBeSynced)
 
 TEST_F(RotationFailureTest, ABrokenLinkAsTheDirectoryIsAnError)
 {
-    Place = Scratch.File("broken");
-    std::filesystem::create_symlink(Scratch.File("missing"), Place);
-    EXPECT_EQ(RotateAt(Second), Place + ": creating a temporary file: No such file or directory");
-    EXPECT_TRUE(std::filesystem::is_symlink(Place));
+    const std::string link = Scratch.File("broken");
+    std::filesystem::create_symlink(Scratch.File("missing"), link);
+    for (const std::string& place : {link, link + "/garden/backups"})
+    {
+        Place = place;
+        EXPECT_EQ(RotateAt(Second), Place + ": creating the directory: " + link +
+                                        " is a symbolic link to a directory that does not exist");
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
     EXPECT_FALSE(std::filesystem::exists(Scratch.File("missing")));
 }
 
