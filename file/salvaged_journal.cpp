@@ -236,8 +236,10 @@ void SalvagedJournal::ClearLinks(PlantSalvageReport& report)
 {
     for (const char* sql :
          {"UPDATE Plants SET MotherPlantID=NULL WHERE MotherPlantID NOT IN (SELECT ID FROM Plants);",
-          "UPDATE PlantCareEntries SET TimelineEventID=NULL WHERE TimelineEventID NOT IN (SELECT ID FROM PlantEvents);",
-          "UPDATE HarvestRecords SET TimelineEventID=NULL WHERE TimelineEventID NOT IN (SELECT ID FROM PlantEvents);"})
+          "UPDATE PlantCareEntries SET TimelineEventID=NULL WHERE TimelineEventID IS NOT NULL AND TimelineEventID NOT "
+          "IN (SELECT ID FROM PlantEvents);", // NULL is not in a table without rows
+          "UPDATE HarvestRecords SET TimelineEventID=NULL WHERE TimelineEventID IS NOT NULL AND TimelineEventID NOT IN "
+          "(SELECT ID FROM PlantEvents);"})
     {
         Run(sql);
         report.ClearedLinks += sqlite3_changes(Journal.Handle());

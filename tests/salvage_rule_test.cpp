@@ -117,6 +117,25 @@ TEST_F(SalvageRuleTest, ALinkToALostEventIsCleared)
     EXPECT_EQ(report.PlaceholderPlants, 0);
 }
 
+TEST_F(SalvageRuleTest, ARecordWithoutALinkHasNoneThatIsCleared)
+{
+    Write("UPDATE PlantCareEntries SET TimelineEventID=NULL WHERE ID=(SELECT min(ID) FROM PlantCareEntries);");
+    const std::string links =
+        PlainConnection(Path).Value("SELECT (SELECT count(TimelineEventID) FROM PlantCareEntries)+count("
+                                    "TimelineEventID) FROM HarvestRecords;");
+    ASSERT_EQ(links, "1");
+    const std::string whole = FileBytes(Path);
+    ZeroTable("PlantEvents");
+    EXPECT_EQ(Salvage().ClearedLinks, 1);
+
+    WriteBytes(Path, whole);
+    Write("UPDATE PlantCareEntries SET TimelineEventID=NULL; UPDATE HarvestRecords SET TimelineEventID=NULL; "
+          "DELETE FROM PlantEvents;");
+    const PlantSalvageReport report = Salvage();
+    EXPECT_EQ(report.ClearedLinks, 0);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsMissing, 0);
+}
+
 TEST_F(SalvageRuleTest, LostStrainsAreCountedByTheirNames)
 {
     ZeroTable("Strains");
