@@ -35,7 +35,7 @@ class DamagedFile
     std::int64_t SizeBeforeRollback() const { return SizeOfFile; }
     // Whether an interrupted write is rolled back, at least in part.
     bool RollsBack() const { return Rollback.PageSize != 0; }
-    // Whether the rollback journal of an interrupted write is damaged.
+    // Whether an interrupted write is not, or not wholly, rolled back.
     bool RollbackIsDamaged() const { return Rollback.IsDamaged; }
     // The bytes at `offset`. Bytes that do not exist, or that the disk cannot read, are zeros. The result is the number
     // of bytes before the first of these.

@@ -316,8 +316,9 @@ struct PlantSalvageReport
     /// The pages of the number in the file's header that the file does not have whole: it was cut short, or the number
     /// is damaged.
     std::int64_t MissingPages = 0;
-    /// Whether the rollback journal of an interrupted write is damaged. Rows may then have values from that write, or
-    /// be missing.
+    /// Whether an interrupted write was not, or not wholly, rolled back: its rollback journal is damaged, or it was the
+    /// first write in a new file, whose rollback would leave no row. Rows may then have values from that write, or be
+    /// missing.
     bool RollbackIsDamaged = false;
 };
 
@@ -326,8 +327,9 @@ struct PlantSalvageReport
 ///
 /// The function reads the pages of the file itself, so it also works where SQLite cannot open the file: with a damaged
 /// header, schema or tree, or with a part of the file only. It does not change the damaged file or its rollback
-/// journal. If a write was interrupted, the function reads what the rollback would restore. It does not read a
-/// write-ahead log, which a journal never has, but reports it. Other processes cannot write to the file meanwhile.
+/// journal. If a write was interrupted, the function reads what the rollback would restore, unless that is an empty
+/// file. It does not read a write-ahead log, which a journal never has, but reports it. Other processes cannot write to
+/// the file meanwhile.
 ///
 /// The function needs up to 4 MB of memory, mostly for SQLite, 200 bytes for each page of the damaged file, and room
 /// for the rows of one page. Where a table may have deleted rows, or an index names more rows than its pages have, it

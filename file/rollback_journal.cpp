@@ -133,8 +133,12 @@ RollbackJournal ReadRollbackJournal(const std::filesystem::path& file)
     if (result.IsDamaged)
         return result;
     ReadRecords(journal, first, result); // with another wrong size of a sector, no record is found
-    if (result.Pages.empty())            // the file was not changed yet, or the rollback journal is damaged
+    if (result.Pages.empty()) // the file was not changed yet, the rollback journal is damaged, or the file was new
+    {
+        // The rollback of the first write in a new file leaves no page: its rows are better than none.
+        result.IsDamaged = result.IsDamaged || first.PageCount() == 0;
         return result;
+    }
     result.PageSize = first.PageSize();
     result.PageCount = first.PageCount();
     return result;

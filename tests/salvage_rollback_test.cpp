@@ -3,6 +3,7 @@
 #include "plant_file.h"
 
 #include "support/salvage_test.h"
+#include "testing/old_files.h"
 
 #include <filesystem>
 
@@ -165,6 +166,17 @@ TEST_F(SalvageRollbackTest, ARollbackJournalOfAWriteThatChangedNothingIsNotDamag
         EXPECT_FALSE(report.RollbackIsDamaged) << rollback.size();
         EXPECT_TRUE(RowsOf(Destination) == Before);
     }
+}
+
+TEST_F(SalvageRollbackTest, RowsOfTheFirstWriteInANewFileAreKeptAndReported)
+{
+    Path = Scratch.File("new.db"); // its rollback leaves an empty file
+    Interrupt({}, OldFiles().back().SQL);
+    ASSERT_EQ(Rollback.substr(8, 4) + PageCount(), std::string(8, '\0')); // the first segment has no record
+    const PlantSalvageReport report = Salvage();
+    EXPECT_FALSE(report.RolledBack);
+    EXPECT_TRUE(report.RollbackIsDamaged);
+    EXPECT_GT(TableOf(report, "Plants").RowsRead, 0);
 }
 
 TEST_F(SalvageRollbackTest, ARollbackJournalThatIsKeptIsNotDamaged)

@@ -108,8 +108,7 @@ TEST_F(SalvageCommandTest, AnInterruptedWriteIsReported)
     WriteBytes(interrupted + "-journal", journal);
     EXPECT_EQ(Parsed({"salvage", "interrupted.db", "3.db"}).at("InterruptedWrite"), "NotRolledBack");
     const std::string out = Done({"salvage", "interrupted.db", "4.db"});
-    EXPECT_NE(out.find("\nThe rollback journal of an interrupted write is damaged: rows can have values from that "
-                       "write.\n"),
+    EXPECT_NE(out.find("\nAn interrupted write was not wholly rolled back: rows can have values from that write.\n"),
               std::string::npos)
         << out;
 }

@@ -102,7 +102,7 @@ void DescribeSalvage(const std::string& destination, const PlantSalvageReport& r
     if (report.MissingPages != 0)
         std::cout << "Pages that the damaged file has lost at its end: " << report.MissingPages << '\n';
     if (report.RollbackIsDamaged)
-        std::cout << "The rollback journal of an interrupted write is damaged: rows can have values from that write.\n";
+        std::cout << "An interrupted write was not wholly rolled back: rows can have values from that write.\n";
     else if (report.RolledBack)
         std::cout << "An interrupted write is not part of the new journal.\n";
     std::cout << ChangedValues << '\n'
