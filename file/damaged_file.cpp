@@ -25,6 +25,16 @@ sqlite3_file* LockShared(sqlite3* db)
     return file;
 }
 
+// Whether another connection is preparing a write. It cannot change the file during a read.
+bool IsBeingWritten(sqlite3_file* file)
+{
+    int isReserved = 0;
+    const int result = file->pMethods->xCheckReservedLock(file, &isReserved);
+    if (result != SQLITE_OK)
+        Fail("opening", sqlite3_errstr(result));
+    return isReserved != 0;
+}
+
 } // namespace
 
 std::int64_t PageCountInHeader(const Bytes& header)
@@ -40,6 +50,8 @@ DamagedFile::DamagedFile(const std::filesystem::path& path, const PlantBackUpPro
     std::filesystem::path journal = path;
     journal += "-journal";
     Rollback = ReadRollbackJournal(journal);
+    if (IsBeingWritten(File)) // the rollback journal is that of the other connection
+        Rollback = RollbackJournal();
     if (Rollback.PageSize == 0)
         return;
     Journal.open(journal, std::ios::binary);
@@ -131,6 +143,7 @@ std::size_t DamagedFile::ReadRestored(std::int64_t offset, Bytes& out)
             Journal.seekg(found->second + inPage);
             Journal.read(reinterpret_cast<char*>(&out[done]), static_cast<std::streamsize>(size));
             read = static_cast<std::size_t>(Journal.gcount());
+            Rollback.IsDamaged = Rollback.IsDamaged || read < size; // the record was whole before
         }
         if (readable == done)
             readable += read;

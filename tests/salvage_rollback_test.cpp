@@ -86,6 +86,45 @@ TEST_F(SalvageRollbackTest, ARollbackJournalThatWasNeverSyncedIsApplied)
     EXPECT_TRUE(RowsOf(Destination) == Before);
 }
 
+TEST_F(SalvageRollbackTest, TheRollbackJournalOfARunningWriteIsNotApplied)
+{
+    const PlainConnection writer(Path);
+    writer.RunSQL("PRAGMA journal_mode=TRUNCATE; PRAGMA synchronous=OFF; BEGIN IMMEDIATE; UPDATE PlantEvents SET "
+                  "Details='changed';");
+    ASSERT_EQ(FileBytes(Path + "-journal").substr(0, 2), "\xD9\xD5"); // it looks like that of an interrupted write
+    int calls = 0;
+    const auto endTheWrite = [&](std::int64_t /*done*/, std::int64_t /*total*/)
+    {
+        if (++calls == 2)
+            writer.RunSQL("ROLLBACK;");
+        return true;
+    };
+    PlantSalvageReport report;
+    const PlantFileResult result = SalvagePlantDatabase(Path, Destination, report, endTheWrite);
+    EXPECT_TRUE(result) << result.Error;
+    EXPECT_GT(calls, 2);
+    EXPECT_FALSE(report.RolledBack);
+    EXPECT_FALSE(report.RollbackIsDamaged);
+    EXPECT_TRUE(RowsOf(Destination) == Before);
+}
+
+TEST_F(SalvageRollbackTest, ARollbackJournalThatIsCutMeanwhileIsReported)
+{
+    Interrupt();
+    int calls = 0;
+    const auto cut = [&](std::int64_t /*done*/, std::int64_t /*total*/)
+    {
+        if (++calls == 2)
+            WriteBytes(Path + "-journal", Rollback.substr(0, Header));
+        return true;
+    };
+    PlantSalvageReport report;
+    const PlantFileResult result = SalvagePlantDatabase(Path, Destination, report, cut);
+    EXPECT_TRUE(result) << result.Error;
+    EXPECT_TRUE(report.RolledBack);
+    EXPECT_TRUE(report.RollbackIsDamaged);
+}
+
 TEST_F(SalvageRollbackTest, ARecordThatIsCutShortOrDamagedEndsTheRollback)
 {
     constexpr std::size_t header = 512; // the size of a sector
