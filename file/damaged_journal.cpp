@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace plant_file
@@ -20,6 +21,32 @@ namespace
 
 // How many of the rows of a table an index of it may lack: a damaged row ID is not in the index.
 constexpr std::size_t MostMissing = 10; // percent
+
+// Whether the definition of an entry of the schema begins with this statement and the name.
+bool IsDefinedBy(std::string_view statement, const std::string& name, const std::string& definition)
+{
+    constexpr std::string_view quotes = "\"'`[";
+    constexpr std::string_view behindName = "\"'`]( \t\r\n";
+    if (definition.compare(0, statement.size(), statement) != 0)
+        return false;
+    const std::size_t at = statement.size() + (quotes.find(definition[statement.size()]) != quotes.npos ? 1 : 0);
+    return definition.compare(at, name.size(), name) == 0 &&
+           behindName.find(definition[at + name.size()]) != behindName.npos;
+}
+
+// Whether the type and the name of an entry of the schema agree with its definition. Other programs may have added
+// tables, views and triggers. No table depends on an index.
+bool IsConsistent(const Values& entry)
+{
+    constexpr std::pair<std::string_view, std::string_view> statements[] = {
+        {"table", "CREATE TABLE "}, {"view", "CREATE VIEW "}, {"trigger", "CREATE TRIGGER "}};
+    const std::string& type = entry[0].Text;
+    return type == "index" || std::any_of(std::begin(statements), std::end(statements),
+                                          [&](const auto& statement) {
+                                              return type == statement.first &&
+                                                     IsDefinedBy(statement.second, entry[1].Text, entry[4].Text);
+                                          });
+}
 
 } // namespace
 
@@ -60,18 +87,10 @@ bool DamagedJournal::ReadSchema()
         for (const PageRow& row : rows.List)
         {
             AddSchemaEntry(row.Stored);
-            isWhole = IsKnown(Schema.back()) && isWhole;
+            isWhole = IsConsistent(row.Stored) && isWhole;
         }
     }
     return isWhole;
-}
-
-// Whether a journal has such an entry, as far as its type and its name show.
-bool DamagedJournal::IsKnown(const SchemaEntry& entry) const
-{
-    return entry.Type == "index" || (entry.Type == "table" && std::any_of(Tables.begin(), Tables.end(),
-                                                                          [&](const MappedTable& table)
-                                                                          { return table.Table.Name == entry.Name; }));
 }
 
 void DamagedJournal::AddSchemaEntry(const Values& values)

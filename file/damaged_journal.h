@@ -41,7 +41,6 @@ class DamagedJournal
     };
 
     bool ReadSchema();
-    bool IsKnown(const SchemaEntry& entry) const;
     void AddSchemaEntry(const Values& values);
     void FollowTables(bool schemaIsWhole);
     void CompareWithIndexes(std::size_t table);

@@ -4,6 +4,7 @@
 
 #include "support/migration_test.h"
 #include "support/salvage_test.h"
+#include "testing/old_files.h"
 
 #include <filesystem>
 
@@ -81,11 +82,26 @@ TEST_F(SalvageSchemaTest, ADamagedNameOfAColumnCostsNoRow)
 TEST_F(SalvageSchemaTest, ADamagedTypeOrNameOfATableCostsNoRow)
 {
     const std::string whole = FileBytes(Path);
-    for (const char* set : {"type='tablf'", "name='PlantEventt'"})
+    for (const char* set : {"type='tablf'", "type='Table'", "type='view'", "name='PlantEventt'", "name='PlantEvent'"})
     {
         WriteBytes(Path, whole);
         WriteSchema(std::string("UPDATE sqlite_master SET ") + set + " WHERE name='PlantEvents';");
         ExpectAllRows();
+    }
+}
+
+TEST_F(SalvageSchemaTest, AnEntryOfAnotherProgramIsNotDamage)
+{
+    for (const char* added : {"ANALYZE;", "CREATE TABLE Mine(A);",
+                              "CREATE TABLE [my own](ID INTEGER PRIMARY KEY "
+                              "AUTOINCREMENT);",
+                              "CREATE VIEW Names AS SELECT Name FROM Plants;",
+                              "CREATE TRIGGER Added AFTER INSERT ON Plants BEGIN SELECT 1; END;"})
+    {
+        WriteOldFile(Path, OldFiles().front()); // without some tables, which could be lost
+        PlainConnection(Path).RunSQL(added);
+        for (const PlantSalvageTable& table : Salvage().Tables)
+            EXPECT_TRUE(table.IsWhole) << added << ' ' << table.Name;
     }
 }
 
