@@ -185,7 +185,8 @@ Children ChildrenOf(const Page& page)
 {
     Children children;
     const CellCount count = CountCells(page);
-    children.IsWhole = count.IsRight && count.Number != 0;
+    // Page 1 has no cell where the rows of its only child do not fit behind the header of the file.
+    children.IsWhole = count.IsRight && (count.Number != 0 || page.Number == 1);
     std::int64_t before = std::numeric_limits<std::int64_t>::min();
     for (const std::size_t pointer : CellPointers(page))
     {

@@ -105,6 +105,25 @@ TEST_F(SalvageSchemaTest, AnEntryOfAnotherProgramIsNotDamage)
     }
 }
 
+TEST_F(SalvageSchemaTest, AFirstPageWithoutACellIsNotDamage)
+{
+    // Moves all rows of the schema to a new page, the only child of the first one.
+    constexpr std::size_t size = 4096;
+    WriteOldFile(Path, OldFiles().front()); // without some tables, which could be lost
+    std::string bytes = FileBytes(Path);
+    ASSERT_EQ(bytes[100], '\x0D');
+    const std::size_t pointers = 8 + 2 * static_cast<std::size_t>(bytes[104]);
+    std::string child = bytes.substr(100, pointers);
+    child += std::string(100, '\0') + bytes.substr(100 + pointers, size - 100 - pointers);
+    bytes[31] = static_cast<char>(bytes.size() / size + 1); // the number of pages
+    const std::string header = std::string("\5\0\0\0\0\x10\0\0\0\0\0", 11) + bytes[31];
+    bytes.replace(100, size - 100, header + std::string(size - 112, '\0'));
+    WriteBytes(Path, bytes + child);
+    ASSERT_EQ(Damage(PlainConnection(Path).NativeHandle()), "ok");
+    for (const PlantSalvageTable& table : Salvage().Tables)
+        EXPECT_TRUE(table.IsWhole) << table.Name;
+}
+
 TEST_F(SalvageSchemaTest, ATableWithTooFewColumnsGivesNoRow)
 {
     PlainConnection(Path).RunSQL("DROP TABLE PlantPhotos; CREATE TABLE PlantPhotos(ID INTEGER PRIMARY KEY,UUID TEXT);"
