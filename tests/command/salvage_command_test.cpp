@@ -57,6 +57,20 @@ TEST_F(SalvageCommandTest, TheTableShowsWhatIsMissingAndWhy)
     EXPECT_NE(Done({"timeline", "Basil", "--file", "new.db"}), "");
 }
 
+TEST_F(SalvageCommandTest, ATableWithoutRecordsIsShownOnlyIfItIsDamaged)
+{
+    EXPECT_EQ(Done({"salvage", "damaged.db", "new.db"}).find("SchemaMeta"), std::string::npos);
+    Lose("SchemaMeta");
+    const std::string out = Done({"salvage", "damaged.db", "another.db"});
+    EXPECT_NE(out.find("\nSchemaMeta "), std::string::npos) << out;
+    Damaged = Scratch.File("refused.db");
+    std::filesystem::copy_file(Journal, Damaged);
+    PlainConnection(Damaged).RunSQL("DROP TABLE SchemaMeta; CREATE TABLE SchemaMeta(Key TEXT PRIMARY KEY,Value TEXT);"
+                                    "INSERT INTO SchemaMeta VALUES('key',NULL);");
+    const std::string refused = Done({"salvage", "refused.db", "third.db"});
+    EXPECT_NE(refused.find("\nSchemaMeta "), std::string::npos) << refused;
+}
+
 TEST_F(SalvageCommandTest, TheJSONHasTheWholeReport)
 {
     Lose("PlantJournalEntries");

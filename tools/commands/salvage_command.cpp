@@ -84,9 +84,14 @@ void DescribeSalvage(const std::string& destination, const PlantSalvageReport& r
 {
     std::vector<Row> rows;
     for (const PlantSalvageTable& table : report.Tables)
-        if (const std::string label = TableLabel(table.Name); !label.empty())
+    {
+        std::string label = TableLabel(table.Name);
+        if (label.empty() && !(table.IsWhole && table.RowsMissing == 0)) // not of records, so only its damage matters
+            label = table.Name;
+        if (!label.empty())
             rows.push_back(
                 {label, std::to_string(table.RowsRead), std::to_string(table.RowsMissing), ReasonsOf(table)});
+    }
     PrintTable(std::cout,
                {{"Table"},
                 {"Rows read", WhenNarrow::Keep, true},
