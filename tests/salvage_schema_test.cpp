@@ -84,8 +84,11 @@ TEST_F(SalvageSchemaTest, ADamagedTypeOrNameOfATableCostsNoRow)
     const std::string whole = FileBytes(Path);
     for (const char* set : {"type='tablf'", "type='Table'", "type='view'", "name='PlantEventt'", "name='PlantEvent'"})
     {
+        SCOPED_TRACE(set);
         WriteBytes(Path, whole);
         WriteSchema(std::string("UPDATE sqlite_master SET ") + set + " WHERE name='PlantEvents';");
+        ExpectAllRows();
+        WriteSchema("DELETE FROM sqlite_master WHERE type='index';"); // which show that rows are lost
         ExpectAllRows();
     }
 }
