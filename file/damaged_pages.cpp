@@ -19,7 +19,7 @@ PageNumber CountPages(std::int64_t bytes, std::size_t pageSize)
 
 DamagedPages::DamagedPages(DamagedFile& file, const PageFormat& format)
     : File(file), Parameters(format), PageCount(CountPages(file.Size(), format.PageSize)),
-      RemainingOverflow(std::int64_t{20} * PageCount + 10'000)
+      RemainingOverflow(std::int64_t{20} * PageCount + 10'000), UsedOverflow(std::size_t{PageCount} + 1)
 {
 }
 
@@ -54,7 +54,8 @@ std::int64_t DamagedPages::CountMissing()
 
 // An overflow page begins with the number of the next one. The last one has 0 there. A page of zeros is damage: each
 // has dozens of bytes of the row, and texts and numbers have no such runs of zeros.
-bool DamagedPages::AppendOverflow(PageNumber number, std::size_t size, Bytes& payload)
+bool DamagedPages::AppendOverflow(PageNumber number, std::size_t size, Bytes& payload,
+                                  std::vector<PageNumber>* overflow)
 {
     constexpr std::size_t linkSize = 4;
     while (size > 0)
@@ -70,19 +71,32 @@ bool DamagedPages::AppendOverflow(PageNumber number, std::size_t size, Bytes& pa
         if (std::all_of(begin, end, [](unsigned char byte) { return byte == 0; }))
             return false;
         payload.insert(payload.end(), begin, end);
+        if (overflow != nullptr)
+            overflow->push_back(number);
         size -= here;
         number = BigEndian32(page.Content, 0);
     }
     return number == 0;
 }
 
-std::optional<Values> DamagedPages::ReadValues(const Page& page, const Cell& cell)
+bool DamagedPages::UseOverflow(const std::vector<PageNumber>& overflow)
+{
+    bool isNew = true;
+    for (const PageNumber number : overflow)
+    {
+        isNew = isNew && !UsedOverflow[number];
+        UsedOverflow[number] = true;
+    }
+    return isNew;
+}
+
+std::optional<Values> DamagedPages::ReadValues(const Page& page, const Cell& cell, std::vector<PageNumber>* overflow)
 {
     if (static_cast<std::int64_t>(cell.Size) > File.Size())
         return std::nullopt;
     const auto local = page.Content.begin() + static_cast<std::ptrdiff_t>(cell.LocalAt);
     Bytes payload(local, local + static_cast<std::ptrdiff_t>(cell.LocalSize));
-    if (cell.Overflow != 0 && !AppendOverflow(cell.Overflow, cell.Size - cell.LocalSize, payload))
+    if (cell.Overflow != 0 && !AppendOverflow(cell.Overflow, cell.Size - cell.LocalSize, payload, overflow))
         return std::nullopt;
     if (payload.size() != cell.Size) // it has to overflow, but the link is 0
         return std::nullopt;

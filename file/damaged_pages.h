@@ -32,15 +32,19 @@ class DamagedPages
     // The pages of the number in the header that the file does not have, or does not have whole.
     std::int64_t CountMissing();
     // The values of a cell; std::nullopt where an overflow page is missing or the values do not fit the payload.
-    std::optional<Values> ReadValues(const Page& page, const Cell& cell);
+    // `overflow` receives the numbers of these pages.
+    std::optional<Values> ReadValues(const Page& page, const Cell& cell, std::vector<PageNumber>* overflow = nullptr);
+    // Call it once for each row with overflow pages. Returns whether no earlier row has one of them.
+    bool UseOverflow(const std::vector<PageNumber>& overflow);
 
   private:
-    bool AppendOverflow(PageNumber number, std::size_t size, Bytes& payload);
+    bool AppendOverflow(PageNumber number, std::size_t size, Bytes& payload, std::vector<PageNumber>* overflow);
 
     DamagedFile& File;
     PageFormat Parameters;
     PageNumber PageCount;
     std::int64_t RemainingOverflow; // limits the work: damaged cells can share a long chain
+    std::vector<bool> UsedOverflow; // by page number
 };
 
 } // namespace plant_file

@@ -66,13 +66,17 @@ PageRows ReadPageRows(DamagedPages& pages, const Page& page, const JournalTable&
     PageRows result;
     std::vector<PageRow> rows;
     ReadParts parts;
+    bool sharesNone = true; // of its overflow pages with another row
     for (const std::optional<Cell>& cell : CellsOf(page))
     {
         if (!cell || !parts.HasNone(*cell))
             continue;
-        std::optional<Values> values = pages.ReadValues(page, *cell);
+        std::vector<PageNumber> overflow;
+        std::optional<Values> values = pages.ReadValues(page, *cell, &overflow);
         if (!values || !Fits(table, form, *values))
             continue;
+        if (!pages.UseOverflow(overflow))
+            sharesNone = false;
         parts.Add(*cell);
         rows.push_back({cell->RowID, std::move(*values)});
     }
@@ -80,7 +84,7 @@ PageRows ReadPageRows(DamagedPages& pages, const Page& page, const JournalTable&
     const CellCount cells = CountCells(page);
     const std::size_t count = PossibleCount(page, cells);
     result.Damaged = static_cast<std::int64_t>(count - std::min(count, result.List.size()));
-    result.IsWhole = cells.IsRight && result.Damaged == 0;
+    result.IsWhole = cells.IsRight && result.Damaged == 0 && sharesNone;
     return result;
 }
 

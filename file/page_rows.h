@@ -24,7 +24,8 @@ struct PageRows
 };
 
 // Reads the rows that have the form, and whose row IDs ascend: a row ID that is out of order is damaged. No two rows
-// share a byte of the page.
+// share a byte of the page. Call it once for each page: two rows with the same overflow page are damage. Both are
+// returned, since either may be the one whose link is wrong.
 PageRows ReadPageRows(DamagedPages& pages, const Page& page, const JournalTable& table, const RowForm& form);
 
 } // namespace plant_file

@@ -336,7 +336,8 @@ struct PlantSalvageReport
 /// also needs 100 bytes for each row of that table.
 ///
 /// - A row keeps its row ID and all its values. Nothing can show that a byte inside a value was changed: such a row is
-///   stored with the changed value.
+///   stored with the changed value. A damaged link can give a row a part of another row's text. If both rows are
+///   stored, the report shows the table as damaged. If the other row was deleted, nothing shows it.
 /// - The new journal has the current schema. The rows of a file with an earlier schema are converted as by a migration.
 ///   If the definition of the event table is lost, events are stored without conversion.
 /// - A row is not stored if a value has a type or a name that its column does not allow, if another row has the same

@@ -96,6 +96,19 @@ TEST_F(SalvageOverflowTest, AChainThatIsACycleOrTooShortCostsItsRow)
     }
 }
 
+TEST_F(SalvageOverflowTest, TwoRowsWithTheSameOverflowPageAreReported)
+{
+    // The first page of each chain is followed by the second page of the same one.
+    const auto second = [&](const UsedPage& page) { return page.Path.ends_with("+000001"); };
+    const auto later = std::find_if(Overflow.begin() + 2, Overflow.end(), second);
+    ASSERT_NE(later, Overflow.end());
+    SetLink(Overflow.front(), {0, 0, static_cast<char>(later->Number / 256), static_cast<char>(later->Number % 256)});
+    const PlantSalvageReport report = Salvage();
+    EXPECT_FALSE(TableOf(report, "PlantEvents").IsWhole);
+    EXPECT_TRUE(TableOf(report, "PlantJournalEntries").IsWhole);
+    EXPECT_EQ(TableOf(report, "PlantEvents").RowsRead, 23); // either row may be the whole one
+}
+
 TEST_F(SalvageOverflowTest, ManyRowsWithOneEndlessChainAreReadInLinearTime)
 {
     // Every row claims a text of nearly the size of the file, and all texts are one cycle of pages. To follow the cycle
