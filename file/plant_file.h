@@ -333,7 +333,8 @@ struct PlantSalvageReport
 ///
 /// The function needs up to 4 MB of memory, mostly for SQLite, 200 bytes for each page of the damaged file, and room
 /// for the rows of one page. Where a table may have deleted rows, or an index names more rows than its pages have, it
-/// also needs 100 bytes for each row of that table.
+/// also needs 100 bytes for each row of that table. A file that was written to do harm can make it need more memory, in
+/// proportion to the size of the file.
 ///
 /// - A row keeps its row ID and all its values. Nothing can show that a byte inside a value was changed: such a row is
 ///   stored with the changed value. A damaged link can give a row a part of another row's text. If both rows are
@@ -341,8 +342,9 @@ struct PlantSalvageReport
 /// - The new journal has the current schema. The rows of a file with an earlier schema are converted as by a migration.
 ///   If the definition of the event table is lost, events are stored without conversion.
 /// - A row is not stored if a value has a type or a name that its column does not allow, if another row has the same
-///   UUID, if a UUID has a zero byte, or if its page or a page of its text has damage that can be detected. The report
-///   counts these rows.
+///   UUID, if a UUID has a zero byte, or if its page or a page of its text has damage that can be detected. A page of
+///   a text with only zero bytes counts as damaged, although a text can have so many of them. The report counts these
+///   rows.
 /// - Deleted rows are not restored, with two exceptions. If the list of free pages and a table are damaged, and no
 ///   whole index shows which rows the table had, a deleted row may come back. It may also come back if a page of the
 ///   table or of its index was replaced by an older page.
