@@ -29,9 +29,10 @@ bool IsDefinedBy(std::string_view statement, const std::string& name, const std:
     constexpr std::string_view behindName = "\"'`]( \t\r\n";
     if (definition.compare(0, statement.size(), statement) != 0)
         return false;
-    const std::size_t at = statement.size() + (quotes.find(definition[statement.size()]) != quotes.npos ? 1 : 0);
+    const std::size_t at =
+        statement.size() + (quotes.find(definition[statement.size()]) != std::string_view::npos ? 1 : 0);
     return definition.compare(at, name.size(), name) == 0 &&
-           behindName.find(definition[at + name.size()]) != behindName.npos;
+           behindName.find(definition[at + name.size()]) != std::string_view::npos;
 }
 
 // Whether the type and the name of an entry of the schema agree with its definition. Other programs may have added
