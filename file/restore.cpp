@@ -158,7 +158,7 @@ void RestoreReadable(const SoundBackUp& backUp, const Connection& connection, co
             Fail(CopyingTheBackUp, "interrupted");
         copy->Run(untilCommitted);
     }
-    catch (const Failure&)
+    catch (...)
     {
         copy.reset();      // rolls back
         if (isInterrupted) // after another failure, the journal can have changed

@@ -156,9 +156,11 @@ TEST_F(BackUpFailureTest, ACopyThatCannotStartLeavesNoFile)
 
 TEST_F(BackUpFailureTest, AFailingAllocationLeavesNoFile)
 {
-    for (const Allocator allocator : {Allocator::New, Allocator::SQLite})
-        ExpectAllOrNothing(Scratch, Path, Destination,
-                           [&](int number) { return AllocationFailure(allocator, number + number * number / 20); });
+    const auto ofNew = [](int number) { return AllocationFailure(Allocator::New, number); };
+    const auto ofSQLite = [](int number)
+    { return AllocationFailure(Allocator::SQLite, number + number * number / 20); };
+    ExpectAllOrNothing(Scratch, Path, Destination, ofNew);
+    ExpectAllOrNothing(Scratch, Path, Destination, ofSQLite);
 }
 
 } // namespace
