@@ -133,12 +133,9 @@ TEST_F(KilledImportTest, AFileThatAnotherProgramHasLockedIsKept)
 TEST_F(KilledImportTest, AnImportTakesAnotherNumberIfItsOwnIsInUse)
 {
     // The shell locks the file of its own process ID, which the import then has.
-    const Words line = {"sh",
-                        "-c",
-                        "exec 9>\"$2.import-$$.lock\" && flock 9 && exec \"$0\" import \"$1\"",
-                        PLANTJOURNAL_COMMAND,
-                        "short.json",
-                        Journal};
+    const Words line = {
+        "sh",         "-c",   R"(exec 9>"$2.import-$$.lock" && flock 9 && exec "$0" import "$1")", PLANTJOURNAL_COMMAND,
+        "short.json", Journal};
     const ProgramResult result = RunningProgram(line, Around).End();
     EXPECT_EQ(result.Status, 0) << result.Error;
     EXPECT_EQ(Beside().size(), 2U); // the journal and the file that the shell locked

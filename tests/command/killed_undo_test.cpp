@@ -187,7 +187,7 @@ TEST_F(KilledUndoTest, UndoKeepsWhatAnotherProgramWroteAtAnyMoment)
                       const bool isDone = Run({"undo", "--yes"}).Status == 0;
                       std::string expected = Edited;
                       if (Written)
-                          expected.replace(expected.rfind("\"Tent\":\"\""), 9, "\"Tent\":\"East\"");
+                          expected.replace(expected.rfind(R"("Tent":"")"), 9, R"("Tent":"East")");
                       EXPECT_EQ(Exported(), isDone ? expected : before);
                       ++(isDone ? undone : refused);
                   });

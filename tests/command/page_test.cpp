@@ -88,13 +88,13 @@ TEST_F(ManualTest, TheManualDescribesEveryCommandAndFlag)
 
 TEST_F(ManualTest, TheManualDescribesArgumentsAndTypesOfValues)
 {
+    const char* const plantShow =
+        ".SS plant show\n.B plantjournal plant show\nPLANT [OPTION...]\n.PP\nShow every field of a plant that was entered.\n"
+        ".TP\n.I PLANT\n";
     for (
         const char* section :
         {".SH DESCRIPTION\nplantjournal keeps", "\n.ad l\n.SH NAME\nplantjournal \\- keep a plant journal: ",
-         "creates the\nfile.\n.PP\n`plantjournal help` lists",
-         ".SS plant show\n.B plantjournal plant show\nPLANT [OPTION...]\n.PP\nShow every field of a plant that was entered.\n"
-         ".TP\n.I PLANT\n",
-         ".PP\n.nf\n  plantjournal plant show Basil\n",
+         "creates the\nfile.\n.PP\n`plantjournal help` lists", plantShow, ".PP\n.nf\n  plantjournal plant show Basil\n",
          ".TP\n\\fB\\-\\-uuid\\fR \\fITEXT\\fR\npermanent identifier; generated if not given\n.TP\n",
          "\\fB\\-\\-stage\\fR \\fISTAGE\\fR\ngrowth stage: Seed, Clone, Veg, Flower, Dry, Cure, Harvested, Archived\n"})
         EXPECT_NE(Page.find(section), std::string::npos) << section;

@@ -7,6 +7,7 @@
 #include "testing/scratch_directory.h"
 
 #include <array>
+#include <cstddef>
 #include <fstream>
 #include <string>
 
@@ -55,7 +56,7 @@ std::string FieldsOf(const std::string& jpeg)
     for (const int y : {height / 4, height * 3 / 4})
         for (const int x : {width / 4, width * 3 / 4})
         {
-            const unsigned char* const pixel = pixels + 3 * (y * width + x);
+            const unsigned char* const pixel = pixels + 3 * (std::ptrdiff_t{width} * y + x);
             const auto isLight = [&](int channel) { return pixel[channel] > 127; };
             text += isLight(0) && isLight(1) && isLight(2) ? 'W'
                     : isLight(0)                           ? 'R'
