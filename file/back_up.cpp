@@ -137,13 +137,14 @@ CopySource::CopySource(const std::string& path)
 void CopySource::CopyTo(PartFile& part, const PlantBackUpProgress& progress) const
 {
     CopyToNewFile(Journal.Handle(), part.CopyPath(), "copying " + GivenPath, progress);
+    const std::string step = "checking the copy of " + GivenPath;
     try
     {
         RequireSoundCopy(part.CopyPath());
     }
     catch (Failure& failure)
     {
-        failure.Step = "checking the copy of " + GivenPath;
+        failure.Step = step;
         if (failure.Code == SQLITE_CORRUPT) // the copy has the damage of the journal
             failure.Reason = "the journal is damaged: " + failure.Reason;
         throw;

@@ -167,6 +167,16 @@ TEST_F(RotationFailureTest, ADirectoryIsCreatedOnlyWhereItsNameCanBeSynced)
     }
 }
 
+TEST_F(RotationFailureTest, ADirectoryThatIsCreatedMeanwhileIsUsed)
+{
+    Place = Scratch.File("stick/backups");
+    bool created = false;
+    const AfterFileCall create(FileCall::AddDirectory, [&] { created = std::filesystem::create_directory(Place); });
+    EXPECT_EQ(RotateAt(Second), "");
+    EXPECT_TRUE(created);
+    EXPECT_EQ(There().size(), 1U);
+}
+
 TEST_F(RotationFailureTest, ABrokenLinkAsTheDirectoryIsAnError)
 {
     const std::string link = Scratch.File("broken");

@@ -16,10 +16,27 @@ namespace
     throw Refusal(TextOfPath(directory) + ": creating the directory: " + error.message() + "; check the permissions");
 }
 
-void SyncName(const std::filesystem::path& directory)
+bool IsDirectory(const std::filesystem::path& path)
 {
+    std::error_code ignored;
+    return std::filesystem::is_directory(path, ignored);
+}
+
+void Create(const std::filesystem::path& directory)
+{
+    // Opened first, so that no new directory is left in one that cannot be listed and synced.
     const OpenedDirectory parent(directory.parent_path());
-    if (!parent.IsOpen() || !parent.Sync())
+    if (!parent.IsOpen())
+        FailToCreate(directory, LastSystemError());
+    if (!AddDirectory(directory, Access::Owner))
+    {
+        const std::error_code error = LastSystemError();
+        if (IsDirectory(directory)) // another process has created it
+            return;
+        const bool isFile = error == std::errc::file_exists;
+        FailToCreate(directory, isFile ? std::make_error_code(std::errc::not_a_directory) : error);
+    }
+    if (!parent.Sync())
         FailToCreate(directory, LastSystemError());
 }
 
@@ -31,16 +48,7 @@ void CreateOwnDirectory(const std::filesystem::path& directory)
     for (const std::filesystem::path& name : directory.relative_path())
     {
         created /= name;
-        if (AddDirectory(created, Access::Owner))
-        {
-            SyncName(created);
-            continue;
-        }
-        std::error_code error = LastSystemError();
-        if (std::error_code ignored; std::filesystem::is_directory(created, ignored))
-            continue;
-        if (error == std::errc::file_exists)
-            error = std::make_error_code(std::errc::not_a_directory);
-        FailToCreate(created, error);
+        if (!IsDirectory(created))
+            Create(created);
     }
 }
