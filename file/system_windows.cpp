@@ -218,7 +218,10 @@ class DirectoryStream
         : Search(FindFirstFileW((path / L"*").c_str(), &Found)), HasName(Search != INVALID_HANDLE_VALUE)
     {
         if (const DWORD error = GetLastError(); !HasName)
+        {
+            IsEmpty = error == ERROR_FILE_NOT_FOUND; // in the root of a drive not even "." is found
             SetLastError(LeadsThroughFile(path) ? ERROR_DIRECTORY : error);
+        }
     }
     ~DirectoryStream()
     {
@@ -231,6 +234,7 @@ class DirectoryStream
     WIN32_FIND_DATAW Found = {};
     const HANDLE Search;
     bool HasName; // in Found, which NextName() has not returned yet
+    bool IsEmpty = false;
 };
 
 OpenedDirectory::OpenedDirectory(const std::filesystem::path& path) : Stream(std::make_unique<DirectoryStream>(path)) {}
@@ -239,11 +243,13 @@ OpenedDirectory::~OpenedDirectory() = default;
 
 bool OpenedDirectory::IsOpen() const
 {
-    return Stream->Search != INVALID_HANDLE_VALUE;
+    return Stream->Search != INVALID_HANDLE_VALUE || Stream->IsEmpty;
 }
 
 std::optional<std::filesystem::path> OpenedDirectory::NextName() const
 {
+    if (Stream->IsEmpty)
+        return std::filesystem::path();
     if (std::exchange(Stream->HasName, false) || FindNextFileW(Stream->Search, &Stream->Found) != 0)
         return Stream->Found.cFileName;
     return GetLastError() == ERROR_NO_MORE_FILES ? std::optional<std::filesystem::path>(std::in_place) : std::nullopt;

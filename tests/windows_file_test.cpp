@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -324,6 +325,15 @@ TEST_F(WindowsFileTest, ThePrefixOfALongPathIsRemoved)
 {
     EXPECT_EQ(plant_file::PathOfText(R"(\\?\C:\garden\basil.db)"), LR"(C:\garden\basil.db)");
     EXPECT_EQ(plant_file::PathOfText(R"(\\?\UNC\server\garden\basil.db)"), LR"(\\server\garden\basil.db)");
+}
+
+TEST_F(WindowsFileTest, AnEmptyDriveIsAnEmptyDirectory)
+{
+    const FileCallFailure nothingFound({FileCall::OpenDirectory}, 1, ENOENT);
+    const plant_file::OpenedDirectory root(Scratch.File(""));
+    EXPECT_TRUE(nothingFound.Happened());
+    EXPECT_TRUE(root.IsOpen());
+    EXPECT_EQ(root.NextName(), std::filesystem::path());
 }
 
 TEST_F(WindowsFileTest, ADirectoryBelowAFileIsAnErrorOfItsOwn)
