@@ -94,6 +94,7 @@ TEST_F(SalvageRuleTest, APlantWhoseUUIDHasAZeroByteIsLost)
     EXPECT_EQ(report.PlaceholderPlants, 1);
     EXPECT_EQ(Salvaged(std::string("SELECT Name FROM Plants WHERE UUID='") + Mother + "'"), "Lost plant 11111111");
     EXPECT_EQ(TableOf(report, "Plants").RowsMissing, 1);
+    EXPECT_EQ(Salvaged("SELECT count(*) FROM Plants WHERE hex(UUID)='31310000'"), "0");
 }
 
 TEST_F(SalvageRuleTest, ALinkToALostMotherIsCleared)
