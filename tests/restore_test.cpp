@@ -49,6 +49,17 @@ TEST_F(RestoreTest, AnOpenJournalGoesOnWithTheRestoredContent)
     EXPECT_EQ(support::Damage(PlainConnection(Path).NativeHandle()), "ok");
 }
 
+TEST_F(RestoreTest, AValueThatItsColumnDoesNotAllowIsNotDamage)
+{
+    PlainConnection(Path).RunSQL("PRAGMA ignore_check_constraints=ON; UPDATE PlantHealthObservations SET Severity=9;");
+    ASSERT_EQ(PlainConnection(Path).Value("SELECT count(*)>0 FROM PlantHealthObservations WHERE Severity=9;"), "1");
+    ASSERT_TRUE(Database.Open(Path));
+    EXPECT_EQ(Restore(), "");
+    EXPECT_FALSE(Restoration.MustReopen);
+    EXPECT_EQ(Content(), BackedUp);
+    Database.Close();
+}
+
 TEST_F(RestoreTest, ASecondRestorationOfADayKeepsItsOwnCopy)
 {
     ASSERT_EQ(Restore(), "");
