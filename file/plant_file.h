@@ -261,8 +261,8 @@ struct PlantRestoration
 /// - A missing journal is created, with the directories above it.
 ///
 /// A file that SQLite can read and that is not a journal may belong to another program, so it is refused. A journal is
-/// refused in the same way where the damage is in the text of its schema, or in the two bytes of its header that show a
-/// write-ahead log. Move such a journal away and restore the missing one, or salvage it.
+/// refused in the same way where the damage is in the text of its schema, in the type of an event, or in the two bytes
+/// of its header that show a write-ahead log. Move such a journal away and restore the missing one, or salvage it.
 ///
 /// After a killed process or a power loss, either the former journal or the restored one is in place, and the copy of
 /// the former one can be there in both cases. The backup is not changed. An unfinished copy can be left, too. Its files
@@ -352,7 +352,8 @@ struct PlantSalvageReport
 ///   have deleted rows come last. A row whose row ID was changed can take the place of another one in this way.
 /// - If a plant is lost, its records are stored under a plant with its UUID and the name "Lost plant" with the
 ///   prefix of the UUID. It is the only kind of row that the function invents. A link to a lost mother or event becomes
-///   NULL. The plants of a lost strain keep its name.
+///   NULL. The plants of a lost strain keep its name. Links of mothers that form a cycle are kept;
+///   CheckPlantDatabase() reports them.
 /// @param damaged  The damaged file.
 /// @param destination  The new journal's file, as for BackUpPlantDatabase() in the mode `Keep`.
 /// @param report  Written back in every case; default-constructed after an error.
