@@ -40,7 +40,7 @@ TEST_F(CommandConventionTest, AUsageErrorHasStatus2AndChangesNothing)
 
 TEST_F(CommandConventionTest, ARefusalHasStatus1AndNamesTheNextStep)
 {
-    EXPECT_NE(Refused({"plant", "list"}).find("no such journal; `plantjournal plant add NAME` creates it"),
+    EXPECT_NE(Refused({"plant", "list"}).find("no such journal; `plantjournal plant add NAME` creates one"),
               std::string::npos);
     KeepEverything();
     const std::vector<std::pair<Words, std::string>> refusals = {

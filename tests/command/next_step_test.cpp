@@ -52,17 +52,20 @@ class NextStepTest : public CommandTest
 
 TEST_F(NextStepTest, WithoutAJournalTheMessageSaysHowToCreateOne)
 {
-    const std::string opened = "`plantjournal plant add NAME` creates it, --file names another";
+    const std::string step = "`plantjournal plant add NAME` creates one, --file names another";
     for (const Words& words : {Words{"plant", "list"},
                                {"feed", "Basil"},
                                {"export", "x.json"},
                                {"timeline", "Basil"},
                                {"undo"},
-                               {"plant", "add", "Cutting", "--mother", "Basil"}})
-        ExpectNextSteps({{words, opened}});
-    const std::string inspected = "`plantjournal plant add NAME` creates a journal, --file names another";
-    ExpectNextSteps({{{"check"}, inspected}, {{"check", "--repair"}, inspected}, {{"backup", "x.db"}, inspected}});
-    EXPECT_EQ(Refused({"check", "--file", "none.db"}), "plantjournal: none.db: no such file; " + inspected + "\n");
+                               {"plant", "add", "Cutting", "--mother", "Basil"},
+                               {"check"},
+                               {"check", "--repair"},
+                               {"backup", "x.db"}})
+        ExpectNextSteps({{words, step}});
+    EXPECT_EQ(Refused({"check", "--file", "none.db"}),
+              "plantjournal: none.db: no such file; `plantjournal plant add NAME --file none.db` creates one, --file "
+              "names another\n");
 }
 
 TEST_F(NextStepTest, ARecordThatIsNotFoundNamesWhatToLookAt)

@@ -168,15 +168,16 @@ TEST_F(RestoreCommandTest, AMovedJournalHasItsBackupsInTheFormerDirectory)
     std::filesystem::create_directory(Scratch.File("new"));
     std::filesystem::rename(Journal, moved);
     const std::string refusal = Refused({"restore", "--file", moved, "--yes"});
-    EXPECT_NE(refusal.find(": no backup of this journal; backups of other journals with its name are in "),
+    EXPECT_NE(refusal.find(": no backup of this journal; backups of a journal with its name are in "),
               std::string::npos)
         << refusal;
-    EXPECT_NE(refusal.find(former + "; name a backup, or with --from the directory of `plantjournal backup --to`, or "
-                                    "read what is left of a damaged journal with `plantjournal salvage`\n"),
+    EXPECT_NE(refusal.find(former + "; name a backup, or with --from that directory if the journal was moved, or with "
+                                    "--from the directory of `plantjournal backup --to`, or read what is left of a "
+                                    "damaged journal with `plantjournal salvage`\n"),
               std::string::npos)
         << refusal;
     const std::string list = Done({"backup", "--list", "--file", moved});
-    EXPECT_TRUE(list.starts_with("No backups; backups of other journals with its name are in ")) << list;
+    EXPECT_TRUE(list.starts_with("No backups; backups of a journal with its name are in ")) << list;
     EXPECT_TRUE(list.ends_with(former + "; `plantjournal backup` makes one.\n")) << list;
     const std::string place = PathIn(State, former);
     EXPECT_NE(Done({"backup", "--list", "--to", place, "--file", moved}).find("2026-05-03 12:00:00"),
@@ -412,8 +413,8 @@ TEST_F(RestoreCommandTest, AnotherProgramsFileIsRefused)
     EXPECT_NE(
         Refused({"restore", Second, "--file", foreign, "--yes"})
             .find(": The table \"t\" is not part of a journal; if this is the damaged journal, move it away and run "
-                  "`plantjournal restore`, or read what is left with `plantjournal salvage`; --file names another "
-                  "file\n"),
+                  "`plantjournal restore --file " +
+                  foreign + "`, or read what is left with `plantjournal salvage`; --file names another file\n"),
         std::string::npos);
 }
 

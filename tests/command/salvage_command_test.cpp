@@ -201,7 +201,7 @@ TEST_F(SalvageCommandTest, EachRefusalNamesTheNextStep)
 TEST_F(SalvageCommandTest, TheAdviceForADamagedJournalNamesIt)
 {
     const std::string advice =
-        "restore a backup with `plantjournal restore`, or read what is left with `plantjournal salvage`\n";
+        "restore a backup with `plantjournal restore --file damaged.db`, or read what is left with `plantjournal salvage`\n";
     std::filesystem::resize_file(Damaged, std::filesystem::file_size(Damaged) / 2);
     for (const Words& words : {Words{"plant", "list"}, {"check"}, {"backup", "copy.db"}})
     {
@@ -210,10 +210,12 @@ TEST_F(SalvageCommandTest, TheAdviceForADamagedJournalNamesIt)
         EXPECT_TRUE(Refused(line).ends_with("; " + advice)) << Refused(line);
     }
     Zero(Damaged, 0, 100);
-    EXPECT_NE(Refused({"check", "--file", "damaged.db"})
-                  .find("; if this is the damaged journal, `plantjournal restore` replaces it with a backup, and "
-                        "`plantjournal salvage` reads what is left; --file names another file\n"),
-              std::string::npos);
+    EXPECT_NE(
+        Refused({"check", "--file", "damaged.db"})
+            .find(
+                "; if this is the damaged journal, `plantjournal restore --file damaged.db` replaces it with a backup, and "
+                "`plantjournal salvage` reads what is left; --file names another file\n"),
+        std::string::npos);
     Done({"salvage", "damaged.db", "new.db"});
 }
 

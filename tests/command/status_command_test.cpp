@@ -287,7 +287,7 @@ TEST_F(NoPlantTest, EveryAnswerOfAnEmptyJournalSaysWhatToDo)
 TEST_F(NoPlantTest, AnAnswerDoesNotCreateAMissingJournal)
 {
     for (const Words& words : {Words{"status"}, {"due"}, {"log"}, {"search", "x"}, {"totals"}, {"compare", "x"}})
-        EXPECT_NE(Refused(words).find("no such journal; `plantjournal plant add NAME` creates it"), std::string::npos);
+        EXPECT_NE(Refused(words).find("no such journal; `plantjournal plant add NAME` creates one"), std::string::npos);
     EXPECT_EQ(Beside(), Words{});
 }
 

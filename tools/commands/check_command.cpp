@@ -57,20 +57,12 @@ void Report(const Session& session, const Findings& findings, const std::string&
         throw Refusal(session.Path() + ": findings: " + std::to_string(findings.size()) + "; " + done);
 }
 
-constexpr const char* ByHand = "; edit the records, or restore a backup";
-
-constexpr const char* ForDamage =
-    "; restore a backup with `plantjournal restore`, or read what is left with `plantjournal salvage`";
+constexpr const char* ByHand = "edit the records, or restore a backup";
 
 bool HasDamage(const Findings& findings)
 {
     return std::any_of(findings.begin(), findings.end(),
                        [](const PlantFileFinding& finding) { return finding.Kind == PlantFindingKind::Damage; });
-}
-
-const char* AdviceFor(const Findings& findings)
-{
-    return HasDamage(findings) ? ForDamage : ByHand;
 }
 
 bool CanRepairAny(const Findings& findings)
@@ -79,12 +71,22 @@ bool CanRepairAny(const Findings& findings)
                        [](const PlantFileFinding& finding) { return finding.Kind == PlantFindingKind::MissingEvent; });
 }
 
+std::string AdviceFor(const std::string& path, const Findings& findings)
+{
+    PlantFileInspection file;
+    if (findings.empty())
+        return {};
+    if (InspectPlantDatabase(path, file) && file.Kind == PlantFileKind::Foreign) // for its event types
+        return AdviceForForeign(path);
+    if (HasDamage(findings))
+        return AdviceForDamage(path);
+    return CanRepairAny(findings) ? "--repair restores the missing events" : ByHand;
+}
+
 void Check(const Session& session)
 {
     const Findings findings = FindingsIn(session.Path());
-    Report(session, findings,
-           "nothing was changed" +
-               std::string(CanRepairAny(findings) ? "; --repair restores the missing events" : AdviceFor(findings)));
+    Report(session, findings, "nothing was changed; " + AdviceFor(session.Path(), findings));
 }
 
 void BackUpBeforeRepair(const std::string& path)
@@ -100,14 +102,14 @@ void Repair(Session& session)
     const Findings findings = FindingsIn(path);
     if (!CanRepairAny(findings))
         return Report(session, findings,
-                      std::string("none of them can be repaired; nothing was changed") + AdviceFor(findings));
+                      "none of them can be repaired; nothing was changed; " + AdviceFor(path, findings));
     BackUpBeforeRepair(path);
     const std::vector<std::string> restored = RestoreMissingEvents(session);
     for (const std::string& line : restored)
         ReportChange(session, line);
     if (!session.AsJSON && !session.Quiet)
         std::cout << "Restored events: " << restored.size() << '\n';
-    Report(session, FindingsIn(path), std::string("they cannot be repaired") + ByHand);
+    Report(session, FindingsIn(path), std::string("they cannot be repaired; ") + ByHand);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "commands/backup_comparison.h"
 #include "commands/inspected_file.h"
 #include "journal/backup_place.h"
+#include "journal/next_command.h"
 #include "plant_database.h"
 #include "plant_file.h"
 #include "plant_validation.h"
@@ -89,6 +90,18 @@ void NameTheOneBeforeNow(const std::vector<PlantBackUpFile>& files, const PlantB
                   << Printable(before->Path) << '\n';
 }
 
+[[noreturn]] void RefuseWithoutBackUp(const std::string& directory, bool isFromGiven)
+{
+    const std::string others = OthersOfThisName(directory);
+    std::string advice = "name a backup";
+    if (!others.empty())
+        advice += ", or with --from that directory if the journal was moved";
+    if (!isFromGiven)
+        advice += ", or with --from the directory of `plantjournal backup --to`";
+    advice += ", or read what is left of a damaged journal with `plantjournal salvage`";
+    throw Refusal(Joined({directory + ": no backup of this journal", others, advice}, "; "));
+}
+
 // The newest good backup of a time or before. Where `wanted` is empty, none after tomorrow: a wrong clock can have made
 // it. Tomorrow's can be of another time zone.
 std::string NewestGoodBackUp(const std::string& journal, const std::string& directory, const std::string& wanted,
@@ -98,11 +111,7 @@ std::string NewestGoodBackUp(const std::string& journal, const std::string& dire
     if (const PlantFileResult result = ListPlantBackUps(journal, directory, files); !result)
         throw Refusal(result.Error + "; name a backup");
     if (files.empty())
-        throw Refusal(Joined({directory + ": no backup of this journal", OthersOfThisName(directory),
-                              std::string("name a backup") +
-                                  (isFromGiven ? "" : ", or with --from the directory of `plantjournal backup --to`") +
-                                  ", or read what is left of a damaged journal with `plantjournal salvage`"},
-                             "; "));
+        RefuseWithoutBackUp(directory, isFromGiven);
     if (wanted.empty())
         NameThoseOfTheFuture(files);
     const std::string until = wanted.empty() ? DayAfterToday() : wanted;
@@ -140,8 +149,7 @@ std::string WhyNotGood(const std::string& path)
     if (const PlantFileResult result = InspectPlantDatabase(path, file); !result)
         return result.Error;
     if (file.Kind == PlantFileKind::Interrupted)
-        return path + ": " + KindInWords(file.Kind) + ", which `plantjournal plant list --file " + path +
-               "` rolls back";
+        return path + ": " + KindInWords(file.Kind) + ", which " + NextCommand("plant list", path) + " rolls back";
     if (!IsJournal(file))
         return path + ": " + KindInWords(file.Kind);
     return DamageIn(path);

@@ -60,7 +60,7 @@ std::string AdviceAfter(const std::string& error, const std::string& journal, co
     if (error.ends_with("a symbolic link to a file that does not exist"))
         return AdviceForBrokenLink;
     return error.starts_with(journal + ": reading the schema: not a plantjournal file")
-               ? AdviceForForeign
+               ? AdviceForForeign(journal)
                : "check the paths, the permissions and the free space of the disk";
 }
 

@@ -4,6 +4,7 @@
 #include "commands/outcome.h"
 #include "commands/print.h"
 #include "journal/file_result.h"
+#include "journal/next_command.h"
 #include "plant_file.h"
 #include "record/text.h"
 #include "terminal/printable.h"
@@ -111,8 +112,8 @@ void DescribeSalvage(const std::string& destination, const PlantSalvageReport& r
     else if (report.RolledBack)
         std::cout << "An interrupted write is not part of the new journal.\n";
     std::cout << ChangedValues << '\n'
-              << "Next: `plantjournal check" << (LacksEvents(report) ? " --repair" : "") << " --file "
-              << Printable(destination) << "`\n";
+              << "Next: " << Printable(NextCommand(LacksEvents(report) ? "check --repair" : "check", destination))
+              << '\n';
 }
 
 PlantFileResult SalvageWithProgress(const std::string& damaged, const std::string& destination,

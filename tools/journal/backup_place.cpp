@@ -131,8 +131,7 @@ std::string OthersOfThisName(const std::string& directory)
     {
         const std::string other = TextOfPath(entry.path().filename());
         if (other.size() == own.size() && other.starts_with(name) && other != own)
-            found +=
-                (found.empty() ? "backups of other journals with its name are in " : ", ") + TextOfPath(entry.path());
+            found += (found.empty() ? "backups of a journal with its name are in " : ", ") + TextOfPath(entry.path());
     }
     return found;
 }

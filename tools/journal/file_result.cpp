@@ -1,9 +1,13 @@
 #include "journal/file_result.h"
 
+#include "journal/backup_place.h"
+#include "journal/next_command.h"
 #include "record/text.h"
 #include "refusal.h"
 #include "system.h"
 #include "terminal/console.h"
+
+#include <vector>
 
 namespace
 {
@@ -12,6 +16,19 @@ namespace
 bool IsDamage(const std::string& error)
 {
     return error.ends_with("is malformed") || error.find(": the journal is damaged: ") != std::string::npos;
+}
+
+bool HasBackUps(const std::string& path)
+{
+    try
+    {
+        std::vector<PlantBackUpFile> files;
+        return ListPlantBackUps(path, BackUpDirectory(path), files) && !files.empty();
+    }
+    catch (const Refusal&) // the user has no state directory
+    {
+        return false;
+    }
 }
 
 // What to do about a file that is not a journal that can be read; empty for one that can be.
@@ -24,17 +41,17 @@ std::string AdviceForJournal(const std::string& path)
     {
     case PlantFileKind::Missing:
     case PlantFileKind::Empty:
-        return "`plantjournal plant add NAME` creates a journal, --file names another";
+        return AdviceForMissing(path);
     case PlantFileKind::Foreign:
-        return AdviceForForeign;
+        return AdviceForForeign(path);
     case PlantFileKind::NotADatabase:
-        return AdviceForNoDatabase;
+        return AdviceForNoDatabase(path);
     case PlantFileKind::Damaged:
-        return AdviceForDamage;
+        return AdviceForDamage(path);
     case PlantFileKind::Locked:
         return "try again when the other program has finished";
     case PlantFileKind::Interrupted:
-        return "`plantjournal plant list` opens it";
+        return NextCommand("plant list", path) + " opens it";
     case PlantFileKind::Current:
     case PlantFileKind::Older:
         break;
@@ -54,11 +71,35 @@ void Require(const PlantFileResult& result, const std::string& path, const std::
     std::string error = result.Error;
     if (error.ends_with('.')) // a sentence about the schema or the damage
         error.pop_back();
-    const std::string adviceForReadable = IsDamage(error) ? AdviceForDamage : adviceForSound;
+    const std::string adviceForReadable = IsDamage(error) ? AdviceForDamage(path) : adviceForSound;
     throw Refusal(Joined({error, consequence, advice.empty() ? adviceForReadable : advice}, "; "));
 }
 
 } // namespace
+
+std::string AdviceForDamage(const std::string& path)
+{
+    return "restore a backup with " + NextCommand("restore", path) +
+           ", or read what is left with `plantjournal salvage`";
+}
+
+std::string AdviceForNoDatabase(const std::string& path)
+{
+    return "if this is the damaged journal, " + NextCommand("restore", path) +
+           " replaces it with a backup, and `plantjournal salvage` reads what is left; --file names another file";
+}
+
+std::string AdviceForForeign(const std::string& path)
+{
+    return "if this is the damaged journal, move it away and run " + NextCommand("restore", path) +
+           ", or read what is left with `plantjournal salvage`; --file names another file";
+}
+
+std::string AdviceForMissing(const std::string& path)
+{
+    return (HasBackUps(path) ? NextCommand("restore", path) + " restores its newest backup, " : "") +
+           NextCommand("plant add NAME", path) + " creates one, --file names another";
+}
 
 void RequireRead(const PlantFileResult& result, const std::string& path, const std::string& consequence)
 {

@@ -7,19 +7,17 @@
 // The functions of plant_file.h report an error as a text. These throw Refusal with it and with what to do next, which
 // the states of the files decide. `consequence` comes between the two: "nothing was changed".
 
-// What to do about a damaged journal.
-constexpr const char* AdviceForDamage =
-    "restore a backup with `plantjournal restore`, or read what is left with `plantjournal salvage`";
+// What to do about a damaged journal at `path`.
+std::string AdviceForDamage(const std::string& path);
 
 // What to do about a file that is not an SQLite database: it may be another file, or a journal with a damaged header.
-constexpr const char* AdviceForNoDatabase =
-    "if this is the damaged journal, `plantjournal restore` replaces it with a backup, and `plantjournal salvage` reads "
-    "what is left; --file names another file";
+std::string AdviceForNoDatabase(const std::string& path);
 
-// What to do about a database that is not a journal: it may be another program's, or a journal with a damaged schema.
-constexpr const char* AdviceForForeign =
-    "if this is the damaged journal, move it away and run `plantjournal restore`, or read what is left with "
-    "`plantjournal salvage`; --file names another file";
+// What to do about a database that is not a journal: it may be another program's, or a damaged journal.
+std::string AdviceForForeign(const std::string& path);
+
+// What to do where no journal is at `path`. It may have been lost, if it has backups.
+std::string AdviceForMissing(const std::string& path);
 
 // After a function that reads the journal at `path`.
 void RequireRead(const PlantFileResult& result, const std::string& path, const std::string& consequence = {});

@@ -109,18 +109,18 @@ void Session::Open(bool create)
     case PlantFileKind::Missing:
     case PlantFileKind::Empty:
         if (!create)
-            throw Refusal(path + ": no such journal; `plantjournal plant add NAME` creates it, --file names another");
+            throw Refusal(path + ": no such journal; " + AdviceForMissing(path));
         break;
     case PlantFileKind::Older:
         BackUpBeforeMigration(path);
         break;
     case PlantFileKind::Foreign:
         throw Refusal(path + ": not a plantjournal file, or one of a newer version (" + Joined(file.Reasons, "; ") +
-                      "); it was not changed; " + AdviceForForeign);
+                      "); it was not changed; " + AdviceForForeign(path));
     case PlantFileKind::NotADatabase:
-        throw Refusal(path + ": not an SQLite database; it was not changed; " + AdviceForNoDatabase);
+        throw Refusal(path + ": not an SQLite database; it was not changed; " + AdviceForNoDatabase(path));
     case PlantFileKind::Damaged:
-        throw Refusal(path + ": damaged (" + Joined(file.Reasons, "; ") + "); " + AdviceForDamage);
+        throw Refusal(path + ": damaged (" + Joined(file.Reasons, "; ") + "); " + AdviceForDamage(path));
     case PlantFileKind::Locked:
         throw Refusal(path + ": another program is writing to it; try again when it has finished");
     case PlantFileKind::Current:

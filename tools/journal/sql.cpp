@@ -215,6 +215,8 @@ SQLError LastSQLError(sqlite3* connection)
     error.Damaged = (code & 0xFF) == SQLITE_CORRUPT;
     error.Full = (code & 0xFF) == SQLITE_FULL;
     error.Message = message;
+    if (const char* const path = sqlite3_db_filename(connection, "main"))
+        error.Journal = path;
     return error;
 }
 
@@ -225,7 +227,7 @@ std::string AdviceAfter(const SQLError& error, const std::string& otherwise)
     if (error.ReadOnly)
         return "make the file writable, or copy it";
     if (error.Damaged)
-        return std::string("the file is damaged, ") + AdviceForDamage;
+        return "the file is damaged, " + AdviceForDamage(error.Journal);
     if (error.Full)
         return "free space on the disk and try again";
     if (error.NotUnique)

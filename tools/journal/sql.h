@@ -105,6 +105,7 @@ struct SQLError
     bool Damaged = false;
     bool Full = false; // the disk
     std::string Message;
+    std::string Journal; // the path
 };
 
 // Remembers every error that SQLite reports, since a rollback hides the error of its operation. Call it before the

@@ -16,6 +16,9 @@ std::vector<std::string> StartConsole(int count, char** arguments);
 // The value of an environment variable, in UTF-8; empty where it is not set.
 std::string Environment(const char* name);
 
+// The text as one word of a command line: in quotes where the shell would split or change it.
+std::string ShellWord(const std::string& text);
+
 // The user's directories for data, and for what a program keeps between its runs. Both throw Refusal where the user has
 // none.
 std::filesystem::path DataDirectory();

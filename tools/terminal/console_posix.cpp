@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <string>
+#include <string_view>
 
 #include <sys/ioctl.h>
 #include <sys/select.h>
@@ -47,6 +48,17 @@ std::string Environment(const char* name)
 {
     const char* const value = std::getenv(name);
     return value != nullptr ? value : "";
+}
+
+std::string ShellWord(const std::string& text)
+{
+    constexpr std::string_view special = " \t\n!\"#$&'()*;<>?[\\]^`{|}~";
+    if (!text.empty() && text.find_first_of(special) == std::string::npos)
+        return text;
+    std::string word = "'";
+    for (const char letter : text)
+        word += letter == '\'' ? "'\\''" : std::string(1, letter);
+    return word + '\'';
 }
 
 std::filesystem::path DataDirectory()

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <deque>
 #include <iterator>
+#include <string_view>
 
 #include <fcntl.h>
 #include <io.h>
@@ -85,6 +86,12 @@ std::string Environment(const char* name)
     std::wstring value(GetEnvironmentVariableW(wideName.c_str(), nullptr, 0), L'\0');
     value.resize(GetEnvironmentVariableW(wideName.c_str(), value.data(), static_cast<DWORD>(value.size())));
     return plant_file::TextOfPath(value);
+}
+
+std::string ShellWord(const std::string& text)
+{
+    constexpr std::string_view special = " \t&'()+,;=@[]^`{}~"; // a file name has no double quote
+    return !text.empty() && text.find_first_of(special) == std::string::npos ? text : '"' + text + '"';
 }
 
 std::filesystem::path DataDirectory()
