@@ -171,7 +171,7 @@ TEST_F(RotationFailureTest, ADirectoryThatIsCreatedMeanwhileIsUsed)
 {
     Place = Scratch.File("stick/backups");
     bool created = false;
-    const AfterFileCall create(FileCall::AddDirectory, [&] { created = std::filesystem::create_directory(Place); });
+    const AfterFileCall create(FileCall::AddDirectory, [&] { created = std::filesystem::create_directories(Place); });
     EXPECT_EQ(RotateAt(Second), "");
     EXPECT_TRUE(created);
     EXPECT_EQ(There().size(), 1U);
