@@ -39,6 +39,13 @@ TEST_F(JournalAdviceTest, AJournalOfTheOptionIsNamedWithIt)
                  "restore a backup with `plantjournal restore`" + end);
 }
 
+TEST_F(JournalAdviceTest, TheNoticeOfAMissingBackupNamesItsJournal)
+{
+    DoneOn("2026-05-01", {"plant", "add", "Mint", "--file", "other.db"});
+    const std::string notice = NoticeOn("2026-05-20", {"plant", "add", "Dill", "--file", "other.db"});
+    EXPECT_TRUE(notice.ends_with(" days; `plantjournal backup --file other.db` makes one\n")) << notice;
+}
+
 TEST_F(JournalAdviceTest, APathThatTheShellWouldChangeIsInQuotes)
 {
     const auto printed = [&](const std::string& name) { return Done({"salvage", Journal, name}); };

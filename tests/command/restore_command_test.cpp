@@ -178,7 +178,7 @@ TEST_F(RestoreCommandTest, AMovedJournalHasItsBackupsInTheFormerDirectory)
         << refusal;
     const std::string list = Done({"backup", "--list", "--file", moved});
     EXPECT_TRUE(list.starts_with("No backups; backups of a journal with its name are in ")) << list;
-    EXPECT_TRUE(list.ends_with(former + "; `plantjournal backup` makes one.\n")) << list;
+    EXPECT_TRUE(list.ends_with(former + "; `plantjournal backup --file " + moved + "` makes one.\n")) << list;
     const std::string place = PathIn(State, former);
     EXPECT_NE(Done({"backup", "--list", "--to", place, "--file", moved}).find("2026-05-03 12:00:00"),
               std::string::npos);

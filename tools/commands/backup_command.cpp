@@ -5,6 +5,7 @@
 #include "commands/print.h"
 #include "journal/backup_place.h"
 #include "journal/file_result.h"
+#include "journal/next_command.h"
 #include "journal/own_directory.h"
 #include "plant_file.h"
 #include "record/elapsed.h"
@@ -141,8 +142,8 @@ void ListBackUps(const Session& session, const std::string& directory)
     if (session.AsJSON)
         PrintJSON(array);
     else if (rows.empty())
-        std::cout << Printable(Joined({"No backups", OthersOfThisName(directory)}, "; "))
-                  << "; `plantjournal backup` makes one.\n";
+        std::cout << Printable(Joined({"No backups", OthersOfThisName(directory)}, "; ")) << "; "
+                  << Printable(NextCommand("backup", session.Path())) << " makes one.\n";
     else
         PrintTable(std::cout,
                    {{"Made", WhenNarrow::Keep},

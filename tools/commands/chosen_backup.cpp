@@ -30,8 +30,10 @@ using plant_file::TextOfPath;
 namespace
 {
 
-constexpr const char* NameAnother =
-    "; `plantjournal backup --list` lists the backups; name one by its file or by its time";
+std::string NameAnother(const std::string& journal)
+{
+    return "; " + NextCommand("backup --list", journal) + " lists the backups; name one by its file or by its time";
+}
 
 // The present time in the form of PlantBackUpFile::Time.
 std::string PresentTime()
@@ -129,7 +131,7 @@ std::string NewestGoodBackUp(const std::string& journal, const std::string& dire
             NameTheOneBeforeNow(files, file);
         return file.Path;
     }
-    throw Refusal(directory + ": no good backup of " + until + " or before" + NameAnother);
+    throw Refusal(directory + ": no good backup of " + until + " or before" + NameAnother(journal));
 }
 
 // The backup of that name; empty where the directory has none.
@@ -178,7 +180,7 @@ std::string ChosenBackUp(const std::string& journal, const BackUpChoice& choice)
             return choice.Wanted;
         if (std::string found = BackUpIn(directory(), file); !found.empty())
             return found;
-        throw Refusal(choice.Wanted + ": no such backup, and not a date" + NameAnother);
+        throw Refusal(choice.Wanted + ": no such backup, and not a date" + NameAnother(journal));
     }
     return NewestGoodBackUp(journal, directory(), until, choice.From.has_value());
 }

@@ -5,6 +5,7 @@
 #include "commands/outcome.h"
 #include "commands/selection.h"
 #include "journal/find_record.h"
+#include "journal/next_command.h"
 #include "record/amount.h"
 #include "record/letters.h"
 #include "record/operations.h"
@@ -116,12 +117,13 @@ void SetAmount(const std::optional<std::string>& lastWord, const CareRequest& re
 }
 
 // Lists which plants got their entry before one could not be stored.
-std::string StoredAndNot(const std::vector<std::string>& stored, const std::vector<Plant>& plants)
+std::string StoredAndNot(const std::string& journal, const std::vector<std::string>& stored,
+                         const std::vector<Plant>& plants)
 {
     std::vector<std::string> missing;
     for (std::size_t i = stored.size(); i < plants.size(); ++i)
         missing.push_back(DisplayName(plants[i]));
-    return std::string(stored.empty() ? "" : "; `plantjournal undo` rolls back what was stored") +
+    return (stored.empty() ? "" : "; " + NextCommand("undo", journal) + " rolls back what was stored") +
            "\n  stored: " + (stored.empty() ? "nothing" : Joined(stored, ", ")) +
            "\n  not stored: " + Joined(missing, ", ");
 }
@@ -146,7 +148,7 @@ void StoreForEach(Session& session, const std::vector<Plant>& plants, const Plan
                 throw;
             if (!stored.empty())
                 outcome.Finish();
-            throw Refusal(refusal.what() + StoredAndNot(stored, plants));
+            throw Refusal(refusal.what() + StoredAndNot(session.Path(), stored, plants));
         }
         const std::string id = std::to_string(entry.ID);
         stored.push_back(DisplayName(plant) + " (care " + id + ")");

@@ -5,6 +5,7 @@
 #include "commands/print.h"
 #include "journal/backup_place.h"
 #include "journal/file_result.h"
+#include "journal/next_command.h"
 #include "plant_file.h"
 #include "record/text.h"
 #include "refusal.h"
@@ -105,7 +106,8 @@ void Restore(const Session& session, const RestoreArguments& arguments)
     const std::string journal = session.Path();
     const std::string backUp = ChosenBackUp(journal, arguments.Choice);
     if (const std::string reason = WhyNotGood(backUp); !reason.empty())
-        throw Refusal(WithoutStop(reason) + "; nothing was changed; `plantjournal backup --list` lists the backups");
+        throw Refusal(WithoutStop(reason) + "; nothing was changed; " + NextCommand("backup --list", journal) +
+                      " lists the backups");
     std::string error;
     const BackUpComparison comparison(journal, backUp, error);
     if (!error.empty()) // refused before the question

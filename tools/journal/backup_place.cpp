@@ -1,5 +1,6 @@
 #include "journal/backup_place.h"
 
+#include "journal/next_command.h"
 #include "journal/own_directory.h"
 #include "journal/undo_record.h"
 #include "plant_file.h"
@@ -160,8 +161,8 @@ void OfferBackUp(const std::string& journal)
         StoreDay(DayFile(journal), today);
     else if (days > mostDays && StoredDay(NoticeFile(journal)) != today)
     {
-        std::cerr << "notice: " << Printable(journal) << ": no backup for " << days
-                  << " days; `plantjournal backup` makes one\n";
+        std::cerr << "notice: " << Printable(journal) << ": no backup for " << days << " days; "
+                  << Printable(NextCommand("backup", journal)) << " makes one\n";
         StoreDay(NoticeFile(journal), today);
     }
 }

@@ -1,6 +1,7 @@
 #include "journal/sql.h"
 
 #include "journal/file_result.h"
+#include "journal/next_command.h"
 #include "refusal.h"
 #include "system.h"
 #include "terminal/console.h"
@@ -232,7 +233,7 @@ std::string AdviceAfter(const SQLError& error, const std::string& otherwise)
         return "free space on the disk and try again";
     if (error.NotUnique)
         return "that name or UUID is already in use; choose another";
-    return error.Known || otherwise.empty() ? "`plantjournal check` examines the journal" : otherwise;
+    return error.Known || otherwise.empty() ? NextCommand("check", error.Journal) + " examines the journal" : otherwise;
 }
 
 bool ReadingFailed(sqlite3* connection)
